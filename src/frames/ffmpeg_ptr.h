@@ -1,0 +1,29 @@
+#pragma once
+
+#include <memory>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/buffer.h>
+#include <libavutil/frame.h>
+}
+
+namespace orvelle {
+
+/// Deleter for the FFmpeg calls that take the address of the pointer and null it.
+template <auto freeFunction>
+struct FfmpegDeleter {
+    template <class T>
+    void operator()(T* object) const
+    {
+        freeFunction(&object);
+    }
+};
+
+using PacketPtr = std::unique_ptr<AVPacket, FfmpegDeleter<av_packet_free>>;
+using FramePtr = std::unique_ptr<AVFrame, FfmpegDeleter<av_frame_free>>;
+using CodecContextPtr = std::unique_ptr<AVCodecContext, FfmpegDeleter<avcodec_free_context>>;
+using CodecParametersPtr =
+    std::unique_ptr<AVCodecParameters, FfmpegDeleter<avcodec_parameters_free>>;
+
+}  // namespace orvelle

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+
+#include "frames/queue.h"
+
+/// The queue between two stages: a KvQueue under a mutex, unbounded, never blocking.
+///
+/// It owns its items until they are popped. Producers bound it themselves by size(). A consumer
+/// with nothing to do waits on it instead of polling; interrupt() ends all waits, now and
+/// later, so a stage calls it right after asking its threads to stop. Any thread.
+class MutexQueue {
+public:
+    explicit MutexQueue(KvQueue::FreeItem freeItem);
+    virtual ~MutexQueue();
+    MutexQueue(const MutexQueue&) = delete;
+    MutexQueue& operator=(const MutexQueue&) = delete;
+
+    virtual void* first() const;
+    virtual void* last() const;
+    virtual void* pop();
+    virtual void push(void* item);
+    virtual void clear();
+    virtual int size() const;
+
+    /// For callers that walk the nodes themselves; the nodes are valid under the lock only.
+    void lock() const;
+    void unlock() const;
+    KvQueue::Node* headNode() const;
+    KvQueue::Node* tailNode() const;
+
+    /// Waits until an item waits, `timeoutMs` passed or interrupt() was called; true when the
+    /// queue is not empty.
+    bool waitForItem(int timeoutMs) const;
+    /// Waits until at most `maxItems` items wait; true when so.
+    bool waitForSpace(int maxItems, int timeoutMs) const;
+    /// Ends all waits, now and from now on; the queue stays usable.
+    void interrupt();
+
+private:
+    mutable std::mutex m_mutex;  ///< guards everything below
+    mutable std::condition_variable m_changed;
+    KvQueue m_queue;
+    bool m_interrupted = false;
+};
+
+/// A MutexQueue of one item type, with ownership in the types.
+template <class Item>
+class OwningQueue : public MutexQueue {
+public:
+    OwningQueue() : MutexQueue([](void* item) { delete static_cast<Item*>(item); }) {}
+
+    void put(std::unique_ptr<Item> item) { push(item.release()); }
+    std::unique_ptr<Item> take() { return std::unique_ptr<Item>(static_cast<Item*>(pop())); }
+};

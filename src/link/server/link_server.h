@@ -1,0 +1,84 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace orvelle {
+
+/// The 16-byte information that travels with each frame; docs/protocol.md draws it.
+struct LinkFrameInfo {
+    uint16_t codecId = 0;      ///< camera codec id, e.g. 0x4E for H.264
+    uint8_t flags = 0;         ///< video: 1 for a key frame
+    uint32_t timestampMs = 0;  ///< the camera's own clock
+};
+
+struct LinkServerConfig {
+    std::string uid;       ///< ASCII letters and digits, at most 20
+    std::string password;  ///< of the account "admin"
+    std::string deviceName;
+    std::string bindAddress = "0.0.0.0";
+    uint16_t port = 0;           ///< 0 lets the system choose
+    uint16_t discoveryPort = 0;  ///< 0 takes the well-known port or the environment's
+    int64_t nominalBitsPerSecond = 4'000'000;  ///< of one video stream; sizes the send cap
+};
+
+struct LinkServerStats {
+    uint64_t videoFramesSent = 0;
+    uint64_t videoFramesDropped = 0;  ///< whole frames dropped since the path was too slow
+    uint64_t audioFramesSent = 0;
+    int clients = 0;
+};
+
+/// Receives what clients do. Called on the server's own thread, never two at once, with no
+/// lock held; may call back into the server.
+class LinkServerListener {
+public:
+    virtual ~LinkServerListener() = default;
+    virtual void clientConnected(int clientId) = 0;
+    /// A control message; `data` lives for the call only.
+    virtual void controlReceived(int clientId, uint32_t type, const uint8_t* data, size_t size) = 0;
+    /// The client is gone: `orderly` when it said goodbye, else its pings stopped.
+    virtual void clientDisconnected(int clientId, bool orderly) = 0;
+};
+
+/// The camera side of the link: one UDP port that answers LAN searches, checks logins and
+/// carries control messages and frames to several clients at once.
+///
+/// send...() may be called from any thread and never block: they hand over to a bounded
+/// queue for each client and channel. When a path is too slow whole groups of pictures are
+/// dropped up to the next key frame; frames are numbered before that, so the client sees the gap.
+class LinkServer {
+public:
+    LinkServer(LinkServerConfig config, LinkServerListener* listener);
+    ~LinkServer();  ///< stops
+    LinkServer(const LinkServer&) = delete;
+    LinkServer& operator=(const LinkServer&) = delete;
+
+    /// 0, or a negative code when the configuration is unusable or the port is taken.
+    int start();
+    /// Says goodbye to every client and ends the threads. Idempotent.
+    void stop();
+    /// The UDP port in use once started.
+    uint16_t port() const;
+
+    int sendControl(int clientId, uint32_t type, const void* data, size_t size);
+
+    /// Channel 0 is the live one. A channel above 0 carries a recording: the client opens it
+    /// with its own login after the camera named it in a control message.
+    int sendVideo(int clientId, int channel, const LinkFrameInfo& info,
+                  std::shared_ptr<const std::vector<uint8_t>> frame);
+    int sendAudio(int clientId, int channel, const LinkFrameInfo& info,
+                  std::shared_ptr<const std::vector<uint8_t>> frame);
+    /// Whether the client has logged in on that channel.
+    bool isChannelOpen(int clientId, int channel) const;
+
+    LinkServerStats stats() const;
+
+private:
+    class Impl;
+    std::unique_ptr<Impl> m_impl;
+};
+
+}  // namespace orvelle
