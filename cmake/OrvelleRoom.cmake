@@ -29,6 +29,9 @@ function(orvelle_program name)
   target_link_libraries(${name} PRIVATE orvelle_options ${PROGRAM_LINKS})
 endfunction()
 
+# Builds every suite that also runs under TSan.
+add_custom_target(threaded_tests)
+
 # orvelle_test(<name> [THREADED] SOURCES <files...> LINKS <targets...>)
 # One Qt Test program for a room. THREADED suites run under TSan as well.
 function(orvelle_test name)
@@ -43,5 +46,6 @@ function(orvelle_test name)
   set_tests_properties(${name} PROPERTIES TIMEOUT ${TEST_TIMEOUT})
   if(TEST_THREADED)
     set_tests_properties(${name} PROPERTIES LABELS threaded)
+    add_dependencies(threaded_tests ${name})
   endif()
 endfunction()
