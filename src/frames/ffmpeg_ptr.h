@@ -4,6 +4,8 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#include <libavcodec/bsf.h>
+#include <libavutil/audio_fifo.h>
 #include <libavutil/buffer.h>
 #include <libavutil/frame.h>
 }
@@ -14,8 +16,7 @@ namespace orvelle {
 template <auto freeFunction>
 struct FfmpegDeleter {
     template <class T>
-    void operator()(T* object) const
-    {
+    void operator()(T* object) const {
         freeFunction(&object);
     }
 };
@@ -25,5 +26,12 @@ using FramePtr = std::unique_ptr<AVFrame, FfmpegDeleter<av_frame_free>>;
 using CodecContextPtr = std::unique_ptr<AVCodecContext, FfmpegDeleter<avcodec_free_context>>;
 using CodecParametersPtr =
     std::unique_ptr<AVCodecParameters, FfmpegDeleter<avcodec_parameters_free>>;
+using BitstreamFilterPtr = std::unique_ptr<AVBSFContext, FfmpegDeleter<av_bsf_free>>;
+using BufferPtr = std::unique_ptr<AVBufferRef, FfmpegDeleter<av_buffer_unref>>;
+
+struct AudioFifoDeleter {
+    void operator()(AVAudioFifo* fifo) const { av_audio_fifo_free(fifo); }
+};
+using AudioFifoPtr = std::unique_ptr<AVAudioFifo, AudioFifoDeleter>;
 
 }  // namespace orvelle

@@ -24,9 +24,9 @@ public:
     std::unique_ptr<KvBasePlayerInputPacket> deepCopy() const;
 
     AVPacket* packet() const { return m_packet.get(); }
-    int codecId() const { return m_codecId; }      ///< an AVCodecID
+    int codecId() const { return m_codecId; }  ///< an AVCodecID
     int mediaType() const { return m_mediaType; }
-    double time() const { return m_timeSec; }      ///< presentation time in seconds
+    double time() const { return m_timeSec; }  ///< presentation time in seconds
     bool isKey() const { return m_packet && (m_packet->flags & AV_PKT_FLAG_KEY); }
 
 private:

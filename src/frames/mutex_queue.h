@@ -40,6 +40,8 @@ public:
     void interrupt();
 
 private:
+    const KvQueue::FreeItem m_freeItem;
+
     mutable std::mutex m_mutex;  ///< guards everything below
     mutable std::condition_variable m_changed;
     KvQueue m_queue;

@@ -25,7 +25,12 @@ public:
     virtual Node* headNode() const { return m_head; }
     virtual Node* tailNode() const { return m_tail; }
 
+    /// Exchanges the items, not the free functions.
+    void swapItems(KvQueue& other);
+
 private:
+    void discardAll();
+
     int m_count = 0;
     FreeItem m_freeItem;
     Node* m_head = nullptr;

@@ -28,7 +28,8 @@ class KvYUV420P : public KvYUVData {
 public:
     /// Copies three source planes. With `strides` (bytes, may be null) each row's smaller of
     /// stride and row width is copied and the rest of the plane is black; without, the planes
-    /// are packed blocks. Planes always have their full size; null planes give isNull().
+    /// are packed blocks. A negative stride walks upwards from the top row. Planes always have
+    /// their full size; null planes, sizes below 1 and lack of memory give isNull().
     KvYUV420P(const uint8_t* const planes[3], int width, int height, const int strides[3]);
 
     bool isNull() const { return !m_y; }
@@ -41,5 +42,7 @@ private:
         void operator()(uint8_t* bytes) const { std::free(bytes); }
     };
     using Plane = std::unique_ptr<uint8_t, Free>;
+    static Plane copyPlane(const uint8_t* source, int width, int height, int stride, int black);
+
     Plane m_y, m_u, m_v;
 };
