@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -38,6 +39,23 @@ public:
     bool waitForSpace(int maxItems, int timeoutMs) const;
     /// Ends all waits, now and from now on; the queue stays usable.
     void interrupt();
+
+    /// As waitForItem(), but also ends once `stop` is true; it must only read an atomic. Whoever
+    /// makes it true calls wake() next. For consumers that stop while their producer goes on.
+    template <class StopCheck>
+    bool waitForItem(int timeoutMs, StopCheck stop) const {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                           [&] { return m_interrupted || m_queue.size() > 0 || stop(); });
+        return m_queue.size() > 0;
+    }
+    /// Makes all waits ask their stop check again.
+    void wake() const {
+        // Taken and released so that a wait between its check and its sleep is not missed.
+        m_mutex.lock();
+        m_mutex.unlock();
+        m_changed.notify_all();
+    }
 
 private:
     const KvQueue::FreeItem m_freeItem;
