@@ -1,0 +1,79 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+class KvBasePlayerInput;
+
+namespace orvelle {
+
+/// Why a camera is, or is not, reachable right now.
+enum class DeviceState {
+    kNeverTried,
+    kConnecting,
+    kOnline,
+    kUnreachable,     ///< no camera answers to the UID
+    kWrongPassword,   ///< the camera answers and refuses the login
+    kRefused,         ///< the camera answers and takes no further client
+    kTimedOut,        ///< the attempt hung and was cut by the watchdog
+    kCancelled,       ///< the attempt was stopped from this side
+    kClosedByCamera,  ///< the session was open and the camera said goodbye
+    kLost,            ///< the session was open and broke down
+    kClosed,          ///< the session was open and was closed from this side
+};
+
+}  // namespace orvelle
+
+/// One bound camera, whatever its kind. Owned by KvDeviceManager.
+///
+/// Connecting and disconnecting block, so they belong to worker threads; everything else
+/// returns at once. Unless said otherwise an operation may be called from any thread.
+class KvDevice : public QObject {
+    Q_OBJECT
+public:
+    using State = orvelle::DeviceState;
+
+    /// 1: KvTUTKDevice. 2 is reserved.
+    virtual int type() const = 0;
+
+    /// Connects unless connected; -1 when nothing was to be done, else the result of init().
+    virtual int ensureConnected() = 0;
+    /// Opens the session and starts its loops: 0, or -1. Blocks for the whole attempt.
+    virtual int init() = 0;
+    /// Ends the loops and closes the session. Blocks, also for a running attempt.
+    virtual void uninit() = 0;
+    /// Aborts a running attempt. One that comes before the attempt began has no effect, so
+    /// whoever waits for a worker to give up repeats it while waiting.
+    virtual void cancelInit() = 0;
+
+    /// Whether both command loops run.
+    virtual bool isWorking() const = 0;
+    /// Whether session and channel are open; their loops may have ended all the same.
+    virtual bool isConnected() const = 0;
+
+    virtual QString displayName() const { return {}; }
+    virtual QString uid() const { return {}; }
+    virtual void setName(const QString& name);
+    virtual void setUid(const QString& uid);
+
+    virtual bool equals(const KvDevice* other) const { return other == this; }
+    virtual bool operator==(const KvDevice& other) const;
+
+    virtual bool removeFile() { return false; }
+    virtual int save() { return 0; }
+
+    /// A new live input of the media pipeline for this device; the caller owns it. Null when
+    /// no pipeline is registered (device_input_factory.h).
+    virtual KvBasePlayerInput* createInput() = 0;
+
+    /// Aborts an attempt and asks the loops to end, without waiting; uninit() then is quick.
+    virtual void requestStop() = 0;
+    /// Why the device is or is not reachable.
+    virtual State state() const = 0;
+    /// What decided the last attempt or ended the last session: 0, or a code of
+    /// link/result_codes.h. Kept while the next attempt runs.
+    virtual int lastResult() const = 0;
+
+    /// What views call "online": connected, and its loops alive.
+    bool isOnline() const { return isConnected() && isWorking(); }
+};

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <memory>
+#include <mutex>
+#include <vector>
+
+class KvDevice;
+
+/// One entry of the camera list: a single camera (type 0) or a named group (type 1).
+///
+/// Owned by KvDeviceManager once added. Any thread: the accessors return copies. Members are
+/// borrowed; the manager empties them before devices die.
+class KvDeviceGroup : public QObject {
+    Q_OBJECT
+public:
+    enum Type { kSingleCamera = 0, kGroup = 1 };
+    static constexpr int kMaxMembers = 16;
+
+    KvDeviceGroup() = default;
+    /// The entry of one camera.
+    explicit KvDeviceGroup(KvDevice* device);
+    /// Type, layout, name and members; not the place in the list nor the id.
+    KvDeviceGroup(const KvDeviceGroup& other);
+    /// Takes over members, layout and type.
+    void copyFrom(const KvDeviceGroup& other);
+
+    /// The usable entries of a directory, in order of their file names, members unresolved.
+    static std::vector<std::unique_ptr<KvDeviceGroup>> loadAll(const QString& directory);
+
+    int groupId() const;
+    int type() const;
+    int layout() const;
+    QString name() const;
+    QStringList uids() const;
+    QList<KvDevice*> devices() const;
+    KvDevice* firstDevice() const;
+    int groupIndex() const;
+    bool isThumbnailReady() const;
+
+    void setType(int type);
+    void setLayout(int layout);
+    void setName(const QString& name);
+    void setGroupIndex(int index);
+    void setThumbnailReady(bool ready);
+    /// Replaces the members, both as stored and as resolved.
+    void setDevices(const QList<KvDevice*>& devices);
+    /// Replaces the resolved members only.
+    void setResolvedDevices(const QList<KvDevice*>& devices);
+
+    /// Name of the entry's file: a group's id, a camera entry's UID.
+    QString key() const;
+    /// False when the file cannot be written. Allocates a group's id at the first call.
+    bool save();
+    void removeFile();
+    /// False when the file is not usable; why not is logged.
+    bool readFromFile(const QString& path);
+
+    /// Where member `index` keeps its thumbnail; empty outside the members.
+    QString deviceThumbnailPath(int index) const;
+    /// The picture that the camera list shows. A group's is composed when it is not up to
+    /// date (takes some 100 ms); empty when no member has one.
+    QString thumbnailPath();
+
+    bool equals(const KvDeviceGroup* other) const;
+
+private:
+    /// Everything but the resolved members.
+    struct Record {
+        int groupId = -1;
+        int type = kSingleCamera;
+        int layout = 0;
+        QString name;
+        QStringList uids;
+        int groupIndex = -1;
+    };
+
+    static QString keyOf(const Record& record);
+    static bool write(const Record& record, const QString& path);
+    Record record() const;
+    bool composeThumbnail(const QString& path) const;
+
+    mutable std::mutex m_mutex;  ///< guards everything below
+    Record m_record;
+    QList<KvDevice*> m_devices;
+    bool m_thumbnailReady = false;
+};

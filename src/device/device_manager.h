@@ -1,0 +1,126 @@
+#pragma once
+
+#include <QList>
+#include <QObject>
+#include <QString>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "device/device.h"
+#include "device/device_group.h"
+#include "device/device_manager_thread.h"
+#include "device/tutk_device.h"
+
+/// The one owner of all devices and of the entries of the camera list. It keeps every device
+/// connected by a thread that goes round the list.
+///
+/// Locks, in this order: the device lock (lockDevices), which the thread holds for a whole
+/// round, seconds when cameras are off; then the leaves: current device, list, groups. The
+/// interface thread calls only what is marked "short"; the rest waits for a round to end, so
+/// it belongs to workers, which call stopInitThread() first.
+class KvDeviceManager : public QObject {
+    Q_OBJECT
+public:
+    /// Pace of the rounds, in milliseconds.
+    struct Timing {
+        int pauseMs = 6000;     ///< between two rounds
+        int minPauseMs = 1000;  ///< the same when a camera dropped meanwhile
+    };
+
+    /// Makes the process's manager; start-up calls it once.
+    static KvDeviceManager* create();
+    /// Null before create() and after release().
+    static KvDeviceManager* instance();
+    /// Ends the thread, closes every device and deletes the manager. Blocks.
+    static void release();
+
+    /// Loads devices and entries from `devicesPath` (nothing when empty), starts the link and
+    /// the thread. Returns 0.
+    int start(const QString& devicesPath);
+    void startInitThread();
+    /// Returns as soon as a running attempt is aborted. Not from the thread itself.
+    void stopInitThread();
+    /// Before start() only.
+    void setTiming(const Timing& timing) { m_timing = timing; }
+
+    /// The list itself, for callers that hold the device lock.
+    const QList<KvDevice*>& devices() const { return m_devices; }
+    void lockDevices() { m_devicesMutex.lock(); }
+    void unlockDevices() { m_devicesMutex.unlock(); }
+    /// Short: a copy of the list. The devices stay until they are removed or cleared.
+    QList<KvDevice*> devicesSnapshot() const;
+    /// Short unless `lock`, which takes the device lock.
+    bool contains(const KvDevice* device, bool lock) const;
+    /// Short. Null when there is none.
+    KvDevice* findDevice(const QString& uid) const;
+
+    /// Takes the device only when no equal one is listed; true when so.
+    bool addDevice(std::unique_ptr<KvDevice>&& device);
+    /// The same for each; the others are deleted. Returns how many were taken.
+    int addDevices(std::vector<std::unique_ptr<KvDevice>> devices);
+    /// Takes that very object out of the list and out of every group's members and hands it
+    /// to the caller; null when it is not listed.
+    [[nodiscard]] std::unique_ptr<KvDevice> removeDevice(KvDevice* device);
+    /// Closes and deletes all devices, sixteen within 2 s. The thread must have been stopped.
+    void clearDevices();
+
+    /// Short: the camera list from top to bottom.
+    QList<KvDeviceGroup*> groups() const;
+    /// Short: its entries of type 0.
+    QList<KvDeviceGroup*> singleCameraGroups() const;
+    /// Short.
+    bool containsGroup(const KvDeviceGroup* group) const;
+    /// Short: the entry of that camera alone, or null.
+    KvDeviceGroup* findDeviceGroup(const KvDevice* device) const;
+    /// Takes the entry only when no equal one is listed, then reorders; true when taken.
+    /// Writes files.
+    bool addGroup(std::unique_ptr<KvDeviceGroup>&& group);
+    /// Takes the listed entry that equals `group` out of the list; null when there is none.
+    [[nodiscard]] std::unique_ptr<KvDeviceGroup> removeGroup(const KvDeviceGroup* group);
+    /// Sorts by groupIndex, numbers from 0 and saves every entry.
+    void reorderGroups();
+    /// Short: looks every entry's members up anew.
+    void resolveMembers();
+
+    static int getMaxGroupId();
+    static void setMaxGroupId(int id);
+
+    /// Asks the local network for cameras for `timeoutMs`; returns how many were appended to
+    /// `result`. Blocks.
+    int lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs);
+
+private:
+    friend class KvDeviceManagerThread;
+
+    KvDeviceManager();
+    ~KvDeviceManager() override;
+
+    void load(const QString& devicesPath);
+    void initLibraries();
+    void launchInitThread();
+    void stopProcedure();
+    void cancelCurrentDevice();
+    void runRound(const KvThread& thread);
+    void connectDevice(KvDevice* device);
+    void setCurrentDevice(KvDevice* device);
+    KvDevice* findEqual(const KvDevice* device) const;
+
+    Timing m_timing;
+    const std::shared_ptr<orvelle::RoundSignal> m_roundSignal;
+
+    std::mutex m_threadMutex;  ///< guards m_initThread
+    std::unique_ptr<KvDeviceManagerThread> m_initThread;
+
+    mutable std::mutex m_devicesMutex;  ///< the device lock: no device comes or goes
+    mutable std::mutex m_listMutex;     ///< guards m_devices; writers also hold the device lock
+    QList<KvDevice*> m_devices;         ///< owned
+
+    std::mutex m_currentMutex;  ///< guards m_currentDevice
+    KvDevice* m_currentDevice = nullptr;
+
+    mutable std::mutex m_groupsMutex;  ///< guards m_groups
+    std::vector<std::unique_ptr<KvDeviceGroup>> m_groups;
+};

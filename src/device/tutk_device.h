@@ -1,0 +1,166 @@
+#pragma once
+
+#include <QString>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <vector>
+
+#include "device/device.h"
+#include "device/request_queue.h"
+#include "device/response_listeners.h"
+#include "device/tutk_request.h"
+
+class KvThread;
+class KvTimer;
+
+/// A camera reached over the link: its record, its file, its session and command channel.
+///
+/// The record (name, uid, password, ...) is filled before the device is shared; afterwards
+/// uid and password stay as they are and name, ip, port and volume belong to the interface
+/// thread. The session part may be used from any thread.
+class KvTUTKDevice : public KvDevice {
+    Q_OBJECT
+public:
+    using ListenerCallback = orvelle::ResponseListeners::Callback;
+
+    /// Patience of the session, in milliseconds.
+    struct Timing {
+        int watchdogMs = 20000;   ///< an attempt that takes longer is aborted
+        int keepAliveMs = 30000;  ///< of silence before a keep-alive is sent
+    };
+
+    KvTUTKDevice() = default;
+    /// Takes uid and password from the code that the phone shows; they stay empty when it is
+    /// not usable.
+    explicit KvTUTKDevice(const QString& deviceCode);
+    /// Copies the record and shows the session's handles; it neither owns nor closes them.
+    KvTUTKDevice(const KvTUTKDevice& other);
+    ~KvTUTKDevice() override;  ///< aborts what runs and closes the session
+
+    /// Whether every character is an ASCII letter or digit; true for an empty text.
+    static bool isValidUid(const char* text, int size);
+    /// The usable devices of a directory, in order of their file names.
+    static std::vector<std::unique_ptr<KvTUTKDevice>> loadAll(const QString& directory);
+
+    int type() const override { return 1; }
+    int ensureConnected() override;
+    int init() override;
+    void uninit() override;
+    void cancelInit() override;
+    bool isWorking() const override { return m_sendRunning && m_recvRunning; }
+    bool isConnected() const override { return m_sid >= 0 && m_avIndex >= 0; }
+    QString displayName() const override { return m_name.isEmpty() ? m_uid : m_name; }
+    QString uid() const override { return m_uid; }
+    void setName(const QString& name) override { m_name = name; }
+    void setUid(const QString& uid) override { m_uid = uid; }
+    /// Same kind and same UID.
+    bool equals(const KvDevice* other) const override;
+    bool operator==(const KvDevice& other) const override { return equals(&other); }
+    bool hasSameUid(const KvDevice* other) const;
+    bool removeFile() override;
+    int save() override;
+    KvBasePlayerInput* createInput() override;
+    void requestStop() override;
+    State state() const override;
+    int lastResult() const override { return m_lastResult; }
+
+    int deviceId() const { return m_deviceId; }
+    QString name() const { return m_name; }
+    QString ip() const { return m_ip; }
+    QString password() const { return m_password; }
+    int port() const { return m_port; }
+    int mode() const { return m_mode; }  ///< the camera's device type code, -1 when unknown
+    double volume() const { return m_volume; }
+    int sid() const { return m_sid; }
+    int avIndex() const { return m_avIndex; }
+    uint8_t channel() const { return m_channel; }
+    void setIp(const QString& ip) { m_ip = ip; }
+    void setPassword(const QString& password) { m_password = password; }
+    void setPort(int port) { m_port = port; }
+    void setMode(int mode) { m_mode = mode; }
+    void setVolume(double volume) { m_volume = volume; }
+
+    /// Allocates the numeric id once.
+    void ensureDeviceId();
+    bool writeToFile(const QString& path) const;
+    /// 0, or -1 when the file is not usable; why not is logged.
+    int readFromFile(const QString& path);
+
+    /// Queues a command and returns at once; false when no session is open or too many wait.
+    bool sendIOCtrl(uint32_t type, const void* data, int size);
+    /// The same with eight zero bytes.
+    bool sendIOCtrl(uint32_t type);
+
+    /// `callback` runs on the receive thread for every response, which lives for the call only.
+    void addListener(void* object, ListenerCallback callback);
+    /// Once it returned, the listener is not running and is not called again. Waits for a
+    /// running callback unless called from it.
+    void removeListener(void* object);
+
+    /// Before the first attempt only.
+    void setTiming(const Timing& timing) { m_timing = timing; }
+    /// Called on a command loop's thread when a session ends by itself. Before the first
+    /// attempt only.
+    void setSessionLostCallback(std::function<void()> callback);
+
+    /// The loops of the command channel, on the threads of command_threads.h.
+    void doSend(const KvThread& thread);
+    void doRecv(const KvThread& thread);
+
+private:
+    enum class Abort { kNone, kCancelled, kTimedOut };
+    class Turn;
+
+    static void onWatchdog(void* device);
+    int openAttempt();
+    int openSession();
+    void closeSession();
+    void closeAll();
+    void abortAttempt(Abort reason);
+    void startLoops();
+    void stopLoops();
+    void loopEnded(int result);
+    void handleResponse(const KvTUTKResponse& response);
+    void finish(State state, int result);
+    State stateOfFailure(int result) const;
+
+    // The record; see the class comment.
+    int m_deviceId = -1;
+    QString m_name;
+    QString m_ip;
+    QString m_uid;
+    QString m_password;
+    int m_port = 0;
+    double m_volume = 1.0;
+    Timing m_timing;
+    std::function<void()> m_sessionLost;
+    const bool m_ownsSession = true;
+
+    std::atomic<int> m_mode{-1};
+    std::atomic<bool> m_connecting{false};
+    std::atomic<Abort> m_abort{Abort::kNone};  ///< with m_sid: whoever comes second sees the first
+    std::atomic<int> m_sid{-1};
+    std::atomic<int> m_avIndex{-1};
+    std::atomic<uint8_t> m_channel{255};
+    std::atomic<bool> m_sendRunning{false};
+    std::atomic<bool> m_recvRunning{false};
+    std::atomic<State> m_state{State::kNeverTried};
+    std::atomic<int> m_lastResult{0};
+
+    std::mutex m_turnMutex;  ///< guards m_turnTaken
+    std::condition_variable m_turnFree;
+    bool m_turnTaken = false;  ///< one thread at a time opens or closes the session
+
+    // Owned by the thread whose turn it is.
+    std::unique_ptr<KvTimer> m_watchdog;
+    std::unique_ptr<KvThread> m_sendThread;
+    std::unique_ptr<KvThread> m_recvThread;
+
+    orvelle::RequestQueue m_requests;
+    orvelle::ResponseListeners m_listeners;
+};
