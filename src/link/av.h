@@ -1,5 +1,7 @@
 #pragma once
 
+#include "link/limits.h"
+
 #include <cstdint>
 #include <functional>
 
@@ -25,7 +27,9 @@ int avClientStart2(int sid, const char* account, const char* password, uint32_t 
 /// Closes a channel; the camera sees an orderly goodbye. Blocks for at most 200 ms.
 void avClientStop(int avIndex);
 
-/// Ends pending logins and receives of channel `channel` on `sid`, without closing anything.
+/// Ends pending logins (LINK_ER_ABORTED) and waiting receives (AV_ER_TIMEOUT) of every channel of
+/// `sid`, without closing anything. `channel` is not looked at: callers pass an index cut to 8
+/// bits.
 void avClientExit(int sid, uint8_t channel);
 
 /// Sends a control message of at most kMaxControlBytes. -13 when the peer takes nothing now.
@@ -41,9 +45,8 @@ int avRecvIOCtrl(int avIndex, uint32_t* type, char* buffer, int maxSize, uint32_
 /// none waits, AV_ER_LOSED_THIS_FRAME once for each gap in the frame numbers (the number is
 /// in *frameIndex), AV_ER_BUFPARA_MAXSIZE_INSUFF when the frame does not fit (dropped).
 /// `info` receives the 16-byte frame information.
-int avRecvFrameData2(int avIndex, char* buffer, int bufferSize, int* actualSize,
-                     int* expectedSize, char* info, int infoSize, int* infoActualSize,
-                     uint32_t* frameIndex);
+int avRecvFrameData2(int avIndex, char* buffer, int bufferSize, int* actualSize, int* expectedSize,
+                     char* info, int infoSize, int* infoActualSize, uint32_t* frameIndex);
 
 /// Number of audio frames that wait, or a negative code.
 int avCheckAudioBuf(int avIndex);
@@ -60,6 +63,10 @@ void avWaitAudio(int avIndex, int moreThan, int timeoutMs, const AvStopCheck& st
 
 /// Makes every waiting call on the channel ask its stop check again. Any thread.
 void avWake(int avIndex);
+
+/// Forgets the frames that wait and takes video up again at the next key frame, so that a reader
+/// who comes back does not get old pictures. What was forgotten counts as neither lost nor gap.
+void avDiscardMedia(int avIndex);
 
 /// Whole frames that this channel lost or the camera dropped, by gaps in their numbers.
 uint32_t avLostVideoFrames(int avIndex);

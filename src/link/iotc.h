@@ -11,15 +11,15 @@
 
 /// What is known of a connected session.
 struct LinkSessionInfo {
-    char uid[32];          ///< NUL-terminated
+    char uid[32];            ///< NUL-terminated
     char remoteAddress[46];  ///< numeric, NUL-terminated
     uint16_t remotePort;
 };
 
 /// One camera that answered a LAN search.
 struct LanSearchRecord {
-    char uid[32];       ///< NUL-terminated ASCII letters and digits
-    char ip[46];        ///< numeric, NUL-terminated
+    char uid[32];  ///< NUL-terminated ASCII letters and digits
+    char ip[46];   ///< numeric, NUL-terminated
     uint16_t port;
     char deviceName[64];  ///< NUL-terminated UTF-8
 };

@@ -19,8 +19,8 @@ struct LinkServerConfig {
     std::string password;  ///< of the account "admin"
     std::string deviceName;
     std::string bindAddress = "0.0.0.0";
-    uint16_t port = 0;           ///< 0 lets the system choose
-    uint16_t discoveryPort = 0;  ///< 0 takes the well-known port or the environment's
+    uint16_t port = 0;                         ///< 0 lets the system choose
+    uint16_t discoveryPort = 0;                ///< 0 takes the well-known port or the environment's
     int64_t nominalBitsPerSecond = 4'000'000;  ///< of one video stream; sizes the send cap
 };
 
@@ -56,17 +56,22 @@ public:
     LinkServer(const LinkServer&) = delete;
     LinkServer& operator=(const LinkServer&) = delete;
 
-    /// 0, or a negative code when the configuration is unusable or the port is taken.
+    /// 0, LINK_ER_BAD_UID, AV_ER_INVALID_ARG (password, address) or LINK_ER_NETWORK when the port
+    /// is taken. Derives the key, which costs tens of milliseconds.
     int start();
-    /// Says goodbye to every client and ends the threads. Idempotent.
+    /// Says goodbye to every client and ends the threads. Idempotent; not from a listener call.
     void stop();
     /// The UDP port in use once started.
     uint16_t port() const;
 
+    /// 0, -13 when the client takes nothing now, AV_ER_EXCEED_MAX_SIZE, or AV_ER_INVALID_ARG when
+    /// it is gone.
     int sendControl(int clientId, uint32_t type, const void* data, size_t size);
 
     /// Channel 0 is the live one. A channel above 0 carries a recording: the client opens it
-    /// with its own login after the camera named it in a control message.
+    /// with its own login after the camera named it in a control message. Returns 0,
+    /// AV_ER_INVALID_ARG when the channel is not open or the frame is empty, AV_ER_EXCEED_MAX_SIZE
+    /// for a frame beyond link/limits.h; the client sees such a frame as a gap.
     int sendVideo(int clientId, int channel, const LinkFrameInfo& info,
                   std::shared_ptr<const std::vector<uint8_t>> frame);
     int sendAudio(int clientId, int channel, const LinkFrameInfo& info,
