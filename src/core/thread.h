@@ -42,8 +42,7 @@ public:
 
     /// Stops, waits for and deletes the thread; harmless on an empty pointer.
     template <class Thread>
-    static void stopAndDelete(std::unique_ptr<Thread>& thread)
-    {
+    static void stopAndDelete(std::unique_ptr<Thread>& thread) {
         if (!thread)
             return;
         thread->stop();

@@ -1,0 +1,101 @@
+#include "core/file_utils.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QStandardPaths>
+
+#include "core/configure.h"
+#include "platform/open_folder.h"
+
+namespace {
+
+KvFileUtils* s_instance = nullptr;
+
+QString created(const QString& path) {
+    KvFileUtils::mkdir(path);
+    return path;
+}
+
+}  // namespace
+
+KvFileUtils::KvFileUtils(QObject* parent) : QObject(parent) {
+    s_instance = this;
+}
+
+KvFileUtils::~KvFileUtils() {
+    s_instance = nullptr;
+}
+
+KvFileUtils* KvFileUtils::instance() {
+    return s_instance;
+}
+
+QString KvFileUtils::dataRoot() {
+    return created(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation));
+}
+
+QString KvFileUtils::cachePath() {
+    return created(dataRoot() + QStringLiteral("/cache"));
+}
+
+QString KvFileUtils::cachePath(const QString& name) {
+    return created(cachePath() + QLatin1Char('/') + name);
+}
+
+QString KvFileUtils::configurePath() {
+    return created(dataRoot() + QStringLiteral("/configure"));
+}
+
+QString KvFileUtils::devicesPath() {
+    return created(dataRoot() + QStringLiteral("/Devices"));
+}
+
+QString KvFileUtils::devicesPath(const QString& name) {
+    return created(devicesPath() + QLatin1Char('/') + name);
+}
+
+QString KvFileUtils::updatePath() {
+    return created(dataRoot() + QStringLiteral("/Update"));
+}
+
+QString KvFileUtils::mediaRoot() {
+    const QString root = dataRoot();
+    return created(KvConfigure().getString(orvelle::settings::kMediaRoot, root));
+}
+
+QString KvFileUtils::mediaPath(const QString& uid) {
+    return created(mediaRoot() + QLatin1Char('/') + uid);
+}
+
+QString KvFileUtils::screenshotPath(const QString& uid) {
+    return created(mediaPath(uid) + QStringLiteral("/Screenshot"));
+}
+
+QString KvFileUtils::videoPath(const QString& uid) {
+    return created(mediaPath(uid) + QStringLiteral("/Video"));
+}
+
+bool KvFileUtils::exists(const QString& path) {
+    return QFileInfo(path).isDir();
+}
+
+bool KvFileUtils::mkdir(const QString& path) {
+    return !path.isEmpty() && QDir().mkpath(path);
+}
+
+bool KvFileUtils::fileExists(const QString& path) {
+    return !path.isEmpty() && QFileInfo::exists(path);
+}
+
+bool KvFileUtils::removeFile(const QString& path) {
+    return QFile::remove(path);
+}
+
+bool KvFileUtils::resetMediaRoot() {
+    return KvConfigure().remove(orvelle::settings::kMediaRoot);
+}
+
+bool KvFileUtils::openFolder(const QString& path) {
+    return orvelle::openFolder(path.toStdString());
+}
