@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+namespace orvelle {
+
+/// The user's language or, where none was chosen, the system's: "chinese" or "english".
+QString chooseLanguage();
+
+/// Loads the chosen language's table from the directory beside the program.
+void loadChosenLanguage();
+
+}  // namespace orvelle

@@ -1,0 +1,102 @@
+#include "app/start_up.h"
+
+#include <QMessageBox>
+
+#include "app/application.h"
+#include "app/language_choice.h"
+#include "core/file_utils.h"
+#include "core/language.h"
+#include "device/device_manager.h"
+#include "media/device_inputs.h"
+#include "platform/keep_awake.h"
+#include "platform/quit_signals.h"
+#include "platform/single_instance.h"
+#include "platform/suspend_watch.h"
+#include "ui/main/main_window.h"
+#include "ui/palette.h"
+
+namespace orvelle {
+
+namespace {
+
+constexpr int kRestart = -1;
+constexpr int kAlreadyRunning = -1;
+
+void chooseFont()
+{
+    // Not every system has the house font; these have its Chinese characters.
+    QFont::insertSubstitutions(QLatin1String(palette::kFontFamily),
+                               {QStringLiteral("Noto Sans CJK SC"),
+                                QStringLiteral("Source Han Sans SC"),
+                                QStringLiteral("WenQuanYi Micro Hei"), QStringLiteral("DejaVu Sans")});
+    QFont font{QString::fromLatin1(palette::kFontFamily)};
+    font.setPixelSize(palette::kFontPixels);
+    QApplication::setFont(font);
+}
+
+void warnAlreadyRunning()
+{
+    QMessageBox::warning(nullptr, KvLanguage::getString(QStringLiteral("waring")),
+                         KvLanguage::getString(QStringLiteral("program_already_running")),
+                         QMessageBox::Ok);
+}
+
+/// The services that live as long as the process and survive a rebuilt main window.
+class Services {
+public:
+    Services()
+    {
+        registerDeviceInputs();
+        KvDeviceManager::create()->start(KvFileUtils::devicesPath());
+    }
+    ~Services() { KvDeviceManager::release(); }
+    Services(const Services&) = delete;
+    Services& operator=(const Services&) = delete;
+
+private:
+    KvFileUtils m_fileUtils;
+};
+
+/// One main window from its start to its end; the event loop's exit code.
+int runMainWindow(KvApplication& application)
+{
+    const KeepAwake keepAwake;
+    MainWindow window;
+    application.setMainWindow(&window);
+    window.show();
+    const int code = QApplication::exec();
+    application.setMainWindow(nullptr);
+    return code;
+}
+
+}  // namespace
+
+int runOrvelle(int argc, char** argv)
+{
+    // Tiles move between windows when they go full screen; their pictures must come along.
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    KvApplication application(argc, argv);
+    application.installNativeEventFilter(&application);
+    const QuitSignals quitSignals([] { QCoreApplication::quit(); });
+    const SuspendWatch suspendWatch([] { KvApplication::restart(); });
+
+    // The lock comes before the services: a second copy must not touch the cameras.
+    SingleInstance singleInstance("Orvelle");
+    std::unique_ptr<Services> services;
+    int code = kRestart;
+    while (code == kRestart) {
+        loadChosenLanguage();
+        chooseFont();
+        if (!singleInstance.acquire()) {
+            warnAlreadyRunning();
+            return kAlreadyRunning;
+        }
+        if (!services)
+            services = std::make_unique<Services>();
+        code = runMainWindow(application);
+        singleInstance.release();
+    }
+    return code;
+}
+
+}  // namespace orvelle
