@@ -1,10 +1,10 @@
 #include "core/configure.h"
 
+#include "core/file_utils.h"
+
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QVariant>
-
-#include "core/file_utils.h"
 
 namespace {
 

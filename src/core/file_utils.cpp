@@ -1,12 +1,12 @@
 #include "core/file_utils.h"
 
+#include "core/configure.h"
+#include "platform/open_folder.h"
+
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QStandardPaths>
-
-#include "core/configure.h"
-#include "platform/open_folder.h"
 
 namespace {
 

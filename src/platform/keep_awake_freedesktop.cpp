@@ -1,11 +1,12 @@
+#include "platform/keep_awake.h"
+
+#include "platform/freedesktop.h"
+
 #include <QCoreApplication>
 #include <QDBusMessage>
 #include <QDBusPendingCallWatcher>
 #include <QDBusPendingReply>
 #include <QDBusUnixFileDescriptor>
-
-#include "platform/freedesktop.h"
-#include "platform/keep_awake.h"
 
 namespace orvelle {
 namespace {

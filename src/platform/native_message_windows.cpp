@@ -1,8 +1,8 @@
-#include <cstring>
-
 #include "platform/native_message.h"
 
 #include <windows.h>
+
+#include <cstring>
 
 namespace orvelle {
 

@@ -1,9 +1,10 @@
+#include "platform/open_folder.h"
+
+#include "platform/freedesktop.h"
+
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QProcess>
-
-#include "platform/freedesktop.h"
-#include "platform/open_folder.h"
 
 namespace orvelle {
 

@@ -1,4 +1,5 @@
 #include "platform/open_folder.h"
+
 #include "platform/windows_text.h"
 
 #include <windows.h>

@@ -6,9 +6,9 @@
 namespace orvelle {
 
 /// Turns the system's orders to quit (SIGTERM, SIGINT, SIGHUP) into a callback on the thread that
-/// built it, from its event loop, once for each signal. One object a process; the former handlers
-/// return when it goes. On Windows the end of a session comes by native messages instead
-/// (native_message.h) and this one is silent.
+/// built it, from its event loop; signals that come together count as one. One object a process;
+/// the former handlers return when it goes. On Windows the end of a session comes by native
+/// messages instead (native_message.h) and this one is silent.
 class QuitSignals {
 public:
     explicit QuitSignals(std::function<void()> quit);

@@ -1,7 +1,11 @@
-#include <fcntl.h>
-#include <unistd.h>
+#include "platform/quit_signals.h"
+
+#include "platform/freedesktop.h"
 
 #include <QSocketNotifier>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 #include <array>
 #include <atomic>
@@ -9,9 +13,6 @@
 #include <csignal>
 #include <cstddef>
 #include <utility>
-
-#include "platform/freedesktop.h"
-#include "platform/quit_signals.h"
 
 namespace orvelle {
 namespace {
@@ -75,9 +76,10 @@ QuitSignals::Pipe::~Pipe() {
 }
 
 void QuitSignals::Pipe::drain() {
-    char byte = 0;
-    while (read(ends[0], &byte, 1) == 1)
-        quit();
+    std::array<char, 64> bytes;
+    while (read(ends[0], bytes.data(), bytes.size()) > 0) {
+    }
+    quit();
 }
 
 QuitSignals::QuitSignals(std::function<void()> quit)

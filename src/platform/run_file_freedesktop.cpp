@@ -1,9 +1,10 @@
+#include "platform/run_file.h"
+
+#include "platform/freedesktop.h"
+
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QProcess>
-
-#include "platform/freedesktop.h"
-#include "platform/run_file.h"
 
 namespace orvelle {
 

@@ -1,4 +1,5 @@
 #include "platform/run_file.h"
+
 #include "platform/windows_text.h"
 
 #include <windows.h>

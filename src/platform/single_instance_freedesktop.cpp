@@ -1,3 +1,7 @@
+#include "platform/single_instance.h"
+
+#include "platform/freedesktop.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <sys/stat.h>
@@ -7,9 +11,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <utility>
-
-#include "platform/freedesktop.h"
-#include "platform/single_instance.h"
 
 namespace orvelle {
 namespace {

@@ -1,9 +1,10 @@
-#include <utility>
-
 #include "platform/single_instance.h"
+
 #include "platform/windows_text.h"
 
 #include <windows.h>
+
+#include <utility>
 
 namespace orvelle {
 

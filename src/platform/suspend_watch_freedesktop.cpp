@@ -1,9 +1,10 @@
+#include "platform/suspend_watch.h"
+
+#include "platform/freedesktop.h"
+
 #include <QObject>
 
 #include <utility>
-
-#include "platform/freedesktop.h"
-#include "platform/suspend_watch.h"
 
 namespace orvelle {
 

@@ -1,11 +1,11 @@
 #include "support/leak_check.h"
 
-#include <sys/socket.h>
-
 #include <QCoreApplication>
 #include <QDeadlineTimer>
 #include <QEvent>
 #include <QThread>
+
+#include <sys/socket.h>
 
 #include <algorithm>
 #include <array>
