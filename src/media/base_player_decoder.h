@@ -4,6 +4,7 @@
 
 #include <cstdint>
 
+#include "media/stream_parameters.h"
 #include "media/stream_stats.h"
 
 class KvBasePlayerDecoderFrame;
@@ -43,6 +44,10 @@ public:
     virtual void wakeReaders() = 0;
     /// Asks the stage's threads to end without waiting for them; stop() still has to follow.
     virtual void requestStop() = 0;
+
+    /// Copies of what is known of the streams being decoded; empty while nothing is. Any thread.
+    virtual orvelle::StreamParameters videoParameters() { return {}; }
+    virtual orvelle::StreamParameters audioParameters() { return {}; }
 
     /// Before start().
     void setCallback(void* user, EventCallback callback);

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "core/thread.h"
+#include "frames/decoder_frame.h"
+#include "frames/mutex_queue.h"
+#include "media/base_player_decoder.h"
+#include "media/codec_opener.h"
+#include "media/video_frame_filter.h"
+
+class KvBasePlayerInputPacket;
+class KvPlayerDecoder;
+
+/// Runs one decoding loop of its decoder.
+class KvPlayerDecoderThread : public KvThread {
+public:
+    KvPlayerDecoderThread(const QString& name, KvPlayerDecoder* decoder)
+        : KvThread(name), m_decoder(decoder) {}
+
+protected:
+    KvPlayerDecoder* const m_decoder;  ///< borrowed; outlives the thread
+};
+
+class KvPlayerDecoderVideoThread : public KvPlayerDecoderThread {
+public:
+    explicit KvPlayerDecoderVideoThread(KvPlayerDecoder* decoder);
+    void run() override;
+};
+
+class KvPlayerDecoderAudioThread : public KvPlayerDecoderThread {
+public:
+    explicit KvPlayerDecoderAudioThread(KvPlayerDecoder* decoder);
+    void run() override;
+};
+
+/// The decoder stage of every player: one thread for pictures, one for sound.
+///
+/// The codec follows the packets. Pictures start at a key frame, leave in planar 4:2:0 and are
+/// withheld after damage until the next key frame; at most three wait. At most half a second of
+/// sound waits: a sound device slower than the camera's clock costs sound, not delay.
+class KvPlayerDecoder : public KvBasePlayerDecoder {
+    Q_OBJECT
+public:
+    explicit KvPlayerDecoder(QObject* parent = nullptr);
+    ~KvPlayerDecoder() override;
+
+    int start() override;
+    void stop() override;
+    AVCodecContext* videoCodecContext() override;
+    AVCodecContext* audioCodecContext() override;
+    int readVideoFrame(KvBasePlayerDecoderFrame** frame) override;
+    int readAudioFrame(KvBasePlayerDecoderFrame** frame) override;
+    void releaseVideoFrame(KvBasePlayerDecoderFrame* frame) override;
+    void releaseAudioFrame(KvBasePlayerDecoderFrame* frame) override;
+    bool isRunning() override;
+    void flush() override;
+    bool waitForVideoFrame(const KvThread& reader, int timeoutMs) override;
+    bool waitForAudioFrame(const KvThread& reader, int timeoutMs) override;
+    void wakeReaders() override;
+    void requestStop() override;
+    orvelle::StreamParameters videoParameters() override { return m_videoParameters.copy(); }
+    orvelle::StreamParameters audioParameters() override { return m_audioParameters.copy(); }
+
+private:
+    friend class KvPlayerDecoderVideoThread;
+    friend class KvPlayerDecoderAudioThread;
+    using FrameQueue = OwningQueue<KvBasePlayerDecoderFrame>;
+
+    void decodeVideo(const KvThread& thread);
+    void decodeAudio(const KvThread& thread);
+    void handleVideoPacket(const KvBasePlayerInputPacket& packet);
+    void handleAudioPacket(const KvBasePlayerInputPacket& packet);
+
+    std::unique_ptr<FrameQueue> m_videoFrames;  ///< fixed between start() and stop(), as below
+    std::unique_ptr<FrameQueue> m_audioFrames;
+    std::unique_ptr<KvPlayerDecoderVideoThread> m_videoThread;
+    std::unique_ptr<KvPlayerDecoderAudioThread> m_audioThread;
+
+    orvelle::PublishedParameters m_videoParameters;
+    orvelle::PublishedParameters m_audioParameters;
+};
