@@ -32,6 +32,8 @@ void KvBasePlayer::requestStop() {
         m_decoder->requestStop();
     if (m_input)
         m_input->requestStop();
+    if (m_recorder)
+        m_recorder->requestStop();
 }
 
 void KvBasePlayer::stop() {
@@ -79,6 +81,8 @@ void KvBasePlayer::flush() {
 }
 
 int KvBasePlayer::open() {
+    stop();
+    close();
     m_stats = std::make_shared<orvelle::StreamStats>();
     const int results[] = {openInput(), openDecoder(), openOutput()};
     for (const int result : results) {

@@ -41,6 +41,8 @@ public:
     virtual void seek(double seconds) = 0;
     /// Seconds; negative for a live source.
     virtual double duration() = 0;
+    /// Whether packets come as they are made; a recording comes faster than it plays.
+    virtual bool isLive() { return duration() < 0.0; }
     /// 0 and a packet that the caller owns, or -1 when none waits.
     virtual int readVideoPacket(KvBasePlayerInputPacket** packet) = 0;
     virtual int readAudioPacket(KvBasePlayerInputPacket** packet) = 0;

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstdint>
+
+namespace orvelle {
+
+/// Drops video that builds on a missing frame, by the frames' sequence numbers.
+///
+/// After a gap nothing passes until a key frame. The first frames of a stream are let through
+/// whatever their numbers: a camera may count oddly while it starts. One thread.
+class SequenceGate {
+public:
+    /// Whether the frame may be decoded.
+    bool accepts(uint8_t sequence, bool isKey);
+    /// A loss that the numbers need not show, since they wrap.
+    void noteLoss() { m_gap = true; }
+
+private:
+    static constexpr int kUncheckedFrames = 2;
+
+    int m_previous = -1;
+    int m_inOrder = 0;
+    bool m_checking = false;  ///< once more than kUncheckedFrames came in order
+    bool m_gap = false;
+};
+
+}  // namespace orvelle

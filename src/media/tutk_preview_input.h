@@ -1,0 +1,10 @@
+#pragma once
+
+#include "media/tutk_input.h"
+
+/// The live input that a device makes for a KvDevicePlayer.
+class KvTUTKPreviewInput : public KvTUTKInput {
+    Q_OBJECT
+public:
+    using KvTUTKInput::KvTUTKInput;
+};

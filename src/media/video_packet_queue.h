@@ -1,0 +1,24 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+
+#include "frames/input_packet.h"
+#include "frames/mutex_queue.h"
+
+namespace orvelle {
+
+/// The compressed video between an input and its decoder. Once it was cleared it takes nothing
+/// but a key frame, since what follows the discarded frames builds on them. Any thread.
+class VideoPacketQueue : public OwningQueue<KvBasePlayerInputPacket> {
+public:
+    /// Queues the packet, or frees it and returns false while a key frame is awaited.
+    bool offer(std::unique_ptr<KvBasePlayerInputPacket> packet);
+    void clear() override;
+
+private:
+    std::mutex m_gateMutex;  ///< guards m_awaitKey and its agreement with the queue's content
+    bool m_awaitKey = false;
+};
+
+}  // namespace orvelle
