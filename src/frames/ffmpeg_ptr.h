@@ -7,6 +7,7 @@ extern "C" {
 #include <libavcodec/bsf.h>
 #include <libavutil/audio_fifo.h>
 #include <libavutil/buffer.h>
+#include <libavutil/fifo.h>
 #include <libavutil/frame.h>
 }
 
@@ -28,6 +29,7 @@ using CodecParametersPtr =
     std::unique_ptr<AVCodecParameters, FfmpegDeleter<avcodec_parameters_free>>;
 using BitstreamFilterPtr = std::unique_ptr<AVBSFContext, FfmpegDeleter<av_bsf_free>>;
 using BufferPtr = std::unique_ptr<AVBufferRef, FfmpegDeleter<av_buffer_unref>>;
+using FifoPtr = std::unique_ptr<AVFifo, FfmpegDeleter<av_fifo_freep2>>;
 
 struct AudioFifoDeleter {
     void operator()(AVAudioFifo* fifo) const { av_audio_fifo_free(fifo); }

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QAudioFormat>
+#include <QObject>
+
+#include <atomic>
+#include <memory>
+
+#include "frames/ffmpeg_ptr.h"
+
+class KvAudioConverter;
+
+namespace orvelle {
+class SoundDevice;
+class SoundStream;
+}  // namespace orvelle
+
+/// Plays sound on the computer's default output.
+///
+/// The device itself is opened, fed and closed on one sound thread of the process, so that neither
+/// a slow sound server holds up the interface nor two threads share a device. A server that dies
+/// or appears late is opened again by later writes. Nothing is opened while muted.
+///
+/// start(), stop() and setVolume() belong to the owner; write() and writeFrame() to one writing
+/// thread, which must not write during stop(); interrupt() and the flags to any thread.
+class KvPcmPlayer : public QObject {
+    Q_OBJECT
+public:
+    explicit KvPcmPlayer(QObject* parent = nullptr);
+    ~KvPcmPlayer() override;  ///< stops too
+
+    /// Opens the default device: 0, or -1 when there is none or it refuses. A sound server that
+    /// does not answer within a moment counts as opened and is used once it answers.
+    int start();
+    /// Opens the default device with `format`, forced to signed 16 bits and at most two channels,
+    /// or with the nearest that the device supports.
+    int openFormat(const QAudioFormat& format);
+    /// Closes the device.
+    void stop();
+
+    /// Blocks until the device took all bytes or interrupt() was called (0); `length` at once when
+    /// muted; -1 without a device.
+    int write(const void* data, int length);
+    /// The same for one decoded frame, converted where it differs from the device's format: 0, or
+    /// -1 without a format or for a frame that makes no sense.
+    int writeFrame(const AVFrame* frame);
+
+    /// 0.0 mutes, 1.0 is the full level.
+    void setVolume(float volume);
+    float volume() const { return m_volume; }
+
+    /// Ends a blocked write and all later ones until the next start().
+    void interrupt();
+    bool isInterrupted() const;
+    bool isClosed() const;
+
+private:
+    std::shared_ptr<orvelle::SoundStream> m_stream;
+    std::unique_ptr<KvAudioConverter> m_converter;  ///< writing thread
+    std::atomic<float> m_volume{1.0f};
+};

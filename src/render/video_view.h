@@ -1,0 +1,81 @@
+#pragma once
+
+#include <QOpenGLFunctions>
+#include <QOpenGLWidget>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+
+#include "frames/yuv_data.h"
+#include "render/picture_geometry.h"
+#include "render/repaint_tick.h"
+
+/// The widget that shows a moving picture: keeps the latest frame and draws it with its
+/// proportions kept on black. Frames come from any thread; a newer frame replaces one that was
+/// never painted. Everything else belongs to the interface thread.
+class KvVideoView : public QOpenGLWidget, protected QOpenGLFunctions {
+    Q_OBJECT
+public:
+    explicit KvVideoView(QWidget* parent = nullptr);
+    ~KvVideoView() override;
+
+    /// Keeps a copy of three planes, as KvYUV420P does, without a repaint. Returns 0. Any thread.
+    int setYUV(const uint8_t* const planes[3], int width, int height, const int linesizes[3]);
+    /// Keeps the frame, which it now owns (null: none), without a repaint. Returns 0. Any thread.
+    int setFrame(KvYUV420P* frame);
+    /// setFrame() and updateAsync(). Any thread.
+    int showFrame(KvYUV420P* frame);
+    /// Requests a repaint, which may share the interface thread's next one with other views. Any
+    /// thread.
+    void updateAsync();
+    /// Drops the frame and repaints.
+    void clear();
+
+    /// Writes the current frame as a JPEG file; false when there is none or writing fails. Blocks
+    /// for the encoding, but holds up neither painting nor new frames. Any thread.
+    bool snapshot(const QString& path);
+    /// The share of the view that the last painted picture covers; null pointers are skipped. Any
+    /// thread.
+    void pictureScale(double* x, double* y) const;
+
+signals:
+    /// Repaints this view; may be emitted on any thread.
+    void updateAsyncSignal();
+
+protected:
+    void initializeGL() override;
+    void resizeGL(int width, int height) override;
+    void paintGL() override;
+
+private:
+    using SharedFrame = std::shared_ptr<const KvYUV420P>;
+
+    void keepFrame(SharedFrame frame);
+    SharedFrame currentFrame() const;
+    void buildProgram();
+    GLuint compileShader(GLenum type, const char* source);
+    void createTextures();
+    void releaseGl();
+    void uploadFrame(const SharedFrame& frame);
+    void uploadPlane(int unit, int width, int height, const uint8_t* bytes, bool isSameSize);
+    void drawQuad(const orvelle::PictureScale& scale, bool isBlack);
+
+    // Fixed after construction.
+    const std::shared_ptr<orvelle::RepaintTick> m_tick;
+    orvelle::RepaintTick::Client m_tickClient;
+
+    // Interface thread, with the context current.
+    QMetaObject::Connection m_contextConnection;
+    GLuint m_program = 0;
+    std::array<GLuint, 3> m_textures{};
+    GLint m_vertexAttribute = -1;
+    GLint m_textureAttribute = -1;
+    GLint m_matrixUniform = -1;
+    SharedFrame m_uploadedFrame;  ///< what the textures hold
+
+    mutable std::mutex m_mutex;  ///< guards the two below
+    SharedFrame m_frame;
+    orvelle::PictureScale m_scale;
+};
