@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QtTest>
+
+#include <memory>
+#include <vector>
+
+#include "support/leak_check.h"
+
+namespace orvelle::test {
+
+using MakeSuite = std::unique_ptr<QObject> (*)();
+
+inline std::vector<MakeSuite>& suites() {
+    static std::vector<MakeSuite> all;
+    return all;
+}
+
+/// One static object of this in a test file puts its class among those that runSuites() runs.
+template <class Suite>
+struct RegisterSuite {
+    RegisterSuite() {
+        suites().push_back([]() -> std::unique_ptr<QObject> { return std::make_unique<Suite>(); });
+    }
+};
+
+/// Runs all classes, then the leak check; the result is the program's exit code.
+inline int runSuites(int argc, char** argv) {
+    const LeakCheck leaks;
+    int failed = 0;
+    for (const MakeSuite make : suites())
+        failed += QTest::qExec(make().get(), argc, argv);
+    return failed + leaks.leftovers();
+}
+
+}  // namespace orvelle::test
