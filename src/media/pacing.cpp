@@ -24,12 +24,10 @@ std::optional<int64_t> Pacing::holdUntil(double timeSec, int64_t nowUs) {
         return std::nullopt;
     }
     const int64_t holdUs = static_cast<int64_t>(std::max(untilDueUs, -1e15));
-    const int64_t dueUs = nowUs + holdUs;
-    if (m_isLive)
-        giveBackSkew(holdUs, nowUs);
-    if (holdUs <= 0)
+    const int64_t neededUs = m_isLive ? holdUs - giveBackSkew(holdUs, nowUs) : holdUs;
+    if (neededUs <= 0)
         return std::nullopt;
-    return dueUs;
+    return nowUs + neededUs;
 }
 
 void Pacing::rebase(double timeSec, int64_t nowUs) {
@@ -39,14 +37,15 @@ void Pacing::rebase(double timeSec, int64_t nowUs) {
     m_smallestHoldUs.reset();
 }
 
-void Pacing::giveBackSkew(int64_t holdUs, int64_t nowUs) {
+int64_t Pacing::giveBackSkew(int64_t holdUs, int64_t nowUs) {
     m_smallestHoldUs = std::min(m_smallestHoldUs.value_or(holdUs), holdUs);
     if (nowUs - m_windowStartUs < kWindowUs)
-        return;
-    if (*m_smallestHoldUs > 0)
-        m_startUs -= *m_smallestHoldUs;
+        return 0;
+    const int64_t skewUs = std::max<int64_t>(*m_smallestHoldUs, 0);
+    m_startUs -= skewUs;
     m_windowStartUs = nowUs;
     m_smallestHoldUs.reset();
+    return skewUs;
 }
 
 }  // namespace orvelle

@@ -30,7 +30,8 @@ public:
 
 private:
     void rebase(double timeSec, int64_t nowUs);
-    void giveBackSkew(int64_t holdUs, int64_t nowUs);
+    /// By how much the due times were moved back.
+    int64_t giveBackSkew(int64_t holdUs, int64_t nowUs);
 
     const bool m_isLive;
     int64_t m_startUs;  ///< this machine's time at which a picture of time m_baseSec is due

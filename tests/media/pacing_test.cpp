@@ -59,9 +59,12 @@ void PacingTest::holdUntil_followsTheStamps_data() {
     QTest::newRow("first is not held") << Times{5} << Ms{0} << Ms{-1};
     QTest::newRow("early holds the next") << Times{5, 5.1} << Ms{0, 10} << Ms{-1, 100};
     QTest::newRow("late does not") << Times{5, 5.1, 5.2} << Ms{0, 150, 160} << Ms{-1, -1, 200};
-    QTest::newRow("small step back is late") << Times{5, 5.5, 5.4} << Ms{0, 1, 500} << Ms{-1, 500, -1};
-    QTest::newRow("jump back") << Times{50, 50.1, 9, 9.1} << Ms{0, 99, 200, 250} << Ms{-1, 100, -1, 300};
-    QTest::newRow("jump ahead") << Times{5, 5.1, 90, 90.1} << Ms{0, 50, 100, 150} << Ms{-1, 100, -1, 200};
+    QTest::newRow("small step back is late")
+        << Times{5, 5.5, 5.4} << Ms{0, 1, 500} << Ms{-1, 500, -1};
+    QTest::newRow("jump back") << Times{50, 50.1, 9, 9.1} << Ms{0, 99, 200, 250}
+                               << Ms{-1, 100, -1, 300};
+    QTest::newRow("jump ahead") << Times{5, 5.1, 90, 90.1} << Ms{0, 50, 100, 150}
+                                << Ms{-1, 100, -1, 200};
     QTest::newRow("stamps stay 0") << Times{0, 0, 0} << Ms{0, 0, 0} << Ms{-1, -1, -1};
     QTest::newRow("stamps start at 0") << Times{0, 0.1, 0.2} << Ms{0, 0, 0} << Ms{-1, -1, 200};
 }
@@ -94,11 +97,13 @@ void PacingTest::delay_staysBounded_whenLiveClocksDiffer() {
         return std::max<int64_t>(0, i - earlyBurst) * kFrameMs + (i % 4 == 3 ? 20 : 0);
     };
     const Playback playback = play(true, 27000, cameraMsPerMs, arrivalMs, 26000);
-    QVERIFY2(playback.longestWaitMs <= kFrameMs, qPrintable(QString::number(playback.longestWaitMs)));
+    QVERIFY2(playback.longestWaitMs <= kFrameMs,
+             qPrintable(QString::number(playback.longestWaitMs)));
 }
 
 void PacingTest::recording_playsAtItsOwnPace_whenAllOfItIsThereAtOnce() {
-    const Playback playback = play(false, 1500, 1.0, [](int) { return 0; }, 1);
+    const Playback playback = play(
+        false, 1500, 1.0, [](int) { return 0; }, 1);
     QCOMPARE(playback.lastShownMs, 1498 * kFrameMs);
 }
 
