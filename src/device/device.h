@@ -3,6 +3,8 @@
 #include <QObject>
 #include <QString>
 
+#include <functional>
+
 class KvBasePlayerInput;
 
 namespace orvelle {
@@ -16,7 +18,7 @@ enum class DeviceState {
     kWrongPassword,   ///< the camera answers and refuses the login
     kRefused,         ///< the camera answers and takes no further client
     kTimedOut,        ///< the attempt hung and was cut by the watchdog
-    kCancelled,       ///< the attempt was stopped from this side
+    kCancelled,       ///< the only attempt so far was stopped from this side
     kClosedByCamera,  ///< the session was open and the camera said goodbye
     kLost,            ///< the session was open and broke down
     kClosed,          ///< the session was open and was closed from this side
@@ -68,6 +70,8 @@ public:
 
     /// Aborts an attempt and asks the loops to end, without waiting; uninit() then is quick.
     virtual void requestStop() = 0;
+    /// `callback` is called on a worker thread when a session ends by itself.
+    virtual void setSessionLostCallback(std::function<void()> callback) = 0;
     /// Why the device is or is not reachable.
     virtual State state() const = 0;
     /// What decided the last attempt or ended the last session: 0, or a code of

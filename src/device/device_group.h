@@ -10,6 +10,7 @@
 #include <vector>
 
 class KvDevice;
+class QDomElement;
 
 /// One entry of the camera list: a single camera (type 0) or a named group (type 1).
 ///
@@ -80,12 +81,16 @@ private:
     };
 
     static QString keyOf(const Record& record);
+    static void readElement(const QDomElement& element, Record& record);
     static bool write(const Record& record, const QString& path);
     Record record() const;
+    void ensureGroupId();
+    const char* refusal() const;  ///< why a file just read is not usable, or null
     bool composeThumbnail(const QString& path) const;
 
     mutable std::mutex m_mutex;  ///< guards everything below
     Record m_record;
     QList<KvDevice*> m_devices;
+    QStringList m_deviceUids;  ///< of m_devices, which need not be touched for them
     bool m_thumbnailReady = false;
 };

@@ -99,14 +99,16 @@ private:
     ~KvDeviceManager() override;
 
     void load(const QString& devicesPath);
-    void initLibraries();
+    void loadGroups(const QString& directory);
+    void keepIdsUnique() const;
+    void sortGroups();
+    void resolve(KvDeviceGroup& group) const;
     void launchInitThread();
     void stopProcedure();
     void cancelCurrentDevice();
     void runRound(const KvThread& thread);
-    void connectDevice(KvDevice* device);
+    void connectDevice(KvDevice& device);
     void setCurrentDevice(KvDevice* device);
-    KvDevice* findEqual(const KvDevice* device) const;
 
     Timing m_timing;
     const std::shared_ptr<orvelle::RoundSignal> m_roundSignal;

@@ -31,6 +31,7 @@ private:
 
     /// Empty when this thread holds the lock already, being in dispatch().
     std::unique_lock<std::mutex> lockUnlessDispatching();
+    void compact();
 
     std::atomic<std::thread::id> m_dispatcher{};  ///< set by its own thread only
     std::mutex m_mutex;                           ///< guards m_entries, also during dispatch()

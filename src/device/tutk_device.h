@@ -34,7 +34,7 @@ public:
         int keepAliveMs = 30000;  ///< of silence before a keep-alive is sent
     };
 
-    KvTUTKDevice() = default;
+    KvTUTKDevice();
     /// Takes uid and password from the code that the phone shows; they stay empty when it is
     /// not usable.
     explicit KvTUTKDevice(const QString& deviceCode);
@@ -44,6 +44,8 @@ public:
 
     /// Whether every character is an ASCII letter or digit; true for an empty text.
     static bool isValidUid(const char* text, int size);
+    /// Whether a UID can name a camera and its files: valid, not empty and not too long.
+    static bool isUsableUid(const QString& uid);
     /// The usable devices of a directory, in order of their file names.
     static std::vector<std::unique_ptr<KvTUTKDevice>> loadAll(const QString& directory);
 
@@ -104,9 +106,7 @@ public:
 
     /// Before the first attempt only.
     void setTiming(const Timing& timing) { m_timing = timing; }
-    /// Called on a command loop's thread when a session ends by itself. Before the first
-    /// attempt only.
-    void setSessionLostCallback(std::function<void()> callback);
+    void setSessionLostCallback(std::function<void()> callback) override;
 
     /// The loops of the command channel, on the threads of command_threads.h.
     void doSend(const KvThread& thread);
@@ -119,15 +119,20 @@ private:
     static void onWatchdog(void* device);
     int openAttempt();
     int openSession();
-    void closeSession();
+    int login(int sid);
     void closeAll();
+    void closeSession();
+    void closeChannel();
     void abortAttempt(Abort reason);
     void startLoops();
     void stopLoops();
     void loopEnded(int result);
-    void handleResponse(const KvTUTKResponse& response);
-    void finish(State state, int result);
-    State stateOfFailure(int result) const;
+    int send(const KvTUTKRequest& request);
+    void receive(KvTUTKResponse response);
+    void rememberMode(const KvTUTKResponse& response);
+    void noteFailure(int result);
+    static State stateOfFailure(int result);
+    void readField(const QString& tag, const QString& text);
 
     // The record; see the class comment.
     int m_deviceId = -1;
@@ -138,7 +143,6 @@ private:
     int m_port = 0;
     double m_volume = 1.0;
     Timing m_timing;
-    std::function<void()> m_sessionLost;
     const bool m_ownsSession = true;
 
     std::atomic<int> m_mode{-1};
@@ -151,6 +155,9 @@ private:
     std::atomic<bool> m_recvRunning{false};
     std::atomic<State> m_state{State::kNeverTried};
     std::atomic<int> m_lastResult{0};
+
+    std::mutex m_callbackMutex;  ///< guards m_sessionLost
+    std::function<void()> m_sessionLost;
 
     std::mutex m_turnMutex;  ///< guards m_turnTaken
     std::condition_variable m_turnFree;

@@ -1,0 +1,221 @@
+#include "device/device_manager.h"
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+#include "core/log.h"
+#include "device/device_closer.h"
+#include "device/tutk_device.h"
+#include "link/av.h"
+#include "link/iotc.h"
+
+using orvelle::kLogInfo;
+using orvelle::log;
+
+namespace {
+
+constexpr int kMaxChannels = 32;
+constexpr int kCancelRepeatMs = 20;
+constexpr int kMaxSearchRecords = 100;
+
+std::atomic<KvDeviceManager*> s_instance{nullptr};
+
+std::unique_ptr<KvTUTKDevice> deviceOf(const LanSearchRecord& record) {
+    auto device = std::make_unique<KvTUTKDevice>();
+    device->setIp(QString::fromLatin1(record.ip));
+    device->setUid(QString::fromLatin1(record.uid));
+    device->setPort(record.port);
+    device->setName(QString::fromUtf8(record.deviceName));
+    return device;
+}
+
+}  // namespace
+
+KvDeviceManager::KvDeviceManager() : m_roundSignal(std::make_shared<orvelle::RoundSignal>()) {}
+
+KvDeviceManager::~KvDeviceManager() {
+    clearDevices();
+}
+
+KvDeviceManager* KvDeviceManager::create() {
+    if (!s_instance)
+        s_instance = new KvDeviceManager;
+    return s_instance;
+}
+
+KvDeviceManager* KvDeviceManager::instance() {
+    return s_instance;
+}
+
+void KvDeviceManager::release() {
+    KvDeviceManager* manager = s_instance;
+    if (!manager)
+        return;
+    manager->stopProcedure();
+    log("KvDeviceManager release clear devices began\n", kLogInfo);
+    manager->clearDevices();
+    log("KvDeviceManager release clear devices ended\n", kLogInfo);
+    log("KvDeviceManager runInit uninit TUTK & IOTC\n", kLogInfo);
+    log("KvDeviceManager runInit ended\n", kLogInfo);
+    s_instance = nullptr;
+    delete manager;
+}
+
+int KvDeviceManager::start(const QString& devicesPath) {
+    if (!devicesPath.isEmpty())
+        load(devicesPath);
+    log("KvDeviceManager runInit began\n", kLogInfo);
+    IOTC_Initialize2(0);
+    avInitialize(kMaxChannels);
+    log("KvDeviceManager runInit init IOTC & TUTK(32)\n", kLogInfo);
+    launchInitThread();
+    return 0;
+}
+
+void KvDeviceManager::load(const QString& devicesPath) {
+    auto devices = KvTUTKDevice::loadAll(devicesPath + QStringLiteral("/KvTUTK"));
+    addDevices({std::make_move_iterator(devices.begin()), std::make_move_iterator(devices.end())});
+    loadGroups(devicesPath + QStringLiteral("/KvTUTKGroup"));
+}
+
+void KvDeviceManager::startInitThread() {
+    log("Device Manager startInitThread began\n", kLogInfo);
+    launchInitThread();
+    log("Device Manager startInitThread ended\n", kLogInfo);
+}
+
+void KvDeviceManager::launchInitThread() {
+    const std::lock_guard<std::mutex> lock(m_threadMutex);
+    if (m_initThread)
+        return;
+    m_initThread = std::make_unique<KvDeviceManagerThread>(*this, m_roundSignal);
+    m_initThread->start(QThread::InheritPriority);
+}
+
+void KvDeviceManager::stopInitThread() {
+    log("Device Manager stopInitThread began\n", kLogInfo);
+    stopProcedure();
+    log("Device Manager stopInitThread ended\n", kLogInfo);
+}
+
+void KvDeviceManager::stopProcedure() {
+    log("KvDeviceManager release thread began\n", kLogInfo);
+    std::unique_ptr<KvDeviceManagerThread> thread;
+    {
+        const std::lock_guard<std::mutex> lock(m_threadMutex);
+        thread = std::move(m_initThread);
+    }
+    if (thread) {
+        thread->stop();
+        // A cancel that comes just before an attempt begins is lost, hence the repetition.
+        do
+            cancelCurrentDevice();
+        while (!thread->waitForEnd(kCancelRepeatMs));
+    }
+    log("KvDeviceManager release thread ended\n", kLogInfo);
+}
+
+void KvDeviceManager::cancelCurrentDevice() {
+    const std::lock_guard<std::mutex> lock(m_currentMutex);
+    if (!m_currentDevice)
+        return;
+    log("KvDeviceManager current device cancel init\n", kLogInfo);
+    m_currentDevice->cancelInit();
+}
+
+void KvDeviceManager::runRound(const KvThread& thread) {
+    const std::lock_guard<std::mutex> lock(m_devicesMutex);
+    log("KvDeviceManager init thread check device init\n", kLogInfo);
+    const QList<KvDevice*> devices = m_devices;
+    for (KvDevice* device : devices) {
+        if (thread.isStopped())
+            break;
+        connectDevice(*device);
+    }
+}
+
+void KvDeviceManager::connectDevice(KvDevice& device) {
+    setCurrentDevice(&device);
+    log("KvDeviceManager runInit device (%s)\n", kLogInfo, qUtf8Printable(device.uid()));
+    device.ensureConnected();
+    log("KvDeviceManager runInit device (%s) ended\n", kLogInfo, qUtf8Printable(device.uid()));
+    setCurrentDevice(nullptr);
+}
+
+void KvDeviceManager::setCurrentDevice(KvDevice* device) {
+    const std::lock_guard<std::mutex> lock(m_currentMutex);
+    m_currentDevice = device;
+}
+
+QList<KvDevice*> KvDeviceManager::devicesSnapshot() const {
+    const std::lock_guard<std::mutex> lock(m_listMutex);
+    return m_devices;
+}
+
+bool KvDeviceManager::contains(const KvDevice* device, bool lock) const {
+    std::unique_lock<std::mutex> deviceLock(m_devicesMutex, std::defer_lock);
+    if (lock)
+        deviceLock.lock();
+    const QList<KvDevice*> devices = devicesSnapshot();
+    return std::any_of(devices.begin(), devices.end(),
+                       [device](const KvDevice* listed) { return listed->equals(device); });
+}
+
+KvDevice* KvDeviceManager::findDevice(const QString& uid) const {
+    const QList<KvDevice*> devices = devicesSnapshot();
+    const auto found = std::find_if(devices.begin(), devices.end(), [&uid](const KvDevice* device) {
+        return device->uid() == uid;
+    });
+    return found == devices.end() ? nullptr : *found;
+}
+
+bool KvDeviceManager::addDevice(std::unique_ptr<KvDevice>&& device) {
+    const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
+    if (!device || contains(device.get(), false))
+        return false;
+    device->setSessionLostCallback([signal = m_roundSignal] { signal->raise(); });
+    const std::lock_guard<std::mutex> lock(m_listMutex);
+    m_devices.append(device.release());
+    return true;
+}
+
+int KvDeviceManager::addDevices(std::vector<std::unique_ptr<KvDevice>> devices) {
+    return static_cast<int>(std::count_if(devices.begin(), devices.end(), [this](auto& device) {
+        return addDevice(std::move(device));
+    }));
+}
+
+std::unique_ptr<KvDevice> KvDeviceManager::removeDevice(KvDevice* device) {
+    const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
+    {
+        const std::lock_guard<std::mutex> lock(m_listMutex);
+        if (!m_devices.removeOne(device))
+            return nullptr;
+    }
+    resolveMembers();
+    device->setSessionLostCallback({});
+    return std::unique_ptr<KvDevice>(device);
+}
+
+void KvDeviceManager::clearDevices() {
+    QList<KvDevice*> devices;
+    {
+        const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
+        const std::lock_guard<std::mutex> lock(m_listMutex);
+        devices.swap(m_devices);
+    }
+    resolveMembers();
+    orvelle::closeDevices(devices);
+    qDeleteAll(devices);
+    log("KvDeviceManager clearDevices ended\n", kLogInfo);
+}
+
+int KvDeviceManager::lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs) {
+    IOTC_Initialize2(0);
+    std::vector<LanSearchRecord> records(kMaxSearchRecords);
+    const int found = IOTC_Lan_Search2(records.data(), kMaxSearchRecords, timeoutMs);
+    const int count = std::clamp(found, 0, kMaxSearchRecords);
+    std::transform(records.begin(), records.begin() + count, std::back_inserter(result), deviceOf);
+    return count;
+}

@@ -1,0 +1,43 @@
+#include "device/device_manager_thread.h"
+
+#include <chrono>
+
+#include "device/device_manager.h"
+
+namespace orvelle {
+
+void RoundSignal::raise() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_raised = true;
+    m_changed.notify_all();
+}
+
+void RoundSignal::wait(int timeoutMs) {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_raised; });
+    m_raised = false;
+}
+
+}  // namespace orvelle
+
+KvDeviceManagerThread::KvDeviceManagerThread(KvDeviceManager& manager,
+                                             std::shared_ptr<orvelle::RoundSignal> signal)
+    : KvThread(QStringLiteral("device-manager")),
+      m_manager(manager),
+      m_roundSignal(std::move(signal)) {}
+
+void KvDeviceManagerThread::run() {
+    const KvDeviceManager::Timing timing = m_manager.m_timing;
+    while (!isStopped()) {
+        m_manager.runRound(*this);
+        // A camera that drops as soon as it is connected must not make the rounds spin.
+        if (sleepUnlessStopped(timing.minPauseMs))
+            break;
+        m_roundSignal->wait(timing.pauseMs - timing.minPauseMs);
+    }
+}
+
+void KvDeviceManagerThread::stop() {
+    KvThread::stop();
+    m_roundSignal->raise();
+}

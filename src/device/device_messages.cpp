@@ -1,0 +1,194 @@
+#include "device/device_messages.h"
+
+#include <QtEndian>
+
+#include <algorithm>
+
+namespace orvelle {
+namespace {
+
+// Appends little-endian fields one after the other.
+class Writer {
+public:
+    Writer& u8(uint8_t value) { return append(value); }
+    Writer& u16(uint16_t value) { return append(value); }
+    Writer& u32(uint32_t value) { return append(value); }
+    Writer& bytes(const QByteArray& value) {
+        m_bytes.append(value);
+        return *this;
+    }
+    Writer& reserved(int size) {
+        m_bytes.append(size, '\0');
+        return *this;
+    }
+    QByteArray result() const { return m_bytes; }
+
+private:
+    template <class Number>
+    Writer& append(Number value) {
+        char buffer[sizeof(Number)];
+        qToLittleEndian(value, buffer);
+        m_bytes.append(buffer, static_cast<int>(sizeof buffer));
+        return *this;
+    }
+
+    QByteArray m_bytes;
+};
+
+template <class Number>
+std::optional<Number> numberAt(const QByteArray& payload, int offset) {
+    if (payload.size() < offset + static_cast<int>(sizeof(Number)))
+        return std::nullopt;
+    return qFromLittleEndian<Number>(payload.constData() + offset);
+}
+
+// Of a field of `size` bytes: what was received of it, up to its NUL.
+QString textAt(const QByteArray& payload, int offset, int size) {
+    const QByteArray field = payload.mid(offset, size);
+    return QString::fromUtf8(
+        field.constData(),
+        static_cast<int>(qstrnlen(field.constData(), static_cast<uint>(field.size()))));
+}
+
+}  // namespace
+
+STimeDay STimeDay::from(const QDate& date, const QTime& time) {
+    STimeDay day;
+    day.year = static_cast<uint16_t>(date.year());
+    day.month = static_cast<uint8_t>(date.month());
+    day.day = static_cast<uint8_t>(date.day());
+    day.wday = static_cast<uint8_t>(date.dayOfWeek());
+    day.hour = static_cast<uint8_t>(time.hour());
+    day.minute = static_cast<uint8_t>(time.minute());
+    day.second = static_cast<uint8_t>(time.second());
+    return day;
+}
+
+QByteArray STimeDay::encode() const {
+    return Writer().u16(year).u8(month).u8(day).u8(wday).u8(hour).u8(minute).u8(second).result();
+}
+
+QByteArray StreamRequest::encode() const {
+    return Writer().u32(channel).reserved(4).result();
+}
+
+SMsgAVIoctrlPlayRecord SMsgAVIoctrlPlayRecord::start(const STimeDay& from) {
+    SMsgAVIoctrlPlayRecord message;
+    message.channel = 1;
+    message.command = kStart;
+    message.sTimeDay = from;
+    return message;
+}
+
+QByteArray SMsgAVIoctrlPlayRecord::encode() const {
+    return Writer()
+        .u32(channel)
+        .u32(command)
+        .u32(param)
+        .bytes(sTimeDay.encode())
+        .reserved(4)
+        .result();
+}
+
+SMsgAVIoctrlPlayRecordResp SMsgAVIoctrlPlayRecordResp::decode(const QByteArray& payload) {
+    return {numberAt<uint32_t>(payload, 0), numberAt<int32_t>(payload, 4)};
+}
+
+StreamQualityReply StreamQualityReply::decode(const QByteArray& payload) {
+    return {numberAt<uint8_t>(payload, 4)};
+}
+
+SMsgAVIoctrlDeviceInfoResp SMsgAVIoctrlDeviceInfoResp::decode(const QByteArray& payload) {
+    return {textAt(payload, 0, 16), numberAt<uint32_t>(payload, 32),
+            numberAt<uint32_t>(payload, 40), numberAt<uint32_t>(payload, 44)};
+}
+
+SMsgAVIoctrlGetWifiResp_vbk SMsgAVIoctrlGetWifiResp_vbk::decode(const QByteArray& payload) {
+    return {textAt(payload, 0, 32), textAt(payload, 68, 16), textAt(payload, 84, -1)};
+}
+
+QByteArray FormatStorageRequest::encode() const {
+    return Writer().u32(storage).reserved(4).result();
+}
+
+SMsgAVIoctrlFormatExtStorageResp SMsgAVIoctrlFormatExtStorageResp::decode(
+    const QByteArray& payload) {
+    return {numberAt<uint32_t>(payload, 0), numberAt<uint8_t>(payload, 4)};
+}
+
+TimeZoneReply TimeZoneReply::decode(const QByteArray& payload) {
+    return {numberAt<int32_t>(payload, 8)};
+}
+
+SMsgAVIoctrlListEventReq SMsgAVIoctrlListEventReq::forMonth(const QDate& day) {
+    const QDate first(day.year(), day.month(), 1);
+    SMsgAVIoctrlListEventReq message;
+    message.start = STimeDay::from(first.addMonths(-1), QTime(0, 0, 0));
+    message.end = STimeDay::from(first.addMonths(1).addDays(-1), QTime(23, 59, 59));
+    return message;
+}
+
+QByteArray SMsgAVIoctrlListEventReq::encode() const {
+    return Writer()
+        .u32(channel)
+        .bytes(start.encode())
+        .bytes(end.encode())
+        .u8(event)
+        .u8(status)
+        .reserved(2)
+        .result();
+}
+
+SMsgAVIoctrlListEventResp_VBK SMsgAVIoctrlListEventResp_VBK::decode(const QByteArray& payload) {
+    SMsgAVIoctrlListEventResp_VBK reply;
+    reply.count = numberAt<uint8_t>(payload, 0).value_or(0);
+    reply.misscard = numberAt<uint8_t>(payload, 1).value_or(0);
+    for (int i = 0; i < reply.count; ++i) {
+        const auto start = numberAt<uint32_t>(payload, 4 + 8 * i);
+        const auto num = numberAt<uint32_t>(payload, 8 + 8 * i);
+        if (!start || !num)
+            break;
+        reply.runs.append({*start, std::min(*num, kMaxRunMinutes)});
+    }
+    return reply;
+}
+
+DeviceTypeReply DeviceTypeReply::decode(const QByteArray& payload) {
+    return {numberAt<int32_t>(payload, 0)};
+}
+
+uint8_t SMsgAVIoctrlPtzCmd::controlFor(int directions) {
+    switch (directions) {
+        case kUp:
+            return 1;
+        case kDown:
+            return 2;
+        case kLeft:
+            return 3;
+        case kUp | kLeft:
+            return 4;
+        case kDown | kLeft:
+            return 5;
+        case kRight:
+            return 6;
+        case kUp | kRight:
+            return 7;
+        case kDown | kRight:
+            return 8;
+        default:
+            return 0;
+    }
+}
+
+SMsgAVIoctrlPtzCmd SMsgAVIoctrlPtzCmd::move(int directions, int avIndex) {
+    SMsgAVIoctrlPtzCmd message;
+    message.control = controlFor(directions);
+    message.channel = static_cast<uint8_t>(avIndex & 0xFF);
+    return message;
+}
+
+QByteArray SMsgAVIoctrlPtzCmd::encode() const {
+    return Writer().u8(control).u8(speed).reserved(3).u8(channel).reserved(2).result();
+}
+
+}  // namespace orvelle

@@ -1,0 +1,102 @@
+#include "device/xml_file.h"
+
+#include <QFile>
+#include <QSaveFile>
+#include <QXmlStreamReader>
+
+#include <algorithm>
+#include <iterator>
+
+#include "device/logging.h"
+
+namespace orvelle {
+namespace {
+
+constexpr qint64 kMaxFileBytes = 1024 * 1024;
+constexpr int kMaxDepth = 8;
+
+// Walks the document without building it: a tree of a hundred thousand levels would overflow
+// the stack of the recursive DOM, and an encoding error would pass it unnoticed.
+QString refusalOf(const QByteArray& bytes) {
+    QXmlStreamReader reader(bytes);
+    int depth = 0;
+    while (!reader.atEnd()) {
+        switch (reader.readNext()) {
+            case QXmlStreamReader::DTD:
+                return QStringLiteral("document type declarations are not accepted");
+            case QXmlStreamReader::StartElement:
+                if (++depth > kMaxDepth)
+                    return QStringLiteral("nested too deeply");
+                break;
+            case QXmlStreamReader::EndElement:
+                --depth;
+                break;
+            default:
+                break;
+        }
+    }
+    return reader.hasError() ? reader.errorString() : QString();
+}
+
+QString readInto(const QString& path, const QString& documentName, QDomDocument& document) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        return file.errorString();
+    const QByteArray bytes = file.read(kMaxFileBytes + 1);
+    if (bytes.size() > kMaxFileBytes)
+        return QStringLiteral("larger than %1 bytes").arg(kMaxFileBytes);
+    const QString refusal = refusalOf(bytes);
+    if (!refusal.isEmpty())
+        return refusal;
+    document = QDomDocument(documentName);
+    QString error;
+    return document.setContent(bytes, &error) ? QString() : error;
+}
+
+// The characters of XML 1.0. Anything else would make the file unreadable.
+bool isXmlCharacter(QChar character) {
+    const ushort code = character.unicode();
+    return code == '\t' || code == '\n' || code == '\r' || (code >= 0x20 && code < 0xFFFE);
+}
+
+}  // namespace
+
+std::optional<QDomDocument> readXmlFile(const QString& path, const QString& documentName) {
+    QDomDocument document;
+    const QString refusal = readInto(path, documentName, document);
+    if (refusal.isEmpty())
+        return document;
+    qCWarning(lcDevice) << "skipped" << path << ":" << refusal;
+    return std::nullopt;
+}
+
+bool writeXmlFile(const QString& path, const std::function<void(QXmlStreamWriter&)>& writeBody) {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) ||
+        !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
+        qCWarning(lcDevice) << "cannot write" << path << ":" << file.errorString();
+        return false;
+    }
+    QXmlStreamWriter writer(&file);
+    writer.setAutoFormatting(true);
+    writer.setAutoFormattingIndent(4);
+    writer.writeStartDocument();
+    writeBody(writer);
+    writer.writeEndDocument();
+    if (!writer.hasError() && file.commit())
+        return true;
+    qCWarning(lcDevice) << "cannot write" << path << ":" << file.errorString();
+    return false;
+}
+
+void writeXmlText(QXmlStreamWriter& writer, const QString& tag, const QString& text) {
+    QString clean;
+    std::copy_if(text.begin(), text.end(), std::back_inserter(clean), isXmlCharacter);
+    writer.writeTextElement(tag, clean);
+}
+
+void writeXmlNumber(QXmlStreamWriter& writer, const QString& tag, int number) {
+    writer.writeTextElement(tag, QString::number(number));
+}
+
+}  // namespace orvelle
