@@ -25,7 +25,11 @@ int KvTUTKInput::open() {
     m_rate.restart(av_gettime_relative());
     const bool usable = m_device && m_device->sid() >= 0;
     m_avIndex = usable ? m_device->avIndex() : -1;
-    drainChannel();
+    if (isBound()) {
+        // What still waits from an earlier view would flash up as the first picture.
+        avDiscardMedia(m_avIndex);
+        m_lostBefore = avLostVideoFrames(m_avIndex);
+    }
     if (startDevice() < 0)
         return -1;
     startThreads();
@@ -36,6 +40,8 @@ void KvTUTKInput::close() {
     requestStop();
     stopDevice();
     stopThreads();
+    if (isBound())
+        avDiscardMedia(m_avIndex);
     m_rate.restart(av_gettime_relative());
     m_avIndex = -1;
 }

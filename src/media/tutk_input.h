@@ -74,11 +74,11 @@ private:
     };
 
     bool isBound() const { return m_avIndex >= 0; }
-    void drainChannel();
     void limitVideoBacklog();
     void limitAudioBacklog();
     Received receiveVideo(char* buffer);
     Received receiveAudio(char* buffer);
+    bool waitForAudio(const KvThread& thread);
     void acceptVideo(const Received& frame, const char* data, orvelle::SequenceGate& gate);
     void acceptAudio(const Received& frame, const char* data);
     bool goesOnAfter(const char* call, int result, ReceiveLoop& loop);

@@ -47,18 +47,6 @@ const char* nameOfEnd(int result) {
 
 }  // namespace
 
-void KvTUTKInput::drainChannel() {
-    if (!isBound())
-        return;
-    // What the channel still holds of an earlier view would flash up as the first picture.
-    const std::unique_ptr<char[]> buffer(new char[orvelle::kMaxVideoFrameBytes]);
-    for (int result = 1; result > 0 || result == AV_ER_LOSED_THIS_FRAME;)
-        result = receiveVideo(buffer.get()).result;
-    for (int result = 1; result > 0 || result == AV_ER_LOSED_THIS_FRAME;)
-        result = receiveAudio(buffer.get()).result;
-    m_lostBefore = avLostVideoFrames(m_avIndex);
-}
-
 void KvTUTKInput::limitVideoBacklog() {
     const int waiting = m_videoQueue->size();
     if (waiting <= kMaxVideoBacklog)
@@ -135,11 +123,8 @@ void KvTUTKInput::doRecvAudio(KvThread& thread) {
             end("avCheckAudioBuf", waiting);
             break;
         }
-        if (waiting < kMinAudioWaiting) {
-            avWaitAudio(m_avIndex, kMinAudioWaiting - 1, kWaitMs,
-                        [&thread] { return thread.isStopped(); });
+        if (waiting < kMinAudioWaiting && !waitForAudio(thread))
             continue;
-        }
         const Received frame = receiveAudio(buffer.data());
         if (frame.result > 0)
             acceptAudio(frame, buffer.data());
@@ -150,6 +135,13 @@ void KvTUTKInput::doRecvAudio(KvThread& thread) {
             break;
     }
     qDebug("KvTUTKInput recv audio stop");
+}
+
+bool KvTUTKInput::waitForAudio(const KvThread& thread) {
+    const int64_t startUs = av_gettime_relative();
+    avWaitAudio(m_avIndex, kMinAudioWaiting - 1, kWaitMs, [&thread] { return thread.isStopped(); });
+    // Woken early there are frames enough, or the channel has ended and a read tells how.
+    return av_gettime_relative() - startUs < kWaitMs * 1000;
 }
 
 void KvTUTKInput::acceptVideo(const Received& frame, const char* data,
