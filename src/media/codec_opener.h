@@ -1,5 +1,8 @@
 #pragma once
 
+#include <atomic>
+#include <cstddef>
+
 #include "frames/ffmpeg_ptr.h"
 
 class KvBasePlayerInput;
@@ -8,8 +11,9 @@ namespace orvelle {
 
 /// The codec of one medium that a decoding thread has open, with its work frame.
 ///
-/// The context is the input's own when the input brings one, else made here. Belongs to its
-/// decoding thread; the pointer that context() gives may be read by any.
+/// The context is the input's own when the input brings one, else made here: one thread, no more
+/// pixels than a camera has, and 8000 Hz mono for sound formats that do not say. Belongs to its
+/// decoding thread.
 class OpenCodec {
 public:
     /// `mediaKind` is a KvBasePlayerInput::MediaKind; `input` is borrowed.
@@ -18,32 +22,40 @@ public:
     OpenCodec(const OpenCodec&) = delete;
     OpenCodec& operator=(const OpenCodec&) = delete;
 
-    /// Closes what is open and opens `codecId`; `packetBytes` of the first packet helps where a
-    /// format does not say its parameters. 0 or an FFmpeg error; then nothing is open.
-    int open(int codecId, int packetBytes);
+    bool isOpen(int codecId) const { return context() && m_codecId == codecId; }
+    /// Closes what is open and opens `codecId`. A codec refused last time is refused again at
+    /// once unless `mayRetry`; a run of refusals logs one line. `bitsPerSample` is for G.726.
+    bool open(int codecId, bool mayRetry, int bitsPerSample = 0);
     void close();
 
-    int codecId() const { return m_codecId; }  ///< 0 when none is open
+    /// Null when none is open. Any thread may read the pointer, only the owner follow it.
     AVCodecContext* context() const { return m_context; }
     AVFrame* frame() const { return m_frame.get(); }
 
     /// 0 or an FFmpeg error.
-    int send(const AVPacket* packet);
-    /// Fills frame(): 0, AVERROR(EAGAIN) when no more comes of the packets sent, or an error.
+    int send(const AVPacket& packet);
+    /// Fills frame(): 0, AVERROR(EAGAIN) when the packets sent give no more, or an error.
     int receive();
     /// Forgets reference pictures and whatever the decoder holds back.
     void reset();
 
 private:
-    int openOwn(int packetBytes);
+    int tryOpen(int codecId, int bitsPerSample);
+    AVCodecContext* makeContext(int codecId, int bitsPerSample);
+    void logRefusal(int codecId, int error) const;
 
     KvBasePlayerInput& m_input;
     const int m_mediaKind;
-    int m_codecId = 0;
-    bool m_inputOwned = false;
-    AVCodecContext* m_context = nullptr;  ///< owned unless m_inputOwned
+    int m_codecId = AV_CODEC_ID_NONE;
+    int m_refusedId = -1;
+    std::atomic<AVCodecContext*> m_context{nullptr};  ///< orders nothing
     const AVCodec* m_codec = nullptr;
     FramePtr m_frame;
 };
+
+/// Bits of a G.726 code word (2 to 5), from the bytes of a packet and the seconds until the next
+/// one: neither the format nor the camera says it. 4, the standard's usual rate, when that
+/// makes no sense.
+int g726BitsPerSample(size_t bytes, double seconds);
 
 }  // namespace orvelle

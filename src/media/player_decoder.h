@@ -8,6 +8,7 @@
 #include "frames/mutex_queue.h"
 #include "media/base_player_decoder.h"
 #include "media/codec_opener.h"
+#include "media/error_run.h"
 #include "media/video_frame_filter.h"
 
 class KvBasePlayerInputPacket;
@@ -69,14 +70,33 @@ private:
     using FrameQueue = OwningQueue<KvBasePlayerDecoderFrame>;
 
     void decodeVideo(const KvThread& thread);
-    void decodeAudio(const KvThread& thread);
     void handleVideoPacket(const KvBasePlayerInputPacket& packet);
+    bool openVideo(const KvBasePlayerInputPacket& packet);
+    int decodePicture(const KvBasePlayerInputPacket& packet);
+    void passPicture(double timeSec);
+    void publishVideo(const KvBasePlayerInputPacket& packet);
+
+    void decodeAudio(const KvThread& thread);
     void handleAudioPacket(const KvBasePlayerInputPacket& packet);
+    bool openAudio(const KvBasePlayerInputPacket& packet);
+    void passSound(double timeSec);
+    void boundSound(double frameSec);
 
     std::unique_ptr<FrameQueue> m_videoFrames;  ///< fixed between start() and stop(), as below
     std::unique_ptr<FrameQueue> m_audioFrames;
+    std::unique_ptr<orvelle::OpenCodec> m_video;  ///< used by the video thread alone
+    std::unique_ptr<orvelle::OpenCodec> m_audio;  ///< used by the audio thread alone
     std::unique_ptr<KvPlayerDecoderVideoThread> m_videoThread;
     std::unique_ptr<KvPlayerDecoderAudioThread> m_audioThread;
+
+    orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the one below
+    orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
+    orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below
+    size_t m_lastG726Bytes = 0;
+    double m_lastG726Sec = 0.0;
+
+    /// Pictures may be shown: set by the video thread alone, cleared by flush() too.
+    std::atomic<bool> m_keyFrameSeen{false};
 
     orvelle::PublishedParameters m_videoParameters;
     orvelle::PublishedParameters m_audioParameters;

@@ -11,6 +11,7 @@
 #include "core/thread.h"
 #include "frames/input_packet.h"
 #include "frames/mutex_queue.h"
+#include "media/stream_parameters.h"
 
 class KvBasePlayerDecoder;
 class KvBasePlayerInput;
@@ -70,20 +71,32 @@ public:
 private:
     friend class KvPlayerRecoderThread;
     using PacketQueue = OwningQueue<KvBasePlayerInputPacket>;
+    enum class Outcome { kStopped, kSpoiled, kNotBegun };
 
     static void onPacket(void* user, KvBasePlayerInputPacket* packet);
     void tap(const KvBasePlayerInputPacket& packet);
+
     void record(KvThread& thread);
-    void notify(Event event, double seconds = 0.0, double b = 0.0);
+    Outcome copyPackets(KvThread& thread, orvelle::RecordingFile& file);
+    int begin(KvThread& thread, orvelle::RecordingFile& file,
+              const KvBasePlayerInputPacket& keyPacket);
+    /// What the decoder knows of the stream that begins with `sets`; empty when it does not.
+    orvelle::StreamParameters awaitVideo(KvThread& thread, int codecId,
+                                         const std::vector<uint8_t>& sets);
+    int write(orvelle::RecordingFile& file, KvBasePlayerInputPacket& packet);
+    void notify(Event event, double a = 0.0, double b = 0.0);
 
     KvBasePlayerInput* const m_input;
     KvBasePlayerDecoder* const m_decoder;
-    QString m_formatName;  ///< fixed while the thread runs, as the four below
+    QString m_formatName;  ///< fixed while the thread runs, as the five below
     double m_limitSec = 0.0;
     void* m_user = nullptr;
     EventCallback m_callback = nullptr;
     std::unique_ptr<PacketQueue> m_packets;
     std::unique_ptr<KvPlayerRecoderThread> m_thread;
+
+    /// The queue was full, so a packet is missing; set by the tap, read by the recorder's thread.
+    std::atomic<bool> m_isOverrun{false};
 
     mutable std::mutex m_pathMutex;  ///< guards the one below
     QString m_path;

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <mutex>
+#include <vector>
 
 #include "frames/ffmpeg_ptr.h"
 
@@ -14,12 +16,16 @@ struct StreamParameters {
     explicit operator bool() const { return codec != nullptr; }
 };
 
+/// Replaces the codec header; false when out of memory.
+bool setExtradata(AVCodecParameters& codec, const std::vector<uint8_t>& bytes);
+bool hasExtradata(const AVCodecParameters& codec, const std::vector<uint8_t>& bytes);
+
 /// The parameters that a decoding thread publishes for others to copy. Any thread.
 class PublishedParameters {
 public:
-    /// Replaces what was published by the context's present state. `extradata` (`size` bytes, may
-    /// be 0: then that of the same codec's last publication stays) are the parameter sets.
-    void publish(const AVCodecContext& context, const uint8_t* extradata, size_t size);
+    /// Replaces what was published by the context's present state. `extradata` are the parameter
+    /// sets; when empty, those of the same codec's last publication stay.
+    void publish(const AVCodecContext& context, const std::vector<uint8_t>& extradata = {});
     void clear();
     StreamParameters copy() const;
 

@@ -1,0 +1,67 @@
+#include "media/stream_parameters.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvelle {
+
+bool setExtradata(AVCodecParameters& codec, const std::vector<uint8_t>& bytes) {
+    auto* copy = static_cast<uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (!copy)
+        return false;
+    std::copy(bytes.begin(), bytes.end(), copy);
+    av_free(codec.extradata);
+    codec.extradata = copy;
+    codec.extradata_size = static_cast<int>(bytes.size());
+    return true;
+}
+
+bool hasExtradata(const AVCodecParameters& codec, const std::vector<uint8_t>& bytes) {
+    const uint8_t* own = codec.extradata;
+    return std::equal(own, own + codec.extradata_size, bytes.begin(), bytes.end());
+}
+
+namespace {
+
+CodecParametersPtr parametersOf(const AVCodecContext& context) {
+    CodecParametersPtr codec(avcodec_parameters_alloc());
+    if (!codec || avcodec_parameters_from_context(codec.get(), &context) < 0)
+        return nullptr;
+    return codec;
+}
+
+}  // namespace
+
+void PublishedParameters::publish(const AVCodecContext& context,
+                                  const std::vector<uint8_t>& extradata) {
+    CodecParametersPtr codec = parametersOf(context);
+    if (!codec || (!extradata.empty() && !setExtradata(*codec, extradata)))
+        return;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    AVCodecParameters* former = m_parameters.codec.get();
+    if (extradata.empty() && former && former->codec_id == codec->codec_id) {
+        std::swap(codec->extradata, former->extradata);
+        std::swap(codec->extradata_size, former->extradata_size);
+    }
+    m_parameters.codec = std::move(codec);
+    m_parameters.timeBase = context.time_base;
+}
+
+void PublishedParameters::clear() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_parameters = {};
+}
+
+StreamParameters PublishedParameters::copy() const {
+    StreamParameters copy;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_parameters.codec)
+        return copy;
+    copy.codec.reset(avcodec_parameters_alloc());
+    if (!copy.codec || avcodec_parameters_copy(copy.codec.get(), m_parameters.codec.get()) < 0)
+        copy.codec.reset();
+    copy.timeBase = m_parameters.timeBase;
+    return copy;
+}
+
+}  // namespace orvelle
