@@ -3,15 +3,16 @@
 #include <QAudioFormat>
 #include <QObject>
 
-#include <atomic>
 #include <memory>
+#include <optional>
+#include <vector>
 
 #include "frames/ffmpeg_ptr.h"
+#include "render/sound_format.h"
 
 class KvAudioConverter;
 
 namespace orvelle {
-class SoundDevice;
 class SoundStream;
 }  // namespace orvelle
 
@@ -47,15 +48,24 @@ public:
 
     /// 0.0 mutes, 1.0 is the full level.
     void setVolume(float volume);
-    float volume() const { return m_volume; }
+    float volume() const;
 
     /// Ends a blocked write and all later ones until the next start().
     void interrupt();
     bool isInterrupted() const;
+    /// Whether opening failed, the device was lost or stop() was called.
     bool isClosed() const;
 
 private:
-    std::shared_ptr<orvelle::SoundStream> m_stream;
-    std::unique_ptr<KvAudioConverter> m_converter;  ///< writing thread
-    std::atomic<float> m_volume{1.0f};
+    int open(const std::optional<QAudioFormat>& format);
+    int writeConverted(const AVFrame* frame, const orvelle::SoundFormat& format);
+
+    // Owner.
+    std::unique_ptr<orvelle::SoundStream> m_stream;  ///< lives on the sound thread
+    bool m_usesThread = false;
+
+    // Writing thread.
+    std::unique_ptr<KvAudioConverter> m_converter;  ///< created on first need
+    orvelle::SoundFormat m_converterFormat;
+    std::vector<char> m_chunks;  ///< what one frame adds; kept to spare allocations
 };

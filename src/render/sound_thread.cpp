@@ -1,0 +1,51 @@
+#include "render/sound_thread.h"
+
+#include <QCoreApplication>
+
+namespace orvelle {
+namespace {
+
+// A hung sound server must not hang the exit.
+constexpr int kEndTimeoutMs = 2000;
+
+}  // namespace
+
+SoundThread& SoundThread::instance() {
+    // Never destroyed: objects of the toolkit's sound plugin belong to it until the process ends.
+    static auto* const s_thread = new SoundThread;
+    return *s_thread;
+}
+
+SoundThread::SoundThread() : KvThread(QStringLiteral("KvSound")) {}
+
+void SoundThread::acquire() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_users;
+    if (!m_isEnded)
+        return;
+    m_isEnded = false;
+    waitForEnd();
+    start();
+}
+
+void SoundThread::release() {
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (--m_users > 0)
+            return;
+    }
+    quit();
+    waitForEnd(kEndTimeoutMs);
+}
+
+void SoundThread::run() {
+    for (;;) {
+        exec();
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_isEnded = m_users == 0;
+        if (m_isEnded)
+            return;
+    }
+}
+
+}  // namespace orvelle

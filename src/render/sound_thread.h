@@ -1,0 +1,34 @@
+#pragma once
+
+#include <mutex>
+
+#include "core/thread.h"
+
+namespace orvelle {
+
+/// The one thread of the process on which sound devices are listed, opened, fed and closed.
+///
+/// The toolkit's connection to the sound server is made once, by the first thread that asks for a
+/// device, and comes back after a server's death only through that thread's event loop: so nothing
+/// else may touch QAudioDeviceInfo or QAudioOutput. Runs while someone uses it; the object stays
+/// and is started again, which keeps that connection alive.
+class SoundThread : public KvThread {
+public:
+    static SoundThread& instance();
+
+    /// Starts the thread with the first user. Any thread but this.
+    void acquire();
+    /// Ends it with the last, waiting a moment for it. Any thread but this.
+    void release();
+
+    void run() override;
+
+private:
+    SoundThread();
+
+    std::mutex m_mutex;  ///< guards everything below
+    int m_users = 0;
+    bool m_isEnded = true;  ///< run() is not going to serve anyone any more
+};
+
+}  // namespace orvelle
