@@ -7,15 +7,18 @@
 
 #include <cstdio>
 
-#include "camera_set.h"
 #include "latency_probe.h"
 #include "media/device_inputs.h"
 #include "plain_decoding.h"
 #include "process_usage.h"
 #include "report.h"
+#include "system/camera_set.h"
 #include "watch_grid.h"
 
 namespace orvelle::bench {
+
+using test::CameraSet;
+using test::runFor;
 
 namespace {
 
@@ -26,16 +29,14 @@ constexpr int kIdleMs = 10000;
 constexpr int kMeasureMs = 12000;
 constexpr int kLatencyMs = 60000;
 
-QString program(const char* name)
-{
+QString program(const char* name) {
     return QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(name);
 }
 
 /// Measures one thing after the other and says which one failed.
 class Bench {
 public:
-    bool run()
-    {
+    bool run() {
         return step("making the clips", makeClips()) && step("start of the client", startUp()) &&
                step("sixteen cameras", sixteenCameras()) && step("one camera", oneFullHd()) &&
                step("latency", latency());
@@ -43,19 +44,16 @@ public:
     const Report& report() const { return m_report; }
 
 private:
-    static bool step(const char* name, bool done)
-    {
+    static bool step(const char* name, bool done) {
         std::fprintf(stderr, "%s: %s\n", name, done ? "done" : "FAILED");
         return done;
     }
 
-    QString clip(const char* size) const
-    {
+    QString clip(const char* size) const {
         return m_directory.filePath(QLatin1String(size) + QStringLiteral(".mp4"));
     }
 
-    bool makeClips() const
-    {
+    bool makeClips() const {
         for (const char* size : {"360p", "1080p"}) {
             const QStringList arguments{QStringLiteral("--make-clip"), clip(size),
                                         QStringLiteral("--seconds"),   QStringLiteral("20"),
@@ -67,11 +65,11 @@ private:
     }
 
     /// From the start of the client's process until its window can be seen.
-    bool startUp()
-    {
+    bool startUp() {
         QProcess client;
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("XDG_DATA_HOME"), m_directory.filePath(QStringLiteral("data")));
+        environment.insert(QStringLiteral("XDG_DATA_HOME"),
+                           m_directory.filePath(QStringLiteral("data")));
         client.setProcessEnvironment(environment);
         QElapsedTimer timer;
         timer.start();
@@ -86,15 +84,13 @@ private:
         return client.waitForFinished(10000) && found == 0;
     }
 
-    bool sixteenCameras()
-    {
+    bool sixteenCameras() {
         CameraSet cameras(QStringLiteral("BENCHGRID"), kGridCameras,
                           {QStringLiteral("--source"), clip("360p")});
         return cameras.connectAll() && idle() && gridWithoutDrawing(cameras) && gridDrawn(cameras);
     }
 
-    bool idle()
-    {
+    bool idle() {
         runFor(kSettleMs);
         const ProcessUsage before = ProcessUsage::now();
         runFor(kIdleMs);
@@ -105,8 +101,7 @@ private:
         return true;
     }
 
-    bool gridWithoutDrawing(const CameraSet& cameras)
-    {
+    bool gridWithoutDrawing(const CameraSet& cameras) {
         double client = 0.0;
         {
             WatchGrid grid(cameras.devices(), WatchGrid::Drawing::kOff);
@@ -123,8 +118,7 @@ private:
         return plain > 0.0;
     }
 
-    bool gridDrawn(const CameraSet& cameras)
-    {
+    bool gridDrawn(const CameraSet& cameras) {
         WatchGrid grid(cameras.devices(), WatchGrid::Drawing::kOn);
         if (!grid.play(kPlayTimeoutMs))
             return false;
@@ -137,9 +131,9 @@ private:
         return true;
     }
 
-    bool oneFullHd()
-    {
-        CameraSet cameras(QStringLiteral("BENCHFULLHD"), 1, {QStringLiteral("--source"), clip("1080p")});
+    bool oneFullHd() {
+        CameraSet cameras(QStringLiteral("BENCHFULLHD"), 1,
+                          {QStringLiteral("--source"), clip("1080p")});
         if (!cameras.connectAll())
             return false;
         WatchGrid grid(cameras.devices(), WatchGrid::Drawing::kOn);
@@ -150,10 +144,10 @@ private:
         return true;
     }
 
-    bool latency()
-    {
-        CameraSet cameras(QStringLiteral("BENCHDEMO"), 1,
-                          {QStringLiteral("--demo"), QStringLiteral("--size"), QStringLiteral("720p")});
+    bool latency() {
+        CameraSet cameras(
+            QStringLiteral("BENCHDEMO"), 1,
+            {QStringLiteral("--demo"), QStringLiteral("--size"), QStringLiteral("720p")});
         if (!cameras.connectAll())
             return false;
         WatchGrid grid(cameras.devices(), WatchGrid::Drawing::kOn);
@@ -164,14 +158,16 @@ private:
         runFor(kSettleMs);
         const LatencyProbe probe(grid.view(0));
         runFor(kLatencyMs);
-        m_report.add(QStringLiteral("latency_samples"), static_cast<double>(probe.samples().size()));
-        m_report.add(QStringLiteral("latency_p50_ms"), probe.percentileMs(50), QStringLiteral("<= 45"));
-        m_report.add(QStringLiteral("latency_p99_ms"), probe.percentileMs(99), QStringLiteral("<= 100"));
+        m_report.add(QStringLiteral("latency_samples"),
+                     static_cast<double>(probe.samples().size()));
+        m_report.add(QStringLiteral("latency_p50_ms"), probe.percentileMs(50),
+                     QStringLiteral("<= 45"));
+        m_report.add(QStringLiteral("latency_p99_ms"), probe.percentileMs(99),
+                     QStringLiteral("<= 100"));
         return !probe.samples().empty();
     }
 
-    static double measureCpu()
-    {
+    static double measureCpu() {
         const ProcessUsage before = ProcessUsage::now();
         runFor(kMeasureMs);
         return cpuPercent(before, ProcessUsage::now());
@@ -185,15 +181,15 @@ private:
 
 }  // namespace orvelle::bench
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47821");
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     const QApplication application(argc, argv);
     QCommandLineParser parser;
-    const QCommandLineOption json(QStringLiteral("json"), QStringLiteral("Also write the figures as JSON."),
+    const QCommandLineOption json(QStringLiteral("json"),
+                                  QStringLiteral("Also write the figures as JSON."),
                                   QStringLiteral("file"));
     parser.addOption(json);
     parser.addHelpOption();

@@ -15,22 +15,19 @@ namespace orvelle::bench {
 namespace {
 
 /// Of the clock that the camera stamps with.
-int64_t wallClockUs()
-{
+int64_t wallClockUs() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
 }
 
 }  // namespace
 
-LatencyProbe::LatencyProbe(KvVideoView* view) : m_view(view)
-{
+LatencyProbe::LatencyProbe(KvVideoView* view) : m_view(view) {
     connect(view, &QOpenGLWidget::frameSwapped, this, &LatencyProbe::readPicture);
 }
 
 /// Not grabFramebuffer(): that would paint again, perhaps a newer picture than the one shown.
-void LatencyProbe::readPicture()
-{
+void LatencyProbe::readPicture() {
     const int64_t shownUs = wallClockUs();
     const QSize size = m_view->size() * m_view->devicePixelRatioF();
     double scaleX = 1.0;
@@ -48,9 +45,9 @@ void LatencyProbe::readPicture()
     m_view->doneCurrent();
 
     // GL rows go upwards: start at the last one and step back.
-    const PixelView picture{pixels.data() + static_cast<size_t>(height - 1) *
-                                                static_cast<size_t>(width) * 4,
-                            width, height, -width * 4, 4};
+    const PixelView picture{
+        pixels.data() + static_cast<size_t>(height - 1) * static_cast<size_t>(width) * 4, width,
+        height, -width * 4, 4};
     const auto stamp = readPictureClock(picture);
     if (!stamp || *stamp == m_lastStamp)
         return;
@@ -58,12 +55,11 @@ void LatencyProbe::readPicture()
     if (m_samples.empty())
         m_firstUs = shownUs;
     const uint64_t age = (static_cast<uint64_t>(shownUs) - *stamp) & kPictureClockMask;
-    m_samples.push_back({static_cast<double>(shownUs - m_firstUs) * 1e-6,
-                         static_cast<double>(age) * 1e-3});
+    m_samples.push_back(
+        {static_cast<double>(shownUs - m_firstUs) * 1e-6, static_cast<double>(age) * 1e-3});
 }
 
-double LatencyProbe::percentileMs(double percent) const
-{
+double LatencyProbe::percentileMs(double percent) const {
     if (m_samples.empty())
         return std::nan("");
     std::vector<double> sorted;
@@ -74,8 +70,7 @@ double LatencyProbe::percentileMs(double percent) const
     return sorted[static_cast<size_t>(std::lround(position))];
 }
 
-double LatencyProbe::slopeMsPerMinute() const
-{
+double LatencyProbe::slopeMsPerMinute() const {
     double sumX = 0.0;
     double sumY = 0.0;
     double sumXX = 0.0;

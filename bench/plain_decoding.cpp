@@ -29,8 +29,7 @@ struct CloseInput {
     void operator()(AVFormatContext* context) const { avformat_close_input(&context); }
 };
 
-Clip readClip(const QString& path)
-{
+Clip readClip(const QString& path) {
     Clip clip;
     AVFormatContext* opened = nullptr;
     if (avformat_open_input(&opened, qPrintable(path), nullptr, nullptr) < 0)
@@ -44,8 +43,8 @@ Clip readClip(const QString& path)
     const AVStream* stream = context->streams[video];
     clip.parameters.reset(avcodec_parameters_alloc());
     avcodec_parameters_copy(clip.parameters.get(), stream->codecpar);
-    clip.frameTime = std::chrono::nanoseconds(
-        static_cast<int64_t>(1e9 / av_q2d(stream->avg_frame_rate)));
+    clip.frameTime =
+        std::chrono::nanoseconds(static_cast<int64_t>(1e9 / av_q2d(stream->avg_frame_rate)));
     for (PacketPtr packet(av_packet_alloc()); av_read_frame(context.get(), packet.get()) >= 0;
          packet.reset(av_packet_alloc()))
         if (packet->stream_index == video)
@@ -53,8 +52,7 @@ Clip readClip(const QString& path)
     return clip;
 }
 
-void decodeInRealTime(const Clip& clip, Clock::time_point start, Clock::time_point end)
-{
+void decodeInRealTime(const Clip& clip, Clock::time_point start, Clock::time_point end) {
     const AVCodec* codec = avcodec_find_decoder(clip.parameters->codec_id);
     const CodecContextPtr context(avcodec_alloc_context3(codec));
     avcodec_parameters_to_context(context.get(), clip.parameters.get());
@@ -71,8 +69,7 @@ void decodeInRealTime(const Clip& clip, Clock::time_point start, Clock::time_poi
 
 }  // namespace
 
-double plainDecodingCpuPercent(const QString& path, int streams, int seconds)
-{
+double plainDecodingCpuPercent(const QString& path, int streams, int seconds) {
     const Clip clip = readClip(path);
     if (clip.packets.empty())
         return -1.0;
@@ -80,7 +77,8 @@ double plainDecodingCpuPercent(const QString& path, int streams, int seconds)
     const auto start = Clock::now();
     std::vector<std::thread> threads;
     for (int i = 0; i < streams; ++i)
-        threads.emplace_back(decodeInRealTime, std::cref(clip), start + i * clip.frameTime / streams,
+        threads.emplace_back(decodeInRealTime, std::cref(clip),
+                             start + i * clip.frameTime / streams,
                              start + std::chrono::seconds(seconds));
     for (std::thread& thread : threads)
         thread.join();

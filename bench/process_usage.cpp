@@ -12,13 +12,11 @@ namespace orvelle::bench {
 
 namespace {
 
-double seconds(const timeval& time)
-{
+double seconds(const timeval& time) {
     return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
 }
 
-int64_t voluntarySwitches()
-{
+int64_t voluntarySwitches() {
     int64_t sum = 0;
     std::error_code gone;
     for (const auto& task : std::filesystem::directory_iterator("/proc/self/task", gone)) {
@@ -33,8 +31,7 @@ int64_t voluntarySwitches()
 
 }  // namespace
 
-ProcessUsage ProcessUsage::now()
-{
+ProcessUsage ProcessUsage::now() {
     rusage usage = {};
     getrusage(RUSAGE_SELF, &usage);
     const auto wall = std::chrono::steady_clock::now().time_since_epoch();
@@ -42,18 +39,15 @@ ProcessUsage ProcessUsage::now()
             seconds(usage.ru_utime) + seconds(usage.ru_stime), voluntarySwitches()};
 }
 
-double cpuPercent(const ProcessUsage& from, const ProcessUsage& to)
-{
+double cpuPercent(const ProcessUsage& from, const ProcessUsage& to) {
     return 100.0 * (to.cpuSeconds - from.cpuSeconds) / (to.wallSeconds - from.wallSeconds);
 }
 
-double wakeupsPerSecond(const ProcessUsage& from, const ProcessUsage& to)
-{
+double wakeupsPerSecond(const ProcessUsage& from, const ProcessUsage& to) {
     return static_cast<double>(to.wakeups - from.wakeups) / (to.wallSeconds - from.wallSeconds);
 }
 
-double residentMib()
-{
+double residentMib() {
     std::ifstream statm("/proc/self/statm");
     int64_t total = 0;
     int64_t resident = 0;

@@ -9,19 +9,16 @@
 
 namespace orvelle::bench {
 
-void Report::add(const QString& key, double value, const QString& aim)
-{
+void Report::add(const QString& key, double value, const QString& aim) {
     m_rows.push_back({key, std::round(value * 100.0) / 100.0, aim});
 }
 
-void Report::print() const
-{
+void Report::print() const {
     for (const Row& row : m_rows)
         std::printf("%-28s %10.2f   %s\n", qPrintable(row.key), row.value, qPrintable(row.aim));
 }
 
-bool Report::writeJson(const QString& path) const
-{
+bool Report::writeJson(const QString& path) const {
     QJsonObject object;
     for (const Row& row : m_rows)
         object.insert(row.key, row.value);

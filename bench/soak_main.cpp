@@ -4,16 +4,20 @@
 #include <cmath>
 #include <cstdio>
 
-#include "camera_set.h"
 #include "device/device.h"
 #include "latency_probe.h"
 #include "media/device_inputs.h"
 #include "process_usage.h"
 #include "support/leak_check.h"
+#include "system/camera_set.h"
 #include "ui/preview/device_player_view.h"
 #include "watch_grid.h"
 
 namespace orvelle::bench {
+
+using test::CameraSet;
+using test::runFor;
+using test::waitUntil;
 
 namespace {
 
@@ -24,8 +28,7 @@ constexpr double kSlopeAimMsPerMinute = 1.0;
 /// Kills and restarts the camera of a watched tile; the slowest steps are kept.
 class RestartCycles {
 public:
-    explicit RestartCycles(CameraSet& cameras) : m_cameras(cameras)
-    {
+    explicit RestartCycles(CameraSet& cameras) : m_cameras(cameras) {
         m_tile.resize(640, 480);
         m_tile.show();
         QObject::connect(&m_tile, &KvDevicePlayerView::hideLoadingSignal, &m_tile,
@@ -33,8 +36,7 @@ public:
         m_tile.setDevice(m_cameras.devices().front());
     }
 
-    bool run(int cycles)
-    {
+    bool run(int cycles) {
         if (!waitForPicture(1))
             return false;
         const double memoryBefore = residentMib();
@@ -42,21 +44,20 @@ public:
             if (!restartCamera(cycle))
                 return false;
             if (cycle % 10 == 0)
-                std::printf("%d cycles, memory %+.1f MiB, offline <= %.1f s, picture <= %.1f s\n", cycle,
-                            residentMib() - memoryBefore, m_slowestOffline, m_slowestPicture);
+                std::printf("%d cycles, memory %+.1f MiB, offline <= %.1f s, picture <= %.1f s\n",
+                            cycle, residentMib() - memoryBefore, m_slowestOffline,
+                            m_slowestPicture);
             std::fflush(stdout);
         }
         return true;
     }
 
 private:
-    bool waitForPicture(int count)
-    {
+    bool waitForPicture(int count) {
         return waitUntil(kPictureTimeoutMs, [this, count] { return m_firstPictures >= count; });
     }
 
-    bool restartCamera(int cycle)
-    {
+    bool restartCamera(int cycle) {
         const KvDevice* device = m_cameras.devices().front();
         m_cameras.process().kill();
         const double killed = ProcessUsage::now().wallSeconds;
@@ -83,13 +84,11 @@ private:
     double m_slowestPicture = 0.0;
 };
 
-QStringList demoArguments()
-{
+QStringList demoArguments() {
     return {QStringLiteral("--demo"), QStringLiteral("--size"), QStringLiteral("720p")};
 }
 
-bool restartCycles(int cycles)
-{
+bool restartCycles(int cycles) {
     const test::LeakCheck leaks;
     bool survived = false;
     {
@@ -99,8 +98,7 @@ bool restartCycles(int cycles)
     return survived && leaks.leftovers() == 0;
 }
 
-bool delayDoesNotGrow(int minutes)
-{
+bool delayDoesNotGrow(int minutes) {
     CameraSet cameras(QStringLiteral("SOAKDELAY"), 1, demoArguments());
     if (!cameras.connectAll())
         return false;
@@ -121,8 +119,7 @@ bool delayDoesNotGrow(int minutes)
 }  // namespace orvelle::bench
 
 /// orvelle-soak [CYCLES [MINUTES]]
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47822");
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));

@@ -11,8 +11,7 @@
 
 namespace orvelle::bench {
 
-WatchGrid::WatchGrid(const std::vector<KvDevice*>& devices, Drawing drawing)
-{
+WatchGrid::WatchGrid(const std::vector<KvDevice*>& devices, Drawing drawing) {
     resize(1120, 750);
     for (KvDevice* device : devices) {
         auto player = std::make_unique<KvDevicePlayer>();
@@ -34,16 +33,14 @@ WatchGrid::WatchGrid(const std::vector<KvDevice*>& devices, Drawing drawing)
     show();
 }
 
-WatchGrid::~WatchGrid()
-{
+WatchGrid::~WatchGrid() {
     for (const auto& player : m_players)
         player->requestStop();
     for (const auto& player : m_players)
         player->shutdown();
 }
 
-bool WatchGrid::play(int timeoutMs)
-{
+bool WatchGrid::play(int timeoutMs) {
     m_sincePlay.start();
     for (const auto& player : m_players)
         if (player->play() < 0)
@@ -54,34 +51,29 @@ bool WatchGrid::play(int timeoutMs)
     return allPlay();
 }
 
-bool WatchGrid::allPlay() const
-{
+bool WatchGrid::allPlay() const {
     if (!m_views.empty() && m_firstPictureMs < 0.0)
         return false;
     return std::all_of(m_players.begin(), m_players.end(),
                        [](const auto& player) { return player->stats().picturesDecoded > 0; });
 }
 
-KvVideoView* WatchGrid::view(int index) const
-{
+KvVideoView* WatchGrid::view(int index) const {
     return m_views.at(static_cast<size_t>(index));
 }
 
-StreamStatsSnapshot WatchGrid::stats(int index) const
-{
+StreamStatsSnapshot WatchGrid::stats(int index) const {
     return m_players.at(static_cast<size_t>(index))->stats();
 }
 
-uint64_t WatchGrid::picturesDecoded() const
-{
+uint64_t WatchGrid::picturesDecoded() const {
     uint64_t sum = 0;
     for (const auto& player : m_players)
         sum += player->stats().picturesDecoded;
     return sum;
 }
 
-uint64_t WatchGrid::picturesLost() const
-{
+uint64_t WatchGrid::picturesLost() const {
     uint64_t sum = 0;
     for (const auto& player : m_players) {
         const StreamStatsSnapshot stats = player->stats();
@@ -90,8 +82,7 @@ uint64_t WatchGrid::picturesLost() const
     return sum;
 }
 
-void WatchGrid::resizeEvent(QResizeEvent*)
-{
+void WatchGrid::resizeEvent(QResizeEvent*) {
     const int side = static_cast<int>(std::ceil(std::sqrt(static_cast<double>(m_views.size()))));
     for (size_t i = 0; i < m_views.size(); ++i) {
         const int column = static_cast<int>(i) % side;

@@ -5,8 +5,7 @@
 
 static KvApplication* s_instance = nullptr;
 
-KvApplication::KvApplication(int& argc, char** argv) : QApplication(argc, argv)
-{
+KvApplication::KvApplication(int& argc, char** argv) : QApplication(argc, argv) {
     s_instance = this;
     setApplicationName(QStringLiteral("Orvelle"));
     setApplicationVersion(QStringLiteral(ORVELLE_VERSION));
@@ -16,42 +15,36 @@ KvApplication::KvApplication(int& argc, char** argv) : QApplication(argc, argv)
             Qt::QueuedConnection);
 }
 
-KvApplication::~KvApplication()
-{
+KvApplication::~KvApplication() {
     s_instance = nullptr;
 }
 
-KvApplication* KvApplication::instance()
-{
+KvApplication* KvApplication::instance() {
     return s_instance;
 }
 
-void KvApplication::setMainWindow(MainWindow* window)
-{
+void KvApplication::setMainWindow(MainWindow* window) {
     m_mainWindow = window;
 }
 
-MainWindow* KvApplication::mainWindow() const
-{
+MainWindow* KvApplication::mainWindow() const {
     return m_mainWindow;
 }
 
-void KvApplication::restart()
-{
+void KvApplication::restart() {
     QCoreApplication::exit(-1);
 }
 
-bool KvApplication::nativeEventFilter(const QByteArray& eventType, void* message, long*)
-{
+bool KvApplication::nativeEventFilter(const QByteArray& eventType, void* message, long*) {
     switch (orvelle::nativeMessage(eventType.constData(), message)) {
-    case orvelle::NativeMessage::SessionEnd:
-        quit();
-        break;
-    case orvelle::NativeMessage::AboutToSuspend:
-        restart();
-        break;
-    case orvelle::NativeMessage::Other:
-        break;
+        case orvelle::NativeMessage::SessionEnd:
+            quit();
+            break;
+        case orvelle::NativeMessage::AboutToSuspend:
+            restart();
+            break;
+        case orvelle::NativeMessage::Other:
+            break;
     }
     return false;
 }

@@ -8,8 +8,7 @@
 
 namespace orvelle {
 
-QString chooseLanguage()
-{
+QString chooseLanguage() {
     const QString chosen = KvConfigure().getString(QStringLiteral("language"), QString());
     if (!chosen.isEmpty())
         return chosen;
@@ -17,8 +16,7 @@ QString chooseLanguage()
                                                     : QStringLiteral("english");
 }
 
-void loadChosenLanguage()
-{
+void loadChosenLanguage() {
     KvLanguage::setRoot(QCoreApplication::applicationDirPath() + QStringLiteral("/language"));
     KvLanguage::load(chooseLanguage());
 }

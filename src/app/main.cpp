@@ -1,6 +1,5 @@
 #include "app/start_up.h"
 
-int main(int argc, char** argv)
-{
+int main(int argc, char** argv) {
     return orvelle::runOrvelle(argc, argv);
 }

@@ -22,20 +22,18 @@ namespace {
 constexpr int kRestart = -1;
 constexpr int kAlreadyRunning = -1;
 
-void chooseFont()
-{
+void chooseFont() {
     // Not every system has the house font; these have its Chinese characters.
-    QFont::insertSubstitutions(QLatin1String(palette::kFontFamily),
-                               {QStringLiteral("Noto Sans CJK SC"),
-                                QStringLiteral("Source Han Sans SC"),
-                                QStringLiteral("WenQuanYi Micro Hei"), QStringLiteral("DejaVu Sans")});
+    QFont::insertSubstitutions(
+        QLatin1String(palette::kFontFamily),
+        {QStringLiteral("Noto Sans CJK SC"), QStringLiteral("Source Han Sans SC"),
+         QStringLiteral("WenQuanYi Micro Hei"), QStringLiteral("DejaVu Sans")});
     QFont font{QString::fromLatin1(palette::kFontFamily)};
     font.setPixelSize(palette::kFontPixels);
     QApplication::setFont(font);
 }
 
-void warnAlreadyRunning()
-{
+void warnAlreadyRunning() {
     QMessageBox::warning(nullptr, KvLanguage::getString(QStringLiteral("waring")),
                          KvLanguage::getString(QStringLiteral("program_already_running")),
                          QMessageBox::Ok);
@@ -44,8 +42,7 @@ void warnAlreadyRunning()
 /// The services that live as long as the process and survive a rebuilt main window.
 class Services {
 public:
-    Services()
-    {
+    Services() {
         registerDeviceInputs();
         KvDeviceManager::create()->start(KvFileUtils::devicesPath());
     }
@@ -58,8 +55,7 @@ private:
 };
 
 /// One main window from its start to its end; the event loop's exit code.
-int runMainWindow(KvApplication& application)
-{
+int runMainWindow(KvApplication& application) {
     const KeepAwake keepAwake;
     MainWindow window;
     application.setMainWindow(&window);
@@ -71,8 +67,7 @@ int runMainWindow(KvApplication& application)
 
 }  // namespace
 
-int runOrvelle(int argc, char** argv)
-{
+int runOrvelle(int argc, char** argv) {
     // Tiles move between windows when they go full screen; their pictures must come along.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     KvApplication application(argc, argv);

@@ -13,32 +13,29 @@ namespace {
 constexpr int kStartTimeoutMs = 20000;
 constexpr int kEndTimeoutMs = 10000;
 
-int camerasWanted(const QStringList& arguments)
-{
+int camerasWanted(const QStringList& arguments) {
     const int option = arguments.indexOf(QStringLiteral("--cameras"));
     return option < 0 ? 1 : arguments.value(option + 1).toInt();
 }
 
 }  // namespace
 
-CameraProcess::CameraProcess(QStringList arguments) : m_arguments(std::move(arguments))
-{
+CameraProcess::CameraProcess(QStringList arguments) : m_arguments(std::move(arguments)) {
     m_process.setProcessChannelMode(QProcess::MergedChannels);
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("ORVELLE_CAMERA_PASSWORD"), QLatin1String(kPassword));
     m_process.setProcessEnvironment(environment);
 }
 
-CameraProcess::~CameraProcess()
-{
+CameraProcess::~CameraProcess() {
     kill();
 }
 
-bool CameraProcess::start()
-{
-    const QString program = QCoreApplication::applicationDirPath() + QStringLiteral("/orvelle-camera");
-    m_process.start(program, m_arguments + QStringList{QStringLiteral("--bind"),
-                                                       QStringLiteral("127.0.0.1")});
+bool CameraProcess::start() {
+    const QString program =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/orvelle-camera");
+    m_process.start(
+        program, m_arguments + QStringList{QStringLiteral("--bind"), QStringLiteral("127.0.0.1")});
     int ready = 0;
     const QDeadlineTimer deadline(kStartTimeoutMs);
     while (ready < camerasWanted(m_arguments) && !deadline.hasExpired()) {
@@ -51,24 +48,21 @@ bool CameraProcess::start()
     return ready == camerasWanted(m_arguments);
 }
 
-void CameraProcess::kill()
-{
+void CameraProcess::kill() {
     if (m_process.state() == QProcess::NotRunning)
         return;
     m_process.kill();
     m_process.waitForFinished(kEndTimeoutMs);
 }
 
-int CameraProcess::terminate()
-{
+int CameraProcess::terminate() {
     m_process.terminate();
     if (!m_process.waitForFinished(kEndTimeoutMs) || m_process.exitStatus() != QProcess::NormalExit)
         return -1;
     return m_process.exitCode();
 }
 
-double CameraProcess::cpuSeconds() const
-{
+double CameraProcess::cpuSeconds() const {
     QFile file(QStringLiteral("/proc/%1/stat").arg(m_process.processId()));
     if (!file.open(QIODevice::ReadOnly))
         return 0.0;

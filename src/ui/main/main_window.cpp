@@ -15,15 +15,13 @@ constexpr int kListWidth = 240;
 constexpr int kStateIntervalMs = 1000;
 constexpr int kUidRole = Qt::UserRole;
 
-QString itemText(const KvDevice& device)
-{
+QString itemText(const KvDevice& device) {
     return device.displayName() + QLatin1Char('\n') + orvelle::deviceStateText(device);
 }
 
 }  // namespace
 
-MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
-{
+MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
     setWindowTitle(QStringLiteral("Orvelle"));
     resize(kDefaultSize);
     buildChildren();
@@ -34,19 +32,16 @@ MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent)
     m_cameraList->setCurrentRow(0);
 }
 
-MainWindow::~MainWindow()
-{
+MainWindow::~MainWindow() {
     releaseDevices();
 }
 
-void MainWindow::releaseDevices()
-{
+void MainWindow::releaseDevices() {
     m_stateTimer.stop();
     m_tile->setDevice(nullptr);
 }
 
-void MainWindow::buildChildren()
-{
+void MainWindow::buildChildren() {
     auto* area = new QWidget(this);
     auto* layout = new QHBoxLayout(area);
     layout->setContentsMargins(0, 0, 0, 0);
@@ -66,8 +61,7 @@ void MainWindow::buildChildren()
     setCentralWidget(area);
 }
 
-void MainWindow::fillList()
-{
+void MainWindow::fillList() {
     const auto* manager = KvDeviceManager::instance();
     if (!manager)
         return;
@@ -77,20 +71,17 @@ void MainWindow::fillList()
     }
 }
 
-KvDevice* MainWindow::deviceAt(int row) const
-{
+KvDevice* MainWindow::deviceAt(int row) const {
     const QListWidgetItem* item = m_cameraList->item(row);
     const auto* manager = KvDeviceManager::instance();
     return item && manager ? manager->findDevice(item->data(kUidRole).toString()) : nullptr;
 }
 
-void MainWindow::_onSelectDevice(int row)
-{
+void MainWindow::_onSelectDevice(int row) {
     m_tile->setDevice(deviceAt(row));
 }
 
-void MainWindow::_invokeUpdateStates()
-{
+void MainWindow::_invokeUpdateStates() {
     for (int row = 0; row < m_cameraList->count(); ++row) {
         if (const KvDevice* device = deviceAt(row))
             m_cameraList->item(row)->setText(itemText(*device));

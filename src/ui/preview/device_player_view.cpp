@@ -21,18 +21,15 @@ constexpr int kSpeedIntervalMs = 1000;
 constexpr int kBarHeight = 40;
 constexpr double kRecordLimitSeconds = 3600.0;
 
-QString text(const char* key)
-{
+QString text(const char* key) {
     return KvLanguage::getString(QLatin1String(key));
 }
 
-QString timeStampName()
-{
+QString timeStampName() {
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
 }
 
-QPushButton* makeButton(QWidget* bar, const char* key)
-{
+QPushButton* makeButton(QWidget* bar, const char* key) {
     auto* button = new QPushButton(text(key), bar);
     button->setCursor(Qt::PointingHandCursor);
     bar->layout()->addWidget(button);
@@ -41,8 +38,7 @@ QPushButton* makeButton(QWidget* bar, const char* key)
 
 }  // namespace
 
-KvDevicePlayerView::KvDevicePlayerView(QWidget* parent) : QWidget(parent)
-{
+KvDevicePlayerView::KvDevicePlayerView(QWidget* parent) : QWidget(parent) {
     buildChildren();
     m_player = std::make_unique<KvDevicePlayer>();
     m_player->setView(m_videoView);
@@ -54,23 +50,22 @@ KvDevicePlayerView::KvDevicePlayerView(QWidget* parent) : QWidget(parent)
     setDevice(nullptr);
 }
 
-KvDevicePlayerView::~KvDevicePlayerView()
-{
+KvDevicePlayerView::~KvDevicePlayerView() {
     m_checkTimer.stop();
     m_player->shutdown();
 }
 
-void KvDevicePlayerView::buildChildren()
-{
+void KvDevicePlayerView::buildChildren() {
     m_videoView = new KvVideoView(this);
     m_topBar = new QWidget(this);
     m_bottomBar = new QWidget(this);
     const QString barStyle = QStringLiteral(
-        "QWidget{background:rgb(57, 55, 54);}"
-        "QLabel{color:#ffffff;}"
-        "QPushButton{background:transparent;border:none;border-radius:5px;color:#ffffff;padding:4px 12px;}"
-        "QPushButton:hover{background:%1;}"
-        "QPushButton:disabled{color:#8a8a8a;}")
+                                 "QWidget{background:rgb(57, 55, 54);}"
+                                 "QLabel{color:#ffffff;}"
+                                 "QPushButton{background:transparent;border:none;border-radius:5px;"
+                                 "color:#ffffff;padding:4px 12px;}"
+                                 "QPushButton:hover{background:%1;}"
+                                 "QPushButton:disabled{color:#8a8a8a;}")
                                  .arg(QLatin1String(orvelle::palette::kAccent));
     for (QWidget* bar : {m_topBar, m_bottomBar}) {
         bar->setStyleSheet(barStyle);
@@ -98,11 +93,11 @@ void KvDevicePlayerView::buildChildren()
     m_speedLabel->hide();
 }
 
-void KvDevicePlayerView::connectSignals()
-{
+void KvDevicePlayerView::connectSignals() {
     connect(this, &KvDevicePlayerView::startSignal, this, &KvDevicePlayerView::_doStart);
     connect(this, &KvDevicePlayerView::startCheckSignal, this, &KvDevicePlayerView::_doStartCheck);
-    connect(this, &KvDevicePlayerView::hideLoadingSignal, this, &KvDevicePlayerView::_doHideLoading);
+    connect(this, &KvDevicePlayerView::hideLoadingSignal, this,
+            &KvDevicePlayerView::_doHideLoading);
     connect(this, &KvDevicePlayerView::updateSpeedLabelSignal, this,
             &KvDevicePlayerView::_doUpdateSpeedLabel);
     connect(this, &KvDevicePlayerView::updateRecordTimeSignal, this,
@@ -110,14 +105,15 @@ void KvDevicePlayerView::connectSignals()
     connect(this, &KvDevicePlayerView::hideRecordView, this,
             &KvDevicePlayerView::_doHideRecordView);
     connect(&m_checkTimer, &QTimer::timeout, this, &KvDevicePlayerView::_invokeCheckPlayer);
-    connect(m_soundButton, &QPushButton::clicked, this, &KvDevicePlayerView::_onClickUIVolumeButton);
+    connect(m_soundButton, &QPushButton::clicked, this,
+            &KvDevicePlayerView::_onClickUIVolumeButton);
     connect(m_captureButton, &QPushButton::clicked, this,
             &KvDevicePlayerView::_onClickUICaptureButton);
-    connect(m_recordButton, &QPushButton::clicked, this, &KvDevicePlayerView::_onClickUIRecordButton);
+    connect(m_recordButton, &QPushButton::clicked, this,
+            &KvDevicePlayerView::_onClickUIRecordButton);
 }
 
-void KvDevicePlayerView::setDevice(KvDevice* device)
-{
+void KvDevicePlayerView::setDevice(KvDevice* device) {
     stopPlay();
     m_device = device;
     m_player->setDevice(device);
@@ -129,8 +125,7 @@ void KvDevicePlayerView::setDevice(KvDevice* device)
         emit startSignal();
 }
 
-void KvDevicePlayerView::stopPlay()
-{
+void KvDevicePlayerView::stopPlay() {
     m_checkTimer.stop();
     stopRecording();
     m_player->shutdown();
@@ -138,18 +133,15 @@ void KvDevicePlayerView::stopPlay()
     m_speedLabel->hide();
 }
 
-void KvDevicePlayerView::updateStateLabel()
-{
+void KvDevicePlayerView::updateStateLabel() {
     m_stateLabel->setText(m_device ? orvelle::deviceStateText(*m_device) : QString());
 }
 
-void KvDevicePlayerView::showMessage(const QString& message)
-{
+void KvDevicePlayerView::showMessage(const QString& message) {
     m_messageLabel->setText(message);
 }
 
-void KvDevicePlayerView::_doStart()
-{
+void KvDevicePlayerView::_doStart() {
     m_player->shutdown();
     updateStateLabel();
     if (!m_device)
@@ -163,8 +155,7 @@ void KvDevicePlayerView::_doStart()
 }
 
 /// The connection ended: the last picture stays until the camera is back.
-void KvDevicePlayerView::_doStartCheck()
-{
+void KvDevicePlayerView::_doStartCheck() {
     stopRecording();
     m_player->shutdown();
     m_speedLabel->hide();
@@ -172,39 +163,33 @@ void KvDevicePlayerView::_doStartCheck()
     _invokeCheckPlayer();
 }
 
-void KvDevicePlayerView::_invokeCheckPlayer()
-{
+void KvDevicePlayerView::_invokeCheckPlayer() {
     updateStateLabel();
     if (m_device && m_device->isOnline())
         emit startSignal();
 }
 
-void KvDevicePlayerView::_doHideLoading()
-{
+void KvDevicePlayerView::_doHideLoading() {
     showMessage(QString());
     updateStateLabel();
 }
 
-void KvDevicePlayerView::_doUpdateSpeedLabel(int bytesPerSecond)
-{
+void KvDevicePlayerView::_doUpdateSpeedLabel(int bytesPerSecond) {
     m_speedLabel->setText(QString::asprintf("%.0lfKB/s", qMax(0, bytesPerSecond) / 1024.0));
     m_speedLabel->show();
 }
 
-void KvDevicePlayerView::setSoundOn(bool on)
-{
+void KvDevicePlayerView::setSoundOn(bool on) {
     m_soundOn = on;
     m_player->setVolume(on ? 1.0 : 0.0);
     m_soundButton->setText(text(on ? "sound_on" : "sound_off"));
 }
 
-void KvDevicePlayerView::_onClickUIVolumeButton()
-{
+void KvDevicePlayerView::_onClickUIVolumeButton() {
     setSoundOn(!m_soundOn);
 }
 
-QString KvDevicePlayerView::capture()
-{
+QString KvDevicePlayerView::capture() {
     if (!m_device)
         return {};
     const QString path = KvFileUtils::screenshotPath(m_device->uid()) + QLatin1Char('/') +
@@ -212,14 +197,12 @@ QString KvDevicePlayerView::capture()
     return m_videoView->snapshot(path) ? path : QString();
 }
 
-void KvDevicePlayerView::_onClickUICaptureButton()
-{
+void KvDevicePlayerView::_onClickUICaptureButton() {
     const QString path = capture();
     showMessage(path.isEmpty() ? text("screenshot_failed") : path);
 }
 
-void KvDevicePlayerView::_onClickUIRecordButton()
-{
+void KvDevicePlayerView::_onClickUIRecordButton() {
     if (m_player->isRecording()) {
         stopRecording();
         return;
@@ -232,45 +215,40 @@ void KvDevicePlayerView::_onClickUIRecordButton()
     m_recordButton->setText(text("stop_recording"));
 }
 
-void KvDevicePlayerView::stopRecording()
-{
+void KvDevicePlayerView::stopRecording() {
     m_player->stopRecord();
     m_recordButton->setText(text("record_video"));
 }
 
-void KvDevicePlayerView::_doUpdateRecordTime(double seconds)
-{
+void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
     const int whole = static_cast<int>(seconds);
     showMessage(QString::asprintf("%02d:%02d:%02d", whole / 3600, whole / 60 % 60, whole % 60));
 }
 
-void KvDevicePlayerView::_doHideRecordView(bool failed)
-{
+void KvDevicePlayerView::_doHideRecordView(bool failed) {
     stopRecording();
     showMessage(failed ? text("recording_failed") : m_recordPath);
 }
 
-int32_t KvDevicePlayerView::onPlayerEvent(void* user, int32_t event, double, double)
-{
+int32_t KvDevicePlayerView::onPlayerEvent(void* user, int32_t event, double, double) {
     auto* view = static_cast<KvDevicePlayerView*>(user);
     switch (event) {
-    case KvBasePlayerOpenFailed:
-        emit view->startCheckSignal();
-        break;
-    case KvBasePlayerFirstFrame:
-        emit view->hideLoadingSignal();
-        break;
-    case KvBasePlayerProgress:
-        view->reportSpeed();
-        break;
-    default:
-        break;
+        case KvBasePlayerOpenFailed:
+            emit view->startCheckSignal();
+            break;
+        case KvBasePlayerFirstFrame:
+            emit view->hideLoadingSignal();
+            break;
+        case KvBasePlayerProgress:
+            view->reportSpeed();
+            break;
+        default:
+            break;
     }
     return 0;
 }
 
-int32_t KvDevicePlayerView::onRecordEvent(void* user, int32_t event, double seconds, double)
-{
+int32_t KvDevicePlayerView::onRecordEvent(void* user, int32_t event, double seconds, double) {
     auto* view = static_cast<KvDevicePlayerView*>(user);
     if (event == KvPlayerRecorder::kProgress)
         emit view->updateRecordTimeSignal(seconds);
@@ -280,16 +258,14 @@ int32_t KvDevicePlayerView::onRecordEvent(void* user, int32_t event, double seco
 }
 
 /// The label changes once a second at most, whatever the frame rate. Picture thread.
-void KvDevicePlayerView::reportSpeed()
-{
+void KvDevicePlayerView::reportSpeed() {
     if (m_speedClock.isValid() && m_speedClock.elapsed() < kSpeedIntervalMs)
         return;
     m_speedClock.start();
     emit updateSpeedLabelSignal(m_player->speed());
 }
 
-void KvDevicePlayerView::resizeEvent(QResizeEvent*)
-{
+void KvDevicePlayerView::resizeEvent(QResizeEvent*) {
     m_topBar->setGeometry(0, 0, width(), kBarHeight);
     m_bottomBar->setGeometry(0, height() - kBarHeight, width(), kBarHeight);
     m_videoView->setGeometry(0, kBarHeight, width(), height() - 2 * kBarHeight);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
@@ -67,7 +66,7 @@ private:
     void setSoundOn(bool on);
     void showMessage(const QString& text);
 
-    QPointer<KvDevice> m_device;
+    KvDevice* m_device = nullptr;  ///< borrowed; the manager owns it
     bool m_soundOn = false;
     QString m_recordPath;
     QTimer m_checkTimer;
@@ -84,5 +83,6 @@ private:
     QPushButton* m_captureButton = nullptr;
     QPushButton* m_recordButton = nullptr;
 
-    std::unique_ptr<KvDevicePlayer> m_player;  ///< last, so that it goes before the view it draws on
+    std::unique_ptr<KvDevicePlayer>
+        m_player;  ///< last, so that it goes before the view it draws on
 };

@@ -1,4 +1,4 @@
-#include "camera_set.h"
+#include "system/camera_set.h"
 
 #include <QEventLoop>
 #include <QTimer>
@@ -8,14 +8,13 @@
 #include "device/device_manager.h"
 #include "device/tutk_device.h"
 
-namespace orvelle::bench {
+namespace orvelle::test {
 
 namespace {
 
 constexpr int kConnectTimeoutMs = 30000;
 
-QStringList uidsOf(const QString& uid, int count)
-{
+QStringList uidsOf(const QString& uid, int count) {
     if (count == 1)
         return {uid};
     QStringList uids;
@@ -24,8 +23,7 @@ QStringList uidsOf(const QString& uid, int count)
     return uids;
 }
 
-QStringList withAddress(const QString& uid, int count, QStringList arguments)
-{
+QStringList withAddress(const QString& uid, int count, QStringList arguments) {
     arguments << QStringLiteral("--uid") << uid;
     if (count > 1)
         arguments << QStringLiteral("--cameras") << QString::number(count);
@@ -35,25 +33,21 @@ QStringList withAddress(const QString& uid, int count, QStringList arguments)
 }  // namespace
 
 CameraSet::CameraSet(const QString& uid, int count, QStringList arguments)
-    : m_uids(uidsOf(uid, count)), m_process(withAddress(uid, count, std::move(arguments)))
-{
-}
+    : m_uids(uidsOf(uid, count)), m_process(withAddress(uid, count, std::move(arguments))) {}
 
-CameraSet::~CameraSet()
-{
+CameraSet::~CameraSet() {
     KvDeviceManager::release();
     m_process.terminate();
 }
 
-bool CameraSet::connectAll()
-{
+bool CameraSet::connectAll() {
     if (!m_process.start())
         return false;
     KvDeviceManager* manager = KvDeviceManager::create();
     for (const QString& uid : m_uids) {
         auto device = std::make_unique<KvTUTKDevice>();
         device->setUid(uid);
-        device->setPassword(QLatin1String(test::CameraProcess::kPassword));
+        device->setPassword(QLatin1String(CameraProcess::kPassword));
         m_devices.push_back(device.get());
         manager->addDevice(std::move(device));
     }
@@ -64,11 +58,10 @@ bool CameraSet::connectAll()
     });
 }
 
-void runFor(int ms)
-{
+void runFor(int ms) {
     QEventLoop loop;
     QTimer::singleShot(ms, Qt::PreciseTimer, &loop, &QEventLoop::quit);
     loop.exec();
 }
 
-}  // namespace orvelle::bench
+}  // namespace orvelle::test

@@ -12,7 +12,7 @@
 
 class KvDevice;
 
-namespace orvelle::bench {
+namespace orvelle::test {
 
 /// Cameras of one process, all connected through the device manager. Interface thread.
 class CameraSet {
@@ -25,18 +25,17 @@ public:
     /// Starts the cameras and waits until every device is online; false after 30 s.
     bool connectAll();
     const std::vector<KvDevice*>& devices() const { return m_devices; }
-    test::CameraProcess& process() { return m_process; }
+    CameraProcess& process() { return m_process; }
 
 private:
     const QStringList m_uids;
-    test::CameraProcess m_process;
+    CameraProcess m_process;
     std::vector<KvDevice*> m_devices;  ///< owned by the manager
 };
 
 /// Runs the event loop until `done` or for `timeoutMs`; whether it is done.
 template <class Condition>
-bool waitUntil(int timeoutMs, Condition done)
-{
+bool waitUntil(int timeoutMs, Condition done) {
     const QDeadlineTimer deadline(timeoutMs);
     while (!done() && !deadline.hasExpired())
         QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 20);
@@ -46,4 +45,4 @@ bool waitUntil(int timeoutMs, Condition done)
 /// Lets the event loop run for `ms`.
 void runFor(int ms);
 
-}  // namespace orvelle::bench
+}  // namespace orvelle::test

@@ -1,0 +1,96 @@
+#include "system/client_process_test.h"
+
+#include <signal.h>
+
+#include <QDeadlineTimer>
+#include <QDir>
+#include <QtTest>
+
+#include "device/tutk_device.h"
+
+using orvelle::test::CameraProcess;
+
+namespace {
+
+constexpr int kPatienceMs = 60000;
+constexpr int kRefused = 255;  ///< -1 as the system reports it
+
+}  // namespace
+
+void ClientProcessTest::initTestCase() {
+    const QString devices = m_home.filePath(QStringLiteral("Orvelle/Devices/KvTUTK"));
+    QVERIFY(QDir().mkpath(devices));
+    KvTUTKDevice device;
+    device.setUid(QStringLiteral("CLIENT1"));
+    device.setPassword(QLatin1String(CameraProcess::kPassword));
+    QVERIFY(device.writeToFile(devices + QStringLiteral("/CLIENT1.xml")));
+}
+
+void ClientProcessTest::init() {
+    QVERIFY(m_camera.start());
+}
+
+void ClientProcessTest::cleanup() {
+    m_camera.kill();
+}
+
+std::unique_ptr<QProcess> ClientProcessTest::startClient() const {
+    auto client = std::make_unique<QProcess>();
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.path());
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path());
+    client->setProcessEnvironment(environment);
+    client->setProcessChannelMode(QProcess::MergedChannels);
+    client->start(QCoreApplication::applicationDirPath() + QStringLiteral("/orvelle"),
+                  QStringList());
+    return client;
+}
+
+bool ClientProcessTest::waitForOutput(QProcess& client, const QByteArray& text) {
+    QByteArray output;
+    const QDeadlineTimer deadline(kPatienceMs);
+    while (!deadline.hasExpired() && client.state() != QProcess::NotRunning) {
+        client.waitForReadyRead(200);
+        output += client.readAll();
+        if (output.contains(text))
+            return true;
+    }
+    qWarning("no '%s' in:\n%s", text.constData(), output.constData());
+    return false;
+}
+
+void ClientProcessTest::client_quitsInOrder_whenToldToEnd_data() {
+    QTest::addColumn<int>("signalNumber");
+    QTest::newRow("terminated") << SIGTERM;
+    QTest::newRow("interrupted") << SIGINT;
+}
+
+void ClientProcessTest::client_quitsInOrder_whenToldToEnd() {
+    QFETCH(int, signalNumber);
+    const auto client = startClient();
+    QVERIFY(waitForOutput(*client, "display yuv"));
+    ::kill(static_cast<pid_t>(client->processId()), signalNumber);
+    QVERIFY(client->waitForFinished(kPatienceMs));
+    const QByteArray output = client->readAll();
+    QVERIFY2(client->exitStatus() == QProcess::NormalExit, output.constData());
+    QVERIFY2(client->exitCode() == 0, output.constData());
+}
+
+void ClientProcessTest::secondCopy_isRefused_whileTheFirstRuns() {
+    const auto first = startClient();
+    QVERIFY(waitForOutput(*first, "display yuv"));
+    const auto second = startClient();
+    // The refusal is a message box; Return presses its only button.
+    QTRY_VERIFY_WITH_TIMEOUT(
+        (QProcess::execute(
+             QStringLiteral("xdotool"),
+             {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
+              QString::number(second->processId()), QStringLiteral("windowactivate"),
+              QStringLiteral("--sync"), QStringLiteral("key"), QStringLiteral("Return")}),
+         second->waitForFinished(500)),
+        kPatienceMs);
+    QCOMPARE(second->exitCode(), kRefused);
+    QCOMPARE(first->state(), QProcess::Running);
+    first->terminate();
+    QVERIFY(first->waitForFinished(kPatienceMs));
+}

@@ -1,0 +1,50 @@
+#include "system/restart_test.h"
+
+#include <QImage>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include "device/device.h"
+#include "render/video_view.h"
+#include "system/camera_set.h"
+#include "ui/preview/device_player_view.h"
+
+using orvelle::test::CameraSet;
+
+namespace {
+
+constexpr int kCycles = 10;
+constexpr int kPatienceMs = 60000;
+
+bool isBlack(const QImage& picture) {
+    for (int y = 0; y < picture.height(); y += 8)
+        for (int x = 0; x < picture.width(); x += 8)
+            if (qGray(picture.pixel(x, y)) > 32)
+                return false;
+    return true;
+}
+
+}  // namespace
+
+void RestartTest::picture_returns_whenCameraIsKilledAndStarted() {
+    CameraSet cameras(QStringLiteral("RESTART1"), 1,
+                      {QStringLiteral("--demo"), QStringLiteral("--size"), QStringLiteral("360p")});
+    QVERIFY(cameras.connectAll());
+    KvDevice* device = cameras.devices().front();
+    KvDevicePlayerView tile;
+    tile.resize(640, 440);
+    tile.show();
+    QSignalSpy firstPictures(&tile, &KvDevicePlayerView::hideLoadingSignal);
+    tile.setDevice(device);
+    auto* view = tile.findChild<KvVideoView*>();
+    QTRY_VERIFY_WITH_TIMEOUT(firstPictures.count() == 1 && !isBlack(view->grabFramebuffer()),
+                             kPatienceMs);
+
+    for (int cycle = 1; cycle <= kCycles; ++cycle) {
+        cameras.process().kill();
+        QTRY_VERIFY_WITH_TIMEOUT(!device->isOnline(), kPatienceMs);
+        QVERIFY(!isBlack(view->grabFramebuffer()));
+        QVERIFY(cameras.process().start());
+        QTRY_COMPARE_WITH_TIMEOUT(firstPictures.count(), cycle + 1, kPatienceMs);
+    }
+}
