@@ -36,7 +36,8 @@ void KvConfigure::setInt(const QString& key, int value) {
 
 int KvConfigure::getInt(const QString& key, int defaultValue) const {
     bool isNumber = false;
-    const int value = m_settings.value(key).toInt(&isNumber);
+    // By way of the string: the variant's own conversion cuts what exceeds an int.
+    const int value = m_settings.value(key).toString().toInt(&isNumber);
     return isNumber ? value : defaultValue;
 }
 

@@ -13,6 +13,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <thread>
 
 namespace orvelle::test {
 namespace {
@@ -68,6 +69,8 @@ std::set<std::string> openSockets() {
 }  // namespace
 
 LeakCheck::LeakCheck() : m_sockets(openSockets()) {
+    // With the first thread the thread sanitizer starts one of its own.
+    std::thread([] {}).join();
     for (const auto& [id, name] : ownThreads())
         m_threads.insert(id);
 }
