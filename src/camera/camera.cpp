@@ -1,0 +1,178 @@
+#include "camera/camera.h"
+
+#include <utility>
+
+#include "camera/camera_log.h"
+
+namespace orvelle {
+
+namespace {
+
+constexpr int kLiveChannel = 0;
+
+LinkServerConfig serverConfig(const CameraProfile& profile, const CameraAddress& address,
+                              const Feed& feed) {
+    LinkServerConfig config;
+    config.uid = profile.uid.toStdString();
+    config.password = address.password;
+    config.deviceName = profile.name.toStdString();
+    config.bindAddress = address.bindAddress;
+    config.port = address.port;
+    config.discoveryPort = address.discoveryPort;
+    config.nominalBitsPerSecond = feed.format().bitsPerSecond;
+    return config;
+}
+
+}  // namespace
+
+Camera::Camera(CameraProfile profile, CameraAddress address, Feed* feed, PanTilt* panTilt)
+    : m_profile(std::move(profile)),
+      m_feed(feed),
+      m_panTilt(panTilt),
+      m_commands(m_profile, static_cast<CameraActions*>(this)),
+      m_server(std::make_unique<LinkServer>(serverConfig(m_profile, address, *feed),
+                                            static_cast<LinkServerListener*>(this))) {
+    m_feed->addSink(this);
+}
+
+Camera::~Camera() {
+    stop();
+}
+
+int Camera::start() {
+    return m_server->start();
+}
+
+// The server says no goodbyes to its listener, so what its clients held is let go of here.
+void Camera::stop() {
+    m_server->stop();
+    std::map<int, Viewer> viewers;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        viewers.swap(m_viewers);
+    }
+    for (const auto& [clientId, viewer] : viewers)
+        letGo(clientId, viewer);
+}
+
+uint16_t Camera::port() const {
+    return m_server->port();
+}
+
+LinkServerStats Camera::stats() const {
+    return m_server->stats();
+}
+
+void Camera::clientConnected(int clientId) {
+    qCInfo(lcCamera, "%s: client %d connected", qPrintable(m_profile.uid), clientId);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_viewers[clientId] = {};
+}
+
+void Camera::controlReceived(int clientId, uint32_t type, const uint8_t* data, size_t size) {
+    m_commands.handle(clientId, type, data, size);
+}
+
+void Camera::clientDisconnected(int clientId, bool orderly) {
+    qCInfo(lcCamera, "%s: client %d %s", qPrintable(m_profile.uid), clientId,
+           orderly ? "left" : "fell silent");
+    Viewer viewer;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_viewers.find(clientId);
+        if (found == m_viewers.end())
+            return;
+        viewer = found->second;
+        m_viewers.erase(found);
+    }
+    letGo(clientId, viewer);
+}
+
+void Camera::letGo(int clientId, const Viewer& viewer) {
+    if (viewer.wantsVideo)
+        m_feed->removeViewer(Medium::kVideo);
+    if (viewer.wantsAudio)
+        m_feed->removeViewer(Medium::kAudio);
+    if (m_panTilt)
+        m_panTilt->release({this, clientId}, cameraClockUs());
+}
+
+void Camera::frameReady(const EncodedFrame& frame) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (frame.medium == Medium::kVideo)
+        m_cache.add(frame);
+    for (auto& [clientId, viewer] : m_viewers) {
+        if (frame.medium == Medium::kVideo)
+            viewer.needsKey = viewer.needsKey && !frame.isKey;
+        if (frame.medium == Medium::kVideo ? viewer.wantsVideo && !viewer.needsKey
+                                           : viewer.wantsAudio)
+            send(clientId, frame);
+    }
+}
+
+void Camera::send(int clientId, const EncodedFrame& frame) {
+    LinkFrameInfo info;
+    info.codecId = frame.codecId;
+    info.flags = frame.isKey ? 1 : 0;
+    info.timestampMs = static_cast<uint32_t>(frame.timeUs / 1000);
+    if (frame.medium == Medium::kVideo)
+        m_server->sendVideo(clientId, kLiveChannel, info, frame.bytes);
+    else
+        m_server->sendAudio(clientId, kLiveChannel, info, frame.bytes);
+}
+
+void Camera::reply(int clientId, uint32_t type, const std::vector<uint8_t>& payload) {
+    const int result = m_server->sendControl(clientId, type, payload.data(), payload.size());
+    if (result < 0)
+        qCWarning(lcCamera, "answer 0x%04X to client %d not sent: %d", type, clientId, result);
+}
+
+void Camera::setVideo(int clientId, bool on) {
+    const bool changed = change(clientId, [&](Viewer& viewer) {
+        const bool former = viewer.wantsVideo;
+        viewer.wantsVideo = on;
+        if (on)
+            join(clientId, viewer);
+        return former != on;
+    });
+    // The request comes first, so that a feed that was idle starts with just one key frame.
+    if (on)
+        m_feed->requestKeyFrame();
+    if (changed && on)
+        m_feed->addViewer(Medium::kVideo);
+    else if (changed)
+        m_feed->removeViewer(Medium::kVideo);
+}
+
+void Camera::setAudio(int clientId, bool on) {
+    const bool changed = change(
+        clientId, [&](Viewer& viewer) { return std::exchange(viewer.wantsAudio, on) != on; });
+    if (changed && on)
+        m_feed->addViewer(Medium::kAudio);
+    else if (changed)
+        m_feed->removeViewer(Medium::kAudio);
+}
+
+bool Camera::change(int clientId, const std::function<bool(Viewer&)>& edit) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_viewers.find(clientId);
+    return found != m_viewers.end() && edit(found->second);
+}
+
+// A start sent again by a client that watches already begins its stream anew.
+void Camera::join(int clientId, Viewer& viewer) {
+    viewer.needsKey = true;
+    if (m_feed->makesKeyFrames())
+        return;
+    for (const EncodedFrame& frame : m_cache.squeezed()) {
+        send(clientId, frame);
+        viewer.needsKey = false;
+    }
+}
+
+void Camera::turn(int clientId, uint8_t control, uint8_t speed) {
+    if (m_panTilt)
+        m_panTilt->command({this, clientId}, control, speed, cameraClockUs());
+}
+
+}  // namespace orvelle

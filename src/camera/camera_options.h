@@ -1,0 +1,46 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <string>
+
+#include "camera/feed.h"
+
+extern "C" {
+#include <libavcodec/codec_id.h>
+}
+
+namespace orvelle {
+
+/// What the command line and the environment ask for.
+struct CameraOptions {
+    QString uid;
+    QString name;
+    std::string password;  ///< from a file or the environment, never from the command line
+    QString source;        ///< empty: the demo scene
+    bool isRepeated = true;
+    int scene = 0;
+    int cameras = 1;
+    uint16_t port = 0;
+    QString bindAddress;
+    QString networkName;
+    AVCodecID videoCodec = AV_CODEC_ID_H264;
+    AVCodecID audioCodec = AV_CODEC_ID_AAC;
+    FeedFormat format;
+    bool hasBitRate = false;
+    int deviceType = 0;
+    int timezoneMinutes = 0;
+    QString clipFile;  ///< write a clip instead of being a camera
+    int clipSeconds = 10;
+};
+
+struct ParsedOptions {
+    CameraOptions options;
+    QString error;  ///< one line; empty when the options can be used
+    QString text;   ///< help or version, asked for instead
+};
+
+ParsedOptions parseOptions(const QStringList& arguments);
+
+}  // namespace orvelle

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace orvelle {
+
+/// A soft steady tone, continuous over calls, with a short beep at each full second of its own
+/// sample clock so that sound and picture can be compared by ear. One thread.
+class DemoTone {
+public:
+    DemoTone(int sampleRate, double hertz);
+
+    void fill(std::vector<float>& samples);
+
+private:
+    const int m_sampleRate;
+    const double m_hertz;
+    int64_t m_sample = 0;
+};
+
+}  // namespace orvelle

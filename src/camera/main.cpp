@@ -1,0 +1,181 @@
+#include <QCoreApplication>
+#include <QNetworkInterface>
+#include <QTimer>
+
+#include <cstdio>
+
+#include "camera/camera.h"
+#include "camera/camera_options.h"
+#include "camera/clip_writer.h"
+#include "camera/demo_feed.h"
+#include "camera/source_feed.h"
+#include "link/device_code.h"
+#include "platform/quit_signals.h"
+
+extern "C" {
+#include <libavutil/log.h>
+}
+
+namespace orvelle {
+
+namespace {
+
+enum ExitCode { kStopped = 0, kWrongOptions = 2, kBadSource = 3, kNoPort = 4 };
+
+constexpr int kEndCheckMs = 200;
+
+int fail(ExitCode code, const QString& error) {
+    std::fprintf(stderr, "orvelle-camera: %s\n", qUtf8Printable(error));
+    return code;
+}
+
+DemoFeedConfig demoConfig(const CameraOptions& options) {
+    DemoFeedConfig config;
+    config.format = options.format;
+    config.videoCodec = options.videoCodec;
+    config.audioCodec = options.audioCodec;
+    config.scene = options.scene;
+    config.label = options.uid;
+    config.timezoneMinutes = options.timezoneMinutes;
+    return config;
+}
+
+std::unique_ptr<Feed> makeFeed(const CameraOptions& options, const PanTilt* panTilt) {
+    if (options.source.isEmpty())
+        return std::make_unique<DemoFeed>(demoConfig(options), panTilt);
+    SourceFeedConfig config;
+    config.source.url = options.source;
+    config.source.isRepeated = options.isRepeated;
+    config.source.webcamWidth = options.format.width;
+    config.source.webcamHeight = options.format.height;
+    config.source.webcamFps = options.format.framesPerSecond;
+    config.video.codec = options.videoCodec;
+    config.video.maxHeight = options.format.height;
+    config.video.bitsPerSecond = options.hasBitRate ? options.format.bitsPerSecond : 0;
+    config.audioCodec = options.audioCodec;
+    return std::make_unique<SourceFeed>(std::move(config));
+}
+
+// What the camera reports as its own: the first interface that is up and fit for others, else
+// loopback.
+void readNetwork(const QString& bindAddress, CameraProfile& profile) {
+    profile.ipAddress = QStringLiteral("127.0.0.1");
+    profile.macAddress = QStringLiteral("00:00:00:00:00:00");
+    const QList<QNetworkInterface> interfaces = QNetworkInterface::allInterfaces();
+    for (const QNetworkInterface& interface : interfaces) {
+        if (!interface.flags().testFlag(QNetworkInterface::IsRunning) ||
+            interface.flags().testFlag(QNetworkInterface::IsLoopBack))
+            continue;
+        const QList<QNetworkAddressEntry> entries = interface.addressEntries();
+        for (const QNetworkAddressEntry& entry : entries) {
+            const QString address = entry.ip().toString();
+            if (entry.ip().protocol() != QAbstractSocket::IPv4Protocol ||
+                (bindAddress != QLatin1String("0.0.0.0") && bindAddress != address))
+                continue;
+            profile.ipAddress = address;
+            profile.macAddress = interface.hardwareAddress();
+            return;
+        }
+    }
+}
+
+CameraProfile makeProfile(const CameraOptions& options, const Feed& feed, int number) {
+    CameraProfile profile;
+    profile.uid = options.uid;
+    profile.name = options.name;
+    if (options.cameras > 1) {
+        const QString suffix = QStringLiteral("%1").arg(number + 1, 2, 10, QLatin1Char('0'));
+        profile.uid += suffix;
+        profile.name += QLatin1Char(' ') % suffix;
+    }
+    profile.deviceType = options.deviceType;
+    profile.timezoneMinutes = options.timezoneMinutes;
+    profile.pictureHeight = feed.format().height;
+    profile.networkName = options.networkName;
+    readNetwork(options.bindAddress, profile);
+    return profile;
+}
+
+std::unique_ptr<Camera> makeCamera(const CameraOptions& options, Feed* feed, PanTilt* panTilt,
+                                   int number) {
+    CameraAddress address;
+    address.password = options.password;
+    address.bindAddress = options.bindAddress.toStdString();
+    address.port = options.port > 0 ? static_cast<uint16_t>(options.port + number) : uint16_t{0};
+    return std::make_unique<Camera>(makeProfile(options, *feed, number), address, feed,
+                                    options.deviceType == 1 ? panTilt : nullptr);
+}
+
+void announce(const Camera& camera, const std::string& password) {
+    const std::string uid = camera.profile().uid.toStdString();
+    std::printf("UID: %s\nDevice code: %s\nPort: %d\n", uid.c_str(),
+                encodeDeviceCode(uid, password).c_str(), camera.port());
+}
+
+int runCameras(QCoreApplication& application, const CameraOptions& options) {
+    const QuitSignals signals([&application] { application.quit(); });
+    PanTilt panTilt;
+    const std::unique_ptr<Feed> feed = makeFeed(options, &panTilt);
+    const QString error = feed->open();
+    if (!error.isEmpty())
+        return fail(kBadSource, error);
+    std::vector<std::unique_ptr<Camera>> cameras;
+    for (int number = 0; number < options.cameras; ++number)
+        cameras.push_back(makeCamera(options, feed.get(), &panTilt, number));
+    feed->start();
+    const auto stop = [&] {
+        for (const auto& camera : cameras)
+            camera->stop();
+        feed->stop();
+    };
+    for (const auto& camera : cameras) {
+        const int result = camera->start();
+        if (result < 0) {
+            stop();
+            return fail(kNoPort, QStringLiteral("camera %1 cannot start on %2 port %3: code %4")
+                                     .arg(camera->profile().uid, options.bindAddress)
+                                     .arg(options.port)
+                                     .arg(result));
+        }
+        announce(*camera, options.password);
+    }
+    QTimer endCheck;
+    QObject::connect(&endCheck, &QTimer::timeout, &application, [&] {
+        if (feed->isEnded())
+            application.quit();
+    });
+    if (!options.isRepeated)
+        endCheck.start(kEndCheckMs);
+    application.exec();
+    stop();
+    return kStopped;
+}
+
+int run(QCoreApplication& application) {
+    const ParsedOptions parsed = parseOptions(QCoreApplication::arguments());
+    if (!parsed.text.isEmpty()) {
+        std::fputs(qUtf8Printable(parsed.text), stdout);
+        return kStopped;
+    }
+    if (!parsed.error.isEmpty())
+        return fail(kWrongOptions, parsed.error);
+    if (parsed.options.clipFile.isEmpty())
+        return runCameras(application, parsed.options);
+    const QString error =
+        writeClip(parsed.options.clipFile, parsed.options.clipSeconds, demoConfig(parsed.options));
+    return error.isEmpty() ? kStopped : fail(kBadSource, error);
+}
+
+}  // namespace
+
+}  // namespace orvelle
+
+int main(int argc, char** argv) {
+    // Lines must reach a pipe at once: whoever starts a camera waits for them.
+    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    av_log_set_level(AV_LOG_QUIET);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("orvelle-camera"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(ORVELLE_VERSION));
+    return orvelle::run(application);
+}
