@@ -1,6 +1,9 @@
 #include "media_tests.h"
 #include "support/leak_check.h"
 
+#include "link/av.h"
+#include "link/iotc.h"
+
 #include <QApplication>
 #include <QtTest>
 
@@ -8,7 +11,7 @@ int main(int argc, char** argv) {
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     QApplication application(argc, argv);
     const orvelle::test::LeakCheck leaks;
-    int failures = 0;
+    int failures = IOTC_Initialize2(0) < 0 || avInitialize(32) < 0;
     for (const auto make :
          {makePacingTest, makeStreamRulesTest, makeTutkInputTest, makeDevicePlayerTest}) {
         failures += QTest::qExec(make().get(), argc, argv);

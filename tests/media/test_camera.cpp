@@ -57,12 +57,14 @@ bool TestCamera::hasCommand(uint32_t type) const {
 
 bool TestCamera::sendVideo(uint16_t codecId, bool isKey, uint32_t timestampMs, Bytes bytes) {
     const LinkFrameInfo info{codecId, static_cast<uint8_t>(isKey), timestampMs};
-    return m_server->sendVideo(m_client, 0, info, std::make_shared<Bytes>(std::move(bytes))) == 0;
+    return m_server &&
+           m_server->sendVideo(m_client, 0, info, std::make_shared<Bytes>(std::move(bytes))) == 0;
 }
 
 bool TestCamera::sendAudio(uint16_t codecId, uint32_t timestampMs, Bytes bytes) {
     const LinkFrameInfo info{codecId, 0, timestampMs};
-    return m_server->sendAudio(m_client, 0, info, std::make_shared<Bytes>(std::move(bytes))) == 0;
+    return m_server &&
+           m_server->sendAudio(m_client, 0, info, std::make_shared<Bytes>(std::move(bytes))) == 0;
 }
 
 void TestCamera::clientConnected(int clientId) {

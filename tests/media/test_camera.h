@@ -12,7 +12,7 @@
 namespace orvelle::test {
 
 /// A camera on loopback that sends what a test tells it to, and a device that knows it.
-class TestCamera : private LinkServerListener {
+class TestCamera : public LinkServerListener {
 public:
     TestCamera();
     ~TestCamera() override;
