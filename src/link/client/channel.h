@@ -1,0 +1,88 @@
+#pragma once
+
+#include "link/av.h"
+#include "link/client/frame_queue.h"
+#include "link/client/session.h"
+
+#include <condition_variable>
+#include <deque>
+
+namespace orvelle {
+
+/// One AV channel of a session: its sockets and what came in on them. Channel 0 holds the
+/// session's control socket as well.
+///
+/// The receive thread fills it, the readers of av.h empty it; both may be on any thread.
+class ClientChannel {
+public:
+    ClientChannel(std::shared_ptr<ClientSession> session, int number, SrtSocket control,
+                  SrtSocket media);
+
+    int number() const { return m_number; }
+    ClientSession& session() const { return *m_session; }
+    SRTSOCKET controlId() const { return m_controlId; }
+    SRTSOCKET mediaId() const { return m_mediaId; }
+
+    // --- receive thread ---
+
+    /// What a message means for the channel; frames and control messages go to their queues.
+    enum class Outcome { Fine, Goodbye, Broken };
+    Outcome accept(const uint8_t* data, size_t size);
+    /// Readers get what waits and then `reason`; the first reason stays.
+    void end(int reason);
+
+    // --- readers ---
+
+    int endReason() const;
+    /// The open sockets, for closing; the channel has none afterwards.
+    std::vector<SrtSocket> takeSockets();
+
+    int sendControl(uint32_t type, const char* data, int size);
+    int receiveControl(uint32_t* type, char* buffer, int maxSize, uint32_t timeoutMs,
+                       const AvStopCheck& stop);
+    /// Takes a frame, or returns the code of av.h that says why not.
+    int takeVideo(LinkFrame* frame, uint32_t* number);
+    int takeAudio(LinkFrame* frame, uint32_t* number);
+    int waitingAudio() const;
+    void waitVideo(int timeoutMs, const AvStopCheck& stop);
+    void waitAudio(int moreThan, int timeoutMs, const AvStopCheck& stop);
+    void discardMedia();
+    void noteVideoDropped();
+    uint32_t lostVideoFrames() const;
+
+    /// Makes every waiting call look again.
+    void wake();
+
+private:
+    struct Control {
+        uint32_t type;
+        std::vector<uint8_t> data;
+    };
+
+    void acceptFragment(const FrameFragment& fragment);
+    void acceptControl(const ControlMessage& message);
+    int take(FrameQueue& queue, LinkFrame* frame, uint32_t* number);
+    int reasonLocked() const;
+
+    // Fixed after construction.
+    const std::shared_ptr<ClientSession> m_session;
+    const int m_number;
+    const SRTSOCKET m_controlId;
+    const SRTSOCKET m_mediaId;
+
+    // Owned by the receive thread.
+    FrameAssembler m_videoAssembler;
+    FrameAssembler m_audioAssembler;
+
+    mutable std::mutex m_mutex;  ///< guards the fields below
+    mutable std::condition_variable m_changed;
+    SrtSocket m_controlSocket;
+    SrtSocket m_mediaSocket;
+    std::deque<Control> m_controls;
+    FrameQueue m_video{FrameQueue::Kind::Video};
+    FrameQueue m_audio{FrameQueue::Kind::Audio};
+    uint32_t m_droppedForReader = 0;
+    int m_endReason = 0;
+};
+
+}  // namespace orvelle

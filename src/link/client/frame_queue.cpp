@@ -1,0 +1,71 @@
+#include "link/client/frame_queue.h"
+
+#include <utility>
+
+namespace orvelle {
+
+namespace {
+
+// Eight seconds of pictures at 15 a second, yet no more than a dozen of the largest; the reader
+// normally leaves none waiting.
+constexpr size_t kMaxVideoFrames = 120;
+constexpr size_t kMaxVideoBytes = 3 * 1024 * 1024;
+constexpr size_t kMaxAudioFrames = 64;
+
+}  // namespace
+
+void FrameQueue::makeRoom(const LinkFrame& incoming) {
+    if (m_kind == Kind::Audio) {
+        while (m_frames.size() >= kMaxAudioFrames)
+            m_frames.pop_front();
+        return;
+    }
+    if (m_frames.size() < kMaxVideoFrames && m_bytes + incoming.data.size() <= kMaxVideoBytes)
+        return;
+    m_frames.clear();
+    m_bytes = 0;
+    m_awaitsKey = true;
+}
+
+void FrameQueue::push(LinkFrame frame) {
+    makeRoom(frame);
+    if (m_awaitsKey && !frame.isKey())
+        return;
+    m_awaitsKey = false;
+    m_bytes += frame.data.size();
+    m_frames.push_back(std::move(frame));
+}
+
+FrameQueue::Next FrameQueue::pop(LinkFrame* frame, uint32_t* number) {
+    if (m_incomplete > 0) {
+        --m_incomplete;
+        *number = m_expected;
+        return Next::Incomplete;
+    }
+    if (m_frames.empty())
+        return Next::Nothing;
+    const uint32_t next = m_frames.front().number;
+    if (m_hasExpected && next != m_expected) {
+        *number = m_expected;
+        m_lost += next - m_expected;
+        m_expected = next;
+        return Next::Gap;
+    }
+    *frame = std::move(m_frames.front());
+    m_frames.pop_front();
+    m_bytes -= frame->data.size();
+    *number = next;
+    m_expected = next + 1;
+    m_hasExpected = true;
+    return Next::Frame;
+}
+
+void FrameQueue::discard() {
+    m_frames.clear();
+    m_bytes = 0;
+    m_incomplete = 0;
+    m_awaitsKey = m_kind == Kind::Video;
+    m_hasExpected = false;
+}
+
+}  // namespace orvelle

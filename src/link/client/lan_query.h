@@ -1,0 +1,43 @@
+#pragma once
+
+#include "link/wire/wire.h"
+
+#include <netinet/in.h>
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace orvelle {
+
+/// A camera that answered a query on the local network.
+struct LanAnswer {
+    std::string uid;
+    std::string deviceName;
+    sockaddr_in address{};  ///< of its link port
+};
+
+/// One running search of the local network: sends the query three times to every network that
+/// is up, and collects answers. One thread.
+class LanQuery {
+public:
+    /// An empty UID asks every camera. Without a usable socket the query just stays unanswered.
+    explicit LanQuery(const std::string& uid);
+    ~LanQuery();
+    LanQuery(const LanQuery&) = delete;
+    LanQuery& operator=(const LanQuery&) = delete;
+
+    /// Sends what is due, then waits up to `waitMs` for one answer.
+    std::optional<LanAnswer> next(int waitMs);
+
+private:
+    void sendDueQueries();
+    std::optional<LanAnswer> receive();
+
+    const SearchQuery m_query;
+    int m_socket = -1;
+    int m_queriesSent = 0;
+    int64_t m_nextQueryMs = 0;
+};
+
+}  // namespace orvelle

@@ -1,0 +1,208 @@
+#include "link/client/link_client.h"
+
+#include "link/environment.h"
+#include "link/link_log.h"
+#include "link/result_codes.h"
+
+#include <algorithm>
+#include <random>
+
+namespace orvelle {
+
+namespace {
+
+// Sids and indices count up through this range, so that one is not given out again soon.
+constexpr int kHandleRange = 1 << 30;
+
+uint64_t randomToken() {
+    std::random_device random;
+    return static_cast<uint64_t>(random()) << 32 | random();
+}
+
+bool bindTo(const SrtSocket& socket, uint16_t port) {
+    const auto address = ipv4Address(isLinkLoopbackOnly() ? "127.0.0.1" : "0.0.0.0", port);
+    return srt_bind(socket.id(), asSockaddr(*address), sizeof *address) == 0;
+}
+
+uint16_t boundPort(const SrtSocket& socket) {
+    sockaddr_in address{};
+    int size = sizeof address;
+    srt_getsockname(socket.id(), reinterpret_cast<sockaddr*>(&address), &size);
+    return ntohs(address.sin_port);
+}
+
+template <class Map>
+typename Map::mapped_type findIn(const Map& map, int key) {
+    const auto found = map.find(key);
+    return found == map.end() ? nullptr : found->second;
+}
+
+}  // namespace
+
+LinkClient& LinkClient::instance() {
+    static LinkClient client;
+    return client;
+}
+
+LinkClient::~LinkClient() {
+    shutDown();
+}
+
+int LinkClient::start(uint16_t udpPort) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_library)
+        return 0;
+    m_library = std::make_unique<SrtLibrary>();
+    m_localPort = udpPort;
+    m_receiver = std::make_shared<ClientReceiver>();
+    m_receiver->start();
+    return 0;
+}
+
+int LinkClient::setMaxChannels(int maxChannels) {
+    if (maxChannels < 1)
+        return AV_ER_INVALID_ARG;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_maxChannels = std::min(maxChannels, kMaxLinkChannels);
+    return m_maxChannels;
+}
+
+void LinkClient::shutDown() {
+    std::vector<int> sids;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        for (const auto& entry : m_sessions)
+            sids.push_back(entry.first);
+    }
+    for (const int sid : sids)
+        closeSession(sid);
+
+    std::unique_ptr<SrtLibrary> library;  // goes last
+    std::shared_ptr<ClientReceiver> receiver;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        receiver = std::move(m_receiver);
+        library = std::move(m_library);
+    }
+    if (!receiver)
+        return;
+    receiver->stop();
+    receiver->waitForEnd();
+}
+
+int LinkClient::openSession() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_library)
+        return LINK_ER_NOT_INITIALIZED;
+    if (m_sessions.size() >= kMaxLinkSessions)
+        return LINK_ER_NO_FREE_SESSION;
+    const int sid = m_nextSid;
+    m_nextSid = (m_nextSid + 1) % kHandleRange;
+    m_sessions[sid] = std::make_shared<ClientSession>(sid, randomToken());
+    return sid;
+}
+
+std::shared_ptr<ClientSession> LinkClient::session(int sid) const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return findIn(m_sessions, sid);
+}
+
+int LinkClient::find(const std::string& uid, int sid) {
+    const auto bound = session(sid);
+    if (!bound)
+        return IOTC_ER_INVALID_SID;
+    if (!isValidUid(uid))
+        return LINK_ER_BAD_UID;
+    const int result =
+        findCamera(uid, *bound, [this](SocketUse use) { return makeCallerSocket(use); });
+    return result == 0 ? sid : result;
+}
+
+void LinkClient::closeSession(int sid) {
+    std::shared_ptr<ClientSession> closing;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        closing = findIn(m_sessions, sid);
+        m_sessions.erase(sid);
+    }
+    if (!closing)
+        return;
+    closing->abort();
+    for (const auto& channel : closing->channels())
+        closeChannel(channel, IOTC_ER_INVALID_SID);
+}
+
+// All callers share one UDP port, since the transport runs two threads for each port. When the
+// port was given back in the meantime and is taken now, a new one is shared from then on.
+SrtSocket LinkClient::makeCallerSocket(SocketUse use) {
+    SrtSocket socket = createLinkSocket(use);
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_library || !socket.isOpen())
+        return {};
+    if (!bindTo(socket, m_localPort) && !bindTo(socket, 0)) {
+        qCWarning(lcLink, "no local port: %s", srt_getlasterror_str());
+        return {};
+    }
+    m_localPort = boundPort(socket);
+    return socket;
+}
+
+int LinkClient::openChannel(int sid, const std::string& account, const std::string& password,
+                            int channelNumber, int64_t timeoutMs) {
+    const auto on = session(sid);
+    if (!on || !on->isBound())
+        return IOTC_ER_INVALID_SID;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_maxChannels == 0)
+            return LINK_ER_NOT_INITIALIZED;
+        if (m_channels.size() >= static_cast<size_t>(m_maxChannels))
+            return LINK_ER_NO_FREE_CHANNEL;
+    }
+    if (!on->canOpen(channelNumber))
+        return LINK_ER_CHANNEL_IN_USE;
+    const LoginResult login = logIn(on, account, password, channelNumber, timeoutMs,
+                                    [this](SocketUse use) { return makeCallerSocket(use); });
+    if (login.code != 0)
+        return login.code;
+    return registerChannel(login.channel);
+}
+
+// The session may have been closed while the login ran, so it is looked at again under the lock.
+int LinkClient::registerChannel(const std::shared_ptr<ClientChannel>& channel) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!findIn(m_sessions, channel->session().sid()) || !m_receiver)
+        return LINK_ER_ABORTED;
+    if (m_channels.size() >= static_cast<size_t>(m_maxChannels))
+        return LINK_ER_NO_FREE_CHANNEL;
+    const int index = m_nextIndex;
+    m_nextIndex = (m_nextIndex + 1) % kHandleRange;
+    m_channels[index] = channel;
+    channel->session().addChannel(channel);
+    m_receiver->add(channel);
+    return index;
+}
+
+std::shared_ptr<ClientChannel> LinkClient::channel(int avIndex) const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return findIn(m_channels, avIndex);
+}
+
+void LinkClient::closeChannel(int avIndex) {
+    if (const auto closing = channel(avIndex))
+        closeChannel(closing, AV_ER_INVALID_ARG);
+}
+
+void LinkClient::closeChannel(const std::shared_ptr<ClientChannel>& channel, int reason) {
+    std::shared_ptr<ClientReceiver> receiver;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        for (auto it = m_channels.begin(); it != m_channels.end();)
+            it = it->second == channel ? m_channels.erase(it) : std::next(it);
+        receiver = m_receiver;
+    }
+    if (receiver)
+        receiver->closeOrderly(*channel, reason);
+}
+
+}  // namespace orvelle

@@ -1,0 +1,192 @@
+#include "link/server/link_server.h"
+
+#include "link/clock.h"
+#include "link/environment.h"
+#include "link/link_log.h"
+#include "link/passphrase.h"
+#include "link/result_codes.h"
+#include "link/server/feeder_thread.h"
+#include "link/server/listener_gate.h"
+#include "link/server/service_thread.h"
+
+#include <utility>
+
+namespace orvelle {
+
+namespace {
+
+constexpr int kBacklog = 64;
+constexpr char kAccount[] = "admin";
+
+}  // namespace
+
+class LinkServer::Impl {
+public:
+    Impl(LinkServerConfig config, LinkServerListener* listener)
+        : m_config(std::move(config)), m_listener(listener) {}
+
+    int start();
+    void stop();
+    uint16_t port() const { return m_port; }
+
+    std::shared_ptr<ServerChannel> channel(int clientId, int number) const {
+        const auto client = m_clients.find(clientId);
+        return client ? client->channel(number) : nullptr;
+    }
+    int sendControl(int clientId, uint32_t type, const void* data, size_t size);
+    int sendFrame(bool isVideo, int clientId, int channelNumber, const LinkFrameInfo& info,
+                  SharedFrame frame);
+    LinkServerStats stats() const;
+
+private:
+    bool listen(const sockaddr_in& address);
+
+    const LinkServerConfig m_config;
+    LinkServerListener* const m_listener;
+    uint16_t m_port = 0;
+    ClientTable m_clients;
+    ServerCounters m_counters;
+
+    // Set from start() to stop(); each needs those above it.
+    std::unique_ptr<SrtLibrary> m_library;
+    std::unique_ptr<ListenerGate> m_gate;
+    SrtSocket m_socket;
+    std::unique_ptr<SearchResponder> m_search;
+    std::unique_ptr<FeederThread> m_feeder;
+    std::unique_ptr<ServiceThread> m_service;
+};
+
+int LinkServer::Impl::start() {
+    if (m_service)
+        return 0;
+    if (!isValidUid(m_config.uid))
+        return LINK_ER_BAD_UID;
+    const std::string host = isLinkLoopbackOnly() ? "127.0.0.1" : m_config.bindAddress;
+    const auto address = ipv4Address(host, m_config.port);
+    if (!address || m_config.password.empty())
+        return AV_ER_INVALID_ARG;
+    const auto passphrase = derivePassphrase(m_config.uid, kAccount, m_config.password);
+    if (!passphrase)
+        return AV_ER_INVALID_ARG;
+
+    m_library = std::make_unique<SrtLibrary>();
+    m_gate = std::make_unique<ListenerGate>(m_config.uid, *passphrase, m_clients);
+    if (!listen(*address)) {
+        qCWarning(lcLink, "cannot listen on %s:%d: %s", host.c_str(), m_config.port,
+                  srt_getlasterror_str());
+        stop();
+        return LINK_ER_NETWORK;
+    }
+    m_search = std::make_unique<SearchResponder>(m_config.uid, m_config.deviceName, m_port);
+    const bool isLoopback = (ntohl(address->sin_addr.s_addr) >> 24) == 127;
+    const uint16_t searchPort = m_config.discoveryPort ? m_config.discoveryPort : discoveryPort();
+    if (!m_search->open(searchPort, isLoopback))
+        qCWarning(lcLink, "port %d is taken, the camera answers no search", searchPort);
+    m_feeder = std::make_unique<FeederThread>(m_clients);
+    m_service = std::make_unique<ServiceThread>(m_config, m_listener, m_socket.id(), m_clients,
+                                                *m_search, m_counters);
+    m_feeder->start();
+    m_service->start();
+    return 0;
+}
+
+bool LinkServer::Impl::listen(const sockaddr_in& address) {
+    m_socket = createLinkSocket(SocketUse::Media);
+    if (!m_socket.isOpen() || !m_gate->installOn(m_socket.id()) ||
+        srt_bind(m_socket.id(), asSockaddr(address), sizeof address) < 0 ||
+        srt_listen(m_socket.id(), kBacklog) < 0)
+        return false;
+    sockaddr_in bound{};
+    int size = sizeof bound;
+    if (srt_getsockname(m_socket.id(), reinterpret_cast<sockaddr*>(&bound), &size) < 0)
+        return false;
+    m_port = ntohs(bound.sin_port);
+    return true;
+}
+
+void LinkServer::Impl::stop() {
+    KvThread::stopAndDelete(m_service);
+    KvThread::stopAndDelete(m_feeder);
+    m_search.reset();
+    m_socket.close();
+    m_gate.reset();
+    m_library.reset();
+}
+
+int LinkServer::Impl::sendControl(int clientId, uint32_t type, const void* data, size_t size) {
+    if (size > kMaxControlBytes)
+        return AV_ER_EXCEED_MAX_SIZE;
+    const auto client = m_clients.find(clientId);
+    if (!client || (size > 0 && !data))
+        return AV_ER_INVALID_ARG;
+    return client->send(ControlMessage{type, static_cast<const uint8_t*>(data), size});
+}
+
+int LinkServer::Impl::sendFrame(bool isVideo, int clientId, int channelNumber,
+                                const LinkFrameInfo& info, SharedFrame frame) {
+    const auto to = channel(clientId, channelNumber);
+    if (!to || !frame || frame->empty())
+        return AV_ER_INVALID_ARG;
+    const size_t limit = isVideo ? kMaxVideoFrameBytes : kMaxAudioFrameBytes;
+    if (frame->size() > limit) {
+        if (isVideo)
+            to->skipVideo();
+        return AV_ER_EXCEED_MAX_SIZE;
+    }
+    if (isVideo)
+        to->pushVideo(info, std::move(frame), steadyMilliseconds());
+    else
+        to->pushAudio(info, std::move(frame), steadyMilliseconds());
+    m_feeder->notify();
+    return 0;
+}
+
+LinkServerStats LinkServer::Impl::stats() const {
+    LinkServerStats stats;
+    stats.videoFramesSent = m_counters.videoFramesSent;
+    stats.videoFramesDropped = m_counters.videoFramesDropped;
+    stats.audioFramesSent = m_counters.audioFramesSent;
+    stats.clients = m_clients.count();
+    return stats;
+}
+
+LinkServer::LinkServer(LinkServerConfig config, LinkServerListener* listener)
+    : m_impl(std::make_unique<Impl>(std::move(config), listener)) {}
+
+LinkServer::~LinkServer() {
+    stop();
+}
+
+int LinkServer::start() {
+    return m_impl->start();
+}
+
+void LinkServer::stop() {
+    m_impl->stop();
+}
+
+uint16_t LinkServer::port() const {
+    return m_impl->port();
+}
+
+int LinkServer::sendControl(int clientId, uint32_t type, const void* data, size_t size) {
+    return m_impl->sendControl(clientId, type, data, size);
+}
+
+int LinkServer::sendVideo(int clientId, int channel, const LinkFrameInfo& info, SharedFrame frame) {
+    return m_impl->sendFrame(true, clientId, channel, info, std::move(frame));
+}
+
+int LinkServer::sendAudio(int clientId, int channel, const LinkFrameInfo& info, SharedFrame frame) {
+    return m_impl->sendFrame(false, clientId, channel, info, std::move(frame));
+}
+
+bool LinkServer::isChannelOpen(int clientId, int channel) const {
+    return m_impl->channel(clientId, channel) != nullptr;
+}
+
+LinkServerStats LinkServer::stats() const {
+    return m_impl->stats();
+}
+
+}  // namespace orvelle

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+
+namespace orvelle {
+
+/// Finds the rate at which a channel may send. The transport has no congestion control of its
+/// own in live mode, and only a cap below the path's rate lets the dropping of old pictures
+/// bound the delay. Pure: the caller measures and applies.
+class SendCap {
+public:
+    /// What was seen since the last update.
+    struct Sample {
+        int64_t elapsedMs = 0;
+        int64_t ackedBytes = 0;
+        int64_t sentPackets = 0;
+        int64_t lostPackets = 0;
+        double roundTripMs = 0;
+        bool isBacklogged = false;  ///< there was always something left to send
+    };
+
+    explicit SendCap(int64_t nominalBitsPerSecond);
+
+    /// Bits per second from now on.
+    int64_t update(const Sample& sample);
+    int64_t bitsPerSecond() const { return m_cap; }
+
+private:
+    bool isPathFull(const Sample& sample);
+
+    const int64_t m_start;
+    int64_t m_cap;
+    double m_leastRoundTripMs = 0;
+    int m_hold = 0;  ///< updates until the cap may grow again
+};
+
+}  // namespace orvelle

@@ -1,0 +1,85 @@
+#include "link/server/server_channel.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace orvelle {
+
+namespace {
+
+constexpr int64_t kTransportHoldsMs = 150;
+constexpr int64_t kAdaptIntervalMs = 500;
+
+}  // namespace
+
+ServerChannel::ServerChannel(SrtSocket socket, int64_t nominalBitsPerSecond,
+                             ServerCounters& counters)
+    : m_socket(std::move(socket)), m_cap(nominalBitsPerSecond), m_queue(counters) {
+    applyCap();
+}
+
+void ServerChannel::applyCap() {
+    setSocketOption(id(), SRTO_MAXBW, int64_t{m_cap.bitsPerSecond() / 8});
+}
+
+void ServerChannel::pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_queue.pushVideo(info, std::move(frame), nowMs);
+}
+
+void ServerChannel::pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_queue.pushAudio(info, std::move(frame), nowMs);
+}
+
+void ServerChannel::skipVideo() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_queue.skipVideo();
+}
+
+bool ServerChannel::feed(int64_t nowMs) {
+    adapt(nowMs);
+    const auto room = static_cast<size_t>(m_cap.bitsPerSecond() / 8 * kTransportHoldsMs / 1000);
+    size_t held = unsentBytes(id());
+    std::lock_guard<std::mutex> lock(m_mutex);
+    EncodedMessage message;
+    while (held < room) {
+        if (!m_queue.next(nowMs, &message)) {
+            m_wasBacklogged = false;
+            return false;
+        }
+        if (sendMessage(id(), message) != SendResult::Sent)
+            break;
+        m_queue.advance();
+        held += message.size;
+        m_fedBytes += static_cast<int64_t>(message.size);
+    }
+    return !m_queue.isEmpty();
+}
+
+void ServerChannel::adapt(int64_t nowMs) {
+    const int64_t elapsedMs = nowMs - m_lastAdaptMs;
+    if (elapsedMs < kAdaptIntervalMs)
+        return;
+    SRT_TRACEBSTATS stats;
+    if (srt_bistats(id(), &stats, 0, 1) < 0)
+        return;
+    SendCap::Sample sample;
+    const int64_t acked = m_fedBytes - stats.byteSndBuf;
+    sample.elapsedMs = m_lastAdaptMs == 0 ? 0 : elapsedMs;
+    sample.ackedBytes = std::max<int64_t>(0, acked - m_lastAckedBytes);
+    sample.sentPackets = stats.pktSentTotal - m_lastSentPackets;
+    sample.lostPackets = stats.pktSndLossTotal - m_lastLostPackets;
+    sample.roundTripMs = stats.msRTT;
+    sample.isBacklogged = m_wasBacklogged;
+    m_lastAdaptMs = nowMs;
+    m_lastAckedBytes = acked;
+    m_lastSentPackets = stats.pktSentTotal;
+    m_lastLostPackets = stats.pktSndLossTotal;
+    m_wasBacklogged = true;
+    const int64_t before = m_cap.bitsPerSecond();
+    if (m_cap.update(sample) != before)
+        applyCap();
+}
+
+}  // namespace orvelle

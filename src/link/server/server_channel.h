@@ -1,0 +1,48 @@
+#pragma once
+
+#include "link/server/media_queue.h"
+#include "link/server/send_cap.h"
+#include "link/transport/srt_socket.h"
+
+#include <mutex>
+
+namespace orvelle {
+
+/// One media socket of a client with the frames that wait for it.
+///
+/// Any thread pushes; the feeder thread feeds the transport and adapts the send cap.
+class ServerChannel {
+public:
+    ServerChannel(SrtSocket socket, int64_t nominalBitsPerSecond, ServerCounters& counters);
+
+    SRTSOCKET id() const { return m_socket.id(); }
+
+    void pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
+    void pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
+    void skipVideo();
+
+    // --- feeder thread ---
+
+    /// Hands over what the transport may hold now; whether something is left waiting.
+    bool feed(int64_t nowMs);
+
+private:
+    void adapt(int64_t nowMs);
+    void applyCap();
+
+    const SrtSocket m_socket;
+
+    // Owned by the feeder thread.
+    SendCap m_cap;
+    int64_t m_lastAdaptMs = 0;
+    int64_t m_fedBytes = 0;  ///< in messages, since the start
+    int64_t m_lastAckedBytes = 0;
+    int64_t m_lastSentPackets = 0;
+    int64_t m_lastLostPackets = 0;
+    bool m_wasBacklogged = true;  ///< since the last adaptation
+
+    std::mutex m_mutex;  ///< guards m_queue
+    MediaQueue m_queue;
+};
+
+}  // namespace orvelle

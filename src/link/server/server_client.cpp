@@ -1,0 +1,70 @@
+#include "link/server/server_client.h"
+
+#include "link/clock.h"
+#include "link/result_codes.h"
+
+#include <utility>
+
+namespace orvelle {
+
+ServerClient::ServerClient(int id, uint64_t token, SrtSocket control)
+    : m_id(id),
+      m_token(token),
+      m_controlId(control.id()),
+      m_lastHeardMs(steadyMilliseconds()),
+      m_control(std::move(control)) {}
+
+int ServerClient::send(const Message& message) {
+    switch (sendMessage(m_controlId, encodeMessage(message))) {
+        case SendResult::Sent:
+            return 0;
+        case SendResult::Full:
+            return IOTC_ER_TIMEOUT;
+        case SendResult::Broken:
+            break;
+    }
+    return AV_ER_INVALID_ARG;
+}
+
+bool ServerClient::openChannel(int number, SrtSocket socket, int64_t nominalBitsPerSecond,
+                               ServerCounters& counters) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_channels.count(number) > 0)
+        return false;
+    m_channels[number] =
+        std::make_shared<ServerChannel>(std::move(socket), nominalBitsPerSecond, counters);
+    return true;
+}
+
+void ServerClient::closeChannel(int number) {
+    std::shared_ptr<ServerChannel> closing;  // its socket closes outside the lock
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_channels.find(number);
+    if (found == m_channels.end())
+        return;
+    closing = std::move(found->second);
+    m_channels.erase(found);
+}
+
+std::shared_ptr<ServerChannel> ServerClient::channel(int number) const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_channels.find(number);
+    return found == m_channels.end() ? nullptr : found->second;
+}
+
+std::vector<std::shared_ptr<ServerChannel>> ServerClient::channels() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    std::vector<std::shared_ptr<ServerChannel>> open;
+    for (const auto& entry : m_channels)
+        open.push_back(entry.second);
+    return open;
+}
+
+SrtSocket ServerClient::takeControl() {
+    std::map<int, std::shared_ptr<ServerChannel>> closing;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    closing.swap(m_channels);
+    return std::move(m_control);
+}
+
+}  // namespace orvelle

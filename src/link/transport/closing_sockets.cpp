@@ -1,0 +1,47 @@
+#include "link/transport/closing_sockets.h"
+
+#include "link/clock.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace orvelle {
+
+namespace {
+
+constexpr int64_t kDrainMs = 300;
+
+}  // namespace
+
+void ClosingSockets::sayGoodbye(SrtSocket socket, int reason) {
+    if (!socket.isOpen() ||
+        sendMessage(socket.id(), encodeMessage(ByeMessage{reason})) != SendResult::Sent)
+        return;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_entries.push_back({std::move(socket), steadyMilliseconds() + kDrainMs});
+}
+
+bool ClosingSockets::collect(int64_t nowMs) {
+    std::vector<Entry> done;  // closed outside the lock
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto firstDone =
+        std::partition(m_entries.begin(), m_entries.end(), [nowMs](const Entry& entry) {
+            return nowMs < entry.deadlineMs && unsentBytes(entry.socket.id()) > 0;
+        });
+    done.assign(std::make_move_iterator(firstDone), std::make_move_iterator(m_entries.end()));
+    m_entries.erase(firstDone, m_entries.end());
+    return !m_entries.empty();
+}
+
+bool ClosingSockets::isEmpty() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_entries.empty();
+}
+
+void ClosingSockets::closeAll() {
+    std::vector<Entry> entries;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    entries.swap(m_entries);
+}
+
+}  // namespace orvelle

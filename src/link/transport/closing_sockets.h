@@ -1,0 +1,31 @@
+#pragma once
+
+#include "link/transport/srt_socket.h"
+
+#include <mutex>
+#include <vector>
+
+namespace orvelle {
+
+/// Sockets on which a goodbye was said: each is closed once the peer has acknowledged it, at the
+/// latest 300 ms later. Any thread may add, one thread collects.
+class ClosingSockets {
+public:
+    /// Sends BYE with `reason` and takes the socket over.
+    void sayGoodbye(SrtSocket socket, int reason);
+    /// Closes those whose time has come; false when none is left.
+    bool collect(int64_t nowMs);
+    bool isEmpty() const;
+    void closeAll();
+
+private:
+    struct Entry {
+        SrtSocket socket;
+        int64_t deadlineMs;
+    };
+
+    mutable std::mutex m_mutex;  ///< guards m_entries
+    std::vector<Entry> m_entries;
+};
+
+}  // namespace orvelle

@@ -1,0 +1,120 @@
+#include "link/transport/srt_socket.h"
+
+#include <arpa/inet.h>
+
+#include <utility>
+
+#include <srt/logging_api.h>
+
+namespace orvelle {
+
+namespace {
+
+// Room for what a slow reader and the repair of losses need; the defaults (12 MB a direction
+// and socket) would let a stuck peer hold that much.
+constexpr int kControlBufferBytes = 256 * 1024;
+constexpr int kMediaBufferBytes = 2 * 1024 * 1024;
+
+}  // namespace
+
+SrtLibrary::SrtLibrary() {
+    srt_startup();
+    srt_setloglevel(LOG_CRIT);
+}
+
+SrtLibrary::~SrtLibrary() {
+    srt_cleanup();
+}
+
+SrtSocket& SrtSocket::operator=(SrtSocket&& other) noexcept {
+    if (this != &other) {
+        close();
+        m_id = other.release();
+    }
+    return *this;
+}
+
+SRTSOCKET SrtSocket::release() {
+    return std::exchange(m_id, SRT_INVALID_SOCK);
+}
+
+void SrtSocket::close() {
+    if (isOpen())
+        srt_close(release());
+}
+
+SrtEpoll::SrtEpoll() : m_id(srt_epoll_create()) {
+    srt_epoll_set(m_id, SRT_EPOLL_ENABLE_EMPTY);
+}
+
+SrtEpoll::~SrtEpoll() {
+    srt_epoll_release(m_id);
+}
+
+void SrtEpoll::watch(SRTSOCKET socket, int events) {
+    srt_epoll_add_usock(m_id, socket, &events);
+}
+
+void SrtEpoll::forget(SRTSOCKET socket) {
+    srt_epoll_remove_usock(m_id, socket);
+}
+
+SrtSocket createLinkSocket(SocketUse use) {
+    SrtSocket socket(srt_create_socket());
+    if (!socket.isOpen())
+        return socket;
+    const SRTSOCKET id = socket.id();
+    const int bufferBytes = use == SocketUse::Control ? kControlBufferBytes : kMediaBufferBytes;
+    // The transmission type resets other options, so it comes first. Periodic loss reports are
+    // off since with them a lost last packet waits for the next one to be sent.
+    const bool isSet =
+        setSocketOption(id, SRTO_TRANSTYPE, int{SRTT_LIVE}) &&
+        setSocketOption(id, SRTO_TSBPDMODE, false) && setSocketOption(id, SRTO_TLPKTDROP, false) &&
+        setSocketOption(id, SRTO_NAKREPORT, false) &&
+        setSocketOption(id, SRTO_PAYLOADSIZE, int{kMaxMessageBytes}) &&
+        setSocketOption(id, SRTO_RCVSYN, false) && setSocketOption(id, SRTO_SNDSYN, false) &&
+        setSocketOption(id, SRTO_SNDBUF, bufferBytes) &&
+        setSocketOption(id, SRTO_RCVBUF, bufferBytes);
+    if (!isSet)
+        socket.close();
+    return socket;
+}
+
+bool setSocketOption(SRTSOCKET socket, SRT_SOCKOPT option, const std::string& value) {
+    return srt_setsockflag(socket, option, value.data(), static_cast<int>(value.size())) == 0;
+}
+
+SendResult sendMessage(SRTSOCKET socket, const EncodedMessage& message) {
+    const int sent = srt_sendmsg(socket, reinterpret_cast<const char*>(message.bytes.data()),
+                                 static_cast<int>(message.size), -1, 1);
+    if (sent >= 0)
+        return SendResult::Sent;
+    return srt_getlasterror(nullptr) == SRT_EASYNCSND ? SendResult::Full : SendResult::Broken;
+}
+
+size_t unsentBytes(SRTSOCKET socket) {
+    size_t bytes = 0;
+    return srt_getsndbuffer(socket, nullptr, &bytes) < 0 ? 0 : bytes;
+}
+
+std::optional<sockaddr_in> ipv4Address(const std::string& host, uint16_t port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    const std::string numeric = host == "localhost" ? "127.0.0.1" : host;
+    if (inet_pton(AF_INET, numeric.c_str(), &address.sin_addr) != 1)
+        return std::nullopt;
+    return address;
+}
+
+std::string hostText(const sockaddr_in& address) {
+    char text[INET_ADDRSTRLEN] = "";
+    inet_ntop(AF_INET, &address.sin_addr, text, sizeof text);
+    return text;
+}
+
+const sockaddr* asSockaddr(const sockaddr_in& address) {
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+}  // namespace orvelle
