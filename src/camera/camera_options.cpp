@@ -40,7 +40,10 @@ constexpr Option kOptions[] = {
     {"port", "PORT", "UDP port (default: any)"},
     {"bind", "ADDRESS", "address to listen on (default 0.0.0.0)"},
     {"codec", "CODEC", "h264 or hevc, where video is encoded (default h264)"},
-    {"size", "SIZE", "1080p, 720p or 360p (default 720p; sources are only scaled down)"},
+    {"size", "SIZE",
+     "1080p, 720p or 360p: of the demo (default 720p), at most for a source that is encoded "
+     "(default "
+     "1080p)"},
     {"fps", "N", "pictures a second of the demo and of webcams (default 15)"},
     {"bitrate", "BITS", "bits per second where video is encoded (default by size)"},
     {"sound", "CODEC", "aac, alaw or none (default aac)"},
@@ -159,6 +162,7 @@ void readMedia(Reader& reader, CameraOptions& options) {
     options.audioCodec = kAudio[reader.choice(
         "sound", {QStringLiteral("aac"), QStringLiteral("alaw"), QStringLiteral("none")})];
     options.format = readFormat(reader);
+    options.hasSize = reader.has("size");
     options.hasBitRate = reader.has("bitrate");
     options.source = readSource(reader);
     options.isRepeated = !reader.has("once");

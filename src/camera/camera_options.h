@@ -28,7 +28,8 @@ struct CameraOptions {
     AVCodecID videoCodec = AV_CODEC_ID_H264;
     AVCodecID audioCodec = AV_CODEC_ID_AAC;
     FeedFormat format;
-    bool hasBitRate = false;
+    bool hasSize = false;     ///< --size was given, not taken by default
+    bool hasBitRate = false;  ///< --bitrate was given
     int deviceType = 0;
     int timezoneMinutes = 0;
     QString clipFile;  ///< write a clip instead of being a camera

@@ -136,6 +136,7 @@ void ClipWriter::addAudioStream() {
     stream->codecpar->codec_type = AVMEDIA_TYPE_AUDIO;
     stream->codecpar->codec_id = m_config.audioCodec;
     stream->codecpar->sample_rate = m_audio.sampleRate();
+    stream->codecpar->frame_size = m_audio.samplesPerFrame();
     av_channel_layout_default(&stream->codecpar->ch_layout, 1);
     stream->time_base = kMicroseconds;
     m_streams[static_cast<size_t>(Medium::kAudio)] = stream;

@@ -89,6 +89,8 @@ void DemoScene::paintSky() {
     for (int y = 0; y < horizon; y += 2)
         painter.fillRect(0, y, m_panorama->width, 2,
                          mix(palette.skyTop, palette.skyLow, double(y) / horizon));
+    painter.fillRect(0, horizon, m_panorama->width, m_panorama->height - horizon,
+                     mix(palette.wall, palette.skyLow, 0.3));
     painter.fillDisc(m_panorama->width / 3, horizon / 3, m_height / 12, {225, 60, 150});
 }
 

@@ -50,7 +50,8 @@ std::unique_ptr<Feed> makeFeed(const CameraOptions& options, const PanTilt* panT
     config.source.webcamHeight = options.format.height;
     config.source.webcamFps = options.format.framesPerSecond;
     config.video.codec = options.videoCodec;
-    config.video.maxHeight = options.format.height;
+    if (options.hasSize)
+        config.video.maxHeight = options.format.height;
     config.video.bitsPerSecond = options.hasBitRate ? options.format.bitsPerSecond : 0;
     config.audioCodec = options.audioCodec;
     return std::make_unique<SourceFeed>(std::move(config));

@@ -20,8 +20,8 @@ constexpr int64_t kMinBitsPerSecond = 64'000;
 constexpr int64_t kMaxRateBufferBits = int64_t{kMaxVideoFrameBytes} * 8 * 5 / 8;
 
 void setOptions(AVCodecContext* context, AVCodecID codec) {
-    av_opt_set(context->priv_data, "preset", codec == AV_CODEC_ID_HEVC ? "ultrafast" : "superfast",
-               0);
+    // What a better preset saves in bits it costs in delay, and bits are there.
+    av_opt_set(context->priv_data, "preset", "ultrafast", 0);
     av_opt_set(context->priv_data, "tune", "zerolatency", 0);
     av_opt_set(context->priv_data, "forced-idr", "1", 0);
     if (codec == AV_CODEC_ID_HEVC) {
