@@ -1,0 +1,126 @@
+#include <QDir>
+
+#include "core/configure.h"
+#include "core/file_utils.h"
+#include "core/language.h"
+#include "support/suites.h"
+
+namespace {
+
+using Table = KvLanguage::Table;
+
+// "key|text|key|text" as a table.
+Table table(const char* entries) {
+    Table result;
+    const QStringList parts = QString::fromUtf8(entries).split(QLatin1Char('|'));
+    for (int i = 0; i + 1 < parts.size(); i += 2)
+        result.insert(parts.at(i), parts.at(i + 1));
+    return result;
+}
+
+void write(const QString& path, const QByteArray& content) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write(content) == content.size());
+}
+
+class FileTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() { QDir(KvFileUtils::dataRoot()).removeRecursively(); }
+
+    void setting_comesBack_andIsANumberOrNot() {
+        QVERIFY(KvConfigure().getBool(m_key, true) && !KvConfigure().remove(m_key));
+        QVERIFY(!QFile::exists(settings()));
+        for (const char* text : {"12", "-5", "12 cameras", "99999999999", "", "@Variant(\\x0)",
+                                 "D:\\\xE5\xBD\x95/a, b;c=d%20\"[e]\"", " a\r\nb\t "}) {
+            KvConfigure().setString(m_key, QString::fromUtf8(text));
+            QCOMPARE(KvConfigure().getString(m_key, m_key), QString::fromUtf8(text));
+            const bool isNumber = qstrlen(text) == 2;
+            QCOMPARE(KvConfigure().getInt(m_key, 7), isNumber ? QByteArray(text).toInt() : 7);
+        }
+        QVERIFY(KvConfigure().remove(m_key) && !KvConfigure().contains(m_key));
+    }
+
+    void damagedSettings_areReadAsDefaults_andWrittenAnew() {
+        for (const QByteArray& content :
+             {QByteArray("\xff\xfe\0[\n=]\x80", 8), QByteArray("[General]\ndevice_max_"),
+              QByteArray("device_max_id=@Variant(\\0\\0\\0\\xff\\xff)\n"),
+              QByteArray(100 << 20, 'x')}) {
+            write(settings(), content);
+            QCOMPARE(KvConfigure().getInt(m_key, 3), 3);
+            KvConfigure().setInt(m_key, 4);
+            QCOMPARE(KvConfigure().getInt(m_key, 3), 4);
+        }
+    }
+
+    void paths_createTheirChain_whereTheyCan() {
+        const QString uid = QStringLiteral("U1");
+        QCOMPARE(KvFileUtils::videoPath(uid), KvFileUtils::dataRoot() + QLatin1String("/U1/Video"));
+        // A plain file stands where the chosen directory should be.
+        KvConfigure().setString(orvelle::settings::kMediaRoot, settings());
+        QCOMPARE(KvFileUtils::videoPath(uid), settings() + QLatin1String("/U1/Video"));
+        QVERIFY(!KvFileUtils::exists(KvFileUtils::videoPath(uid)));
+        QVERIFY(KvFileUtils::resetMediaRoot() && !KvFileUtils::resetMediaRoot());
+        QVERIFY(KvFileUtils::exists(KvFileUtils::videoPath(uid)));
+    }
+
+    void language_readsTheEntries_data() {
+        QTest::addColumn<QByteArray>("content");
+        QTest::addColumn<Table>("expected");
+        const auto row = [](const char* name, const QByteArray& content, const char* expected) {
+            QTest::newRow(name) << content << table(expected);
+        };
+        row("quoted or bare", "a = \"b c\";\nd=\"e\";\nf = g\n", "a|b c|d|e|f|g");
+        row("one blank a side", "a  =  b  \n", "a | b ");
+        row("blank after semicolon", "a = \"b\"; \n", "a|b\";");
+        row("semicolon inside", "a = \"b;\"\n", "a|b;");
+        row("lone marks", "a=;\nb=\"\nc= \n=d\ne=\"\"f\"\"\n", "a||b||c|||d|e|\"f\"");
+        row("none or two equal signs", "a\n   \na==b\nc=d=e\nf=g\n", "f|g");
+        row("empty line ends", "a=b\r\na=c\r\n\r\nc=d\r\n", "a|c");
+        row("byte order mark, Chinese", "\xEF\xBB\xBFz=\xE5\x9C\xA8;\n", "z|\xE5\x9C\xA8");
+        row("torn", "a=b\nc = \"d", "a|b|c|d");
+        row("not UTF-8, torn character", "a=\xD4\xDA\xCF\xDF\nc=d\ne=\xE5\x9C", "c|d");
+        row("zero byte", QByteArray("\0\na=b\n", 6), "a|b");
+        row("huge", QByteArray("a=b\n") + QByteArray(100 << 20, 'x'), "");
+    }
+
+    void language_readsTheEntries() {
+        QFETCH(QByteArray, content);
+        write(KvFileUtils::dataRoot() + QStringLiteral("/test.lg"), content);
+        for (const char* rootEnd : {"", "/"})
+            for (const char* name : {"test", "test.lg"}) {
+                KvLanguage::setRoot(KvFileUtils::dataRoot() + QLatin1String(rootEnd));
+                Table read = table("former|entry");
+                KvLanguage::load(QLatin1String(name), read);
+                QTEST(read, "expected");
+            }
+    }
+
+    void shippedLanguages_haveTheSameKeysAndNoLostLine() {
+        KvLanguage::setRoot(QStringLiteral(ORVELLE_LANGUAGE_DIR));
+        Table english;
+        Table chinese;
+        QVERIFY(KvLanguage::load(QStringLiteral("english"), english));
+        QVERIFY(KvLanguage::load(QStringLiteral("chinese"), chinese));
+        QCOMPARE(english.keys(), chinese.keys());
+        for (const char* name : {"english", "chinese"}) {
+            QFile file(QStringLiteral(ORVELLE_LANGUAGE_DIR "/%1.lg").arg(QLatin1String(name)));
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QCOMPARE(english.size(), file.readAll().count('\n'));
+        }
+    }
+
+private:
+    static QString settings() {
+        return KvFileUtils::configurePath() + QLatin1String("/configure.ini");
+    }
+
+    const QString m_key = orvelle::settings::kDeviceMaxId;
+};
+
+const orvelle::test::RegisterSuite<FileTest> kRegistered;
+
+}  // namespace
+
+#include "file_test.moc"
