@@ -57,8 +57,8 @@ private:
 struct Rig {
     test::TestCamera camera;
     KvVideoView view;
-    KvDevicePlayer player;
     EventLog events;
+    KvDevicePlayer player;
     std::vector<test::EncodedPicture> clip = test::encodeClip({});
     QTimer timer;
     uint32_t sent = 0;

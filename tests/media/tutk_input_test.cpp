@@ -34,12 +34,14 @@ struct Rig {
         return camera.start() && camera.device().init() == 0 && input.open() == 0 &&
                QTest::qWaitFor([this] { return camera.hasCommand(IOTYPE_USER_IPCAM_AUDIOSTART); });
     }
-    Packet take(bool isVideo) {
+    Packet take() {
         KvBasePlayerInputPacket* packet = nullptr;
-        QTest::qWaitFor([&] {
-            return (isVideo ? input.readVideoPacket(&packet) : input.readAudioPacket(&packet)) == 0;
-        });
-        return Packet(packet);
+        const bool came = QTest::qWaitFor([&] { return input.readVideoPacket(&packet) == 0; });
+        return Packet(came ? packet : nullptr);
+    }
+    double takeTime() {
+        const Packet packet = take();
+        return packet ? packet->time() : -1.0;
     }
     bool receives(uint64_t videoFrames) {
         return QTest::qWaitFor(
@@ -96,8 +98,8 @@ void TutkInputTest::packet_carriesFrameInformation() {
     QVERIFY(rig.camera.sendVideo(kH264, true, 0, Bytes(5, 1)));
     QVERIFY(rig.camera.sendVideo(static_cast<uint16_t>(cameraCodec), isKey, 4'000'000'500u,
                                  Bytes(100'000, 7)));
-    QVERIFY(rig.take(true));
-    const Packet packet = rig.take(true);
+    QVERIFY(rig.take());
+    const Packet packet = rig.take();
     QVERIFY(packet);
     QCOMPARE(packet->codecId(), codec);
     QCOMPARE(packet->packet()->flags, isKey ? AV_PKT_FLAG_KEY : 0);
@@ -112,16 +114,14 @@ void TutkInputTest::video_resumesAtKey_afterLostFrame() {
     QVERIFY(rig.open());
     for (uint32_t i = 0; i < 4; ++i)
         QVERIFY(rig.camera.sendVideo(kH264, i == 0, i, Bytes(10, 1)));
-    // Numbered, but too big to travel.
+    // Numbered, but too big to travel; what builds on it does not travel either.
     QVERIFY(!rig.camera.sendVideo(kH264, false, 4, Bytes(kMaxVideoFrameBytes + 1)));
     for (uint32_t i = 5; i < 8; ++i)
         QVERIFY(rig.camera.sendVideo(kH264, i == 7, i, Bytes(10, 1)));
     for (const int ms : {0, 1, 2, 3, 7})
-        QCOMPARE(rig.take(true)->time(), ms / 1000.0);
+        QCOMPARE(rig.takeTime(), ms / 1000.0);
     QCOMPARE(rig.tapped, 5);
-    const StreamStatsSnapshot stats = rig.input.stats().snapshot();
-    QCOMPARE(stats.videoFramesLost, 1u);
-    QCOMPARE(stats.videoFramesDropped, 2u);
+    QCOMPARE(rig.input.stats().snapshot().videoFramesLost, 3u);
 }
 
 void TutkInputTest::video_resumesAtKey_afterBacklog() {
@@ -134,8 +134,8 @@ void TutkInputTest::video_resumesAtKey_afterBacklog() {
     QTRY_COMPARE(rig.input.stats().snapshot().videoFramesDropped, 91u);
     for (uint32_t i = 91; i < 95; ++i)
         QVERIFY(rig.camera.sendVideo(kH264, i == 93, i, Bytes(10, 1)));
-    QCOMPARE(rig.take(true)->time(), 0.093);
-    QCOMPARE(rig.take(true)->time(), 0.094);
+    QCOMPARE(rig.takeTime(), 0.093);
+    QCOMPARE(rig.takeTime(), 0.094);
     // A recording goes on without a gap: nothing was missing on the way.
     QCOMPARE(rig.tapped, 95);
 }
@@ -152,8 +152,8 @@ void TutkInputTest::sound_isTakenFromFiveFramesOn_andItsBacklogLeavesVideo() {
     for (uint32_t i = 4; i < 15; ++i)
         QVERIFY(rig.camera.sendAudio(kAlaw, i, Bytes(160, 1)));
     QTRY_COMPARE(rig.input.stats().snapshot().audioFramesDropped, 11u);
-    QCOMPARE(rig.take(true)->time(), 0.001);
-    QCOMPARE(rig.take(true)->time(), 0.002);
+    QCOMPARE(rig.takeTime(), 0.001);
+    QCOMPARE(rig.takeTime(), 0.002);
 }
 
 void TutkInputTest::loss_isToldOnceAndEndsInput_data() {
@@ -212,7 +212,7 @@ void TutkInputTest::open_showsNothingOld_whenOpenedAgain() {
     Rig rig;
     QVERIFY(rig.open());
     QVERIFY(rig.camera.sendVideo(kH264, true, 1, Bytes(10, 1)));
-    QVERIFY(rig.take(true));
+    QVERIFY(rig.take());
     rig.input.close();
     for (uint32_t i = 2; i < 5; ++i)
         QVERIFY(rig.camera.sendVideo(kH264, i == 3, i, Bytes(10, 1)));
@@ -221,7 +221,7 @@ void TutkInputTest::open_showsNothingOld_whenOpenedAgain() {
     QCOMPARE(rig.input.open(), 0);
     QTRY_VERIFY(rig.camera.hasCommand(IOTYPE_USER_IPCAM_START));
     QVERIFY(rig.camera.sendVideo(kH264, true, 9, Bytes(10, 1)));
-    QCOMPARE(rig.take(true)->time(), 0.009);
+    QCOMPARE(rig.takeTime(), 0.009);
 }
 
 std::unique_ptr<QObject> makeTutkInputTest() {
