@@ -5,6 +5,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QGuiApplication>
+#include <QLoggingCategory>
 
 #include <cstdio>
 
@@ -81,6 +82,8 @@ bool saveSheet(IconPainter* painter, const std::vector<Icon>& icons, const QStri
 
 int main(int argc, char** argv) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
+    // Qt's complaint about a missing runtime directory does not belong in a build's output.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
     QGuiApplication app(argc, argv);
     QCommandLineParser arguments;
     arguments.addHelpOption();
