@@ -39,12 +39,14 @@ QImage load(const QString& name, const char* density) {
                   QStringLiteral(".png"));
 }
 
+constexpr int kLeastAlpha = 8;  // rounded curves leave traces that nobody can see
+
 // The smallest rectangle that holds all that is drawn.
 QRect inked(const QImage& image) {
     QRect area;
     for (int y = 0; y < image.height(); ++y)
         for (int x = 0; x < image.width(); ++x)
-            if (qAlpha(image.pixel(x, y)) > 0)
+            if (qAlpha(image.pixel(x, y)) >= kLeastAlpha)
                 area |= QRect(x, y, 1, 1);
     return area;
 }
