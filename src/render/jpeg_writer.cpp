@@ -2,11 +2,12 @@
 
 #include <QSaveFile>
 
+#include <utility>
+
 #include "frames/ffmpeg_io_ptr.h"
 
 extern "C" {
 #include <libavutil/opt.h>
-#include <libavutil/pixdesc.h>
 }
 
 namespace orvelle {
@@ -40,11 +41,33 @@ CodecContextPtr openEncoder(int width, int height) {
     return encoder;
 }
 
+ScalerPtr rangeConverter(const AVFrame& picture) {
+    ScalerPtr scaler(sws_alloc_context());
+    if (!scaler)
+        return nullptr;
+    const std::pair<const char*, int> options[] = {
+        {"srcw", picture.width},
+        {"srch", picture.height},
+        {"src_format", picture.format},
+        {"src_range", picture.color_range == AVCOL_RANGE_JPEG ? 1 : 0},
+        {"dstw", picture.width},
+        {"dsth", picture.height},
+        {"dst_format", AV_PIX_FMT_YUV420P},
+        {"dst_range", 1},
+        {"sws_flags", SWS_POINT | SWS_ACCURATE_RND},
+    };
+    for (const auto& [name, value] : options) {
+        if (av_opt_set_int(scaler.get(), name, value, 0) < 0)
+            return nullptr;
+    }
+    if (sws_init_context(scaler.get(), nullptr, nullptr) < 0)
+        return nullptr;
+    return scaler;
+}
+
 FramePtr convertToFullRange(const AVFrame& picture, int quality) {
     FramePtr converted(av_frame_alloc());
-    ScalerPtr scaler(sws_getContext(
-        picture.width, picture.height, static_cast<AVPixelFormat>(picture.format), picture.width,
-        picture.height, kJpegFormat, SWS_POINT | SWS_ACCURATE_RND, nullptr, nullptr, nullptr));
+    const ScalerPtr scaler = rangeConverter(picture);
     if (!converted || !scaler)
         return nullptr;
     converted->format = kJpegFormat;
@@ -53,14 +76,8 @@ FramePtr convertToFullRange(const AVFrame& picture, int quality) {
     converted->color_range = AVCOL_RANGE_JPEG;
     converted->pts = 1;
     converted->quality = quality;
-    if (av_frame_get_buffer(converted.get(), 0) < 0)
-        return nullptr;
-
-    const int* matrix = sws_getCoefficients(SWS_CS_ITU601);
-    const int isSourceFull = picture.color_range == AVCOL_RANGE_JPEG ? 1 : 0;
-    constexpr int kUnity = 1 << 16;
-    sws_setColorspaceDetails(scaler.get(), matrix, isSourceFull, matrix, 1, 0, kUnity, kUnity);
-    if (sws_scale(scaler.get(), picture.data, picture.linesize, 0, picture.height, converted->data,
+    if (av_frame_get_buffer(converted.get(), 0) < 0 ||
+        sws_scale(scaler.get(), picture.data, picture.linesize, 0, picture.height, converted->data,
                   converted->linesize) < 0)
         return nullptr;
     return converted;
@@ -78,7 +95,8 @@ PacketPtr encode(AVCodecContext& encoder, const AVFrame& picture) {
 
 bool writeFile(const AVPacket& packet, const QString& path) {
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) &&
+    // Unbuffered: an error at the buffer's last flush would not reach commit().
+    return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
            file.write(reinterpret_cast<const char*>(packet.data), packet.size) == packet.size &&
            file.commit();
 }

@@ -1,0 +1,96 @@
+#include "render/jpeg_writer.h"
+
+#include <QImage>
+#include <QTemporaryDir>
+
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "frames/ffmpeg_ptr.h"
+#include "render/test_pictures.h"
+#include "support/suites.h"
+
+using namespace orvelle::test;
+
+namespace {
+
+constexpr Yuv kUpper{160, 90, 170};
+constexpr Yuv kLower{30, 140, 120};
+
+/// Lets no file of this process grow beyond `bytes`, as a full disk would.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        const rlimit limit{bytes, m_before.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_before); }
+
+private:
+    rlimit m_before{};
+};
+
+class JpegWriterTest : public QObject {
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_path = m_dir.filePath(QStringLiteral("picture.jpg"));
+
+    int write(QSize size) {
+        const auto picture = twoTone(size, kUpper, kLower);
+        return writeYUV420PJpeg(picture->y(), picture->u(), picture->v(), size.width(),
+                                size.height(), m_path);
+    }
+
+private slots:
+    void file_showsTheRightColours_inOtherViewers() {
+        for (const QSize size : {QSize(320, 240), QSize(67, 51)}) {
+            QCOMPARE(write(size), 0);
+            const QImage image(m_path);
+            QCOMPARE(image.size(), QSize(size.width() & ~1, size.height() & ~1));
+            const int x = image.width() - 1;
+            QVERIFY(isNear(image.pixelColor(x, 4), studioColor(kUpper), 3));
+            QVERIFY(isNear(image.pixelColor(x, image.height() - 2), studioColor(kLower), 3));
+        }
+    }
+
+    void fullRangeFrame_keepsItsLevels() {
+        const orvelle::FramePtr frame(av_frame_alloc());
+        frame->format = AV_PIX_FMT_YUV420P;
+        frame->color_range = AVCOL_RANGE_JPEG;
+        frame->width = 64;
+        frame->height = 64;
+        QCOMPARE(av_frame_get_buffer(frame.get(), 0), 0);
+        for (int i = 0; i < 3; ++i)
+            memset(frame->data[i], i == 0 ? 250 : 128,
+                   static_cast<size_t>(frame->linesize[i] * (i == 0 ? 64 : 32)));
+        QCOMPARE(writeFrameJpeg(frame.get(), m_path), 0);
+        QVERIFY(isNear(QImage(m_path).pixelColor(32, 32), QColor(250, 250, 250), 1));
+    }
+
+    void oldFile_survives_whenTheDiskIsFull() {
+        QCOMPARE(write({64, 64}), 0);
+        {
+            const FileSizeLimit limit(512);
+            QVERIFY(write({320, 240}) < 0);
+        }
+        QCOMPARE(QImage(m_path).size(), QSize(64, 64));
+        QCOMPARE(QDir(m_dir.path()).entryList(QDir::Files).size(), 1);
+    }
+
+    void writing_fails_withoutAPlaceOrAPicture() {
+        QVERIFY(write({1, 1}) < 0);
+        QVERIFY(writeFrameJpeg(nullptr, m_path) < 0);
+        m_path = m_dir.filePath(QStringLiteral("missing/picture.jpg"));
+        QVERIFY(write({64, 64}) < 0);
+    }
+};
+
+const RegisterSuite<JpegWriterTest> registered;
+
+}  // namespace
+
+#include "jpeg_writer_test.moc"

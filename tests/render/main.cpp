@@ -1,0 +1,9 @@
+#include <QApplication>
+
+#include "support/suites.h"
+
+int main(int argc, char** argv) {
+    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    QApplication app(argc, argv);
+    return orvelle::test::runSuites(argc, argv);
+}
