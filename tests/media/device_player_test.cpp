@@ -1,5 +1,4 @@
 #include "encoded_clip.h"
-#include "media_tests.h"
 #include "test_camera.h"
 
 #include "media/device_inputs.h"
@@ -8,6 +7,7 @@
 #include "media/player_output_default.h"
 #include "media/tutk_input.h"
 #include "render/video_view.h"
+#include "support/suites.h"
 
 #include <QTemporaryDir>
 #include <QTimer>
@@ -223,8 +223,6 @@ void DevicePlayerTest::playersStopSideBySide_whenAllAreAskedFirst() {
         QVERIFY(!rig.player.isRunning() && !rig.player.isInputRunning());
 }
 
-std::unique_ptr<QObject> makeDevicePlayerTest() {
-    return std::make_unique<DevicePlayerTest>();
-}
+static const orvelle::test::RegisterSuite<DevicePlayerTest> kRegistered;
 
 #include "device_player_test.moc"

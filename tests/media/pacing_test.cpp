@@ -1,6 +1,5 @@
 #include "media/pacing.h"
-
-#include "media_tests.h"
+#include "support/suites.h"
 
 #include <QtTest>
 
@@ -107,8 +106,6 @@ void PacingTest::recording_playsAtItsOwnPace_whenAllOfItIsThereAtOnce() {
     QCOMPARE(playback.lastShownMs, 1498 * kFrameMs);
 }
 
-std::unique_ptr<QObject> makePacingTest() {
-    return std::make_unique<PacingTest>();
-}
+static const orvelle::test::RegisterSuite<PacingTest> kRegistered;
 
 #include "pacing_test.moc"

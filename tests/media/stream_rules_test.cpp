@@ -1,9 +1,8 @@
-#include "media_tests.h"
-
 #include "media/byte_rate.h"
 #include "media/sequence_gate.h"
 #include "media/stream_stats.h"
 #include "media/video_packet_queue.h"
+#include "support/suites.h"
 
 #include <QtTest>
 
@@ -87,8 +86,6 @@ void StreamRulesTest::stats_measureDelay_byTimeStamp() {
     QCOMPARE(stats.snapshot().picturesShown, 3u);
 }
 
-std::unique_ptr<QObject> makeStreamRulesTest() {
-    return std::make_unique<StreamRulesTest>();
-}
+static const orvelle::test::RegisterSuite<StreamRulesTest> kRegistered;
 
 #include "stream_rules_test.moc"

@@ -1,4 +1,3 @@
-#include "media_tests.h"
 #include "test_camera.h"
 
 #include "core/thread.h"
@@ -6,6 +5,7 @@
 #include "link/io_types.h"
 #include "link/limits.h"
 #include "media/tutk_preview_input.h"
+#include "support/suites.h"
 
 #include <QtTest>
 
@@ -224,8 +224,6 @@ void TutkInputTest::open_showsNothingOld_whenOpenedAgain() {
     QCOMPARE(rig.takeTime(), 0.009);
 }
 
-std::unique_ptr<QObject> makeTutkInputTest() {
-    return std::make_unique<TutkInputTest>();
-}
+static const orvelle::test::RegisterSuite<TutkInputTest> kRegistered;
 
 #include "tutk_input_test.moc"
