@@ -5,7 +5,6 @@
 #include <QXmlStreamReader>
 
 #include <algorithm>
-#include <iterator>
 
 #include "device/logging.h"
 
@@ -53,10 +52,16 @@ QString readInto(const QString& path, const QString& documentName, QDomDocument&
     return document.setContent(bytes, &error) ? QString() : error;
 }
 
-// The characters of XML 1.0. Anything else would make the file unreadable.
-bool isXmlCharacter(QChar character) {
-    const ushort code = character.unicode();
-    return code == '\t' || code == '\n' || code == '\r' || (code >= 0x20 && code < 0xFFFE);
+// What XML 1.0 and UTF-8 can hold: one stray half of a character would spoil the whole file.
+QString storable(const QString& text) {
+    const auto isRefused = [](QChar character) {
+        const ushort code = character.unicode();
+        return code >= 0xFFFE || (code < 0x20 && code != '\t' && code != '\n' && code != '\r');
+    };
+    QString clean = text;
+    const auto end = std::remove_if(clean.begin(), clean.end(), isRefused);
+    clean.truncate(static_cast<int>(end - clean.begin()));
+    return QString::fromUtf8(clean.toUtf8());
 }
 
 }  // namespace
@@ -90,9 +95,7 @@ bool writeXmlFile(const QString& path, const std::function<void(QXmlStreamWriter
 }
 
 void writeXmlText(QXmlStreamWriter& writer, const QString& tag, const QString& text) {
-    QString clean;
-    std::copy_if(text.begin(), text.end(), std::back_inserter(clean), isXmlCharacter);
-    writer.writeTextElement(tag, clean);
+    writer.writeTextElement(tag, storable(text));
 }
 
 void writeXmlNumber(QXmlStreamWriter& writer, const QString& tag, int number) {

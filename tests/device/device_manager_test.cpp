@@ -1,0 +1,128 @@
+#include "device/device_manager.h"
+
+#include <QDir>
+
+#include "core/file_utils.h"
+#include "support/suites.h"
+#include "test_camera.h"
+
+using orvelle::DeviceState;
+using orvelle::test::deviceFor;
+using orvelle::test::TestCamera;
+
+namespace {
+
+const QString kUid = QStringLiteral("MANAGERCAM1");
+
+class DeviceManagerTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() {
+        QDir(KvFileUtils::dataRoot()).removeRecursively();
+        m_manager = KvDeviceManager::create();
+        m_manager->setTiming({200, 20});
+    }
+    void cleanup() {
+        KvDeviceManager::release();
+        QVERIFY(!KvDeviceManager::instance());
+        qunsetenv("ORVELLE_LINK_UNBOUNDED");
+    }
+
+    void load_keepsOneDeviceOfEachUid() {
+        const QString path = KvFileUtils::devicesPath(QStringLiteral("KvTUTK"));
+        for (const char* name : {"b.xml", "a.xml", "c.xml"}) {
+            const auto device = deviceFor(QString::fromLatin1(*name == 'c' ? "OTHER" : "SAME"));
+            device->setName(QString::fromLatin1(name));
+            QVERIFY(device->writeToFile(path + QLatin1Char('/') + QLatin1String(name)));
+        }
+        m_manager->start(KvFileUtils::devicesPath());
+        m_manager->stopInitThread();
+        const auto devices = m_manager->devicesSnapshot();
+        QCOMPARE(devices.size(), 2);
+        QCOMPARE(devices[0]->displayName(), QStringLiteral("a.xml"));
+        QCOMPARE(m_manager->findDevice(QStringLiteral("OTHER")), devices[1]);
+    }
+
+    void devices_changeHands_onlyWhenAddedOrRemoved() {
+        std::unique_ptr<KvDevice> device = deviceFor(kUid);
+        KvDevice* const listed = device.get();
+        QVERIFY(m_manager->addDevice(std::move(device)) && !device);
+        std::unique_ptr<KvDevice> twin = deviceFor(kUid);
+        QVERIFY(!m_manager->addDevice(std::move(twin)) && twin);
+        QVERIFY(m_manager->contains(twin.get(), true) && !m_manager->removeDevice(twin.get()));
+        QVERIFY(m_manager->addGroup(std::make_unique<KvDeviceGroup>(listed)));
+        const KvDeviceGroup* group = m_manager->groups().first();
+        QCOMPARE(m_manager->removeDevice(listed).get(), listed);
+        QVERIFY(!group->firstDevice() && group->uids() == QStringList(kUid));
+        QVERIFY(m_manager->addDevice(std::move(twin)));
+        m_manager->resolveMembers();
+        QVERIFY(group->firstDevice());
+        m_manager->clearDevices();
+        QVERIFY(!group->firstDevice() && m_manager->devicesSnapshot().isEmpty());
+    }
+
+    void views_neverWait_whileAnAttemptHangs_andStoppingCutsIt() {
+        qputenv("ORVELLE_LINK_UNBOUNDED", "1");
+        m_manager->addDevice(deviceFor(kUid));
+        m_manager->start({});
+        KvDevice* const device = m_manager->findDevice(kUid);
+        for (int round = 0; round < 2; ++round) {
+            QTRY_COMPARE(device->state(), DeviceState::kConnecting);
+            QVERIFY(m_manager->contains(device, false) && m_manager->groups().isEmpty());
+            QCOMPARE(m_manager->devicesSnapshot(), QList<KvDevice*>({device}));
+            m_manager->stopInitThread();
+            QCOMPARE(device->state(), DeviceState::kCancelled);
+            m_manager->startInitThread();
+        }
+        QTRY_COMPARE(device->state(), DeviceState::kConnecting);
+    }
+
+    void camera_isConnectedAgain_whenItRestarts() {
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        // An hour's pause, which only the lost session ends early.
+        m_manager->setTiming({3600 * 1000, 1500});
+        m_manager->addDevice(deviceFor(kUid));
+        m_manager->start({});
+        const KvDevice* device = m_manager->findDevice(kUid);
+        for (int round = 0; round < 3; ++round) {
+            QTRY_VERIFY_WITH_TIMEOUT(device->isOnline(), 20000);
+            camera.stop();
+            QTRY_VERIFY(!device->isOnline());
+            QVERIFY(camera.start());
+        }
+    }
+
+    void sixteenCameras_areFoundConnectedAndClosed() {
+        std::vector<std::unique_ptr<TestCamera>> cameras;
+        for (int i = 0; i < 16; ++i) {
+            const QString uid = QStringLiteral("SEARCHED%1").arg(i);
+            cameras.push_back(std::make_unique<TestCamera>(uid));
+            QVERIFY(cameras.back()->start());
+            m_manager->addDevice(deviceFor(uid));
+        }
+        std::vector<std::unique_ptr<KvTUTKDevice>> found;
+        QCOMPARE(m_manager->lanSearch(found, 1500), 16);
+        for (const auto& device : found) {
+            QVERIFY(m_manager->findDevice(device->uid()));
+            QVERIFY(device->port() > 0 && device->name() == QStringLiteral("Test camera"));
+        }
+        m_manager->start({});
+        for (const KvDevice* device : m_manager->devicesSnapshot())
+            QTRY_VERIFY_WITH_TIMEOUT(device->isOnline(), 30000);
+        m_manager->stopInitThread();
+        m_manager->clearDevices();
+        for (const auto& camera : cameras)
+            QTRY_COMPARE(camera->clients(), 0);
+    }
+
+private:
+    KvDeviceManager* m_manager = nullptr;
+};
+
+const orvelle::test::RegisterSuite<DeviceManagerTest> kRegistered;
+
+}  // namespace
+
+#include "device_manager_test.moc"

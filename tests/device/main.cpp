@@ -1,0 +1,21 @@
+#include <QCoreApplication>
+#include <QTemporaryDir>
+
+#include "link/av.h"
+#include "link/client/link_client.h"
+#include "link/iotc.h"
+#include "support/suites.h"
+
+int main(int argc, char** argv) {
+    const QTemporaryDir home;
+    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path()));
+    qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
+    qputenv("ORVELLE_DISCOVERY_PORT", "47231");
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("device_test"));
+    IOTC_Initialize2(0);
+    avInitialize(32);
+    const int failed = orvelle::test::runSuites(argc, argv);
+    orvelle::LinkClient::instance().shutDown();
+    return failed;
+}

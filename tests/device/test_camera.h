@@ -1,0 +1,84 @@
+#pragma once
+
+#include <QByteArray>
+#include <QString>
+#include <QVector>
+
+#include <atomic>
+#include <memory>
+#include <mutex>
+
+#include "device/tutk_device.h"
+#include "link/io_types.h"
+#include "link/server/link_server.h"
+
+namespace orvelle::test {
+
+/// A camera on this machine that notes what arrives and answers 0x0680 with type 2.
+class TestCamera : public LinkServerListener {
+public:
+    explicit TestCamera(const QString& uid) {
+        m_config.uid = uid.toStdString();
+        m_config.password = "right";
+        m_config.deviceName = "Test camera";
+    }
+    ~TestCamera() override { stop(); }
+
+    /// Starts with an empty notebook.
+    bool start() {
+        m_types.clear();
+        m_server = std::make_unique<LinkServer>(m_config, this);
+        return m_server->start() == 0;
+    }
+    void stop() {
+        if (m_server)
+            m_server->stop();
+        m_server.reset();
+    }
+    void send(uint32_t type, const QByteArray& data) {
+        m_server->sendControl(m_client, type, data.constData(), static_cast<size_t>(data.size()));
+    }
+    int clients() const { return m_clients; }
+    QVector<uint32_t> types() const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_types;
+    }
+    /// The payload of the message before, in hexadecimal.
+    QByteArray lastPayload() const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_payload.toHex();
+    }
+
+    void clientConnected(int clientId) override {
+        m_client = clientId;
+        ++m_clients;
+    }
+    void controlReceived(int, uint32_t type, const uint8_t* data, size_t size) override {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_types.append(type);
+            m_payload = QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size));
+        }
+        if (type == IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ)
+            send(IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP, QByteArray("\2\0\0\0", 4));
+    }
+    void clientDisconnected(int, bool) override { --m_clients; }
+
+private:
+    LinkServerConfig m_config;
+    std::unique_ptr<LinkServer> m_server;
+    std::atomic<int> m_clients{0};
+    std::atomic<int> m_client{-1};
+    mutable std::mutex m_mutex;  ///< guards what follows
+    QVector<uint32_t> m_types;
+    QByteArray m_payload;
+};
+
+inline std::unique_ptr<KvTUTKDevice> deviceFor(const QString& uid, const char* password = "right") {
+    auto device = std::make_unique<KvTUTKDevice>();
+    device->setUid(uid);
+    device->setPassword(QString::fromUtf8(password));
+    return device;
+}
+
+}  // namespace orvelle::test
