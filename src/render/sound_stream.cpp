@@ -174,10 +174,11 @@ void SoundStream::stopOutput() {
     m_device = nullptr;
     if (!m_output)
         return;
-    // The toolkit's device runs the event loop while it is destroyed: by then it is no longer ours.
-    const std::unique_ptr<QAudioOutput> output = std::move(m_output);
-    output->disconnect(this);
-    output->stop();
+    m_output->disconnect(this);
+    m_output->stop();
+    // Later: the toolkit's device runs the event loop while it is destroyed, which may end this
+    // object under the feet of the caller.
+    m_output.release()->deleteLater();
 }
 
 void SoundStream::pump() {
@@ -233,7 +234,7 @@ void SoundStream::onStateChanged(QAudio::State state) {
     if (state != QAudio::StoppedState || !m_output || m_output->error() == QAudio::NoError)
         return;
     qCWarning(lcRender, "the sound device was lost (error %d)", m_output->error());
-    // Its calls may crash from here on, but it must not be destroyed inside its own signal.
+    // Writes and stop() would crash from here on.
     m_device = nullptr;
     m_output->disconnect(this);
     m_output.release()->deleteLater();
