@@ -22,7 +22,7 @@ private slots:
     void waits_return_whenStopped();
     void channel_endsWithReason_whenPeerGoes_data();
     void channel_endsWithReason_whenPeerGoes();
-    void camera_noticesLostClient_whenItFallsSilent();
+    void camera_letsClientGo_whenItCloses();
 };
 
 void ChannelTest::controls_arriveInOrder_bothWays() {
@@ -287,7 +287,7 @@ void ChannelTest::channel_endsWithReason_whenPeerGoes() {
     QCOMPARE(camera.orderlyGone() == 1, orderly);
 }
 
-void ChannelTest::camera_noticesLostClient_whenItFallsSilent() {
+void ChannelTest::camera_letsClientGo_whenItCloses() {
     TestCamera camera;
     TestClient client;
     QVERIFY(client.connect() >= 0);

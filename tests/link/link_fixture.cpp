@@ -24,7 +24,8 @@ QVector<QByteArray> TestCamera::controls() const {
 int TestCamera::sendVideo(size_t size, bool isKey) {
     auto frame = std::make_shared<std::vector<uint8_t>>(size, uint8_t{0x5A});
     const int64_t sentMs = nowMs();
-    std::memcpy(frame->data(), &sentMs, std::min(size, sizeof sentMs));
+    if (size >= sizeof sentMs)
+        std::memcpy(frame->data(), &sentMs, sizeof sentMs);
     return m_server->sendVideo(m_lastClient, 0, {0x4E, uint8_t(isKey), uint32_t(sentMs)}, frame);
 }
 

@@ -30,7 +30,7 @@ public:
     int lostGone() const { return m_lostGone; }
     QVector<QByteArray> controls() const;
 
-    /// A frame of `size` bytes that begins with its number in `m_sent` and the time of sending.
+    /// A frame of `size` bytes; from 8 bytes on it begins with nowMs() of its sending.
     int sendVideo(size_t size, bool isKey);
     int sendAudio(size_t size);
 
