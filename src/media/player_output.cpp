@@ -22,8 +22,6 @@ namespace {
 
 /// A wait is ended by a frame, the end or a stop; this only bounds what a lost wake-up costs.
 constexpr int kWaitMs = 1000;
-/// Between looks at a decoder of which this medium has ended and the other has not.
-constexpr int kEndedPollMs = 20;
 
 bool isPlanar420(const AVFrame& frame) {
     return (frame.format == AV_PIX_FMT_YUV420P || frame.format == AV_PIX_FMT_YUVJ420P) &&
@@ -95,10 +93,6 @@ int KvPlayerOutput::playAudio(AVFrame* frame, double) {
     return m_soundPlayer ? m_soundPlayer->writeFrame(frame) : -1;
 }
 
-bool KvPlayerOutput::decoderGoesOn(KvThread& thread) {
-    return decoder()->isRunning() && !thread.sleepUnlessStopped(kEndedPollMs);
-}
-
 void KvPlayerOutput::doShowVideo(KvThread& thread) {
     m_shownCount = 0;
     m_videoTime = -1.0;
@@ -110,7 +104,7 @@ void KvPlayerOutput::doShowVideo(KvThread& thread) {
             present(frame, pacing, thread);
             continue;
         }
-        if (decoder()->waitForVideoFrame(thread, kWaitMs) || decoderGoesOn(thread))
+        if (decoder()->waitForVideoFrame(thread, kWaitMs) || decoder()->isRunning())
             continue;
         break;
     }
@@ -142,7 +136,7 @@ void KvPlayerOutput::doPlayAudio(KvThread& thread) {
             decoder()->releaseAudioFrame(frame);
             continue;
         }
-        if (!decoder()->waitForAudioFrame(thread, kWaitMs) && !decoderGoesOn(thread))
+        if (!decoder()->waitForAudioFrame(thread, kWaitMs) && !decoder()->isRunning())
             break;
     }
     qDebug("Display audio Ended");

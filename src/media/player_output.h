@@ -48,7 +48,6 @@ protected:
     void setSoundPlayer(KvPcmPlayer* player) { m_soundPlayer = player; }
 
 private:
-    bool decoderGoesOn(KvThread& thread);
     void present(KvBasePlayerDecoderFrame* frame, orvelle::Pacing& pacing, KvThread& thread);
 
     std::atomic<KvVideoView*> m_view{nullptr};

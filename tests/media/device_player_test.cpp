@@ -53,7 +53,8 @@ private:
     std::vector<int> m_events;
 };
 
-/// A player on a camera that streams a clip for ever, one picture each 20 ms.
+/// A player on a camera that streams a clip and silence for ever, each 20 ms a picture and twice
+/// the sound that a device takes meanwhile, so that its writes block where there is a device.
 struct Rig {
     test::TestCamera camera;
     KvVideoView view;
@@ -66,12 +67,13 @@ struct Rig {
     bool start() {
         registerDeviceInputs();
         events.listenTo(player);
-        player.setVolume(0.0);
         player.setView(&view);
         player.setDevice(&camera.device());
         QObject::connect(&timer, &QTimer::timeout, [this] {
             const auto& picture = clip[sent % clip.size()];
             camera.sendVideo(0x4E, picture.isKey, 1000 + 20 * sent, picture.bytes);
+            for (const uint32_t half : {0u, 10u})
+                camera.sendAudio(0x8A, 1000 + 20 * sent + half, std::vector<uint8_t>(160, 0xD5));
             ++sent;
         });
         timer.start(20);
