@@ -1,5 +1,5 @@
 # A desk without a desk: a screen, a window manager and a sound card that need no hardware.
-# Sourced by ./dev and the demo; whatever it starts ends with the calling shell.
+# Sourced by ./dev and the demo, which call stop_desk when they end.
 
 desk_pids=()
 
@@ -49,7 +49,6 @@ start_sound() {
 
 start_desk() {
     desk_dir=$(mktemp -d)
-    trap stop_desk EXIT
     start_screen
     start_sound
 }

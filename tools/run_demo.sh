@@ -99,17 +99,20 @@ take_screenshot() {
         exit 1
     }
     sleep 1 # the picture is on its way through the window's next repaint
-    ffmpeg -nostdin -loglevel error -y -f x11grab -i "$DISPLAY" -frames:v 1 "$screenshot"
+    local window
+    window=$(xdotool search --onlyvisible --name '^Orvelle$' | tail -n 1)
+    ffmpeg -nostdin -loglevel error -y -f x11grab -window_id "$window" -i "$DISPLAY" \
+        -frames:v 1 "$screenshot"
     echo "Screenshot: $screenshot"
 }
 
 mkdir -p "$demo"
 if [ -n "$screenshot" ]; then
-    ORVELLE_SCREEN=1120x750x24 start_desk
+    start_desk
 elif ! has_display; then
     screenshot=$demo/screenshot.png
     echo "There is no display here: running on a virtual one."
-    ORVELLE_SCREEN=1120x750x24 start_desk
+    start_desk
 fi
 
 write_known_camera
