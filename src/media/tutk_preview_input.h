@@ -7,4 +7,6 @@ class KvTUTKPreviewInput : public KvTUTKInput {
     Q_OBJECT
 public:
     using KvTUTKInput::KvTUTKInput;
+    /// Closes here, since the receive threads call virtual operations of the whole object.
+    ~KvTUTKPreviewInput() override { KvTUTKInput::close(); }
 };
