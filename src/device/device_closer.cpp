@@ -1,8 +1,5 @@
 #include "device/device_closer.h"
 
-#include <memory>
-#include <vector>
-
 #include "core/thread.h"
 #include "device/device.h"
 
@@ -21,11 +18,11 @@ private:
 
 }  // namespace
 
-void closeDevices(const QList<KvDevice*>& devices) {
-    for (KvDevice* device : devices)
+void closeDevices(const std::vector<std::unique_ptr<KvDevice>>& devices) {
+    for (const auto& device : devices)
         device->requestStop();
     std::vector<std::unique_ptr<DeviceCloser>> closers;
-    for (KvDevice* device : devices) {
+    for (const auto& device : devices) {
         if (!device->isConnected())
             continue;
         closers.push_back(std::make_unique<DeviceCloser>(*device));

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QList>
+#include <memory>
+#include <vector>
 
 class KvDevice;
 
@@ -8,6 +9,6 @@ namespace orvelle {
 
 /// Closes the sessions of all devices at once and returns when the last is closed. Each
 /// session's goodbye may take some 200 ms, so they do not wait for each other.
-void closeDevices(const QList<KvDevice*>& devices);
+void closeDevices(const std::vector<std::unique_ptr<KvDevice>>& devices);
 
 }  // namespace orvelle

@@ -127,8 +127,7 @@ void KvDeviceManager::cancelCurrentDevice() {
 void KvDeviceManager::runRound(const KvThread& thread) {
     const std::lock_guard<std::mutex> lock(m_devicesMutex);
     log("KvDeviceManager init thread check device init\n", kLogInfo);
-    const QList<KvDevice*> devices = m_devices;
-    for (KvDevice* device : devices) {
+    for (KvDevice* device : devicesSnapshot()) {
         if (thread.isStopped())
             break;
         connectDevice(*device);
@@ -150,7 +149,10 @@ void KvDeviceManager::setCurrentDevice(KvDevice* device) {
 
 QList<KvDevice*> KvDeviceManager::devicesSnapshot() const {
     const std::lock_guard<std::mutex> lock(m_listMutex);
-    return m_devices;
+    QList<KvDevice*> devices;
+    for (const auto& device : m_devices)
+        devices.append(device.get());
+    return devices;
 }
 
 bool KvDeviceManager::contains(const KvDevice* device, bool lock) const {
@@ -176,7 +178,7 @@ bool KvDeviceManager::addDevice(std::unique_ptr<KvDevice>&& device) {
         return false;
     device->setSessionLostCallback([signal = m_roundSignal] { signal->raise(); });
     const std::lock_guard<std::mutex> lock(m_listMutex);
-    m_devices.append(device.release());
+    m_devices.push_back(std::move(device));
     return true;
 }
 
@@ -188,18 +190,28 @@ int KvDeviceManager::addDevices(std::vector<std::unique_ptr<KvDevice>> devices) 
 
 std::unique_ptr<KvDevice> KvDeviceManager::removeDevice(KvDevice* device) {
     const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
-    {
-        const std::lock_guard<std::mutex> lock(m_listMutex);
-        if (!m_devices.removeOne(device))
-            return nullptr;
-    }
+    std::unique_ptr<KvDevice> removed = takeListed(device);
+    if (!removed)
+        return nullptr;
     resolveMembers();
-    device->setSessionLostCallback({});
-    return std::unique_ptr<KvDevice>(device);
+    removed->setSessionLostCallback({});
+    return removed;
+}
+
+std::unique_ptr<KvDevice> KvDeviceManager::takeListed(const KvDevice* device) {
+    const std::lock_guard<std::mutex> lock(m_listMutex);
+    const auto found =
+        std::find_if(m_devices.begin(), m_devices.end(),
+                     [device](const auto& listed) { return listed.get() == device; });
+    if (found == m_devices.end())
+        return nullptr;
+    std::unique_ptr<KvDevice> taken = std::move(*found);
+    m_devices.erase(found);
+    return taken;
 }
 
 void KvDeviceManager::clearDevices() {
-    QList<KvDevice*> devices;
+    std::vector<std::unique_ptr<KvDevice>> devices;
     {
         const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
         const std::lock_guard<std::mutex> lock(m_listMutex);
@@ -207,7 +219,7 @@ void KvDeviceManager::clearDevices() {
     }
     resolveMembers();
     orvelle::closeDevices(devices);
-    qDeleteAll(devices);
+    devices.clear();
     log("KvDeviceManager clearDevices ended\n", kLogInfo);
 }
 

@@ -47,7 +47,7 @@ public:
     void setTiming(const Timing& timing) { m_timing = timing; }
 
     /// The list itself, for callers that hold the device lock.
-    const QList<KvDevice*>& devices() const { return m_devices; }
+    const std::vector<std::unique_ptr<KvDevice>>& devices() const { return m_devices; }
     void lockDevices() { m_devicesMutex.lock(); }
     void unlockDevices() { m_devicesMutex.unlock(); }
     /// Short: a copy of the list. The devices stay until they are removed or cleared.
@@ -109,6 +109,7 @@ private:
     void runRound(const KvThread& thread);
     void connectDevice(KvDevice& device);
     void setCurrentDevice(KvDevice* device);
+    std::unique_ptr<KvDevice> takeListed(const KvDevice* device);
 
     Timing m_timing;
     const std::shared_ptr<orvelle::RoundSignal> m_roundSignal;
@@ -118,7 +119,7 @@ private:
 
     mutable std::mutex m_devicesMutex;  ///< the device lock: no device comes or goes
     mutable std::mutex m_listMutex;     ///< guards m_devices; writers also hold the device lock
-    QList<KvDevice*> m_devices;         ///< owned
+    std::vector<std::unique_ptr<KvDevice>> m_devices;
 
     std::mutex m_currentMutex;  ///< guards m_currentDevice
     KvDevice* m_currentDevice = nullptr;

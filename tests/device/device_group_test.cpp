@@ -2,7 +2,6 @@
 
 #include <QDir>
 #include <QImage>
-#include <QVector3D>
 
 #include "core/file_utils.h"
 #include "device/device_manager.h"
@@ -11,19 +10,10 @@
 
 namespace {
 
-constexpr char kWhole[] = R"(<?xml version="1.0" encoding="UTF-8"?>
-<KvDeviceGroup>
-    <groupId>1</groupId>
-    <type>1</type>
-    <layout>2</layout>
-    <groupIndex>4</groupIndex>
-    <name>Ours</name>
-    <uids count="2">
-        <uid>CAM1</uid>
-        <uid>CAM0</uid>
-    </uids>
-</KvDeviceGroup>
-)";
+constexpr char kWhole[] =
+    "<?xml version=\"1.0\" encoding=\"UTF-8\"?> <KvDeviceGroup> <groupId>1</groupId> "
+    "<type>1</type> <layout>2</layout> <groupIndex>4</groupIndex> <name>Ours</name> "
+    "<uids count=\"2\"> <uid>CAM1</uid> <uid>CAM0</uid> </uids> </KvDeviceGroup>";
 
 QString directory() {
     return KvFileUtils::devicesPath(QStringLiteral("KvTUTKGroup"));
@@ -46,10 +36,10 @@ void paint(const QString& path, const QColor& colour) {
     QVERIFY(image.save(path));
 }
 
-// A red, green and blue of 0 or 1 each, which survives the compression.
-QVector3D coloursAt(const QString& path, int x, int y) {
+// 4 for red, 2 for green and 1 for blue, which survives the compression.
+int coloursAt(const QString& path, int x, int y) {
     const QColor colour = QImage(path).pixelColor(x, y);
-    return QVector3D(colour.red() / 128, colour.green() / 128, colour.blue() / 128);
+    return colour.red() / 128 * 4 + colour.green() / 128 * 2 + colour.blue() / 128;
 }
 
 class DeviceGroupTest : public QObject {
@@ -81,42 +71,40 @@ private slots:
         QVERIFY(group.save());
         QFile file(fileOf("1"));
         QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray(kWhole));
+        QCOMPARE(file.readAll().simplified(), QByteArray(kWhole));
         KvDeviceGroup copy(group);
         QVERIFY(copy.groupIndex() == -1 && copy.save() && QFile::exists(fileOf("2")));
         QVERIFY(copy.equals(&copy) && !copy.equals(&group) && !copy.equals(&single));
         group.removeFile();
-        QCOMPARE(QDir(directory()).entryList(QDir::Files).join(QLatin1Char(' ')),
-                 QStringLiteral("2.xml CAM3.xml"));
+        QVERIFY(!QFile::exists(fileOf("1")) && QFile::exists(fileOf("2")));
     }
 
     void badFiles_areSkippedWithOneLineEach() {
-        write("nameless", "<name></name>", "CAM1");
-        write("alien", "<name>n</name><type>7</type>", "CAM1");
-        write("outside", "<name>n</name>", "../../CAM1");
-        write("crowd", "<name>n</name>", "CAM1 CAM2");
-        write("torn", "<name>", "");
+        const char* const cases[][3] = {{"nameless", "<name></name>", "CAM1"},
+                                        {"alien", "<name>n</name><type>7</type>", "CAM1"},
+                                        {"outside", "<name>n</name>", "../../CAM1"},
+                                        {"crowd", "<name>n</name>", "CAM1 CAM2"},
+                                        {"torn", "<name>", ""}};
+        for (const auto& [name, fields, uids] : cases)
+            write(name, fields, uids);
         orvelle::test::LogLines log;
         QVERIFY(KvDeviceGroup::loadAll(directory()).empty());
         const QStringList lines = log.take();
         QCOMPARE(lines.size(), 5);
-        for (const char* name : {"nameless", "alien", "outside", "crowd", "torn"})
+        for (const auto& [name, fields, uids] : cases)
             QCOMPARE(lines.filter(fileOf(name)).size(), 1);
     }
 
     void absurdValues_areHarmless() {
-        const QByteArray name(10000, 'n');
-        QByteArray members = "CAM0 ../x CAM0 CAM5";
-        for (int i = 100; i < 1100; ++i)
-            members += " CAM" + QByteArray::number(i);
-        write("9",
-              "<type>1</type><layout>99</layout><groupId>2147483647</groupId><name>" + name +
-                  "</name>",
-              members);
-        m_manager->start(KvFileUtils::devicesPath());
-        m_manager->stopInitThread();
+        const QByteArray members = "CAM0 ../x CAM0 CAM5 " + QByteArray("GONE ").repeated(1000);
+        QByteArray fields = "<type>1</type><layout>99</layout><groupId>2147483647</groupId><name>";
+        write("9", fields + QByteArray(10000, 'n') + "</name>",
+              members +
+                  "G0 G1 G2 G3 G4 G5 G6 "
+                  "G7 G8 G9 H0 H1 H2 H3 H4 H5 H6 H7");
+        load();
         KvDeviceGroup* group = m_manager->groups().value(0);
-        QVERIFY(group && group->name().size() == name.size() && group->layout() == 5);
+        QVERIFY(group && group->name().size() == 10000 && group->layout() == 5);
         QCOMPARE(group->uids().size(), KvDeviceGroup::kMaxMembers);
         QCOMPARE(group->devices(), QList<KvDevice*>({m_cameras[0], m_cameras[5]}));
         QVERIFY(m_manager->addGroup(std::make_unique<KvDeviceGroup>(*group)));
@@ -129,8 +117,7 @@ private slots:
         write("7", "<name>a</name><type>1</type><groupId>7</groupId><groupIndex>-1</groupIndex>",
               "CAM4 GONE CAM0");
         write("8", "<name>twin</name><type>1</type><groupId>7</groupId>", "CAM4");
-        m_manager->start(KvFileUtils::devicesPath());
-        m_manager->stopInitThread();
+        load();
         m_manager->reorderGroups();
         const auto groups = m_manager->groups();
         QCOMPARE(groups.size(), 4);
@@ -156,18 +143,23 @@ private slots:
         QVERIFY(group.deviceThumbnailPath(6).isEmpty() && group.deviceThumbnailPath(-1).isEmpty());
         const QString path = group.thumbnailPath();
         for (const int edge : {8, 530}) {
-            QCOMPARE(coloursAt(path, edge, edge), QVector3D(1, 0, 0));
-            QCOMPARE(coloursAt(path, 960 + edge, edge), QVector3D(0, 1, 0));
-            QCOMPARE(coloursAt(path, edge, 540 + edge), QVector3D(0, 0, 0));
-            QCOMPARE(coloursAt(path, 960 + edge, 540 + edge), QVector3D(0, 0, 1));
+            QCOMPARE(coloursAt(path, edge, edge), 4);
+            QCOMPARE(coloursAt(path, 960 + edge, edge), 2);
+            QCOMPARE(coloursAt(path, edge, 540 + edge), 0);
+            QCOMPARE(coloursAt(path, 960 + edge, 540 + edge), 1);
         }
         paint(group.deviceThumbnailPath(0), Qt::white);
-        QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), QVector3D(1, 0, 0));
+        QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), 4);
         group.setThumbnailReady(false);
-        QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), QVector3D(1, 1, 1));
+        QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), 7);
     }
 
 private:
+    void load() {
+        m_manager->start(KvFileUtils::devicesPath());
+        m_manager->stopInitThread();
+    }
+
     KvDeviceManager* m_manager = nullptr;
     QList<KvDevice*> m_cameras;
 };

@@ -1,11 +1,6 @@
 #pragma once
 
-#include <QByteArray>
-#include <QString>
-#include <QVector>
-
 #include <atomic>
-#include <memory>
 #include <mutex>
 
 #include "device/tutk_device.h"
@@ -39,14 +34,13 @@ public:
         m_server->sendControl(m_client, type, data.constData(), static_cast<size_t>(data.size()));
     }
     int clients() const { return m_clients; }
-    QVector<uint32_t> types() const {
+    std::vector<uint32_t> types() const {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return m_types;
     }
-    /// The payload of the message before, in hexadecimal.
-    QByteArray lastPayload() const {
+    std::vector<uint8_t> lastPayload() const {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_payload.toHex();
+        return m_payload;
     }
 
     void clientConnected(int clientId) override {
@@ -56,8 +50,8 @@ public:
     void controlReceived(int, uint32_t type, const uint8_t* data, size_t size) override {
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
-            m_types.append(type);
-            m_payload = QByteArray(reinterpret_cast<const char*>(data), static_cast<int>(size));
+            m_types.push_back(type);
+            m_payload.assign(data, data + size);
         }
         if (type == IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ)
             send(IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP, QByteArray("\2\0\0\0", 4));
@@ -70,8 +64,8 @@ private:
     std::atomic<int> m_clients{0};
     std::atomic<int> m_client{-1};
     mutable std::mutex m_mutex;  ///< guards what follows
-    QVector<uint32_t> m_types;
-    QByteArray m_payload;
+    std::vector<uint32_t> m_types;
+    std::vector<uint8_t> m_payload;
 };
 
 inline std::unique_ptr<KvTUTKDevice> deviceFor(const QString& uid, const char* password = "right") {
