@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QDialog>
+#include <QPoint>
+
+/// The base of the program's dialogs: without a frame of the window system, white with a thin
+/// outline, dragged with the mouse by any free place. Interface thread.
+class KvDialog : public QDialog {
+    Q_OBJECT
+
+public:
+    explicit KvDialog(QWidget* parent = nullptr);
+
+    void setDraggable(bool draggable) { m_draggable = draggable; }
+    bool isDraggable() const { return m_draggable; }
+
+    /// Centres it over its parent, or over `over`, and runs it modally. `leftInset` as in
+    /// orvelle::centreOver().
+    int execCentred(int leftInset = 0);
+    int execCentred(const QWidget* over, int leftInset = 0);
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+
+private:
+    bool m_draggable = true;
+    bool m_dragging = false;
+    QPoint m_location;  ///< of the grabbed point in the dialog
+};

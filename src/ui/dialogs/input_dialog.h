@@ -1,0 +1,38 @@
+#pragma once
+
+#include "ui/dialogs/message_dialog.h"
+
+class QLineEdit;
+
+/// Asks for a line of text: OK and Enter give 1 with the text, the rest 0.
+class KvInputDialog : public orvelle::MessageDialog {
+    Q_OBJECT
+
+public:
+    explicit KvInputDialog(QWidget* parent = nullptr);
+    KvInputDialog(const QString& title, const QString& placeholder, QWidget* parent);
+
+    void setTitle(const QString& title);
+    void setPlaceholder(const QString& placeholder);
+    /// In the units of orvelle::nameWidth(); negative for no limit, as at first. Longer text is
+    /// cut at once.
+    void setMaxLength(int maximum);
+    /// OK waits for a text that is more than blanks.
+    void setTextRequired(bool required);
+    void setText(const QString& text);
+    QString text() const;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private slots:
+    void _onClickOkButton(bool);
+    void _onClickCancelButton(bool);
+    void _onClickCloseButton(bool);
+    void _onEditTextChanged(const QString& text);
+
+private:
+    QLineEdit* m_edit;  ///< child
+    int m_maxLength = -1;
+    bool m_textRequired = false;
+};

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <QFont>
+#include <QObject>
+#include <QString>
+
+class QAbstractButton;
+class QLabel;
+class QLineEdit;
+class QWidget;
+
+namespace orvelle {
+
+/// The paths of a button's images; hover and pressed may be empty.
+struct ButtonImages {
+    QString normal;
+    QString hover;
+    QString pressed;
+};
+
+}  // namespace orvelle
+
+/// The looks that all views share: style sheets, fonts, images and tooltips. Interface thread.
+class KvWidgetUtils : public QObject {
+    Q_OBJECT
+
+public:
+    /// ":/resources/NAME.png".
+    static QString image(const QString& name);
+    /// The images NAME_normal, NAME_hover and NAME_press or NAME_pressed, as far as they exist.
+    static orvelle::ButtonImages imagesOf(const QString& name);
+
+    /// Style sheets, for setStyleSheet().
+    static QString buttonStyle(const orvelle::ButtonImages& images);
+    static QString buttonStyle(const QString& image);
+    static QString labelImageStyle(const QString& image);
+    /// `rgb` is 0xRRGGBB, `alpha` 0 to 255.
+    static QString labelColorStyle(unsigned rgb, int alpha = 255);
+    /// `className` is "QLabel" or "QPushButton".
+    static QString backgroundStyle(const QString& className, unsigned rgb, int alpha = 255);
+    /// White text on the accent colour, with its states.
+    static QString primaryButtonStyle(int radius = 5);
+    /// Accent text and outline on white, with its states.
+    static QString secondaryButtonStyle(int radius = 5);
+    /// A field with a grey outline; round ones turn to the accent colour with the focus.
+    static QString lineEditStyle();
+    static QString roundLineEditStyle();
+
+    static QFont font(int pixelSize);
+    static void setFont(QWidget* widget, int pixelSize);
+    /// The text of `key` as tooltip and as accessible name.
+    static void setToolTip(QWidget* widget, const char* key);
+    /// Images, tooltip, accessible name and pointing hand of an image button.
+    static void setUpImageButton(QAbstractButton* button, const QString& name, const char* key);
+};
