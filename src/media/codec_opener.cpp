@@ -100,6 +100,8 @@ int OpenCodec::receive() {
 
 void OpenCodec::reset() {
     avcodec_flush_buffers(m_context);
+    // What damage taught of reordering would stay a delay for ever; streams that do reorder say so.
+    m_context.load()->has_b_frames = 0;
 }
 
 void OpenCodec::logRefusal(int codecId, int error) const {

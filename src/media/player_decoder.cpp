@@ -1,6 +1,7 @@
 #include "media/player_decoder.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "frames/input_packet.h"
 #include "media/base_player_input.h"
@@ -171,7 +172,7 @@ void KvPlayerDecoder::decodeVideo(const KvThread& thread) {
 }
 
 void KvPlayerDecoder::handleVideoPacket(const KvBasePlayerInputPacket& packet) {
-    if (!hasBytes(packet) || (!m_video->isOpen(packet.codecId()) && !openVideo(packet)))
+    if (!hasBytes(packet) || (!isCodecFor(packet) && !openVideo(packet)))
         return;
     if (!m_keyFrameSeen) {
         if (!packet.isKey())
@@ -182,12 +183,26 @@ void KvPlayerDecoder::handleVideoPacket(const KvBasePlayerInputPacket& packet) {
     const int result = decodePicture(packet);
     m_videoErrors.note(result);
     if (packet.isKey() && result >= 0)
-        publishVideo(packet);
+        m_videoParameters.publish(*m_video->context(), m_parameterSets);
     if (result < 0 && result != AVERROR(EAGAIN)) {
         stats().decodeErrors.fetch_add(1, std::memory_order_relaxed);
         // What follows refers to the picture that is missing now, and would look smeared.
         m_keyFrameSeen = false;
     }
+}
+
+bool KvPlayerDecoder::isCodecFor(const KvBasePlayerInputPacket& packet) {
+    const bool isSameCodec = m_video->isOpen(packet.codecId());
+    if (isSameCodec && !packet.isKey())
+        return true;
+    const AVPacket& bytes = *packet.packet();
+    std::vector<uint8_t> sets = orvelle::parameterSets(static_cast<AVCodecID>(packet.codecId()),
+                                                       bytes.data, static_cast<size_t>(bytes.size));
+    if (isSameCodec && (sets.empty() || sets == m_parameterSets))
+        return true;
+    // A codec that lives through a change keeps the largest reordering delay it has seen.
+    m_parameterSets = std::move(sets);
+    return false;
 }
 
 bool KvPlayerDecoder::openVideo(const KvBasePlayerInputPacket& packet) {
@@ -219,13 +234,6 @@ void KvPlayerDecoder::passPicture(double timeSec) {
         return;
     m_videoFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(picture, timeSec));
     stats().picturesDecoded.fetch_add(1, std::memory_order_relaxed);
-}
-
-void KvPlayerDecoder::publishVideo(const KvBasePlayerInputPacket& packet) {
-    const AVPacket& bytes = *packet.packet();
-    m_videoParameters.publish(*m_video->context(),
-                              orvelle::parameterSets(static_cast<AVCodecID>(packet.codecId()),
-                                                     bytes.data, static_cast<size_t>(bytes.size)));
 }
 
 void KvPlayerDecoder::decodeAudio(const KvThread& thread) {

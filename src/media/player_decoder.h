@@ -71,10 +71,10 @@ private:
 
     void decodeVideo(const KvThread& thread);
     void handleVideoPacket(const KvBasePlayerInputPacket& packet);
+    bool isCodecFor(const KvBasePlayerInputPacket& packet);
     bool openVideo(const KvBasePlayerInputPacket& packet);
     int decodePicture(const KvBasePlayerInputPacket& packet);
     void passPicture(double timeSec);
-    void publishVideo(const KvBasePlayerInputPacket& packet);
 
     void decodeAudio(const KvThread& thread);
     void handleAudioPacket(const KvBasePlayerInputPacket& packet);
@@ -89,8 +89,9 @@ private:
     std::unique_ptr<KvPlayerDecoderVideoThread> m_videoThread;
     std::unique_ptr<KvPlayerDecoderAudioThread> m_audioThread;
 
-    orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the one below
+    orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the two below
     orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
+    std::vector<uint8_t> m_parameterSets;             ///< of the last key frame that had any
     orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below
     size_t m_lastG726Bytes = 0;
     double m_lastG726Sec = 0.0;

@@ -38,11 +38,6 @@ void PublishedParameters::publish(const AVCodecContext& context,
     if (!codec || (!extradata.empty() && !setExtradata(*codec, extradata)))
         return;
     std::lock_guard<std::mutex> lock(m_mutex);
-    AVCodecParameters* former = m_parameters.codec.get();
-    if (extradata.empty() && former && former->codec_id == codec->codec_id) {
-        std::swap(codec->extradata, former->extradata);
-        std::swap(codec->extradata_size, former->extradata_size);
-    }
     m_parameters.codec = std::move(codec);
     m_parameters.timeBase = context.time_base;
 }

@@ -23,8 +23,7 @@ bool hasExtradata(const AVCodecParameters& codec, const std::vector<uint8_t>& by
 /// The parameters that a decoding thread publishes for others to copy. Any thread.
 class PublishedParameters {
 public:
-    /// Replaces what was published by the context's present state. `extradata` are the parameter
-    /// sets; when empty, those of the same codec's last publication stay.
+    /// Replaces what was published by the context's present state; `extradata` may be empty.
     void publish(const AVCodecContext& context, const std::vector<uint8_t>& extradata = {});
     void clear();
     StreamParameters copy() const;

@@ -6,6 +6,7 @@
 
 extern "C" {
 #include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
 }
 
 namespace orvelle::test {
@@ -13,14 +14,16 @@ namespace orvelle::test {
 namespace {
 
 CodecContextPtr openEncoder(const ClipFormat& format) {
+    const char* const usual = format.isHevc ? "libx265" : "libx264";
     const AVCodec* const codec =
-        avcodec_find_encoder_by_name(format.isHevc ? "libx265" : "libx264");
+        avcodec_find_encoder_by_name(format.encoder ? format.encoder : usual);
     CodecContextPtr context(avcodec_alloc_context3(codec));
     if (!codec || !context)
         return nullptr;
     context->width = format.width;
     context->height = format.height;
-    context->pix_fmt = AV_PIX_FMT_YUV420P;
+    context->pix_fmt = static_cast<AVPixelFormat>(format.pixelFormat);
+    context->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
     context->time_base = {1, 15};
     context->gop_size = format.picturesPerKey;
     context->thread_count = 1;
@@ -32,16 +35,22 @@ CodecContextPtr openEncoder(const ClipFormat& format) {
 
 FramePtr greyPicture(const ClipFormat& format, int index) {
     FramePtr frame(av_frame_alloc());
-    frame->format = AV_PIX_FMT_YUV420P;
+    frame->format = format.pixelFormat;
     frame->width = format.width;
     frame->height = format.height;
     frame->pts = index;
     av_frame_get_buffer(frame.get(), 0);
-    const size_t lumaBytes = static_cast<size_t>(frame->linesize[0]) * format.height;
-    std::memset(frame->data[0], 40 + index * 160 / format.pictures, lumaBytes);
-    for (const int plane : {1, 2})
-        std::memset(frame->data[plane], 128,
-                    static_cast<size_t>(frame->linesize[plane]) * ((format.height + 1) / 2));
+    const int luma = 40 + index * 160 / format.pictures;
+    const AVPixFmtDescriptor& layout =
+        *av_pix_fmt_desc_get(static_cast<AVPixelFormat>(format.pixelFormat));
+    for (int plane = 0; plane < 3; ++plane) {
+        const int rows = AV_CEIL_RSHIFT(format.height, plane == 0 ? 0 : layout.log2_chroma_h);
+        uint8_t* const bytes = frame->data[plane];
+        const size_t size = static_cast<size_t>(frame->linesize[plane]) * static_cast<size_t>(rows);
+        std::memset(bytes, plane == 0 ? luma : 128, size);
+        for (size_t i = 0; format.isTextured && plane == 0 && i < size; ++i)
+            bytes[i] = static_cast<uint8_t>((i * i / 97 + static_cast<size_t>(luma)) % 199);
+    }
     return frame;
 }
 
