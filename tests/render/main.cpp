@@ -1,5 +1,6 @@
 #include <QApplication>
 
+#include "support/keep_libraries.h"
 #include "support/suites.h"
 
 int main(int argc, char** argv) {
