@@ -7,6 +7,7 @@
 
 #include "device/device_manager.h"
 #include "device/tutk_device.h"
+#include "link/client/link_client.h"
 
 namespace orvelle::test {
 
@@ -37,6 +38,7 @@ CameraSet::CameraSet(const QString& uid, int count, QStringList arguments)
 
 CameraSet::~CameraSet() {
     KvDeviceManager::release();
+    LinkClient::instance().shutDown();
     m_process.terminate();
 }
 

@@ -44,6 +44,11 @@ LinkClient& LinkClient::instance() {
     return client;
 }
 
+/// SRT's own statics come first, so that they outlive this object at the end of the process.
+LinkClient::LinkClient() {
+    const SrtLibrary library;
+}
+
 LinkClient::~LinkClient() {
     shutDown();
 }

@@ -31,7 +31,7 @@ public:
     void closeChannel(int avIndex);
 
 private:
-    LinkClient() = default;
+    LinkClient();
     ~LinkClient();
 
     SrtSocket makeCallerSocket(SocketUse use);
