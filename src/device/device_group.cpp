@@ -35,7 +35,7 @@ void KvDeviceGroup::copyFrom(const KvDeviceGroup& other) {
     m_record.type = copy.m_record.type;
     m_devices = copy.m_devices;
     m_deviceUids = copy.m_deviceUids;
-    m_thumbnailReady = true;
+    m_thumbnailReady = false;
 }
 
 KvDeviceGroup::Record KvDeviceGroup::record() const {
@@ -111,6 +111,23 @@ void KvDeviceGroup::setDevices(const QList<KvDevice*>& devices) {
     setResolvedDevices(devices);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_record.uids = m_deviceUids;
+    m_thumbnailReady = false;
+}
+
+// Positions in the two lists differ once a stored member is no longer known.
+bool KvDeviceGroup::swapDevices(int first, int second) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const int count = m_devices.size();
+    if (first < 0 || second < 0 || first >= count || second >= count)
+        return false;
+    const int firstStored = m_record.uids.indexOf(m_deviceUids[first]);
+    const int secondStored = m_record.uids.indexOf(m_deviceUids[second]);
+    if (firstStored >= 0 && secondStored >= 0)
+        m_record.uids.swapItemsAt(firstStored, secondStored);
+    m_devices.swapItemsAt(first, second);
+    m_deviceUids.swapItemsAt(first, second);
+    m_thumbnailReady = false;
+    return true;
 }
 
 void KvDeviceGroup::setResolvedDevices(const QList<KvDevice*>& devices) {

@@ -9,6 +9,8 @@
 #include <mutex>
 #include <vector>
 
+#include "device/entry_thumbnail.h"
+
 class KvDevice;
 class QDomElement;
 
@@ -27,7 +29,7 @@ public:
     explicit KvDeviceGroup(KvDevice* device);
     /// Type, layout, name and members; not the place in the list nor the id.
     KvDeviceGroup(const KvDeviceGroup& other);
-    /// Takes over members, layout and type.
+    /// Takes over members, layout and type; the thumbnail then is out of date.
     void copyFrom(const KvDeviceGroup& other);
 
     /// The usable entries of a directory, in order of their file names, members unresolved.
@@ -50,6 +52,9 @@ public:
     void setThumbnailReady(bool ready);
     /// Replaces the members, both as stored and as resolved.
     void setDevices(const QList<KvDevice*>& devices);
+    /// Exchanges two resolved members by their index; false when one is outside. Members that
+    /// are stored but not resolved keep their places.
+    bool swapDevices(int first, int second);
     /// Replaces the resolved members only.
     void setResolvedDevices(const QList<KvDevice*>& devices);
 
@@ -66,6 +71,9 @@ public:
     /// The picture that the camera list shows. A group's is composed when it is not up to
     /// date (takes some 100 ms); empty when no member has one.
     QString thumbnailPath();
+    /// The same picture for a worker, which brings it up to date with refreshThumbnail(). The
+    /// entry counts as up to date from now on.
+    orvelle::EntryThumbnail claimThumbnail();
 
     bool equals(const KvDeviceGroup* other) const;
 
@@ -86,7 +94,6 @@ private:
     Record record() const;
     void ensureGroupId();
     const char* refusal() const;  ///< why a file just read is not usable, or null
-    bool composeThumbnail(const QString& path) const;
 
     mutable std::mutex m_mutex;  ///< guards everything below
     Record m_record;

@@ -101,6 +101,7 @@ private:
     void load(const QString& devicesPath);
     void loadGroups(const QString& directory);
     void keepIdsUnique() const;
+    void addMissingEntries();
     void sortGroups();
     void resolve(KvDeviceGroup& group) const;
     void launchInitThread();

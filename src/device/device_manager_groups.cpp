@@ -29,6 +29,20 @@ void KvDeviceManager::loadGroups(const QString& directory) {
     }
     sortGroups();
     keepIdsUnique();
+    addMissingEntries();
+}
+
+// A camera whose entry was lost could be neither seen nor removed, nor bound again.
+void KvDeviceManager::addMissingEntries() {
+    for (KvDevice* device : devicesSnapshot()) {
+        if (findDeviceGroup(device))
+            continue;
+        auto entry = std::make_unique<KvDeviceGroup>(device);
+        entry->setName(device->displayName());
+        entry->setGroupIndex(groups().size());
+        qCWarning(lcDevice) << "made the missing list entry of" << device->uid();
+        addGroup(std::move(entry));
+    }
 }
 
 // Lost settings would give a new group the id, and so the file, of one that is listed.

@@ -68,6 +68,7 @@ void KvTUTKDevice::loopEnded(int result) {
     m_lastResult = result;
     m_state = result == AV_ER_SESSION_CLOSE_BY_REMOTE ? State::kClosedByCamera : State::kLost;
     stopLoops();
+    qCInfo(lcDevice) << m_uid << "ended its session:" << orvelle::linkResultText(result);
     std::function<void()> sessionLost;
     {
         const std::lock_guard<std::mutex> lock(m_callbackMutex);

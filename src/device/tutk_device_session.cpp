@@ -1,6 +1,7 @@
 #include "core/log.h"
 #include "core/timer.h"
 #include "device/command_threads.h"
+#include "device/logging.h"
 #include "device/tutk_device.h"
 #include "link/av.h"
 #include "link/io_types.h"
@@ -188,8 +189,11 @@ void KvTUTKDevice::noteFailure(int result) {
             m_state = State::kCancelled;
         return;
     }
+    const State state = abort == Abort::kTimedOut ? State::kTimedOut : stateOfFailure(result);
+    // A camera that stays off is tried every few seconds: one line for each new reason.
+    if (m_state.exchange(state) != state)
+        qCInfo(lcDevice) << m_uid << "cannot be reached:" << orvelle::linkResultText(result);
     m_lastResult = result;
-    m_state = abort == Abort::kTimedOut ? State::kTimedOut : stateOfFailure(result);
 }
 
 orvelle::DeviceState KvTUTKDevice::stateOfFailure(int result) {

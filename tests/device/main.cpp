@@ -1,9 +1,7 @@
 #include <QCoreApplication>
 #include <QTemporaryDir>
 
-#include "link/av.h"
 #include "link/client/link_client.h"
-#include "link/iotc.h"
 #include "support/suites.h"
 
 int main(int argc, char** argv) {
@@ -13,8 +11,8 @@ int main(int argc, char** argv) {
     qputenv("ORVELLE_DISCOVERY_PORT", "47231");
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("device_test"));
-    IOTC_Initialize2(0);
-    avInitialize(32);
+    orvelle::LinkClient::instance().start(0);
+    orvelle::LinkClient::instance().setMaxChannels(32);
     const int failed = orvelle::test::runSuites(argc, argv);
     orvelle::LinkClient::instance().shutDown();
     return failed;

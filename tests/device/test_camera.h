@@ -30,17 +30,18 @@ public:
             m_server->stop();
         m_server.reset();
     }
-    void send(uint32_t type, const QByteArray& data) {
-        m_server->sendControl(m_client, type, data.constData(), static_cast<size_t>(data.size()));
+    void answer(const std::vector<uint8_t>& payload) {
+        m_server->sendControl(m_client, IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP, payload.data(),
+                              payload.size());
     }
     int clients() const { return m_clients; }
     std::vector<uint32_t> types() const {
         const std::lock_guard<std::mutex> lock(m_mutex);
         return m_types;
     }
-    std::vector<uint8_t> lastPayload() const {
+    bool wereLastEightZeros() const {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_payload;
+        return m_payload == std::vector<uint8_t>(8, 0);
     }
 
     void clientConnected(int clientId) override {
@@ -48,13 +49,11 @@ public:
         ++m_clients;
     }
     void controlReceived(int, uint32_t type, const uint8_t* data, size_t size) override {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_types.push_back(type);
-            m_payload.assign(data, data + size);
-        }
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_types.push_back(type);
+        m_payload.assign(data, data + size);
         if (type == IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ)
-            send(IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP, QByteArray("\2\0\0\0", 4));
+            answer({2, 0, 0, 0});
     }
     void clientDisconnected(int, bool) override { --m_clients; }
 

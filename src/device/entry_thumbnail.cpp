@@ -1,0 +1,74 @@
+#include "device/entry_thumbnail.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QImageReader>
+#include <QPainter>
+#include <QSaveFile>
+
+#include <algorithm>
+
+namespace orvelle {
+
+namespace {
+
+constexpr int kColumns = 2;
+constexpr int kQuarters = 4;
+constexpr QSize kQuarterSize(960, 540);
+// A damaged or foreign file may claim any size; the cameras' own are far below.
+constexpr int kMaxSide = 8192;
+
+QImage loadQuarter(const QString& path) {
+    QImageReader reader(path);
+    const QSize size = reader.size();
+    if (size.isEmpty() || size.width() > kMaxSide || size.height() > kMaxSide)
+        return {};
+    reader.setScaledSize(kQuarterSize);
+    return reader.read();
+}
+
+bool save(const QImage& image, const QString& path) {
+    QSaveFile file(path);
+    return file.open(QIODevice::WriteOnly) && image.save(&file, "JPEG") && file.commit();
+}
+
+bool compose(const QStringList& memberPaths, const QString& path) {
+    QFile::remove(path);
+    QImage image(kQuarterSize * kColumns, QImage::Format_RGB32);
+    image.fill(Qt::black);
+    QPainter painter(&image);
+    bool isEmpty = true;
+    for (int i = 0; i < std::min(kQuarters, memberPaths.size()); ++i) {
+        const QImage quarter = loadQuarter(memberPaths[i]);
+        if (quarter.isNull())
+            continue;
+        const QPoint corner(i % kColumns * kQuarterSize.width(),
+                            i / kColumns * kQuarterSize.height());
+        painter.drawImage(QRect(corner, kQuarterSize), quarter);
+        isEmpty = false;
+    }
+    painter.end();
+    return !isEmpty && save(image, path);
+}
+
+bool isOlderThanAMember(const QFileInfo& file, const QStringList& memberPaths) {
+    return std::any_of(memberPaths.begin(), memberPaths.end(), [&file](const QString& path) {
+        const QFileInfo member(path);
+        return member.exists() && member.lastModified() > file.lastModified();
+    });
+}
+
+}  // namespace
+
+bool refreshThumbnail(const EntryThumbnail& thumbnail) {
+    const QFileInfo file(thumbnail.path);
+    const bool exists = !thumbnail.path.isEmpty() && file.exists();
+    if (thumbnail.memberPaths.isEmpty() || thumbnail.path.isEmpty())
+        return exists;
+    const QStringList shown = thumbnail.memberPaths.mid(0, kQuarters);
+    if (exists && !thumbnail.isStale && !isOlderThanAMember(file, shown))
+        return true;
+    return compose(shown, thumbnail.path);
+}
+
+}  // namespace orvelle

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <QDir>
+
+#include <mutex>
+
+#include "core/file_utils.h"
+
+namespace orvelle::test {
+
+/// Collects Qt's log while it lives, instead of printing it.
+class LogLines {
+public:
+    ~LogLines() { qInstallMessageHandler(m_previous); }
+    QStringList take() {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        return std::exchange(s_lines, {});
+    }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext&, const QString& line) {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        s_lines.append(line);
+    }
+
+    inline static std::mutex s_mutex;  ///< guards s_lines
+    inline static QStringList s_lines;
+    const QtMessageHandler m_previous = qInstallMessageHandler(&LogLines::handle);
+};
+
+/// The XML files of one kind, "KvTUTK" or "KvTUTKGroup".
+struct XmlFiles {
+    const QString kind;
+
+    QString directory() const { return KvFileUtils::devicesPath(kind); }
+    QString path(const char* name) const {
+        return directory() + QLatin1Char('/') + QLatin1String(name) + QStringLiteral(".xml");
+    }
+    bool has(const char* name) const { return QFile::exists(path(name)); }
+    QByteArray read(const char* name) const {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    void write(const char* name, const QByteArray& content) const {
+        QFile file(path(name));
+        file.open(QIODevice::WriteOnly);
+        file.write(content);
+    }
+};
+
+}  // namespace orvelle::test
