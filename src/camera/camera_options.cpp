@@ -141,17 +141,18 @@ QString readSource(Reader& reader) {
 }
 
 std::string readPassword(Reader& reader) {
-    QByteArray password = qgetenv("ORVELLE_CAMERA_PASSWORD");
-    if (reader.has("password-file")) {
-        QFile file(reader.text("password-file"));
-        if (!file.open(QIODevice::ReadOnly))
-            reader.complain(
-                QStringLiteral("cannot read the password file: %1").arg(file.errorString()));
-        password = file.readLine(kMaxPasswordBytes + 2);
-        while (password.endsWith('\n') || password.endsWith('\r'))
-            password.chop(1);
+    if (!reader.has("password-file"))
+        return qgetenv("ORVELLE_CAMERA_PASSWORD").toStdString();
+    QFile file(reader.text("password-file"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        reader.complain(
+            QStringLiteral("cannot read the password file: %1").arg(file.errorString()));
+        return {};
     }
-    return password.toStdString();
+    QByteArray line = file.readLine(kMaxPasswordBytes + 3);
+    while (line.endsWith('\n') || line.endsWith('\r'))
+        line.chop(1);
+    return line.toStdString();
 }
 
 void readMedia(Reader& reader, CameraOptions& options) {

@@ -10,6 +10,7 @@
 #include "camera/demo_feed.h"
 #include "camera/source_feed.h"
 #include "link/device_code.h"
+#include "link/result_codes.h"
 #include "platform/quit_signals.h"
 
 extern "C" {
@@ -114,7 +115,7 @@ void announce(const Camera& camera, const std::string& password) {
 }
 
 int runCameras(QCoreApplication& application, const CameraOptions& options) {
-    const QuitSignals signals([&application] { application.quit(); });
+    const QuitSignals quitSignals([&application] { application.quit(); });
     PanTilt panTilt;
     const std::unique_ptr<Feed> feed = makeFeed(options, &panTilt);
     const QString error = feed->open();
@@ -133,10 +134,9 @@ int runCameras(QCoreApplication& application, const CameraOptions& options) {
         const int result = camera->start();
         if (result < 0) {
             stop();
-            return fail(kNoPort, QStringLiteral("camera %1 cannot start on %2 port %3: code %4")
-                                     .arg(camera->profile().uid, options.bindAddress)
-                                     .arg(options.port)
-                                     .arg(result));
+            return fail(kNoPort,
+                        QStringLiteral("camera %1 cannot start: %2")
+                            .arg(camera->profile().uid, QLatin1String(linkResultText(result))));
         }
         announce(*camera, options.password);
     }
