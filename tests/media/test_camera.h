@@ -5,6 +5,7 @@
 
 #include <QByteArray>
 
+#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <vector>
@@ -14,34 +15,66 @@ namespace orvelle::test {
 /// A camera on loopback that sends what a test tells it to, and a device that knows it.
 class TestCamera : public LinkServerListener {
 public:
-    TestCamera();
-    ~TestCamera() override;
+    TestCamera() {
+        device.setUid(QString::fromLatin1(m_uid));
+        device.setPassword(QStringLiteral("test-password"));
+    }
+    ~TestCamera() override {
+        device.uninit();
+        stop();
+    }
 
-    /// A server at the port of the last one; false when it cannot be had.
-    bool start();
-    void stop();
+    /// A server, at the port of the last one; false when it cannot be had.
+    bool start() {
+        LinkServerConfig config;
+        config.uid = m_uid.toStdString();
+        config.password = "test-password";
+        config.bindAddress = "127.0.0.1";
+        config.port = m_port;
+        m_server = std::make_unique<LinkServer>(config, this);
+        const bool isUp = m_server->start() == 0;
+        m_port = m_server->port();
+        qputenv("ORVELLE_CAMERA_ADDRESSES", m_uid + "=127.0.0.1:" + QByteArray::number(m_port));
+        return isUp;
+    }
+    void stop() { m_server.reset(); }
 
-    KvTUTKDevice& device() { return m_device; }
-    /// The types that came since the last call, in order.
-    std::vector<uint32_t> takeCommands();
-    bool hasCommand(uint32_t type) const;
+    /// To the client that connected last; false when the link refuses the frame.
+    bool send(uint16_t codecId, bool isKey, uint32_t timestampMs, std::vector<uint8_t> bytes) {
+        const LinkFrameInfo info{codecId, static_cast<uint8_t>(isKey), timestampMs};
+        const auto frame = std::make_shared<std::vector<uint8_t>>(std::move(bytes));
+        const bool isVideo = codecId < 0x86 || codecId > 0x8F;
+        return m_server && (isVideo ? m_server->sendVideo(m_client, 0, info, frame)
+                                    : m_server->sendAudio(m_client, 0, info, frame)) == 0;
+    }
 
-    /// To the client that connected last. False when it is not there or the frame too big.
-    bool sendVideo(uint16_t codecId, bool isKey, uint32_t timestampMs, std::vector<uint8_t> bytes);
-    bool sendAudio(uint16_t codecId, uint32_t timestampMs, std::vector<uint8_t> bytes);
+    /// The command types that came since the last call, in order.
+    std::vector<uint32_t> takeCommands() {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return std::move(m_commands);
+    }
+    bool hasCommand(uint32_t type) const {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return std::count(m_commands.begin(), m_commands.end(), type) > 0;
+    }
+
+    KvTUTKDevice device;
 
 private:
-    void clientConnected(int clientId) override;
-    void controlReceived(int clientId, uint32_t type, const uint8_t*, size_t) override;
+    void clientConnected(int clientId) override { m_client = clientId; }
     void clientDisconnected(int, bool) override {}
+    void controlReceived(int, uint32_t type, const uint8_t*, size_t) override {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_commands.push_back(type);
+    }
 
-    const QByteArray m_uid;
+    static inline int s_count = 0;
+    const QByteArray m_uid = "MEDIATEST" + QByteArray::number(++s_count);
     std::atomic<int> m_client{-1};
     mutable std::mutex m_mutex;  ///< guards m_commands
     std::vector<uint32_t> m_commands;
     std::unique_ptr<LinkServer> m_server;
     uint16_t m_port = 0;
-    KvTUTKDevice m_device;
 };
 
 }  // namespace orvelle::test
