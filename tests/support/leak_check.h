@@ -15,8 +15,8 @@ public:
     LeakCheck();
 
     /// Waits, handling events, until all is gone or `timeoutMs` passed. Prints what is left;
-    /// returns how much that is, as an exit code.
-    int leftovers(int timeoutMs = 5000) const;
+    /// returns how much that is, as an exit code. SRT alone takes 5 s to let go of a closed port.
+    int leftovers(int timeoutMs = 20000) const;
 
 private:
     std::set<int> m_threads;          ///< ids
