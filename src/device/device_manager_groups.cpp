@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/configure.h"
+#include "device/device_ids.h"
 #include "device/device_manager.h"
 #include "device/logging.h"
 
@@ -39,7 +40,9 @@ void KvDeviceManager::addMissingEntries() {
             continue;
         auto entry = std::make_unique<KvDeviceGroup>(device);
         entry->setName(device->displayName());
-        entry->setGroupIndex(groups().size());
+        const QList<KvDeviceGroup*> listed = groups();
+        if (!listed.isEmpty())
+            entry->setGroupIndex(orvelle::idAfter(listed.last()->groupIndex()));
         qCWarning(lcDevice) << "made the missing list entry of" << device->uid();
         addGroup(std::move(entry));
     }
