@@ -12,6 +12,7 @@ constexpr char kSideBar[] = "#f6f6f6";
 constexpr char kText[] = "#333333";
 constexpr char kFaintText[] = "#6b6b6b";
 constexpr char kWarningText[] = "#d1343a";
+constexpr char kFocusRing[] = "#0a4f86";
 constexpr char kFrame[] = "#cccccc";
 constexpr char kDisabled[] = "#bbbbbb";
 constexpr char kBar[] = "#393736";  ///< behind white text over a picture

@@ -7,7 +7,6 @@ class KvAlertDialog : public orvelle::MessageDialog {
     Q_OBJECT
 
 public:
-    explicit KvAlertDialog(QWidget* parent = nullptr);
     KvAlertDialog(const QString& message, QWidget* parent);
 
     /// For news that leave no choice.

@@ -7,7 +7,6 @@ class KvConfirmDialog : public orvelle::MessageDialog {
     Q_OBJECT
 
 public:
-    explicit KvConfirmDialog(QWidget* parent = nullptr);
     KvConfirmDialog(const QString& message, QWidget* parent);
 
 private slots:

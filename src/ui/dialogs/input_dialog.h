@@ -4,16 +4,13 @@
 
 class QLineEdit;
 
-/// Asks for a line of text: OK and Enter give 1 with the text, the rest 0.
+/// Asks for a line of text: OK gives 1 with the text; cancel, close and Esc give 0.
 class KvInputDialog : public orvelle::MessageDialog {
     Q_OBJECT
 
 public:
-    explicit KvInputDialog(QWidget* parent = nullptr);
     KvInputDialog(const QString& title, const QString& placeholder, QWidget* parent);
 
-    void setTitle(const QString& title);
-    void setPlaceholder(const QString& placeholder);
     /// In the units of orvelle::nameWidth(); negative for no limit, as at first. Longer text is
     /// cut at once.
     void setMaxLength(int maximum);
@@ -32,6 +29,8 @@ private slots:
     void _onEditTextChanged(const QString& text);
 
 private:
+    void updateOkButton();
+
     QLineEdit* m_edit;  ///< child
     int m_maxLength = -1;
     bool m_textRequired = false;

@@ -2,7 +2,6 @@
 
 #include "ui/dialogs/message_dialog.h"
 
-class QLineEdit;
 class QLabel;
 class QPushButton;
 
@@ -15,7 +14,6 @@ public:
     explicit KvMediaPathDialog(QWidget* parent = nullptr);
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
     /// The folder that the user picks, empty for none.
     virtual QString chooseFolder(const QString& current);
 
@@ -25,11 +23,13 @@ private slots:
     void _onClickOkButton(bool);
 
 private:
+    void buildBody();
+    void showFolder();
     bool checkFolder();
 
     QString m_folder;
-    QWidget* m_body;  ///< children, as all below
-    QLineEdit* m_path;
+    QWidget* m_body;  ///< child; it holds the three below
+    QLabel* m_path;
     QPushButton* m_select;
     QLabel* m_warning;
 };

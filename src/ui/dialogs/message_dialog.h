@@ -8,25 +8,22 @@ class QPushButton;
 namespace orvelle {
 
 /// The shape that the message dialogs share: a close button at the top right, a message, a place
-/// for a field, and one or two buttons below. It grows with its texts. Interface thread.
+/// for a field, and one or two buttons below. Enter is the primary button. The height follows
+/// the texts. Interface thread.
 class MessageDialog : public KvDialog {
     Q_OBJECT
 
 public:
-    explicit MessageDialog(QWidget* parent);
-
     void setMessage(const QString& message);
 
 protected:
-    void resizeEvent(QResizeEvent* event) override;
-    void showEvent(QShowEvent* event) override;
+    explicit MessageDialog(QWidget* parent);
 
-    /// Keys of the buttons' texts; null for no second button.
-    void setButtons(const char* primaryKey, const char* secondaryKey);
-    /// A child that stands below the message, across the dialog.
+    /// An empty secondary text leaves that button out.
+    void setButtonTexts(const QString& primary, const QString& secondary);
+    /// A child that stands below the message, as wide as that.
     void setBody(QWidget* body, int height);
-    /// Sizes the dialog anew after a text has changed.
-    void fit();
+    void resizeEvent(QResizeEvent* event) override;
 
     QPushButton* primaryButton() const { return m_primary; }
     QPushButton* secondaryButton() const { return m_secondary; }
@@ -34,14 +31,16 @@ protected:
 
 private:
     int messageHeight() const;
+    void fit();
+    void layOut();
     void layOutButtons();
 
-    QPushButton* m_close;  ///< children, as all below
-    QLabel* m_message;
+    QLabel* m_message;  ///< children, as all below; in this order they take the focus
     QWidget* m_body = nullptr;
     int m_bodyHeight = 0;
     QPushButton* m_primary;
     QPushButton* m_secondary;
+    QPushButton* m_close;
 };
 
 }  // namespace orvelle

@@ -1,25 +1,29 @@
 #pragma once
 
 #include <QFocusFrame>
+#include <QObject>
+#include <QPointer>
 
 namespace orvelle {
 
-/// Draws a ring round the widget that the keyboard has chosen with Tab or a shortcut; a click
-/// hides it again. One object in a program watches all windows. Interface thread.
-class FocusRing : public QFocusFrame {
+/// Draws a ring round the widget that the keyboard has reached with Tab or a shortcut; a click
+/// hides it again. One object watches all windows of the program. Interface thread.
+class FocusRing : public QObject {
     Q_OBJECT
 
 public:
-    /// Installs itself on the application object; ends with it.
+    /// Installs one on the application object, which owns it.
     static void install();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
-protected:
-    void paintEvent(QPaintEvent* event) override;
-
 private:
-    FocusRing();
+    explicit FocusRing(QObject* application);
+
+    void showAround(QWidget* widget);
+    void hide();
+
+    QPointer<QFocusFrame> m_frame;  ///< a sibling of the widget, so it may go with a window
 };
 
 }  // namespace orvelle

@@ -4,18 +4,17 @@
 #include <QObject>
 #include <QString>
 
-class QAbstractButton;
-class QLabel;
-class QLineEdit;
+class QPushButton;
 class QWidget;
 
 namespace orvelle {
 
-/// The paths of a button's images; hover and pressed may be empty.
+/// The paths of a button's images; all but the normal one may be empty.
 struct ButtonImages {
     QString normal;
     QString hover;
     QString pressed;
+    QString disabled;
 };
 
 }  // namespace orvelle
@@ -27,7 +26,7 @@ class KvWidgetUtils : public QObject {
 public:
     /// ":/resources/NAME.png".
     static QString image(const QString& name);
-    /// The images NAME_normal, NAME_hover and NAME_press or NAME_pressed, as far as they exist.
+    /// The images NAME_normal, _hover, _press or _pressed, and _disable, as far as they exist.
     static orvelle::ButtonImages imagesOf(const QString& name);
 
     /// Style sheets, for setStyleSheet().
@@ -51,5 +50,5 @@ public:
     /// The text of `key` as tooltip and as accessible name.
     static void setToolTip(QWidget* widget, const char* key);
     /// Images, tooltip, accessible name and pointing hand of an image button.
-    static void setUpImageButton(QAbstractButton* button, const QString& name, const char* key);
+    static void setUpImageButton(QPushButton* button, const QString& name, const char* key);
 };
