@@ -1,5 +1,3 @@
-#include "frames/camera_codecs.h"
-#include "frames/frame_info.h"
 #include "frames/input_packet.h"
 #include "frames/yuv_data.h"
 #include "support/suites.h"
@@ -65,18 +63,6 @@ private slots:
         for (const int size : {-1, INT_MIN, INT_MAX})
             QVERIFY(!KvBasePlayerInputPacket::copyOf("", size, false, 0, 0, 0.0));
         QCOMPARE(KvBasePlayerInputPacket::copyOf(nullptr, 0, false, 0, 0, 0.0)->packet()->size, 0);
-    }
-
-    void cameraFields_areReadAsTheyTravel_andUnknownCodecsRefused() {
-        const QByteArray bytes = QByteArray::fromHex("4e00010203fe0000000000007856f4ff");
-        const auto info = orvelle::decodeFrameInfo(bytes.constData(), 16);
-        QVERIFY(info && info->isKey() && info->sequence == 0xFE);
-        QCOMPARE(info->timestampMs, 0xFFF45678u);
-        QCOMPARE(orvelle::codecOfCameraId(info->codecId), AV_CODEC_ID_H264);
-        QCOMPARE(bytesOf(orvelle::encodeFrameInfo(*info).data(), 16), bytes);
-        QVERIFY(!orvelle::decodeFrameInfo(bytes.constData(), 15));
-        for (const int id : {0x4B, 0x51, 0x86, 0x90, -1})
-            QCOMPARE(orvelle::codecOfCameraId(id), AV_CODEC_ID_NONE);
     }
 };
 

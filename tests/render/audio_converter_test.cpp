@@ -1,7 +1,7 @@
 #include "render/audio_converter.h"
 
-#include "render/tone.h"
 #include "support/suites.h"
+#include "support/tone.h"
 
 using namespace orvelle::test;
 
@@ -13,14 +13,11 @@ class AudioConverterTest : public QObject {
     KvAudioConverter m_converter{48000, AV_CH_LAYOUT_STEREO, 2, AV_SAMPLE_FMT_S16};
 
 private slots:
-    void init() { m_converter.reset(); }
-
     void tone_staysSmooth_acrossFrames_data() {
         QTest::addColumn<int>("rate");
         QTest::addColumn<int>("channels");
         QTest::newRow("telephone") << 8000 << 1;
         QTest::newRow("stereo") << 44100 << 2;
-        QTest::newRow("as the device") << 48000 << 2;
     }
 
     void tone_staysSmooth_acrossFrames() {
@@ -46,6 +43,7 @@ private slots:
     }
 
     void longFrame_isConvertedWhole_andReadOnlyAsWanted() {
+        m_converter.reset();
         QCOMPARE(m_converter.convert(toneFrame(AV_SAMPLE_FMT_S16P, 48000, 1, 0, 100'000).get()), 0);
         std::vector<uint8_t> bytes(400'001);
         QCOMPARE(m_converter.read(bytes.data(), 400'001), -1);

@@ -7,7 +7,6 @@
 
 #include <csignal>
 
-#include "frames/ffmpeg_ptr.h"
 #include "render/test_pictures.h"
 #include "support/suites.h"
 
@@ -40,19 +39,6 @@ private slots:
             QVERIFY(isNear(image.pixelColor(x, 4), colorOf(kUpper, 16)));
             QVERIFY(isNear(image.pixelColor(x, image.height() - 2), colorOf(kLower, 16)));
         }
-    }
-
-    void fullRangeFrame_keepsItsLevels() {
-        const orvelle::FramePtr frame(av_frame_alloc());
-        frame->format = AV_PIX_FMT_YUV444P;
-        frame->color_range = AVCOL_RANGE_JPEG;
-        frame->width = frame->height = 64;
-        QCOMPARE(av_frame_get_buffer(frame.get(), 0), 0);
-        for (int i = 0; i < 3; ++i)
-            memset(frame->data[i], i == 0 ? 250 : 128,
-                   static_cast<size_t>(frame->linesize[i] * 64));
-        QCOMPARE(writeFrameJpeg(frame.get(), m_path), 0);
-        QVERIFY(isNear(QImage(m_path).pixelColor(32, 32), QColor(250, 250, 250)));
     }
 
     void oldFile_survives_whenWritingFails() {

@@ -4,7 +4,7 @@
 
 #include <thread>
 
-#include "render/sound_server.h"
+#include "support/sound_server.h"
 #include "support/suites.h"
 
 using namespace orvelle::test;

@@ -5,7 +5,7 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
-#include "render/tone.h"
+#include "support/tone.h"
 
 namespace orvelle::test {
 
