@@ -66,8 +66,12 @@ int OpenCodec::tryOpen(int codecId, int bitsPerSample) {
 }
 
 AVCodecContext* OpenCodec::makeContext(int codecId, int bitsPerSample) {
+    const AVMediaType wanted =
+        m_mediaKind == KvBasePlayerInput::kAudioKind ? AVMEDIA_TYPE_AUDIO : AVMEDIA_TYPE_VIDEO;
     m_codec = avcodec_find_decoder(static_cast<AVCodecID>(codecId));
-    AVCodecContext* context = m_codec ? avcodec_alloc_context3(m_codec) : nullptr;
+    if (!m_codec || m_codec->type != wanted)
+        return nullptr;
+    AVCodecContext* context = avcodec_alloc_context3(m_codec);
     if (!context)
         return nullptr;
     context->thread_count = 1;

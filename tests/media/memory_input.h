@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <utility>
 
 #include "core/thread.h"
 #include "encoded_clip.h"
@@ -11,24 +10,17 @@
 
 namespace orvelle::test {
 
-using TestPacket = std::unique_ptr<KvBasePlayerInputPacket>;
-
 /// An input stage that serves what the test gives it.
 class MemoryInput : public KvBasePlayerInput {
 public:
+    using Packet = KvBasePlayerInputPacket;
+
     /// Offers the packet to the tap, then queues it.
-    void give(TestPacket packet) {
-        deliverPacket(packet.get());
-        queueOf(*packet).put(std::move(packet));
-    }
     void giveVideo(const EncodedPicture& picture, int codec, double timeSec) {
-        give(KvBasePlayerInputPacket::copyOf(picture.bytes.data(),
-                                             static_cast<int>(picture.bytes.size()), picture.isKey,
-                                             codec, KvBasePlayerInputPacket::kVideo, timeSec));
+        give(m_video, picture, codec, Packet::kVideo, timeSec);
     }
     void giveSound(const std::vector<uint8_t>& bytes, int codec, double timeSec) {
-        give(KvBasePlayerInputPacket::copyOf(bytes.data(), static_cast<int>(bytes.size()), true,
-                                             codec, KvBasePlayerInputPacket::kAudio, timeSec));
+        give(m_audio, {bytes, true}, codec, Packet::kAudio, timeSec);
     }
     /// What was given is the whole stream.
     void end() {
@@ -43,10 +35,10 @@ public:
     void pause() override {}
     void seek(double) override {}
     double duration() override { return -1.0; }
-    int readVideoPacket(KvBasePlayerInputPacket** p) override { return read(m_video, p); }
-    int readAudioPacket(KvBasePlayerInputPacket** p) override { return read(m_audio, p); }
-    void releaseVideoPacket(KvBasePlayerInputPacket* packet) override { delete packet; }
-    void releaseAudioPacket(KvBasePlayerInputPacket* packet) override { delete packet; }
+    int readVideoPacket(Packet** packet) override { return read(m_video, packet); }
+    int readAudioPacket(Packet** packet) override { return read(m_audio, packet); }
+    void releaseVideoPacket(Packet* packet) override { delete packet; }
+    void releaseAudioPacket(Packet* packet) override { delete packet; }
     int openCodec(int, int, AVCodecContext**, const AVCodec**) override { return -1; }
     int closeCodec(int, AVCodecContext**, const AVCodec**) override { return -1; }
     int speed() override { return 0; }
@@ -61,12 +53,15 @@ public:
     void requestStop() override {}
 
 private:
-    using Queue = OwningQueue<KvBasePlayerInputPacket>;
+    using Queue = OwningQueue<Packet>;
 
-    Queue& queueOf(const KvBasePlayerInputPacket& packet) {
-        return packet.mediaType() == KvBasePlayerInputPacket::kVideo ? m_video : m_audio;
+    void give(Queue& queue, const EncodedPicture& unit, int codec, int mediaType, double timeSec) {
+        auto packet = Packet::copyOf(unit.bytes.data(), static_cast<int>(unit.bytes.size()),
+                                     unit.isKey, codec, mediaType, timeSec);
+        deliverPacket(packet.get());
+        queue.put(std::move(packet));
     }
-    static int read(Queue& queue, KvBasePlayerInputPacket** packet) {
+    static int read(Queue& queue, Packet** packet) {
         *packet = queue.take().release();
         return *packet ? 0 : -1;
     }
