@@ -1,22 +1,32 @@
 #include "ui/list/device_state_text.h"
 
-#include "core/language.h"
+#include <algorithm>
+
 #include "device/device.h"
+#include "device/device_group.h"
+#include "ui/widgets/text.h"
 
 namespace orvelle {
 
-static QString keyOf(DeviceState state) {
+namespace {
+
+constexpr QColor kOnlineColour(0x4c, 0xd9, 0x64);
+constexpr QColor kWaitingColour(0xff, 0xcc, 0x00);
+constexpr QColor kFaultColour(0xff, 0x6b, 0x6b);
+constexpr QColor kOfflineColour(0xb8, 0xb8, 0xb8);
+
+const char* keyOf(DeviceState state) {
     switch (state) {
         case DeviceState::kNeverTried:
         case DeviceState::kConnecting:
-            return QStringLiteral("connecting");
+            return textKey("connecting");
         case DeviceState::kWrongPassword:
-            return QStringLiteral("wrong_password");
+            return textKey("wrong_password");
         case DeviceState::kRefused:
-            return QStringLiteral("camera_is_busy");
+            return textKey("camera_is_busy");
         case DeviceState::kUnreachable:
         case DeviceState::kTimedOut:
-            return QStringLiteral("unreachable");
+            return textKey("unreachable");
         case DeviceState::kOnline:
         case DeviceState::kCancelled:
         case DeviceState::kClosedByCamera:
@@ -24,12 +34,45 @@ static QString keyOf(DeviceState state) {
         case DeviceState::kClosed:
             break;
     }
-    return QStringLiteral("offline");
+    return textKey("offline");
 }
 
+QColor colourOf(const KvDevice& device) {
+    if (device.isOnline())
+        return kOnlineColour;
+    switch (device.state()) {
+        case DeviceState::kNeverTried:
+        case DeviceState::kConnecting:
+            return kWaitingColour;
+        case DeviceState::kWrongPassword:
+            return kFaultColour;
+        default:
+            return kOfflineColour;
+    }
+}
+
+EntryState groupState(const QList<KvDevice*>& devices) {
+    const auto online = std::count_if(devices.begin(), devices.end(),
+                                      [](const KvDevice* device) { return device->isOnline(); });
+    const QString text = QStringLiteral("%1/%2").arg(online).arg(devices.size());
+    if (online == 0)
+        return {text, kOfflineColour};
+    return {text, online == devices.size() ? kOnlineColour : kWaitingColour};
+}
+
+}  // namespace
+
 QString deviceStateText(const KvDevice& device) {
-    return KvLanguage::getString(device.isOnline() ? QStringLiteral("online")
-                                                   : keyOf(device.state()));
+    return text(device.isOnline() ? textKey("online") : keyOf(device.state()));
+}
+
+EntryState entryState(const KvDeviceGroup& entry) {
+    if (entry.type() == KvDeviceGroup::kGroup)
+        return groupState(entry.devices());
+    const KvDevice* device = entry.firstDevice();
+    if (!device)
+        return {text("offline"), kOfflineColour};
+    return {deviceStateText(*device), colourOf(*device)};
 }
 
 }  // namespace orvelle

@@ -1,12 +1,26 @@
 #pragma once
 
+#include <QColor>
 #include <QString>
 
 class KvDevice;
+class KvDeviceGroup;
 
 namespace orvelle {
 
 /// What the user reads about a camera's connection: online, or why it is not.
 QString deviceStateText(const KvDevice& device);
+
+/// How a list entry's cameras are doing.
+struct EntryState {
+    QString text;   ///< a camera's state; of a group, how many are online
+    QColor colour;  ///< of the dot before the text, on a dark ground
+
+    bool operator==(const EntryState& other) const {
+        return text == other.text && colour == other.colour;
+    }
+};
+
+EntryState entryState(const KvDeviceGroup& entry);
 
 }  // namespace orvelle
