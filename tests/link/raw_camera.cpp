@@ -48,8 +48,8 @@ bool RawCamera::welcomeAll() {
         const bool came = QTest::qWaitFor(
             [&] { return srt_recvmsg(caller.socket.id(), buffer, sizeof buffer) > 0; },
             kPatienceMs);
-        if (!came || sendMessage(caller.socket.id(), encodeMessage(WelcomeMessage{})) !=
-                         SendResult::Sent)
+        if (!came ||
+            sendMessage(caller.socket.id(), encodeMessage(WelcomeMessage{})) != SendResult::Sent)
             return false;
     }
     return true;

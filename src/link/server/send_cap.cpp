@@ -8,42 +8,89 @@ namespace {
 
 constexpr int64_t kLeastStart = 8'000'000;
 constexpr int64_t kFloor = 200'000;
-constexpr double kBackOff = 0.85;         // of what got through while the path was full
-constexpr double kGrowth = 1.08;          // an update
-constexpr int kHoldUpdates = 2;           // lets the path's own queue drain first
-constexpr double kQueuedMs = 120;         // above the least round trip: a queue has built up
-constexpr double kFullLossRatio = 0.2;    // no radio path in use loses that much
-constexpr double kRoundTripDrift = 1.01;  // lets the least follow a path that grew longer
+constexpr double kBackOff = 0.85;    // of what got through while a queue built up
+constexpr double kDeepestCut = 0.5;  // one sample may mislead
+constexpr double kCutForLoss = 0.7;
+constexpr int kHoldUpdates = 3;            // lets the path's own queue drain first
+constexpr double kQueuedMs = 120;          // above the least round trip: a queue has built up
+constexpr double kRoundTripDrift = 1.002;  // lets the least follow a path that grew longer
+// A path without a queue of its own shows only by loss. Reordered datagrams are reported as
+// lost too, so it takes many of them, and twice.
+constexpr double kFullLossRatio = 0.35;
+constexpr int kFullLossSamples = 2;
+// Careful near the rate that was too much; bold once the path shows that it takes more.
+constexpr double kCarefulGrowth = 1.04;
+constexpr double kBoldGrowth = 1.15;
+constexpr int kCarefulUpdates = 10;
+constexpr double kSpotlessMs = 25;  // above the least round trip: no queue worth the name
+constexpr double kUsedShare = 0.5;  // a cap that was not used proves nothing
+// On a spotless path key frames may go out this much faster than the start.
+constexpr int64_t kHeadRoom = 4;
+
+double arrivedShare(const SendCap::Sample& sample) {
+    return 1 - static_cast<double>(sample.lostPackets) /
+                   static_cast<double>(std::max<int64_t>(1, sample.sentPackets));
+}
 
 }  // namespace
 
 SendCap::SendCap(int64_t nominalBitsPerSecond)
     : m_start(std::max(kLeastStart, 2 * nominalBitsPerSecond)), m_cap(m_start) {}
 
-bool SendCap::isPathFull(const Sample& sample) {
+bool SendCap::isQueueing(const Sample& sample) {
+    if (!sample.hasProgress)
+        return false;  // the round trip is an old one
     if (m_leastRoundTripMs <= 0 || sample.roundTripMs < m_leastRoundTripMs)
         m_leastRoundTripMs = sample.roundTripMs;
     else
         m_leastRoundTripMs *= kRoundTripDrift;
-    const bool isQueued = sample.roundTripMs > m_leastRoundTripMs + kQueuedMs;
-    const bool isLosing = static_cast<double>(sample.lostPackets) >
-                          kFullLossRatio * static_cast<double>(sample.sentPackets);
-    return isQueued || (isLosing && sample.sentPackets > 0);
+    return sample.roundTripMs > m_leastRoundTripMs + kQueuedMs;
+}
+
+bool SendCap::isLosing(const Sample& sample) {
+    const bool isMuch = static_cast<double>(sample.lostPackets) >
+                        kFullLossRatio * static_cast<double>(sample.sentPackets);
+    m_lossySamples = isMuch && sample.isBacklogged ? m_lossySamples + 1 : 0;
+    return m_lossySamples >= kFullLossSamples;
+}
+
+void SendCap::backOff(double factor) {
+    m_cap = std::max(kFloor, static_cast<int64_t>(static_cast<double>(m_cap) * factor));
+    m_hold = kHoldUpdates;
+    m_healthy = 0;
+    m_lossySamples = 0;
+}
+
+double SendCap::usedShare(const Sample& sample) const {
+    return static_cast<double>(sample.sentBytes) * 8000 / static_cast<double>(sample.elapsedMs) /
+           static_cast<double>(m_cap);
+}
+
+void SendCap::grow(const Sample& sample) {
+    const bool isSpotless =
+        sample.lostPackets == 0 && sample.roundTripMs < m_leastRoundTripMs + kSpotlessMs;
+    const bool isProven = sample.isBacklogged || usedShare(sample) >= kUsedShare;
+    if (!isProven && !(isSpotless && m_cap >= m_start))
+        return;
+    const bool isBold = ++m_healthy > kCarefulUpdates || (isSpotless && sample.isBacklogged);
+    const double grown = static_cast<double>(m_cap) * (isBold ? kBoldGrowth : kCarefulGrowth);
+    const int64_t most = isSpotless ? kHeadRoom * m_start : m_start;
+    m_cap = std::min(most, static_cast<int64_t>(grown));
 }
 
 int64_t SendCap::update(const Sample& sample) {
     if (sample.elapsedMs <= 0)
         return m_cap;
-    if (isPathFull(sample) && sample.isBacklogged) {
-        const auto delivered = static_cast<double>(sample.ackedBytes * 8000 / sample.elapsedMs);
-        const auto wanted = static_cast<int64_t>(delivered * kBackOff);
-        m_cap = std::max(kFloor, std::min(m_cap, wanted));
-        m_hold = kHoldUpdates;
-    } else if (m_hold > 0) {
+    const bool queueing = isQueueing(sample);
+    const bool losing = isLosing(sample);
+    if (m_hold > 0)
         --m_hold;
-    } else {
-        m_cap = std::min(m_start, static_cast<int64_t>(static_cast<double>(m_cap) * kGrowth));
-    }
+    else if (queueing && sample.isBacklogged)
+        backOff(std::clamp(kBackOff * usedShare(sample) * arrivedShare(sample), kDeepestCut, 1.0));
+    else if (losing)
+        backOff(kCutForLoss);
+    else if (sample.hasProgress && !queueing)
+        grow(sample);
     return m_cap;
 }
 

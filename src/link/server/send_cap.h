@@ -12,10 +12,11 @@ public:
     /// What was seen since the last update.
     struct Sample {
         int64_t elapsedMs = 0;
-        int64_t ackedBytes = 0;
-        int64_t sentPackets = 0;
-        int64_t lostPackets = 0;
+        int64_t sentBytes = 0;    ///< with repetitions
+        int64_t sentPackets = 0;  ///< the same
+        int64_t lostPackets = 0;  ///< as the peer reported
         double roundTripMs = 0;
+        bool hasProgress = false;   ///< the peer acknowledged something new
         bool isBacklogged = false;  ///< there was always something left to send
     };
 
@@ -26,12 +27,18 @@ public:
     int64_t bitsPerSecond() const { return m_cap; }
 
 private:
-    bool isPathFull(const Sample& sample);
+    bool isQueueing(const Sample& sample);
+    bool isLosing(const Sample& sample);
+    double usedShare(const Sample& sample) const;
+    void backOff(double factor);
+    void grow(const Sample& sample);
 
     const int64_t m_start;
     int64_t m_cap;
     double m_leastRoundTripMs = 0;
-    int m_hold = 0;  ///< updates until the cap may grow again
+    int m_hold = 0;          ///< updates until the cap may grow again
+    int m_lossySamples = 0;  ///< in a row
+    int m_healthy = 0;       ///< updates in a row that let it grow
 };
 
 }  // namespace orvelle

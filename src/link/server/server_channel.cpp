@@ -8,7 +8,7 @@ namespace orvelle {
 namespace {
 
 constexpr int64_t kTransportHoldsMs = 150;
-constexpr int64_t kAdaptIntervalMs = 500;
+constexpr int64_t kAdaptIntervalMs = 250;
 
 }  // namespace
 
@@ -64,16 +64,18 @@ void ServerChannel::adapt(int64_t nowMs) {
     SRT_TRACEBSTATS stats;
     if (srt_bistats(id(), &stats, 0, 1) < 0)
         return;
+    const int64_t ackedBytes = m_fedBytes - stats.byteSndBuf;
     SendCap::Sample sample;
-    const int64_t acked = m_fedBytes - stats.byteSndBuf;
     sample.elapsedMs = m_lastAdaptMs == 0 ? 0 : elapsedMs;
-    sample.ackedBytes = std::max<int64_t>(0, acked - m_lastAckedBytes);
+    sample.sentBytes = static_cast<int64_t>(stats.byteSentTotal) - m_lastSentBytes;
     sample.sentPackets = stats.pktSentTotal - m_lastSentPackets;
     sample.lostPackets = stats.pktSndLossTotal - m_lastLostPackets;
     sample.roundTripMs = stats.msRTT;
+    sample.hasProgress = ackedBytes > m_lastAckedBytes;
     sample.isBacklogged = m_wasBacklogged;
     m_lastAdaptMs = nowMs;
-    m_lastAckedBytes = acked;
+    m_lastAckedBytes = ackedBytes;
+    m_lastSentBytes = static_cast<int64_t>(stats.byteSentTotal);
     m_lastSentPackets = stats.pktSentTotal;
     m_lastLostPackets = stats.pktSndLossTotal;
     m_wasBacklogged = true;

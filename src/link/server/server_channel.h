@@ -37,6 +37,7 @@ private:
     int64_t m_lastAdaptMs = 0;
     int64_t m_fedBytes = 0;  ///< in messages, since the start
     int64_t m_lastAckedBytes = 0;
+    int64_t m_lastSentBytes = 0;
     int64_t m_lastSentPackets = 0;
     int64_t m_lastLostPackets = 0;
     bool m_wasBacklogged = true;  ///< since the last adaptation

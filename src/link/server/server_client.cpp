@@ -31,6 +31,9 @@ bool ServerClient::openChannel(int number, SrtSocket socket, int64_t nominalBits
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_channels.count(number) > 0)
         return false;
+    // The welcome goes first and under the lock, so that no frame overtakes it and whoever saw it
+    // finds the channel open.
+    sendMessage(socket.id(), encodeMessage(WelcomeMessage{}));
     m_channels[number] =
         std::make_shared<ServerChannel>(std::move(socket), nominalBitsPerSecond, counters);
     return true;

@@ -21,7 +21,7 @@ public:
     /// Result as LinkServer::sendControl.
     int send(const Message& message);
 
-    /// False when the channel is open already.
+    /// Welcomes the caller on it; false when the channel is open already.
     bool openChannel(int number, SrtSocket socket, int64_t nominalBitsPerSecond,
                      ServerCounters& counters);
     void closeChannel(int number);

@@ -207,8 +207,6 @@ void ServiceThread::welcomeMedia(SRTSOCKET socket) {
         refuse(socket, LINK_ER_CHANNEL_IN_USE);
         return;
     }
-    // The welcome goes first, since frames may follow from the moment the channel is open.
-    sendMessage(socket, encodeMessage(WelcomeMessage{}));
     peer.client = client;
     client->openChannel(peer.request.channel, std::move(peer.socket), m_nominalBitsPerSecond,
                         m_counters);
