@@ -5,6 +5,8 @@
 #include <QProcess>
 #include <QTemporaryDir>
 
+#include <memory>
+
 #include "support/tone.h"
 
 namespace orvelle::test {
@@ -14,33 +16,37 @@ namespace orvelle::test {
 class SoundServer {
 public:
     SoundServer() {
-        qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(socket()));
-        auto environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(QStringLiteral("HOME"), m_dir.path());
-        environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_dir.path());
-        m_process.setProcessEnvironment(environment);
-        m_process.setStandardErrorFile(QProcess::nullDevice());
+        qputenv("PULSE_SERVER", "unix:" + QFile::encodeName(address()));
+        m_environment.insert(QStringLiteral("HOME"), m_dir.path());
+        m_environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_dir.path());
     }
-    ~SoundServer() { kill(); }
+    ~SoundServer() {
+        if (m_process)
+            kill(*m_process);
+    }
 
+    /// Starts a server; one that runs already dies once the new one has taken its address.
     bool start() {
-        QFile::remove(socket());
+        const QString socket = address() + QString::number(++m_starts);
+        auto next = std::make_unique<QProcess>();
+        next->setProcessEnvironment(m_environment);
+        next->setStandardErrorFile(QProcess::nullDevice());
         const QString arguments =
             QStringLiteral(
                 "-n;--daemonize=no;--exit-idle-time=-1;--use-pid-file=no;-L;module-null-sink "
                 "sink_name=desk rate=48000 channels=2;-L;module-native-protocol-unix "
                 "auth-anonymous=1 socket=") +
-            socket();
-        m_process.start(QStringLiteral("pulseaudio"), arguments.split(QLatin1Char(';')));
+            socket;
+        next->start(QStringLiteral("pulseaudio"), arguments.split(QLatin1Char(';')));
         const QDeadlineTimer deadline(20'000);
-        while (m_process.waitForStarted() && streamCount() < 0 && !deadline.hasExpired()) {
+        while (next->waitForStarted() && streamCount(socket) < 0 && !deadline.hasExpired()) {
         }
+        QFile::remove(address());
+        QFile::link(socket, address());
+        m_process.swap(next);
+        if (next)
+            kill(*next);
         return streamCount() >= 0;
-    }
-
-    void kill() {
-        m_process.kill();
-        m_process.waitForFinished();
     }
 
     /// Listens until the tone fills a tenth of a second.
@@ -65,19 +71,29 @@ public:
     }
 
     /// How many streams play; -1 when the server does not answer.
-    int streamCount() const {
+    int streamCount() const { return streamCount(address()); }
+
+private:
+    QString address() const { return m_dir.filePath(QStringLiteral("socket")); }
+
+    static void kill(QProcess& process) {
+        process.kill();
+        process.waitForFinished();
+    }
+
+    static int streamCount(const QString& socket) {
         QProcess lister;
         lister.start(QStringLiteral("pactl"),
-                     QStringLiteral("list short sink-inputs").split(QLatin1Char(' ')));
+                     {QStringLiteral("--server=unix:") + socket, QStringLiteral("list"),
+                      QStringLiteral("short"), QStringLiteral("sink-inputs")});
         const bool isListed = lister.waitForFinished() && lister.exitCode() == 0;
         return isListed ? lister.readAllStandardOutput().count('\n') : -1;
     }
 
-private:
-    QString socket() const { return m_dir.filePath(QStringLiteral("socket")); }
-
     QTemporaryDir m_dir;
-    QProcess m_process;
+    QProcessEnvironment m_environment = QProcessEnvironment::systemEnvironment();
+    int m_starts = 0;
+    std::unique_ptr<QProcess> m_process;
 };
 
 }  // namespace orvelle::test
