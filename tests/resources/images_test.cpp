@@ -13,7 +13,7 @@ struct Family {
 };
 
 constexpr Family kFamilies[] = {
-    {"minimized maximized home_close close save add play suspend voice voiceoff setting",
+    {"minimized maximized home_close close save add group lan play suspend voice voiceoff setting",
      "normal hover"},
     {"helplist allcamera sd shutdown video capture platform fullscreen cancel_fullscreen",
      "normal hover press"},
@@ -22,7 +22,7 @@ constexpr Family kFamilies[] = {
     {"unbind", "normal hover"},
     {"layout1x1 layout2x2 layout3x3 layout4x4 layout6 layout13 group_edit remove select",
      "normal pressed"},
-    {"group group_camera input search fhd hd vga", "normal"},
+    {"group_camera input search fhd hd vga", "normal"},
     {"play pause increase reduce", "- over"},
     {"calendar_prev calendar_next", "- pressed"},
     {"logo_white list_drop_down drop_down back_dark selected unselected prev next loading "
