@@ -24,6 +24,9 @@ constexpr double kKerb = 0.70;
 constexpr int kSigns = 8;  ///< numbered signs along the street
 constexpr int kCars = 4;
 
+constexpr uint32_t kGrainStrength = 5;
+constexpr uint32_t kGrainSpare = 4096;  ///< where a row's grain may start
+
 struct Palette {
     Yuv skyTop, skyLow, wall, window, street;
 };
@@ -59,6 +62,15 @@ uint32_t nextRandom(uint32_t& state) {
     return state >> 8;
 }
 
+// Small steps up and down, for addition without a sign.
+std::vector<uint8_t> makeGrain(int width) {
+    std::vector<uint8_t> grain(static_cast<size_t>(width) + kGrainSpare);
+    uint32_t random = 1;
+    for (uint8_t& step : grain)
+        step = static_cast<uint8_t>(nextRandom(random) % (2 * kGrainStrength + 1) - kGrainStrength);
+    return grain;
+}
+
 std::string clockText(int64_t localDayUs) {
     const auto ms = static_cast<unsigned>(localDayUs / 1000 % 86'400'000);
     char text[16];
@@ -74,7 +86,8 @@ DemoScene::DemoScene(int width, int height, int variant, std::string label)
       m_height(height),
       m_variant(variant),
       m_label(std::move(label)),
-      m_panorama(makePicture(even(width * kPanoramaWidth), even(height * kPanoramaHeight))) {
+      m_panorama(makePicture(even(width * kPanoramaWidth), even(height * kPanoramaHeight))),
+      m_grain(makeGrain(width)) {
     if (!m_panorama)
         return;
     paintSky();
@@ -140,6 +153,7 @@ void DemoScene::draw(AVFrame* picture, const SceneTime& time, const PanTilt::Pos
     const Offset offset = offsetOf(view);
     copyView(picture, offset);
     drawMovers(picture, static_cast<double>(time.sceneUs) / 1e6, offset);
+    addGrain(picture, time.sceneUs);
     drawTexts(picture, time.localDayUs);
     Painter(picture).fillRect(0, 0, m_width, pictureClockHeight(m_height), kBlack);
     drawPictureClock(picture->data[0], picture->linesize[0], m_width, m_height, time.stamp);
@@ -193,6 +207,16 @@ void DemoScene::drawCar(AVFrame* picture, int index, double seconds, Offset offs
     painter.fillRect(left + length / 4, top - height / 2, length / 2, height / 2, {170, 140, 118});
     painter.fillDisc(left + length / 4, top + height, height / 3, kBlack);
     painter.fillDisc(left + length * 3 / 4, top + height, height / 3, kBlack);
+}
+
+void DemoScene::addGrain(AVFrame* picture, int64_t sceneUs) const {
+    auto random = static_cast<uint32_t>(sceneUs);
+    for (int row = pictureClockHeight(m_height); row < m_height; ++row) {
+        uint8_t* luma = picture->data[0] + ptrdiff_t{row} * picture->linesize[0];
+        const uint8_t* grain = m_grain.data() + nextRandom(random) % kGrainSpare;
+        for (int x = 0; x < m_width; ++x)
+            luma[x] = static_cast<uint8_t>(luma[x] + grain[x]);
+    }
 }
 
 void DemoScene::drawTexts(AVFrame* picture, int64_t localDayUs) const {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "camera/pan_tilt.h"
 #include "frames/ffmpeg_ptr.h"
@@ -18,7 +19,8 @@ struct SceneTime {
 /// A moving street scene that can be watched by eye and by machine: a panorama, drawn once,
 /// through which pan and tilt move the view; cars and a balloon that move with time; a
 /// readable clock above a bar that fills once a second, a label, and the picture clock across
-/// the top. Costs about a millisecond a picture. One thread.
+/// the top. A grain as of a camera's sensor makes the encoder spend the bits it is given. Costs
+/// about a millisecond a picture. One thread.
 class DemoScene {
 public:
     /// `variant` picks colours and skyline, so that several demo cameras differ.
@@ -41,13 +43,15 @@ private:
     void copyView(AVFrame* picture, Offset offset) const;
     void drawMovers(AVFrame* picture, double seconds, Offset offset) const;
     void drawCar(AVFrame* picture, int index, double seconds, Offset offset) const;
+    void addGrain(AVFrame* picture, int64_t sceneUs) const;
     void drawTexts(AVFrame* picture, int64_t localDayUs) const;
 
     const int m_width;
     const int m_height;
     const int m_variant;
     const std::string m_label;
-    FramePtr m_panorama;  ///< fixed after construction
+    FramePtr m_panorama;           ///< fixed after construction
+    std::vector<uint8_t> m_grain;  ///< noise, longer than a row
 };
 
 }  // namespace orvelle

@@ -26,7 +26,7 @@ void setOptions(AVCodecContext* context, AVCodecID codec) {
     av_opt_set(context->priv_data, "forced-idr", "1", 0);
     if (codec == AV_CODEC_ID_HEVC) {
         av_opt_set(context->priv_data, "x265-params",
-                   "log-level=error:pools=none:frame-threads=1:scenecut=0:repeat-headers=1", 0);
+                   "log-level=error:frame-threads=1:scenecut=0:repeat-headers=1", 0);
     }
 }
 
