@@ -1,12 +1,16 @@
-#include "system/client_process_test.h"
+#include "device/tutk_device.h"
+#include "support/camera_process.h"
+#include "support/suites.h"
 
 #include <signal.h>
 
 #include <QDeadlineTimer>
 #include <QDir>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QtTest>
 
-#include "device/tutk_device.h"
+#include <memory>
 
 using orvelle::test::CameraProcess;
 
@@ -14,6 +18,27 @@ namespace {
 
 constexpr int kPatienceMs = 60000;
 constexpr int kRefused = 255;  ///< -1 as the system reports it
+
+/// The client program as a user starts and ends it.
+class ClientProcessTest : public QObject {
+    Q_OBJECT
+private slots:
+    void initTestCase();
+    void init();
+    void cleanup();
+    void client_quitsInOrder_whenToldToEnd_data();
+    void client_quitsInOrder_whenToldToEnd();
+    void secondCopy_isRefused_whileTheFirstRuns();
+
+private:
+    std::unique_ptr<QProcess> startClient() const;
+    static bool waitForOutput(QProcess& client, const QByteArray& text);
+
+    QTemporaryDir m_home;
+    orvelle::test::CameraProcess m_camera{{QStringLiteral("--demo"), QStringLiteral("--uid"),
+                                           QStringLiteral("CLIENT1"), QStringLiteral("--size"),
+                                           QStringLiteral("360p")}};
+};
 
 }  // namespace
 
@@ -94,3 +119,7 @@ void ClientProcessTest::secondCopy_isRefused_whileTheFirstRuns() {
     first->terminate();
     QVERIFY(first->waitForFinished(kPatienceMs));
 }
+
+static orvelle::test::RegisterSuite<ClientProcessTest> s_suite;
+
+#include "client_process_test.moc"

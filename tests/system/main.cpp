@@ -1,14 +1,9 @@
 #include <QApplication>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
-#include <QtTest>
 
 #include "media/device_inputs.h"
-#include "support/leak_check.h"
-#include "system/camera_outcome_test.h"
-#include "system/client_process_test.h"
-#include "system/recording_test.h"
-#include "system/restart_test.h"
+#include "support/suites.h"
 
 /// The engine and the client against the real camera program.
 int main(int argc, char** argv) {
@@ -19,16 +14,6 @@ int main(int argc, char** argv) {
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     const QApplication application(argc, argv);
-    const orvelle::test::LeakCheck leaks;
     orvelle::registerDeviceInputs();
-
-    int failures = 0;
-    CameraOutcomeTest cameraOutcome;
-    RecordingTest recording;
-    RestartTest restart;
-    ClientProcessTest clientProcess;
-    for (QObject* test : {static_cast<QObject*>(&cameraOutcome), static_cast<QObject*>(&recording),
-                          static_cast<QObject*>(&restart), static_cast<QObject*>(&clientProcess)})
-        failures += QTest::qExec(test, argc, argv);
-    return failures + leaks.leftovers();
+    return orvelle::test::runSuites(argc, argv);
 }

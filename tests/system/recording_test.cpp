@@ -1,4 +1,7 @@
-#include "system/recording_test.h"
+#include "media/device_player.h"
+#include "media/player_recorder.h"
+#include "support/suites.h"
+#include "system/camera_set.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -9,10 +12,6 @@
 
 #include <atomic>
 #include <cmath>
-
-#include "media/device_player.h"
-#include "media/player_recorder.h"
-#include "system/camera_set.h"
 
 using orvelle::test::CameraSet;
 
@@ -50,6 +49,14 @@ QJsonObject probe(const QString& path, const char* stream) {
     const QJsonDocument json = QJsonDocument::fromJson(ffprobe.readAllStandardOutput());
     return json.object()[QStringLiteral("streams")].toArray().at(0).toObject();
 }
+
+/// Recordings of the demo camera, opened again by another program.
+class RecordingTest : public QObject {
+    Q_OBJECT
+private slots:
+    void recording_opensWithItsFrames_whenMadeFromTheDemoCamera_data();
+    void recording_opensWithItsFrames_whenMadeFromTheDemoCamera();
+};
 
 }  // namespace
 
@@ -91,3 +98,7 @@ void RecordingTest::recording_opensWithItsFrames_whenMadeFromTheDemoCamera() {
     QVERIFY(std::abs(duration - told.seconds) <= 2.0 / kFramesPerSecond);
     QVERIFY(std::abs(audio[QStringLiteral("duration")].toString().toDouble() - duration) <= 1.0);
 }
+
+static orvelle::test::RegisterSuite<RecordingTest> s_suite;
+
+#include "recording_test.moc"

@@ -1,13 +1,12 @@
-#include "system/restart_test.h"
+#include "device/device.h"
+#include "render/video_view.h"
+#include "support/suites.h"
+#include "system/camera_set.h"
+#include "ui/preview/device_player_view.h"
 
 #include <QImage>
 #include <QSignalSpy>
 #include <QtTest>
-
-#include "device/device.h"
-#include "render/video_view.h"
-#include "system/camera_set.h"
-#include "ui/preview/device_player_view.h"
 
 using orvelle::test::CameraSet;
 
@@ -23,6 +22,13 @@ bool isBlack(const QImage& picture) {
                 return false;
     return true;
 }
+
+/// A watched camera that goes away and comes back.
+class RestartTest : public QObject {
+    Q_OBJECT
+private slots:
+    void picture_returns_whenCameraIsKilledAndStarted();
+};
 
 }  // namespace
 
@@ -48,3 +54,7 @@ void RestartTest::picture_returns_whenCameraIsKilledAndStarted() {
         QTRY_COMPARE_WITH_TIMEOUT(firstPictures.count(), cycle + 1, kPatienceMs);
     }
 }
+
+static orvelle::test::RegisterSuite<RestartTest> s_suite;
+
+#include "restart_test.moc"
