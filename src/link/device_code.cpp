@@ -85,13 +85,15 @@ public:
         const std::string& alphabet = alphabets()[static_cast<size_t>(index)];
         for (auto byte = text.rbegin(); byte != text.rend(); ++byte)
             push(static_cast<int>(alphabet.size()), static_cast<int>(alphabet.find(*byte)));
-        push(static_cast<int>(alphabets().size()), index);
+        push(static_cast<int>(alphabets().size()) + 1, index + 1);  // never 0, nor is the number
         push(static_cast<int>(maxBytes), static_cast<int>(text.size()) - 1);
     }
 
     std::string popText(size_t maxBytes) {
         const int size = pop(static_cast<int>(maxBytes)) + 1;
-        const int index = pop(static_cast<int>(alphabets().size()));
+        const int index = pop(static_cast<int>(alphabets().size()) + 1) - 1;
+        if (index < 0)
+            return {};
         const std::string& alphabet = alphabets()[static_cast<size_t>(index)];
         std::string text;
         for (int i = 0; i < size; ++i)

@@ -16,7 +16,7 @@ public:
         int64_t sentPackets = 0;  ///< the same
         int64_t lostPackets = 0;  ///< as the peer reported
         double roundTripMs = 0;
-        bool hasProgress = false;   ///< the peer acknowledged something new
+        int64_t ackedBytes = 0;     ///< new ones, without repetitions
         bool isBacklogged = false;  ///< there was always something left to send
     };
 
@@ -29,13 +29,14 @@ public:
 private:
     bool isQueueing(const Sample& sample);
     bool isLosing(const Sample& sample);
-    double usedShare(const Sample& sample) const;
+    double deliveredRate(const Sample& sample) const;
     void backOff(double factor);
     void grow(const Sample& sample);
 
     const int64_t m_start;
     int64_t m_cap;
     double m_leastRoundTripMs = 0;
+    double m_ackedRate = 0;  ///< bits per second, smoothed since repairs come in bursts
     int m_hold = 0;          ///< updates until the cap may grow again
     int m_lossySamples = 0;  ///< in a row
     int m_healthy = 0;       ///< updates in a row that let it grow

@@ -71,7 +71,7 @@ void ServerChannel::adapt(int64_t nowMs) {
     sample.sentPackets = stats.pktSentTotal - m_lastSentPackets;
     sample.lostPackets = stats.pktSndLossTotal - m_lastLostPackets;
     sample.roundTripMs = stats.msRTT;
-    sample.hasProgress = ackedBytes > m_lastAckedBytes;
+    sample.ackedBytes = std::max<int64_t>(0, ackedBytes - m_lastAckedBytes);
     sample.isBacklogged = m_wasBacklogged;
     m_lastAdaptMs = nowMs;
     m_lastAckedBytes = ackedBytes;

@@ -1,0 +1,216 @@
+#include <arpa/inet.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <random>
+
+#include "link/environment.h"
+#include "link/passphrase.h"
+#include "raw_camera.h"
+#include "suite.h"
+
+namespace orvelle::test {
+
+namespace {
+
+/// Throws bytes at a UDP port of this machine: noise, handshakes with flipped bits, torn and
+/// oversized ones.
+void bombard(uint16_t port, uint32_t seed) {
+    const int socket = ::socket(AF_INET, SOCK_DGRAM, 0);
+    const sockaddr_in to = *ipv4Address("127.0.0.1", port);
+    std::mt19937 random(seed);
+    // The fixed part of a transport handshake: control bit, type 0, version 4, extension 2.
+    std::vector<uint8_t> handshake(64);
+    handshake[0] = 0x80;
+    handshake[19] = 4;
+    handshake[23] = 2;
+    for (int i = 0; i < 3000; ++i) {
+        std::vector<uint8_t> bytes = handshake;
+        if (i % 3 == 0)
+            bytes.assign(random() % 1500, 0);
+        for (unsigned flips = random() % 8; i % 3 != 0 && flips > 0; --flips)
+            bytes[random() % bytes.size()] = uint8_t(random());
+        if (i % 3 == 0)
+            std::generate(bytes.begin(), bytes.end(), [&] { return uint8_t(random()); });
+        if (i % 3 == 2)
+            bytes.resize(random() % 9000);
+        sendto(socket, bytes.data(), bytes.size(), 0, asSockaddr(to), sizeof to);
+    }
+    close(socket);
+}
+
+uint16_t freePort() {
+    const int socket = ::socket(AF_INET, SOCK_DGRAM, 0);
+    sockaddr_in address = *ipv4Address("127.0.0.1", 0);
+    socklen_t size = sizeof address;
+    bind(socket, asSockaddr(address), size);
+    getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
+    close(socket);
+    return ntohs(address.sin_port);
+}
+
+QByteArray encoded(const Message& message) {
+    const EncodedMessage bytes = encodeMessage(message);
+    return QByteArray(reinterpret_cast<const char*>(bytes.bytes.data()), int(bytes.size));
+}
+
+}  // namespace
+
+/// Bytes that neither end should ever get, from outside and from a peer that has logged in.
+class HostileTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase();
+    void cleanupTestCase() { LinkClient::instance().shutDown(); }
+    void session_goesOn_whenPortsAreBombarded();
+    void channel_isCutOff_whenCameraBreaksProtocol_data();
+    void channel_isCutOff_whenCameraBreaksProtocol();
+    void client_isCutOff_whenItBreaksProtocol_data();
+    void client_isCutOff_whenItBreaksProtocol();
+    void login_ignoresReason_whenRefusalIsNone();
+    void server_doesNotStart_whenUnusable();
+
+private:
+    uint16_t m_clientPort = 0;
+};
+
+void HostileTest::initTestCase() {
+    m_clientPort = freePort();
+    QCOMPARE(IOTC_Initialize2(m_clientPort), 0);
+    avInitialize(32);
+}
+
+void HostileTest::session_goesOn_whenPortsAreBombarded() {
+    TestCamera camera;
+    TestClient client;
+    QVERIFY(client.connect() >= 0);
+    uint32_t seed = 1;
+    for (const uint16_t port : {camera.server().port(), m_clientPort, discoveryPort()})
+        bombard(port, seed++);
+    QCOMPARE(camera.sendVideo(5000, true), 0);
+    QCOMPARE(client.video().code, 5000);
+    QCOMPARE(avSendIOCtrl(client.av(), 7, "x", 1), 0);
+    QTRY_COMPARE(camera.controls(), QVector<QByteArray>{"7:x"});
+    QVERIFY(TestClient().connect() >= 0);  // the search still answers, the port still accepts
+}
+
+void HostileTest::channel_isCutOff_whenCameraBreaksProtocol_data() {
+    QTest::addColumn<bool>("onControl");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("reason");
+    const int broken = LINK_ER_PROTOCOL;
+    const QByteArray hugeFrame =
+        QByteArray::fromHex("07000000FFFF000000000000FFFFFFFF00000000000000000000000000000000AA");
+    QTest::newRow("noise on control") << true << QByteArray(1456, '\x07') << broken;
+    QTest::newRow("noise on media") << false << QByteArray(1456, '\xEE') << broken;
+    QTest::newRow("one byte") << true << QByteArray(1, '\6') << broken;
+    QTest::newRow("frame of 4 GB") << false << hugeFrame << broken;
+    QTest::newRow("a second welcome") << true << encoded(WelcomeMessage{}) << broken;
+    QTest::newRow("bye with a time-out as reason")
+        << true << encoded(ByeMessage{AV_ER_TIMEOUT}) << int{AV_ER_SESSION_CLOSE_BY_REMOTE};
+}
+
+void HostileTest::channel_isCutOff_whenCameraBreaksProtocol() {
+    QFETCH(bool, onControl);
+    QFETCH(QByteArray, bytes);
+    RawCamera camera(kUid, kPassword);
+    const AddressOverride address(kUid, camera.port());
+    TestClient client;
+    QCOMPARE(client.find(), client.sid());
+    std::thread login([&] { client.logIn(); });
+    const bool isWelcomed = camera.acceptSockets(2) && camera.welcomeAll();
+    login.join();
+    QVERIFY(isWelcomed && client.av() >= 0);
+    // A fragment whose frame never goes on must not hide the end.
+    FrameFragment begun;
+    begun.totalBytes = 2000;
+    begun.count = 2;
+    const std::vector<uint8_t> payload(kFragmentPayloadBytes);
+    begun.data = payload.data();
+    begun.size = payload.size();
+    camera.send(StreamPurpose::Media, encoded(begun));
+    camera.send(onControl ? StreamPurpose::Control : StreamPurpose::Media, bytes);
+    uint32_t type = 0;
+    QByteArray data;
+    QTEST(client.control(&type, &data), "reason");
+    QTEST(client.video().code, "reason");
+}
+
+void HostileTest::client_isCutOff_whenItBreaksProtocol_data() {
+    QTest::addColumn<bool>("saysHello");
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::newRow("noise as hello") << false << QByteArray(100, '\1');
+    QTest::newRow("control before hello") << false << encoded(ControlMessage{});
+    QTest::newRow("noise") << true << QByteArray(1456, '\xEE');
+    QTest::newRow("hello twice") << true << encoded(HelloMessage{});
+    QTest::newRow("torn control") << true << QByteArray::fromHex("0600FFFF80060000");
+}
+
+void HostileTest::client_isCutOff_whenItBreaksProtocol() {
+    QFETCH(bool, saysHello);
+    QFETCH(QByteArray, bytes);
+    TestCamera camera;
+    TestClient good;
+    QVERIFY(good.connect() >= 0);
+
+    const SrtLibrary library;
+    SrtSocket bad = createLinkSocket(SocketUse::Control);
+    StreamRequest request{StreamPurpose::Control, kUid, "admin", 42, 0, kProtocolVersion};
+    setSocketOption(bad.id(), SRTO_STREAMID, encodeStreamId(request));
+    setSocketOption(bad.id(), SRTO_PASSPHRASE, *derivePassphrase(kUid, "admin", kPassword));
+    const sockaddr_in to = *ipv4Address("127.0.0.1", camera.server().port());
+    srt_connect(bad.id(), asSockaddr(to), sizeof to);
+    QTRY_COMPARE(srt_getsockstate(bad.id()), SRTS_CONNECTED);
+    if (saysHello) {
+        sendMessage(bad.id(), encodeMessage(HelloMessage{}));
+        QTRY_COMPARE(camera.connected(), 2);
+    }
+    srt_sendmsg(bad.id(), bytes.data(), bytes.size(), -1, 1);
+    QTRY_VERIFY(srt_getsockstate(bad.id()) != SRTS_CONNECTED);
+    QTRY_COMPARE(camera.lostGone(), saysHello ? 1 : 0);
+    QCOMPARE(camera.controls().size(), 0);
+    QCOMPARE(camera.server().stats().clients, 1);
+    QCOMPARE(avSendIOCtrl(good.av(), 1, "", 0), 0);
+    QTRY_COMPARE(camera.controls().size(), 1);
+}
+
+void HostileTest::login_ignoresReason_whenRefusalIsNone() {
+    RawCamera camera(kUid, kPassword);
+    const AddressOverride address(kUid, camera.port());
+    TestClient client;
+    QCOMPARE(client.find(), client.sid());
+    std::atomic<int> result{0};
+    std::thread login([&] { result = client.logIn(); });
+    const bool isAccepted = camera.acceptSockets(2);
+    camera.send(StreamPurpose::Control, encoded(ByeMessage{0}));
+    login.join();
+    QVERIFY(isAccepted);
+    QCOMPARE(result.load(), int{LINK_ER_REFUSED});
+}
+
+void HostileTest::server_doesNotStart_whenUnusable() {
+    TestCamera listener;
+    const auto started = [&](const char* uid, const char* password, const char* address,
+                             uint16_t port) {
+        LinkServerConfig config;
+        config.uid = uid;
+        config.password = password;
+        config.bindAddress = address;
+        config.port = port;
+        return LinkServer(config, &listener).start();
+    };
+    QCOMPARE(started("../x", "p", "0.0.0.0", 0), int{LINK_ER_BAD_UID});
+    QCOMPARE(started("X", "", "0.0.0.0", 0), int{AV_ER_INVALID_ARG});
+    QCOMPARE(started("X", "p", "0.0.0.0", listener.server().port()), int{LINK_ER_NETWORK});
+    qunsetenv("ORVELLE_LINK_LOOPBACK_ONLY");
+    QCOMPARE(started("X", "p", "camera.example", 0), int{AV_ER_INVALID_ARG});
+    qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
+    QCOMPARE(started("X", "p", "0.0.0.0", 0), 0);
+}
+
+static const RegisterSuite<HostileTest> kRegisterHostile;
+
+}  // namespace orvelle::test
+
+#include "hostile_test.moc"
