@@ -74,8 +74,11 @@ void Camera::controlReceived(int clientId, uint32_t type, const uint8_t* data, s
 }
 
 void Camera::clientDisconnected(int clientId, bool orderly) {
-    qCInfo(lcCamera, "%s: client %d %s", qPrintable(m_profile.uid), clientId,
-           orderly ? "left" : "fell silent");
+    const LinkServerStats totals = stats();
+    qCInfo(lcCamera, "%s: client %d %s; %llu pictures sent to all, %llu dropped",
+           qPrintable(m_profile.uid), clientId, orderly ? "left" : "fell silent",
+           static_cast<unsigned long long>(totals.videoFramesSent),
+           static_cast<unsigned long long>(totals.videoFramesDropped));
     Viewer viewer;
     {
         std::lock_guard<std::mutex> lock(m_mutex);

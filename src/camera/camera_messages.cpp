@@ -63,7 +63,7 @@ std::vector<uint8_t> timezoneReply(const CameraProfile& profile) {
     std::vector<uint8_t> payload(12);
     put32(payload, 0, 12);
     put32(payload, 4, 1);
-    put32(payload, 8, static_cast<uint32_t>(profile.timezoneMinutes));
+    put32(payload, 8, static_cast<uint32_t>(minutesEastOfUtc(profile.timezoneMinutes)));
     return payload;
 }
 

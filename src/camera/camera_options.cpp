@@ -1,7 +1,6 @@
 #include "camera/camera_options.h"
 
 #include <QCommandLineParser>
-#include <QDateTime>
 #include <QFile>
 
 #include <algorithm>
@@ -173,7 +172,6 @@ void readMedia(Reader& reader, CameraOptions& options) {
 }
 
 void readIdentity(Reader& reader, CameraOptions& options) {
-    const int hostMinutes = QDateTime::currentDateTime().offsetFromUtc() / 60;
     options.uid = reader.text("uid", QStringLiteral("ORVELLEDEMO1"));
     options.name = reader.text("name", options.uid);
     options.cameras = static_cast<int>(reader.number("cameras", 1, 1, kMaxCameras));
@@ -182,8 +180,9 @@ void readIdentity(Reader& reader, CameraOptions& options) {
     options.networkName = reader.text("network-name");
     options.deviceType =
         static_cast<int>(reader.number(reader.has("model") ? "model" : "type", 0, 0, 1));
-    options.timezoneMinutes = static_cast<int>(
-        reader.number("timezone", hostMinutes, -kMaxTimezoneMinutes, kMaxTimezoneMinutes));
+    if (reader.has("timezone"))
+        options.timezoneMinutes = static_cast<int>(
+            reader.number("timezone", 0, -kMaxTimezoneMinutes, kMaxTimezoneMinutes));
 }
 
 bool isUid(const QString& uid, int maxLength) {

@@ -3,6 +3,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
 #include <string>
 
 #include "camera/feed.h"
@@ -31,8 +32,8 @@ struct CameraOptions {
     bool hasSize = false;     ///< --size was given, not taken by default
     bool hasBitRate = false;  ///< --bitrate was given
     int deviceType = 0;
-    int timezoneMinutes = 0;
-    QString clipFile;  ///< write a clip instead of being a camera
+    std::optional<int> timezoneMinutes;  ///< none: as this machine's, with daylight saving
+    QString clipFile;                    ///< write a clip instead of being a camera
     int clipSeconds = 10;
 };
 

@@ -2,18 +2,22 @@
 
 #include <QString>
 
-#include <cstdint>
+#include <optional>
 
 namespace orvelle {
 
+/// Minutes by which a camera's clock is east of UTC now: the fixed ones, else this machine's, which
+/// change with daylight saving.
+int minutesEastOfUtc(const std::optional<int>& fixed);
+
 /// What a camera tells of itself; fixed after construction.
 struct CameraProfile {
-    QString uid;              ///< ASCII letters and digits
-    QString name;             ///< shown by LAN searches
-    int deviceType = 0;       ///< 1: turns
-    int timezoneMinutes = 0;  ///< east of UTC
-    int pictureHeight = 720;  ///< decides the quality that is reported
-    QString networkName;      ///< of the Wi-Fi; empty when there is none
+    QString uid;                         ///< ASCII letters and digits
+    QString name;                        ///< shown by LAN searches
+    int deviceType = 0;                  ///< 1: turns
+    std::optional<int> timezoneMinutes;  ///< east of UTC; none: this machine's
+    int pictureHeight = 720;             ///< decides the quality that is reported
+    QString networkName;                 ///< of the Wi-Fi; empty when there is none
     QString ipAddress;
     QString macAddress;
 };

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "camera/camera_profile.h"
 #include "camera/demo_tone.h"
 #include "camera/painter.h"
 #include "core/thread.h"
@@ -94,7 +95,9 @@ void DemoFeed::shoot(int64_t timeUs) {
     const int64_t wallUs = wallClockUs();
     SceneTime time;
     time.sceneUs = timeUs;
-    time.localDayUs = (wallUs + int64_t{m_config.timezoneMinutes} * 60'000'000 + kDayUs) % kDayUs;
+    time.localDayUs =
+        (wallUs + int64_t{minutesEastOfUtc(m_config.timezoneMinutes)} * 60'000'000 + kDayUs) %
+        kDayUs;
     time.stamp = static_cast<uint64_t>(wallUs);
     m_scene.draw(m_picture.get(), time,
                  m_panTilt ? m_panTilt->position(timeUs) : PanTilt::Position());

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 
 #include "camera/audio_encoder.h"
 #include "camera/demo_scene.h"
@@ -17,8 +18,8 @@ struct DemoFeedConfig {
     AVCodecID videoCodec = AV_CODEC_ID_H264;
     AVCodecID audioCodec = AV_CODEC_ID_AAC;  ///< AV_CODEC_ID_NONE: silent
     int scene = 0;
-    QString label;            ///< drawn into the picture
-    int timezoneMinutes = 0;  ///< of the readable clock, east of UTC
+    QString label;                       ///< drawn into the picture
+    std::optional<int> timezoneMinutes;  ///< of the readable clock; none: this machine's
 };
 
 /// The demonstration scene and tone, drawn and encoded while somebody watches. Two threads.

@@ -88,8 +88,10 @@ bool SourceFeed::openAgain() {
         qCWarning(lcCamera, "the source failed; it is opened again");
     m_isClockSet = false;
     for (int64_t pauseUs = kFirstPauseUs; waitUntil(cameraClockUs() + pauseUs);) {
-        if (openSource().isEmpty())
+        if (openSource().isEmpty()) {
+            qCInfo(lcCamera, "the source is back");
             return true;
+        }
         pauseUs = std::min(2 * pauseUs, kLongestPauseUs);
     }
     return false;

@@ -82,16 +82,20 @@ inline std::string faultOf(const std::vector<EncodedFrame>& frames) {
     return {};
 }
 
+inline DemoFeedConfig smallDemo() {
+    DemoFeedConfig config;
+    config.format = {320, 180, 15, 800'000};
+    return config;
+}
+
 /// Three seconds of the demo scene (45 pictures, clock = index / 15 s) passed through the ffmpeg
 /// program with these output options; false when it fails.
 inline bool makeClip(const QString& fileName, const QString& options) {
     const QTemporaryDir directory;
     const QString scene = directory.filePath(QStringLiteral("scene.mp4"));
-    DemoFeedConfig config;
-    config.format = {320, 180, 15, 800'000};
     const QString line =
         QStringLiteral("-v error -y -i %1 -vsync 0 %2 %3").arg(scene, options, fileName);
-    return writeClip(scene, 3, config).isEmpty() &&
+    return writeClip(scene, 3, smallDemo()).isEmpty() &&
            QProcess::execute(QStringLiteral("ffmpeg"), line.split(QLatin1Char(' '))) == 0;
 }
 
