@@ -49,7 +49,6 @@ private slots:
             << Sec{50, 50.1, 9, 9.1} << Ms{0, 9, 100, 150} << Ms{-1, 100, -1, 200};
         QTest::newRow("jump ahead")
             << Sec{5, 5.1, 90, 90.1} << Ms{0, 9, 100, 150} << Ms{-1, 100, -1, 200};
-        QTest::newRow("stamps stay 0") << Sec{0, 0, 0} << Ms{0, 0, 0} << Ms{-1, -1, -1};
         QTest::newRow("stamps start at 0") << Sec{0, 0.1, 0.2} << Ms{0, 0, 0} << Ms{-1, -1, 200};
     }
     void holdUntil_followsTheStamps() {
