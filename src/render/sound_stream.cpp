@@ -1,7 +1,5 @@
 #include "render/sound_stream.h"
 
-#include "core/tsan_annotations.h"
-
 #include <QAudioDeviceInfo>
 #include <QAudioOutput>
 #include <QCoreApplication>
@@ -10,6 +8,9 @@
 
 #include <algorithm>
 #include <chrono>
+
+#include "core/tsan_annotations.h"
+#include "render/sound_thread.h"
 
 namespace orvelle {
 namespace {
@@ -50,7 +51,9 @@ bool SoundStream::open(const std::optional<QAudioFormat>& format) {
     lock.unlock();
     wake();
     lock.lock();
-    m_changed.wait_for(lock, kOpenTimeout, [&] { return m_servedSerial >= serial; });
+    std::atomic<bool>& isResponsive = SoundThread::instance().isResponsive;
+    isResponsive = m_changed.wait_for(lock, isResponsive ? kOpenTimeout : milliseconds(0),
+                                      [&] { return m_servedSerial >= serial; });
     return isOpen();
 }
 
@@ -253,6 +256,7 @@ void SoundStream::publish(bool isOpen, int serial) {
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_servedSerial = serial;
+        SoundThread::instance().isResponsive = true;
         if (serial == m_wishSerial)
             m_isClosed = !isOpen;
     }

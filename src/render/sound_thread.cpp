@@ -1,9 +1,13 @@
 #include "render/sound_thread.h"
 
-#include <QCoreApplication>
+#include <QLoggingCategory>
+
+#include <cstdlib>
 
 namespace orvelle {
 namespace {
+
+Q_LOGGING_CATEGORY(lcRender, "orvelle.render")
 
 // A hung sound server must not hang the exit.
 constexpr int kEndTimeoutMs = 2000;
@@ -35,7 +39,14 @@ void SoundThread::release() {
             return;
     }
     quit();
-    waitForEnd(kEndTimeoutMs);
+    if (waitForEnd(kEndTimeoutMs))
+        return;
+    qCWarning(lcRender, "the sound server does not answer; its thread is left behind");
+    // The destructors of the toolkit's sound plugin would wait for that thread or abort.
+    std::atexit([] {
+        if (instance().isRunning())
+            std::_Exit(EXIT_SUCCESS);
+    });
 }
 
 void SoundThread::run() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <mutex>
 
 #include "core/thread.h"
@@ -22,6 +23,9 @@ public:
     void release();
 
     void run() override;
+
+    /// Whether the sound server answered when last asked; nobody should wait for one that did not.
+    std::atomic<bool> isResponsive{true};
 
 private:
     SoundThread();
