@@ -139,6 +139,7 @@ void PlayerDecoderTest::pictures_returnAtKeyFrame_whenStreamBreaks_data() {
     row("empty packet", {{{}, true}});
     row("nonsense in units", random);
     row("parameter sets flipped", flipped(good[0], 48));
+    row("parameter sets flipped into a delay", {flipped(good[0], 48)[64]});
     row("HEVC sets flipped", flipped(encodeClip({true})[0], 100), AV_CODEC_ID_HEVC);
     row("other size", encodeClip({false, 128, 96}));
     row("codec that is none", good, AV_CODEC_ID_NONE);
