@@ -8,27 +8,21 @@ namespace {
 constexpr int64_t kMs = 1000;
 constexpr int64_t kFrameMs = 66;
 
-struct Playback {
-    int64_t longestWaitMs = 0;  ///< that a picture waited to be shown, without the first thousand
-    int64_t lastShownMs = 0;
-};
-
-/// A picture thread in simulated time; `arrivalMs` of a picture's index.
+/// A picture thread in simulated time: how long each picture waited to be shown, in ms.
+/// `arrivalMs` of a picture's index.
 template <class ArrivalMs>
-Playback play(bool isLive, int pictures, double cameraMsPerMs, ArrivalMs arrivalMs) {
+QVector<qint64> play(bool isLive, int pictures, double cameraMsPerMs, ArrivalMs arrivalMs) {
     orvelle::Pacing pacing(isLive, 0);
-    Playback result;
+    QVector<qint64> waitsMs;
     int64_t freeUs = 0;
     for (int i = 0; i < pictures; ++i) {
         const int64_t arrivedUs = arrivalMs(i) * kMs;
         const int64_t shownUs = std::max(arrivedUs, freeUs);
         const double stampSec = 100.0 + static_cast<double>(i * kFrameMs) * cameraMsPerMs / 1000.0;
         freeUs = std::max(shownUs, pacing.holdUntil(stampSec, shownUs).value_or(0));
-        if (i >= 1000)
-            result.longestWaitMs = std::max(result.longestWaitMs, (shownUs - arrivedUs) / kMs);
-        result.lastShownMs = shownUs / kMs;
+        waitsMs.append((shownUs - arrivedUs) / kMs);
     }
-    return result;
+    return waitsMs;
 }
 
 }  // namespace
@@ -73,16 +67,15 @@ private slots:
     void delay_staysBounded_whenLiveClocksDiffer() {
         QFETCH(double, cameraMsPerMs);
         QFETCH(int, burst);
-        // Half an hour, every fourth picture 20 ms late.
-        const Playback playback = play(true, 27000, cameraMsPerMs, [&](int i) {
+        // Half an hour, every fourth picture 20 ms late; the first minute may catch up.
+        const QVector<qint64> waitsMs = play(true, 27000, cameraMsPerMs, [&](int i) {
             return std::max<int64_t>(0, i - burst) * kFrameMs + (i % 4 == 3 ? 20 : 0);
         });
-        QVERIFY2(playback.longestWaitMs <= kFrameMs,
-                 qPrintable(QString::number(playback.longestWaitMs)));
+        QVERIFY(*std::max_element(waitsMs.begin() + 1000, waitsMs.end()) <= kFrameMs);
     }
 
     void recording_playsAtItsOwnPace_whenAllOfItIsThereAtOnce() {
-        QCOMPARE(play(false, 1500, 1.0, [](int) { return 0; }).lastShownMs, 1498 * kFrameMs);
+        QCOMPARE(play(false, 1500, 1.0, [](int) { return 0; }).last(), 1498 * kFrameMs);
     }
 };
 

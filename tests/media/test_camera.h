@@ -5,7 +5,6 @@
 
 #include <QByteArray>
 
-#include <algorithm>
 #include <atomic>
 #include <mutex>
 #include <vector>
@@ -48,14 +47,10 @@ public:
                                     : m_server->sendAudio(m_client, 0, info, frame)) == 0;
     }
 
-    /// The command types that came since the last call, in order.
-    std::vector<uint32_t> takeCommands() {
+    /// The types of all commands that came, in order.
+    std::vector<uint32_t> commands() const {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        return std::move(m_commands);
-    }
-    bool hasCommand(uint32_t type) const {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        return std::count(m_commands.begin(), m_commands.end(), type) > 0;
+        return m_commands;
     }
 
     KvTUTKDevice device;
