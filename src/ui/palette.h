@@ -11,6 +11,7 @@ constexpr char kTitleBar[] = "#00a7f9";
 constexpr char kSideBar[] = "#f6f6f6";
 constexpr char kText[] = "#333333";
 constexpr char kFaintText[] = "#6b6b6b";
+constexpr char kPlaceholder[] = "#767676";
 constexpr char kWarningText[] = "#d1343a";
 constexpr char kFocusRing[] = "#0a4f86";
 constexpr char kFrame[] = "#cccccc";

@@ -11,9 +11,8 @@
 
 KvInputDialog::KvInputDialog(const QString& title, const QString& placeholder, QWidget* parent)
     : orvelle::MessageDialog(parent), m_edit(new QLineEdit(this)) {
-    m_edit->setPlaceholderText(placeholder);
     m_edit->setAccessibleName(title);
-    m_edit->setStyleSheet(KvWidgetUtils::lineEditStyle());
+    KvWidgetUtils::setUpLineEdit(m_edit, KvWidgetUtils::lineEditStyle(), placeholder);
     KvWidgetUtils::setFont(m_edit, orvelle::palette::kFontPixels);
     setButtonTexts(orvelle::text("ok"), orvelle::text("cancel"));
     setMessage(title);

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr QSize kSize(320, 236);
+constexpr QSize kSize(320, 224);
 constexpr QRect kLogoArea(128, 40, 64, 64);
 constexpr QRect kNameArea(24, 120, 272, 36);
 constexpr QRect kVersionArea(24, 160, 272, 24);

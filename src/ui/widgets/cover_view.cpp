@@ -61,7 +61,8 @@ void CoverView::layOut() {
     const int textHeight = m_label->text().isEmpty() ? 0 : m_label->heightForWidth(textWidth);
     const int gap = textHeight > 0 ? kGap : 0;
     // A small tile has no room for both at full size.
-    const int size = qBound(0, qMin(kPictureSize, height() - textHeight - gap), width());
+    const int size =
+        qBound(0, qMin(kPictureSize, height() - textHeight - gap - 2 * kMargin), width());
     const int top = (height() - size - gap - textHeight) / 2;
     if (m_picture)
         m_picture->setGeometry((width() - size) / 2, top, size, size);

@@ -10,8 +10,8 @@ static constexpr int kMaxTextWidth = 480;
 
 KvToastDialog::KvToastDialog(QWidget* parent)
     : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint), m_label(new QLabel(this)) {
-    setStyleSheet(QStringLiteral(
-        "QDialog{background-color:white; border: 1px solid #CCCCCC;border-radius:5px;}"));
+    // A window without a compositor cannot have round corners.
+    setStyleSheet(QStringLiteral("QDialog{background-color:white; border: 1px solid #CCCCCC;}"));
     m_label->setTextFormat(Qt::PlainText);
     m_label->setAlignment(Qt::AlignCenter);
     KvWidgetUtils::setFont(m_label, orvelle::palette::kFontPixels);

@@ -1,6 +1,7 @@
 #include "ui/widgets/widget_utils.h"
 
 #include <QFile>
+#include <QLineEdit>
 #include <QPushButton>
 
 #include "ui/palette.h"
@@ -114,6 +115,17 @@ QString KvWidgetUtils::lineEditStyle() {
 
 QString KvWidgetUtils::roundLineEditStyle() {
     return lineEditRules(15, "rgb(25,164,255)");
+}
+
+void KvWidgetUtils::setUpLineEdit(QLineEdit* edit, const QString& style,
+                                  const QString& placeholder) {
+    edit->setStyleSheet(style);
+    edit->setPlaceholderText(placeholder);
+    // The style sheet gives the placeholder the text's colour as soon as it is applied.
+    edit->ensurePolished();
+    QPalette colors = edit->palette();
+    colors.setColor(QPalette::PlaceholderText, QColor(orvelle::palette::kPlaceholder));
+    edit->setPalette(colors);
 }
 
 QFont KvWidgetUtils::font(int pixelSize) {

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+class QLineEdit;
 class QPushButton;
 class QWidget;
 
@@ -44,6 +45,8 @@ public:
     /// A field with a grey outline; round ones turn to the accent colour with the focus.
     static QString lineEditStyle();
     static QString roundLineEditStyle();
+    /// A style sheet for a field, and a placeholder fainter than the field's text.
+    static void setUpLineEdit(QLineEdit* edit, const QString& style, const QString& placeholder);
 
     static QFont font(int pixelSize);
     static void setFont(QWidget* widget, int pixelSize);
