@@ -65,6 +65,7 @@ void KvCamerasView::setGroups(const QList<KvDeviceGroup*>& groups) {
 
 void KvCamerasView::setMode(int mode) {
     m_mode = std::clamp<int>(mode, kAllCameras, kGroups);
+    m_ui->closeModeMenu();
     m_ui->showMode(m_mode);
     clearFilter();
     showEntries();
@@ -182,7 +183,6 @@ void KvCamerasView::_onClickTitleLabel() {
 
 void KvCamerasView::_onClickListLabel() {
     const auto* label = qobject_cast<const ClickLabel*>(sender());
-    m_ui->closeModeMenu();
     if (label)
         setMode(label->tag());
 }

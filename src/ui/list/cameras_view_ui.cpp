@@ -27,7 +27,8 @@ constexpr int kButtonSize = 24;
 constexpr int kButtonGap = 4;
 constexpr int kFilterTop = 50;
 constexpr int kFilterHeight = 30;
-constexpr int kListTop = 84;
+constexpr int kListTop = 86;
+constexpr int kListInset = 4;  // leaves room for the focus ring
 constexpr int kNoticeHeight = 130;
 
 }  // namespace
@@ -69,10 +70,10 @@ void KvCamerasViewUI::setUpTitle() {
 }
 
 void KvCamerasViewUI::setUpFilter() {
-    m_filter->setStyleSheet(KvWidgetUtils::roundLineEditStyle());
+    const QString prompt = orvelle::text("live_feed_group");
+    KvWidgetUtils::setUpLineEdit(m_filter, KvWidgetUtils::roundLineEditStyle(), prompt);
     KvWidgetUtils::setFont(m_filter, orvelle::palette::kSmallFontPixels);
-    m_filter->setPlaceholderText(orvelle::text("live_feed_group"));
-    m_filter->setAccessibleName(orvelle::text("live_feed_group"));
+    m_filter->setAccessibleName(prompt);
     m_filter->setClearButtonEnabled(true);
 }
 
@@ -123,7 +124,8 @@ void KvCamerasViewUI::layOut() {
         right -= kButtonSize + kButtonGap;
     }
     m_filter->setGeometry(kMargin, kFilterTop, width() - 2 * kMargin, kFilterHeight);
-    m_list->setGeometry(0, kListTop, width(), height() - kListTop - kMargin);
+    m_list->setGeometry(kListInset, kListTop, width() - 2 * kListInset,
+                        height() - kListTop - kMargin);
     m_notice->setGeometry(kMargin, kListTop + kMargin, width() - 2 * kMargin, kNoticeHeight);
 }
 

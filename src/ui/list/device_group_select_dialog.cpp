@@ -166,5 +166,6 @@ int KvDeviceGroupSelectDialog::layoutFor(int cameras) {
 }
 
 void KvDeviceGroupSelectDialog::toast(const char* key) {
-    m_toast.show(this, orvelle::text(key), KvToast::kBottomCentre, orvelle::palette::kToastMs);
+    // The usual place, at the bottom, would cover the button.
+    m_toast.show(this, orvelle::text(key), KvToast::kMiddle, orvelle::palette::kToastMs);
 }

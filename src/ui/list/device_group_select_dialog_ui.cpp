@@ -51,9 +51,8 @@ KvDeviceGroupSelectDialogUI::KvDeviceGroupSelectDialogUI(QWidget* parent)
     setUpLists();
     setUpOkButton();
     const QString namePrompt = orvelle::text("input_name");
-    m_nameEdit->setPlaceholderText(namePrompt);
+    KvWidgetUtils::setUpLineEdit(m_nameEdit, KvWidgetUtils::lineEditStyle(), namePrompt);
     m_nameEdit->setAccessibleName(namePrompt);
-    m_nameEdit->setStyleSheet(KvWidgetUtils::lineEditStyle());
     KvWidgetUtils::setFont(m_nameEdit, kFontPixels);
     KvWidgetUtils::setUpImageButton(m_closeButton, QStringLiteral("close"), "close");
     m_closeButton->setAutoDefault(false);

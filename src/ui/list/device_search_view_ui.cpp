@@ -41,9 +41,8 @@ void KvDeviceSearchViewUI::setUpGreeting() {
 
 void KvDeviceSearchViewUI::setUpCodeEdit() {
     const QString prompt = orvelle::text("please_input_device_code");
-    m_codeEdit->setPlaceholderText(prompt);
+    KvWidgetUtils::setUpLineEdit(m_codeEdit, KvWidgetUtils::roundLineEditStyle(), prompt);
     m_codeEdit->setAccessibleName(prompt);
-    m_codeEdit->setStyleSheet(KvWidgetUtils::roundLineEditStyle());
     KvWidgetUtils::setFont(m_codeEdit, orvelle::palette::kFontPixels);
     m_codeEdit->addAction(QIcon(KvWidgetUtils::image(QStringLiteral("input_normal"))),
                           QLineEdit::LeadingPosition);
