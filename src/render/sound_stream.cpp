@@ -114,6 +114,7 @@ SoundFormat SoundStream::format() const {
 }
 
 void SoundStream::wake() {
+    tsanAcquire(&SoundThread::instance());
     if (!m_isWakePending.exchange(true))
         QCoreApplication::postEvent(this, new QEvent(QEvent::User));
 }

@@ -4,6 +4,8 @@
 
 #include <cstdlib>
 
+#include "core/tsan_annotations.h"
+
 namespace orvelle {
 namespace {
 
@@ -50,6 +52,7 @@ void SoundThread::release() {
 }
 
 void SoundThread::run() {
+    tsanRelease(this);
     for (;;) {
         exec();
         std::lock_guard<std::mutex> lock(m_mutex);
