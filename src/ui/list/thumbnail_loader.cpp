@@ -47,17 +47,19 @@ void ThumbnailLoader::request(const EntryThumbnail& thumbnail) {
             });
         m_thread->start(QThread::LowPriority);
     }
-    if (!m_pixmaps.contains(thumbnail.path))
+    if (m_readable.contains(thumbnail.path) && !m_pixmaps.contains(thumbnail.path))
         m_thread->forget(thumbnail.path);
     m_thread->request(thumbnail);
 }
 
 void ThumbnailLoader::take(const QString& path, const QImage& image) {
     if (image.isNull()) {
+        m_readable.remove(path);
         m_pixmaps.remove(path);
     } else {
         auto* pixmap = new QPixmap(QPixmap::fromImage(image));
         pixmap->setDevicePixelRatio(qreal(pixmap->width()) / m_width);
+        m_readable.insert(path);
         m_pixmaps.insert(path, pixmap);
     }
     emit changed(path);

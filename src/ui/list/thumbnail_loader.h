@@ -3,6 +3,7 @@
 #include <QCache>
 #include <QObject>
 #include <QPixmap>
+#include <QSet>
 #include <QSize>
 
 #include <memory>
@@ -42,6 +43,7 @@ private:
     const int m_width;
     const QPixmap m_default;
     QCache<QString, QPixmap> m_pixmaps;  ///< by path
+    QSet<QString> m_readable;            ///< paths whose pixmap may have left the cache
     std::unique_ptr<ThumbnailThread> m_thread;
 };
 

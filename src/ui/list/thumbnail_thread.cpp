@@ -6,6 +6,8 @@
 
 #include <algorithm>
 
+#include "ui/logging.h"
+
 namespace orvelle {
 
 namespace {
@@ -78,8 +80,13 @@ bool ThumbnailThread::waitForRequest(EntryThumbnail& request) {
 
 void ThumbnailThread::serve(const EntryThumbnail& request) {
     refreshThumbnail(request);
-    if (isNew(request.path, versionOf(request.path)))
-        m_callback(request.path, readThumbnail(request.path, m_width));
+    const Version version = versionOf(request.path);
+    if (!isNew(request.path, version))
+        return;
+    const QImage image = readThumbnail(request.path, m_width);
+    if (image.isNull() && !(version == Version()))
+        qCWarning(lcUi) << request.path << "is no usable picture";
+    m_callback(request.path, image);
 }
 
 ThumbnailThread::Version ThumbnailThread::versionOf(const QString& path) {
