@@ -1,7 +1,4 @@
-#include <cstring>
-#include <thread>
-
-#include "suite.h"
+#include "link_fixture.h"
 #include "support/udp_relay.h"
 
 namespace orvelle::test {
@@ -34,7 +31,7 @@ struct Arrivals {
         ++frames;
         int64_t sentMs = 0;
         std::memcpy(&sentMs, frame.data.data(), sizeof sentMs);
-        lastDelayMs = nowMs() - sentMs;
+        lastDelayMs = steadyMilliseconds() - sentMs;
         worstDelayMs = std::max(worstDelayMs, lastDelayMs);
     }
 
@@ -84,17 +81,13 @@ private:
 };
 
 void PathTest::init() {
-    qputenv("ORVELLE_DISCOVERY_PORT", "47253");
     m_camera = std::make_unique<TestCamera>();
     m_relay = std::make_unique<UdpRelay>(m_camera->server().port(), 7);
-    const AddressOverride address(kUid, m_relay->port());
-    qputenv("ORVELLE_DISCOVERY_PORT", "47254");  // or it would be found past the relay
     m_client = std::make_unique<TestClient>();
-    QVERIFY(m_client->connect() >= 0);
+    QVERIFY(connectThrough(m_relay->port(), *m_client) >= 0);
 }
 
 void PathTest::cleanup() {
-    qputenv("ORVELLE_DISCOVERY_PORT", "47251");
     m_client.reset();
     m_camera.reset();
     m_relay.reset();
@@ -127,8 +120,8 @@ void PathTest::stream_dropsGroupsAndRecovers_onSlowPath() {
     m_relay->setPath(RelayDirection::ToClient, path);
     Arrivals slow, healed;
     const Streamer streamer(*m_camera, 3600 * kFps);
-    const int64_t startMs = nowMs();
-    while (nowMs() - startMs < 8000)
+    const int64_t startMs = steadyMilliseconds();
+    while (steadyMilliseconds() - startMs < 8000)
         slow.add(m_client->video());
     QVERIFY(slow.gaps > 0);
     QCOMPARE(slow.brokenGroups, 0);
