@@ -1,4 +1,5 @@
 #include "device/tutk_device.h"
+#include "link/av.h"
 #include "link/client/link_client.h"
 #include "link/iotc.h"
 #include "link/result_codes.h"
@@ -43,7 +44,8 @@ void CameraOutcomeTest::state_tellsWhy_whenCameraDoesNotConnect() {
         {QStringLiteral("--demo"), QStringLiteral("--uid"), QStringLiteral("OUTCOME1")});
     if (cameraRuns)
         QVERIFY(camera.start());
-    IOTC_Initialize2(0);
+    QCOMPARE(IOTC_Initialize2(0), 0);
+    QVERIFY(avInitialize(1) > 0);
     KvTUTKDevice device;
     device.setUid(QStringLiteral("OUTCOME1"));
     device.setPassword(password);

@@ -117,7 +117,9 @@ void ClientProcessTest::secondCopy_isRefused_whileTheFirstRuns() {
     QVERIFY(waitForOutput(*first, "display yuv"));
     const auto second = startClient();
     // The refusal is a message box; Return presses its only button.
-    QTRY_VERIFY_WITH_TIMEOUT((pressReturnIn(*second), second->waitForFinished(500)), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT((pressReturnIn(*second), second->waitForFinished(500),
+                              second->state() == QProcess::NotRunning),
+                             kPatienceMs);
     QCOMPARE(second->exitCode(), kRefused);
     QCOMPARE(first->state(), QProcess::Running);
     first->terminate();

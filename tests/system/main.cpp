@@ -3,6 +3,7 @@
 #include <QTemporaryDir>
 
 #include "media/device_inputs.h"
+#include "support/keep_libraries.h"
 #include "support/suites.h"
 
 /// The engine and the client against the real camera program.
