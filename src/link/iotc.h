@@ -24,8 +24,8 @@ struct LanSearchRecord {
     char deviceName[64];  ///< NUL-terminated UTF-8
 };
 
-/// Starts the transport; counted, so calling it again is harmless. `udpPort` 0 lets the
-/// system choose the local port.
+/// Starts the transport; calling it again changes nothing. `udpPort` 0 lets the system choose
+/// the local port.
 int IOTC_Initialize2(uint16_t udpPort);
 
 /// Reserves a session id; an id is not given out again soon after it was closed.

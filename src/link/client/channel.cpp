@@ -47,31 +47,36 @@ void ClientChannel::acceptFragment(const FrameFragment& fragment) {
     const FrameAssembler::Result result = assembler.add(fragment);
     if (result == FrameAssembler::Result::Partial)
         return;
-    std::lock_guard<std::mutex> lock(m_mutex);
-    FrameQueue& queue = fragment.isVideo ? m_video : m_audio;
-    if (result == FrameAssembler::Result::Complete)
-        queue.push(assembler.take());
-    else
-        queue.noteIncomplete();
-    m_changed.notify_all();
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        FrameQueue& queue = fragment.isVideo ? m_video : m_audio;
+        if (result == FrameAssembler::Result::Complete)
+            queue.push(assembler.take());
+        else
+            queue.noteIncomplete();
+    }
+    (fragment.isVideo ? m_videoCame : m_audioCame).notify_all();
 }
 
 void ClientChannel::acceptControl(const ControlMessage& message) {
-    std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     if (m_controls.size() >= kMaxWaitingControls) {
         qCWarning(lcLink, "session %d: control message 0x%x dropped, nobody reads",
                   m_session->sid(), message.type);
         return;
     }
     m_controls.push_back({message.type, {message.data, message.data + message.size}});
-    m_changed.notify_all();
+    lock.unlock();
+    m_controlCame.notify_all();
 }
 
 void ClientChannel::end(int reason) {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_endReason == 0)
-        m_endReason = reason;
-    m_changed.notify_all();
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_endReason == 0)
+            m_endReason = reason;
+    }
+    wake();
 }
 
 int ClientChannel::endReason() const {
@@ -116,7 +121,7 @@ int ClientChannel::receiveControl(uint32_t* type, char* buffer, int maxSize, uin
                                   const AvStopCheck& stop) {
     std::unique_lock<std::mutex> lock(m_mutex);
     const uint32_t interruptions = m_session->interruptions();
-    m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] {
+    m_controlCame.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] {
         return !m_controls.empty() || reasonLocked() != 0 || (stop && stop()) ||
                interruptions != m_session->interruptions();
     });
@@ -166,14 +171,14 @@ int ClientChannel::waitingAudio() const {
 
 void ClientChannel::waitVideo(int timeoutMs, const AvStopCheck& stop) {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] {
+    m_videoCame.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] {
         return m_video.hasSomething() || reasonLocked() != 0 || (stop && stop());
     });
 }
 
 void ClientChannel::waitAudio(int moreThan, int timeoutMs, const AvStopCheck& stop) {
     std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] {
+    m_audioCame.wait_for(lock, std::chrono::milliseconds(timeoutMs), [&] {
         return m_audio.size() > moreThan || reasonLocked() != 0 || (stop && stop());
     });
 }
@@ -195,8 +200,12 @@ uint32_t ClientChannel::lostVideoFrames() const {
 }
 
 void ClientChannel::wake() {
-    std::lock_guard<std::mutex> lock(m_mutex);
-    m_changed.notify_all();
+    // Taken and released so that a wait between its check and its sleep is not missed.
+    m_mutex.lock();
+    m_mutex.unlock();
+    m_controlCame.notify_all();
+    m_videoCame.notify_all();
+    m_audioCame.notify_all();
 }
 
 }  // namespace orvelle

@@ -75,7 +75,10 @@ private:
     FrameAssembler m_audioAssembler;
 
     mutable std::mutex m_mutex;  ///< guards the fields below
-    mutable std::condition_variable m_changed;
+    /// One a reader: a frame must not wake those who wait for something else.
+    std::condition_variable m_controlCame;
+    std::condition_variable m_videoCame;
+    std::condition_variable m_audioCame;
     SrtSocket m_controlSocket;
     SrtSocket m_mediaSocket;
     std::deque<Control> m_controls;

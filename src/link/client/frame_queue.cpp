@@ -16,8 +16,8 @@ constexpr size_t kMaxAudioFrames = 64;
 
 void FrameQueue::makeRoom(const LinkFrame& incoming) {
     if (m_kind == Kind::Audio) {
-        while (m_frames.size() >= kMaxAudioFrames)
-            m_frames.pop_front();
+        for (; m_frames.size() >= kMaxAudioFrames; m_frames.pop_front())
+            m_bytes -= m_frames.front().data.size();
         return;
     }
     if (m_frames.size() < kMaxVideoFrames && m_bytes + incoming.data.size() <= kMaxVideoBytes)

@@ -38,7 +38,7 @@ void ClientReceiver::run() {
             nextTickMs = nowMs + kPingIntervalMs;
         }
     }
-    m_closing.closeAll();
+    m_closing.finish();
 }
 
 void ClientReceiver::stop() {

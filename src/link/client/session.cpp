@@ -52,6 +52,9 @@ bool ClientSession::canOpen(int channelNumber) const {
 
 void ClientSession::addChannel(const std::shared_ptr<ClientChannel>& channel) {
     std::lock_guard<std::mutex> lock(m_mutex);
+    const auto isGone = [](const auto& weak) { return weak.expired(); };
+    m_channels.erase(std::remove_if(m_channels.begin(), m_channels.end(), isGone),
+                     m_channels.end());
     m_channels.push_back(channel);
 }
 

@@ -52,6 +52,7 @@ private:
     std::unique_ptr<ListenerGate> m_gate;
     SrtSocket m_socket;
     std::unique_ptr<SearchResponder> m_search;
+    std::mutex m_feederMutex;  // guards m_feeder against a send while stop() is under way
     std::unique_ptr<FeederThread> m_feeder;
     std::unique_ptr<ServiceThread> m_service;
 };
@@ -82,10 +83,14 @@ int LinkServer::Impl::start() {
     const uint16_t searchPort = m_config.discoveryPort ? m_config.discoveryPort : discoveryPort();
     if (!m_search->open(searchPort, isLoopback))
         qCWarning(lcLink, "port %d is taken, the camera answers no search", searchPort);
-    m_feeder = std::make_unique<FeederThread>(m_clients);
+    auto feeder = std::make_unique<FeederThread>(m_clients);
+    feeder->start();
     m_service = std::make_unique<ServiceThread>(m_config, m_listener, m_socket.id(), m_clients,
                                                 *m_search, m_counters);
-    m_feeder->start();
+    {
+        std::lock_guard<std::mutex> lock(m_feederMutex);
+        m_feeder = std::move(feeder);
+    }
     m_service->start();
     return 0;
 }
@@ -106,7 +111,12 @@ bool LinkServer::Impl::listen(const sockaddr_in& address) {
 
 void LinkServer::Impl::stop() {
     KvThread::stopAndDelete(m_service);
-    KvThread::stopAndDelete(m_feeder);
+    std::unique_ptr<FeederThread> feeder;
+    {
+        std::lock_guard<std::mutex> lock(m_feederMutex);
+        feeder = std::move(m_feeder);
+    }
+    KvThread::stopAndDelete(feeder);
     m_search.reset();
     m_socket.close();
     m_gate.reset();
@@ -137,7 +147,9 @@ int LinkServer::Impl::sendFrame(bool isVideo, int clientId, int channelNumber,
         to->pushVideo(info, std::move(frame), steadyMilliseconds());
     else
         to->pushAudio(info, std::move(frame), steadyMilliseconds());
-    m_feeder->notify();
+    std::lock_guard<std::mutex> lock(m_feederMutex);
+    if (m_feeder)
+        m_feeder->notify();
     return 0;
 }
 

@@ -5,8 +5,6 @@
 #include "link/result_codes.h"
 
 #include <algorithm>
-#include <chrono>
-#include <thread>
 #include <utility>
 
 namespace orvelle {
@@ -284,9 +282,7 @@ void ServiceThread::sayGoodbyeToAll() {
         m_clients.remove(client->id());
         m_closing.sayGoodbye(client->takeControl(), 0);
     }
-    // The transport offers no event for an acknowledged goodbye.
-    while (m_closing.collect(steadyMilliseconds()))
-        std::this_thread::sleep_for(std::chrono::milliseconds(kClosingWaitMs));
+    m_closing.finish();
     for (const auto& client : clients)
         m_listener->clientDisconnected(client->id(), true);
 }

@@ -3,13 +3,16 @@
 #include "link/clock.h"
 
 #include <algorithm>
+#include <chrono>
 #include <iterator>
+#include <thread>
 
 namespace orvelle {
 
 namespace {
 
 constexpr int64_t kDrainMs = 300;
+constexpr std::chrono::milliseconds kLookAgain{5};
 
 }  // namespace
 
@@ -38,10 +41,10 @@ bool ClosingSockets::isEmpty() const {
     return m_entries.empty();
 }
 
-void ClosingSockets::closeAll() {
-    std::vector<Entry> entries;
-    std::lock_guard<std::mutex> lock(m_mutex);
-    entries.swap(m_entries);
+void ClosingSockets::finish() {
+    // The transport offers no event for an acknowledged goodbye.
+    while (collect(steadyMilliseconds()))
+        std::this_thread::sleep_for(kLookAgain);
 }
 
 }  // namespace orvelle

@@ -16,7 +16,8 @@ public:
     /// Closes those whose time has come; false when none is left.
     bool collect(int64_t nowMs);
     bool isEmpty() const;
-    void closeAll();
+    /// Blocks until all are closed: the end of the thread that collects.
+    void finish();
 
 private:
     struct Entry {
