@@ -28,5 +28,6 @@ constexpr int kButtonWidth = 108;
 constexpr int kButtonHeight = 34;
 constexpr int kFieldHeight = 36;
 constexpr int kToastMs = 2000;
+constexpr int kToastAlphaOnWhite = 184;  ///< of black; less is too faint behind white text
 
 }  // namespace orvelle::palette

@@ -150,8 +150,8 @@ private slots:
         QFile out(home.filePath(QStringLiteral("out")));
         const QByteArray path = qgetenv("PATH");
         qputenv("PATH", QFile::encodeName(home.path()) + ":/usr/bin:/bin");
-        for (const QString& name : {QString(), QStringLiteral("/picture.jpg")}) {
-            KvDirectoryDialog dialog(QString(), folder + name);
+        for (const char* name : {"", "/picture.jpg"}) {
+            KvDirectoryDialog dialog(QString(), folder + QLatin1String(name));
             button(dialog, "open_the_folder")->click();
             QCOMPARE(dialog.result(), int(QDialog::Accepted));
             QTRY_VERIFY(out.exists());
@@ -192,7 +192,9 @@ private slots:
     }
 
     void dialog_standsInTheMiddle_ofTheAreaLeft() {
-        QWidget window(nullptr, Qt::FramelessWindowHint);
+        QWidget owner;
+        owner.move(30, 40);
+        QWidget window(&owner, Qt::Dialog | Qt::FramelessWindowHint);
         window.setGeometry(200, 100, 800, 500);
         QWidget panel(&window);
         panel.setGeometry(100, 50, 400, 300);

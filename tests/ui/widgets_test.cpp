@@ -158,9 +158,12 @@ private slots:
             connect(&clicker, &KvClicker::rightClick,
                     [&](int x, int) { seen += "right" + QByteArray::number(x) + ' '; });
             QTest::mouseRelease(&target, Qt::LeftButton, {}, kInside);
+            auto press = QEvent::MouseButtonPress;
             for (const QPoint& at : each.releases) {
-                QTest::mousePress(&target, each.button, {}, kInside);
+                QMouseEvent event(press, kInside, each.button, each.button, {});
+                QCoreApplication::sendEvent(&target, &event);
                 QTest::mouseRelease(&target, each.button, {}, at);
+                press = QEvent::MouseButtonDblClick;
             }
             QVERIFY(!seen.endsWith("click "));
             waitForLaterClick();

@@ -34,6 +34,7 @@ KvDirectoryDialog::KvDirectoryDialog(const QString& message, const QString& path
     label->setText(label->fontMetrics().elidedText(shown, Qt::ElideMiddle, kPathWidth));
     label->setToolTip(shown);
     label->setAccessibleName(shown);
+    m_toast.setColors(QColor(0, 0, 0, orvelle::palette::kToastAlphaOnWhite), 0xffffff);
     setMessage(message);
     setBody(label, kPathHeight);
     setButtonTexts(orvelle::text("open_the_folder"), orvelle::text("cancel"));
