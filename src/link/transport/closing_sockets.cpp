@@ -14,6 +14,11 @@ namespace {
 constexpr int64_t kDrainMs = 300;
 constexpr std::chrono::milliseconds kLookAgain{5};
 
+// A peer that got the goodbye may close before it has acknowledged it.
+bool isUnderWay(SRTSOCKET socket) {
+    return srt_getsockstate(socket) == SRTS_CONNECTED && unsentBytes(socket) > 0;
+}
+
 }  // namespace
 
 void ClosingSockets::sayGoodbye(SrtSocket socket, int reason) {
@@ -29,7 +34,7 @@ bool ClosingSockets::collect(int64_t nowMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
     const auto firstDone =
         std::partition(m_entries.begin(), m_entries.end(), [nowMs](const Entry& entry) {
-            return nowMs < entry.deadlineMs && unsentBytes(entry.socket.id()) > 0;
+            return nowMs < entry.deadlineMs && isUnderWay(entry.socket.id());
         });
     done.assign(std::make_move_iterator(firstDone), std::make_move_iterator(m_entries.end()));
     m_entries.erase(firstDone, m_entries.end());
