@@ -29,7 +29,9 @@ QImage loadQuarter(const QString& path) {
 
 bool save(const QImage& image, const QString& path) {
     QSaveFile file(path);
-    return file.open(QIODevice::WriteOnly) && image.save(&file, "JPEG") && file.commit();
+    // An error at the buffer's last flush would not reach commit().
+    return file.open(QIODevice::WriteOnly) && image.save(&file, "JPEG") && file.flush() &&
+           file.commit();
 }
 
 bool compose(const QStringList& memberPaths, const QString& path) {
@@ -63,7 +65,8 @@ bool isOlderThanAMember(const QFileInfo& file, const QStringList& memberPaths) {
 bool refreshThumbnail(const EntryThumbnail& thumbnail) {
     const QFileInfo file(thumbnail.path);
     const bool exists = !thumbnail.path.isEmpty() && file.exists();
-    if (thumbnail.memberPaths.isEmpty() || thumbnail.path.isEmpty())
+    // A camera's picture is the camera's own; a stale one of a group without members goes.
+    if (thumbnail.path.isEmpty() || (thumbnail.memberPaths.isEmpty() && !thumbnail.isStale))
         return exists;
     const QStringList shown = thumbnail.memberPaths.mid(0, kQuarters);
     if (exists && !thumbnail.isStale && !isOlderThanAMember(file, shown))

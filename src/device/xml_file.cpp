@@ -88,7 +88,8 @@ bool writeXmlFile(const QString& path, const std::function<void(QXmlStreamWriter
     writer.writeStartDocument();
     writeBody(writer);
     writer.writeEndDocument();
-    if (!writer.hasError() && file.commit())
+    // An error at the buffer's last flush would not reach commit().
+    if (!writer.hasError() && file.flush() && file.commit())
         return true;
     qCWarning(lcDevice) << "cannot write" << path << ":" << file.errorString();
     return false;

@@ -127,7 +127,13 @@ private slots:
         QVERIFY(QFile::remove(group.deviceThumbnailPath(0)));
         QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), 4);
         group.copyFrom(KvDeviceGroup(group));
+        {
+            const orvelle::test::FullDisk disk(16000);
+            QVERIFY(group.thumbnailPath().isEmpty());
+        }
         QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), 0);
+        group.setDevices({});
+        QVERIFY(group.thumbnailPath().isEmpty() && !QFile::exists(path));
     }
 
 private:

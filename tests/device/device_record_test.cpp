@@ -52,6 +52,20 @@ private slots:
         QVERIFY(!m_device->writeToFile(QStringLiteral("/nowhere/at/all.xml")));
     }
 
+    void oldFile_stays_whenTheDiskIsFull() {
+        QVERIFY(m_device->save());
+        const QByteArray old = kFiles.read("CAM1");
+        m_device->setName(QStringLiteral("new"));
+        orvelle::test::LogLines log;
+        bool isSaved = true;
+        {
+            const orvelle::test::FullDisk disk(100);
+            isSaved = m_device->save();
+        }
+        QVERIFY(!isSaved && kFiles.read("CAM1") == old);
+        QCOMPARE(log.take().filter(QStringLiteral("cannot write")).size(), 1);
+    }
+
     void name_survivesTheFile_withoutWhatXmlCannotHold() {
         const QString name = QStringLiteral("\u9662\u5B50 \U0001F4F7 ]]>\"'");
         for (const QString& odd : {QString(QChar(1)), QString(QChar(0xFFFF)), QString(QChar(0))}) {
