@@ -44,8 +44,9 @@ public:
     virtual int init() = 0;
     /// Ends the loops and closes the session. Blocks, also for a running attempt.
     virtual void uninit() = 0;
-    /// Aborts a running attempt. One that comes before the attempt began has no effect, so
-    /// whoever waits for a worker to give up repeats it while waiting.
+    /// Aborts a running attempt and nothing else: an open session lives on, since stopping the
+    /// manager's rounds must not cost a live picture. One that comes before the attempt began
+    /// has no effect, so whoever waits for a worker to give up repeats it while waiting.
     virtual void cancelInit() = 0;
 
     /// Whether both command loops run.

@@ -68,10 +68,6 @@ QByteArray STimeDay::encode() const {
     return Writer().u16(year).u8(month).u8(day).u8(wday).u8(hour).u8(minute).u8(second).result();
 }
 
-QByteArray StreamRequest::encode() const {
-    return Writer().u32(channel).reserved(4).result();
-}
-
 SMsgAVIoctrlPlayRecord SMsgAVIoctrlPlayRecord::start(const STimeDay& from) {
     SMsgAVIoctrlPlayRecord message;
     message.channel = 1;

@@ -13,6 +13,8 @@
 
 /// Payloads of the control messages of link/io_types.h, to and from little-endian bytes.
 ///
+/// Requests without fields of their own, among them those that start and stop picture and
+/// sound (their channel is always 0), are KvTUTKDevice::sendIOCtrl(type): eight zero bytes.
 /// encode() gives exactly the size that the camera expects. decode() reads only what was
 /// received: a number beyond the end is empty, a text beyond the end is empty or cut short.
 namespace orvelle {
@@ -28,13 +30,6 @@ struct STimeDay {
     uint8_t second = 0;
 
     static STimeDay from(const QDate& date, const QTime& time);
-    QByteArray encode() const;
-};
-
-/// 0x01FF, 0x02FF, 0x0300, 0x0301: starts and stops picture and sound; 8 bytes.
-struct StreamRequest {
-    uint32_t channel = 0;
-
     QByteArray encode() const;
 };
 

@@ -31,7 +31,7 @@ public:
     /// Patience of the session, in milliseconds.
     struct Timing {
         int watchdogMs = 20000;   ///< an attempt that takes longer is aborted
-        int keepAliveMs = 30000;  ///< of silence before a keep-alive is sent
+        int keepAliveMs = 30000;  ///< from one keep-alive to the next
     };
 
     KvTUTKDevice();

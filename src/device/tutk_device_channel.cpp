@@ -86,14 +86,15 @@ void KvTUTKDevice::doSend(const KvThread& thread) {
         auto request = m_requests.take(deadline);
         if (!m_sendRunning)
             break;
-        if (!request)
+        if (!request) {
             request = emptyRequest(IOTYPE_USER_IPCAM_KEEPALIVE);
+            deadline = RequestQueue::Clock::now() + keepAlive;
+        }
         const int result = send(*request);
         if (result < 0 && result != IOTC_ER_TIMEOUT) {
             log("%s, avSendIOCtrl = %d (break)\n", kLogInfo, qUtf8Printable(m_uid), result);
             loopEnded(result);
         }
-        deadline = RequestQueue::Clock::now() + keepAlive;
     }
     log("%s doSend ended\n", kLogInfo, qUtf8Printable(m_uid));
 }
@@ -117,10 +118,6 @@ void KvTUTKDevice::doRecv(const KvThread& thread) {
                                         kReceiveTimeoutMs, shouldStop);
         if (result == AV_ER_TIMEOUT)
             continue;
-        if (result == AV_ER_EXCEED_MAX_SIZE) {
-            qCWarning(lcDevice) << m_uid << "sent a message that is too long; it was dropped";
-            continue;
-        }
         if (result < 0) {
             qDebug("%p avRecvIOCtrl = %d", static_cast<void*>(this), result);
             loopEnded(result);

@@ -88,7 +88,7 @@ int KvTUTKDevice::openAttempt() {
     if (result < 0) {
         log("%s init falied %d\n", kLogInfo, qUtf8Printable(m_uid), result);
         closeSession();
-        noteFailure(opened);
+        noteFailure(result);
         log("init faild set connecting = false\n", kLogInfo);
         m_connecting = false;
         return -1;
