@@ -115,6 +115,7 @@ SoundFormat SoundStream::format() const {
 
 void SoundStream::wake() {
     tsanAcquire(&SoundThread::instance());
+    tsanRelease(this);
     if (!m_isWakePending.exchange(true))
         QCoreApplication::postEvent(this, new QEvent(QEvent::User));
 }
@@ -122,6 +123,7 @@ void SoundStream::wake() {
 bool SoundStream::event(QEvent* event) {
     if (event->type() != QEvent::User)
         return QObject::event(event);
+    tsanAcquire(this);
     m_isWakePending = false;
     serve();
     return true;
