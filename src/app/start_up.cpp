@@ -8,6 +8,7 @@
 #include "core/language.h"
 #include "device/device_manager.h"
 #include "media/device_inputs.h"
+#include "media/media_log.h"
 #include "platform/keep_awake.h"
 #include "platform/quit_signals.h"
 #include "platform/single_instance.h"
@@ -43,6 +44,7 @@ void warnAlreadyRunning() {
 class Services {
 public:
     Services() {
+        silenceFfmpeg();
         registerDeviceInputs();
         KvDeviceManager::create()->start(KvFileUtils::devicesPath());
     }

@@ -45,6 +45,10 @@ const char* nameOfEnd(int result) {
     }
 }
 
+void logCode(const char* call, int result) {
+    log("%s ret = %d\n", orvelle::kLogInfo, call, result);
+}
+
 }  // namespace
 
 void KvTUTKInput::limitVideoBacklog() {
@@ -197,7 +201,7 @@ bool KvTUTKInput::goesOnAfter(const char* call, int result, ReceiveLoop& loop) {
     }
     // A camera whose every frame is refused must not fill the log.
     if (loop.lastError != result)
-        qDebug("%s ret = %d", call, result);
+        logCode(call, result);
     loop.lastError = result;
     loop.thread.sleepUnlessStopped(kErrorPauseMs);
     return true;
@@ -207,6 +211,6 @@ void KvTUTKInput::end(const char* call, int result) {
     if (const char* name = nameOfEnd(result))
         log("%s %s\n", orvelle::kLogInfo, call, name);
     else
-        qDebug("%s ret = %d", call, result);
+        logCode(call, result);
     reportOnce(kLost);
 }

@@ -1,12 +1,9 @@
 #include <QApplication>
 
-extern "C" {
-#include <libavutil/log.h>
-}
-
 #include "link/av.h"
 #include "link/client/link_client.h"
 #include "link/iotc.h"
+#include "media/media_log.h"
 #include "support/suites.h"
 
 int main(int argc, char** argv) {
@@ -15,7 +12,7 @@ int main(int argc, char** argv) {
     // The sound server's library is not instrumented.
     qputenv("PULSE_SERVER", "unix:/nonexistent");
 #endif
-    av_log_set_level(AV_LOG_ERROR);
+    orvelle::silenceFfmpeg();
     QApplication application(argc, argv);
     if (IOTC_Initialize2(0) < 0 || avInitialize(32) < 0)
         return 1;
