@@ -1,17 +1,13 @@
 #pragma once
 
-#include <atomic>
-
 #include "core/thread.h"
-#include "encoded_clip.h"
-#include "frames/input_packet.h"
-#include "frames/mutex_queue.h"
-#include "media/base_player_input.h"
+#include "media/tutk_input.h"
+#include "support/encoded_clip.h"
 
 namespace orvelle::test {
 
-/// An input stage that serves what the test gives it.
-class MemoryInput : public KvBasePlayerInput {
+/// A live input that serves what the test gives it.
+class MemoryInput : public KvTUTKInput {
 public:
     using Packet = KvBasePlayerInputPacket;
 
@@ -29,28 +25,15 @@ public:
     }
     int videoWaiting() const { return m_video.size(); }
 
-    int open() override { return 0; }
-    void close() override {}
-    void resume() override {}
-    void pause() override {}
-    void seek(double) override {}
-    double duration() override { return -1.0; }
     int readVideoPacket(Packet** packet) override { return read(m_video, packet); }
     int readAudioPacket(Packet** packet) override { return read(m_audio, packet); }
-    void releaseVideoPacket(Packet* packet) override { delete packet; }
-    void releaseAudioPacket(Packet* packet) override { delete packet; }
-    int openCodec(int, int, AVCodecContext**, const AVCodec**) override { return -1; }
-    int closeCodec(int, AVCodecContext**, const AVCodec**) override { return -1; }
-    int speed() override { return 0; }
     bool isRunning() override { return m_isRunning; }
-    void flush() override {}
     bool waitForVideoPacket(const KvThread& r, int ms) override { return wait(m_video, r, ms); }
     bool waitForAudioPacket(const KvThread& r, int ms) override { return wait(m_audio, r, ms); }
     void wakeReaders() override {
         m_video.wake();
         m_audio.wake();
     }
-    void requestStop() override {}
 
 private:
     using Queue = OwningQueue<Packet>;
@@ -69,8 +52,7 @@ private:
         return queue.waitForItem(timeoutMs, [&] { return reader.isStopped() || !m_isRunning; });
     }
 
-    Queue m_video;
-    Queue m_audio;
+    Queue m_video, m_audio;
     std::atomic<bool> m_isRunning{true};
 };
 

@@ -14,7 +14,6 @@ Q_DECLARE_METATYPE(std::vector<orvelle::test::EncodedPicture>)
 namespace {
 
 using Frame = std::unique_ptr<KvBasePlayerDecoderFrame>;
-using Bytes = std::vector<uint8_t>;
 using Clip = std::vector<EncodedPicture>;
 
 constexpr int kH264 = AV_CODEC_ID_H264;
@@ -41,189 +40,177 @@ struct Rig {
         decoder.readVideoFrame(&frame);
         return Frame(frame);
     }
-    /// All that is left; ends the stream.
-    std::vector<Frame> pictures() {
+    /// All that is left, pictures before sound; ends the stream.
+    std::vector<Frame> rest() {
         std::vector<Frame> frames;
         input.end();
         while (Frame frame = next())
             frames.push_back(std::move(frame));
-        return frames;
-    }
-    std::vector<Frame> sound() {
-        std::vector<Frame> frames;
-        pictures();
         for (KvBasePlayerDecoderFrame* frame; decoder.readAudioFrame(&frame) == 0;)
             frames.emplace_back(frame);
         return frames;
     }
 };
 
-int lumaGiven(int index) {
-    return 40 + 16 * index;
-}
-
-int lumaOf(const Frame& frame) {
-    return frame->frame()->data[0][0];
+/// Whether a picture is the one of this index in a clip of ten.
+bool isPicture(const Frame& frame, int index, bool isFullRange = false) {
+    const int luma = 40 + 16 * index;
+    const int expected = isFullRange ? 16 + luma * 219 / 255 : luma;
+    return std::abs(frame->frame()->data[0][0] - expected) <= 3;
 }
 
 class PlayerDecoderTest : public QObject {
     Q_OBJECT
 private slots:
-    void pictures_leaveInPlanar420();
-    void pictures_beginAtKeyFrame();
-    void pictures_returnAtKeyFrame_whenStreamBreaks_data();
-    void pictures_returnAtKeyFrame_whenStreamBreaks();
-    void pictures_areNotSmeared_whenPictureIsCut();
-    void pictures_waitAtMostThree();
-    void sound_isDecoded_whenParametersAreUnsaid();
-    void sound_isBounded_whenNobodyReads();
+    void pictures_leaveInPlanar420() {
+        struct Row {
+            const char* encoder;
+            int codec;
+            AVPixelFormat pixelFormat;
+            int width, height;
+        };
+        for (const Row& row : {Row{"libx264", kH264, AV_PIX_FMT_YUV422P, 64, 48},
+                               Row{"libx264", kH264, AV_PIX_FMT_YUVJ420P, 64, 48},
+                               Row{"libx265", AV_CODEC_ID_HEVC, AV_PIX_FMT_YUV420P, 64, 48},
+                               Row{"mjpeg", AV_CODEC_ID_MJPEG, AV_PIX_FMT_YUVJ422P, 64, 48},
+                               Row{"mpeg4", AV_CODEC_ID_MPEG4, AV_PIX_FMT_YUV420P, 65, 49}}) {
+            Rig rig;
+            rig.give(
+                encodeClip({false, row.width, row.height, 10, 5, row.encoder, row.pixelFormat}),
+                row.codec);
+            for (int i = 0; i < 10; ++i) {
+                const Frame picture = rig.next();
+                const AVFrame& frame = *picture->frame();
+                QVERIFY2(frame.format == AV_PIX_FMT_YUV420P && picture->time() == i, row.encoder);
+                QVERIFY2(frame.width == row.width && frame.height == row.height, row.encoder);
+                const bool isFullRange = row.pixelFormat == AV_PIX_FMT_YUVJ420P ||
+                                         row.pixelFormat == AV_PIX_FMT_YUVJ422P;
+                QVERIFY2(isPicture(picture, i, isFullRange), row.encoder);
+            }
+        }
+    }
+
+    void pictures_beginAtKeyFrame() {
+        const Clip clip = encodeClip({});
+        Rig rig;
+        rig.give({clip.begin() + 3, clip.begin() + 7});
+        QCOMPARE(rig.next()->time(), 2.0);
+        QCOMPARE(rig.next()->time(), 3.0);
+        rig.decoder.flush();
+        rig.give({clip.begin() + 7, clip.end()});
+        rig.give({clip[0]});
+        QCOMPARE(rig.next()->time(), 7.0);
+    }
+
+    void pictures_returnAtKeyFrame_whenStreamBreaks_data() {
+        QTest::addColumn<Clip>("broken");
+        QTest::addColumn<int>("codec");
+        const auto row = [](const char* name, const Clip& broken, int codec = kH264) {
+            QTest::newRow(name) << broken << codec;
+        };
+        const auto flipped = [](const EncodedPicture& key, size_t bytes) {
+            Clip clip;
+            for (size_t bit = 32; bit < 8 * bytes; ++bit) {
+                clip.push_back(key);
+                clip.back().bytes[bit / 8] ^= static_cast<uint8_t>(1U << bit % 8);
+            }
+            return clip;
+        };
+        const Clip good = encodeClip({});
+        Clip random;
+        for (int value = 0; value < 256; ++value) {
+            random.push_back(good[0]);
+            std::fill(random.back().bytes.begin() + 5, random.back().bytes.end(), value);
+        }
+        row("empty packet", {{{}, true}});
+        row("nonsense in units", random);
+        row("parameter sets flipped", flipped(good[0], 48));
+        row("parameter sets flipped into a delay", {flipped(good[0], 48)[64]});
+        row("HEVC sets flipped", flipped(encodeClip({true})[0], 100), AV_CODEC_ID_HEVC);
+        row("other size", encodeClip({false, 128, 96}));
+        row("codec that is none", good, AV_CODEC_ID_NONE);
+        row("codec that nobody knows", good, 0x7FFFFFFF);
+        row("codec of sound", good, AV_CODEC_ID_PCM_ALAW);
+        row("other codec than said", good, AV_CODEC_ID_HEVC);
+    }
+
+    void pictures_returnAtKeyFrame_whenStreamBreaks() {
+        QFETCH(const Clip, broken);
+        QFETCH(const int, codec);
+        const Clip clip = encodeClip({});
+        Rig rig;
+        rig.give(clip);
+        rig.give(broken, codec);
+        rig.give(clip);
+        const std::vector<Frame> pictures = rig.rest();
+        QVERIFY(pictures.size() >= 20);
+        for (int i = 1; i <= 10; ++i) {
+            const Frame& picture = pictures[pictures.size() - static_cast<size_t>(i)];
+            QCOMPARE(picture->time(), double(rig.given - i));
+            QVERIFY(isPicture(picture, 10 - i));
+        }
+    }
+
+    void pictures_areNotSmeared_whenPictureIsCut() {
+        Clip clip = encodeClip({false, 160, 120, 12, 6}, [](AVFrame& picture, int index) {
+            for (int i = 0; i < picture.linesize[0] * 120; ++i)
+                picture.data[0][i] = static_cast<uint8_t>((i * i / 97 + 13 * index) % 199);
+        });
+        clip[2].bytes.resize(clip[2].bytes.size() / 2);
+        Rig rig;
+        rig.give(clip);
+        std::vector<double> times;
+        for (const Frame& picture : rig.rest())
+            times.push_back(picture->time());
+        QCOMPARE(times, (std::vector<double>{0, 1, 6, 7, 8, 9, 10, 11}));
+    }
+
+    void pictures_waitAtMostThree() {
+        Rig rig;
+        rig.give(encodeClip({}));
+        QTRY_COMPARE(rig.input.videoWaiting(), 7);
+        QVERIFY(rig.next());
+        QTRY_COMPARE(rig.input.videoWaiting(), 6);
+    }
+
+    void sound_isDecoded_whenParametersAreUnsaid() {
+        struct Row {
+            int codec;
+            size_t bytes;         // of each of three packets
+            int samples, frames;  // in each packet, in all
+        };
+        // IMA has several frames a packet; the first G.726 packet only shows how long one lasts.
+        for (const Row& row :
+             {Row{AV_CODEC_ID_PCM_ALAW, 160, 160, 3}, Row{AV_CODEC_ID_PCM_S8, 320, 320, 3},
+              Row{AV_CODEC_ID_ADPCM_IMA_QT, 5 * 34, 320, 15},
+              Row{AV_CODEC_ID_ADPCM_G726, 80, 320, 2}, Row{AV_CODEC_ID_ADPCM_G726, 80, 160, 2},
+              Row{AV_CODEC_ID_NONE, 160, 160, 0}, Row{AV_CODEC_ID_PCM_ALAW, 0, 160, 0}}) {
+            Rig rig;
+            for (int i = 0; i < 3; ++i)
+                rig.input.giveSound(std::vector<uint8_t>(row.bytes, 0x42), row.codec,
+                                    i * row.samples / 8000.0);
+            const std::vector<Frame> sound = rig.rest();
+            QCOMPARE(static_cast<int>(sound.size()), row.frames);
+            int at = row.codec == AV_CODEC_ID_ADPCM_G726 ? row.samples : 0;
+            for (const Frame& frame : sound) {
+                QCOMPARE(frame->frame()->sample_rate, 8000);
+                QVERIFY(std::abs(frame->time() - at / 8000.0) < 1e-9);
+                at += frame->frame()->nb_samples;
+            }
+            QCOMPARE(at, row.frames == 0 ? 0 : 3 * row.samples);
+        }
+    }
+
+    void sound_isBounded_whenNobodyReads() {
+        Rig rig;
+        for (int i = 0; i < 100; ++i)  // of 20 ms; half a second may wait
+            rig.input.giveSound(std::vector<uint8_t>(160, 0x42), AV_CODEC_ID_PCM_ALAW, i);
+        const std::vector<Frame> sound = rig.rest();
+        QVERIFY(sound.size() >= 7 && sound.size() <= 25);
+        QCOMPARE(sound.back()->time(), 99.0);
+        QCOMPARE(rig.decoder.stats().audioFramesDropped.load(), uint64_t{100} - sound.size());
+    }
 };
-
-void PlayerDecoderTest::pictures_leaveInPlanar420() {
-    struct Row {
-        const char* encoder;
-        int codec, pixelFormat, width, height;
-        bool isFullRange;
-    };
-    for (const Row& row : {Row{"libx264", kH264, AV_PIX_FMT_YUV422P, 64, 48, false},
-                           Row{"libx264", kH264, AV_PIX_FMT_YUVJ420P, 64, 48, true},
-                           Row{"libx265", AV_CODEC_ID_HEVC, AV_PIX_FMT_YUV420P, 64, 48, false},
-                           Row{"mjpeg", AV_CODEC_ID_MJPEG, AV_PIX_FMT_YUVJ422P, 64, 48, true},
-                           Row{"mpeg4", AV_CODEC_ID_MPEG4, AV_PIX_FMT_YUV420P, 65, 49, false}}) {
-        Rig rig;
-        rig.give(encodeClip({false, row.width, row.height, 10, 5, row.encoder, row.pixelFormat}),
-                 row.codec);
-        for (int i = 0; i < 10; ++i) {
-            const Frame picture = rig.next();
-            const AVFrame& frame = *picture->frame();
-            QVERIFY2(frame.format == AV_PIX_FMT_YUV420P && picture->time() == i, row.encoder);
-            QVERIFY2(frame.width == row.width && frame.height == row.height, row.encoder);
-            const int luma = row.isFullRange ? 16 + lumaGiven(i) * 219 / 255 : lumaGiven(i);
-            QVERIFY2(std::abs(lumaOf(picture) - luma) <= 3, row.encoder);
-        }
-    }
-}
-
-void PlayerDecoderTest::pictures_beginAtKeyFrame() {
-    const Clip clip = encodeClip({});
-    Rig rig;
-    rig.give({clip.begin() + 3, clip.begin() + 7});
-    QCOMPARE(rig.next()->time(), 2.0);
-    QCOMPARE(rig.next()->time(), 3.0);
-    rig.decoder.flush();
-    rig.give({clip.begin() + 7, clip.end()});
-    rig.give({clip[0]});
-    QCOMPARE(rig.next()->time(), 7.0);
-}
-
-void PlayerDecoderTest::pictures_returnAtKeyFrame_whenStreamBreaks_data() {
-    QTest::addColumn<Clip>("broken");
-    QTest::addColumn<int>("codec");
-    const auto row = [](const char* name, const Clip& broken, int codec = kH264) {
-        QTest::newRow(name) << broken << codec;
-    };
-    const auto flipped = [](const EncodedPicture& key, size_t bytes) {
-        Clip clip;
-        for (size_t bit = 32; bit < 8 * bytes; ++bit) {
-            clip.push_back(key);
-            clip.back().bytes[bit / 8] ^= static_cast<uint8_t>(1U << bit % 8);
-        }
-        return clip;
-    };
-    const Clip good = encodeClip({});
-    Clip random;
-    for (int value = 0; value < 256; ++value) {
-        random.push_back(good[0]);
-        std::fill(random.back().bytes.begin() + 5, random.back().bytes.end(), value);
-    }
-    row("empty packet", {{{}, true}});
-    row("nonsense in units", random);
-    row("parameter sets flipped", flipped(good[0], 48));
-    row("parameter sets flipped into a delay", {flipped(good[0], 48)[64]});
-    row("HEVC sets flipped", flipped(encodeClip({true})[0], 100), AV_CODEC_ID_HEVC);
-    row("other size", encodeClip({false, 128, 96}));
-    row("codec that is none", good, AV_CODEC_ID_NONE);
-    row("codec that nobody knows", good, 0x7FFFFFFF);
-    row("codec of sound", good, AV_CODEC_ID_PCM_ALAW);
-    row("other codec than said", good, AV_CODEC_ID_HEVC);
-}
-
-void PlayerDecoderTest::pictures_returnAtKeyFrame_whenStreamBreaks() {
-    QFETCH(const Clip, broken);
-    QFETCH(const int, codec);
-    const Clip clip = encodeClip({});
-    Rig rig;
-    rig.give(clip);
-    rig.give(broken, codec);
-    rig.give(clip);
-    const std::vector<Frame> pictures = rig.pictures();
-    QVERIFY(pictures.size() >= 20);
-    for (int i = 1; i <= 10; ++i) {
-        const Frame& picture = pictures[pictures.size() - static_cast<size_t>(i)];
-        QCOMPARE(picture->time(), double(rig.given - i));
-        QVERIFY(std::abs(lumaOf(picture) - lumaGiven(10 - i)) <= 3);
-    }
-}
-
-void PlayerDecoderTest::pictures_areNotSmeared_whenPictureIsCut() {
-    Clip clip = encodeClip({false, 160, 120, 12, 6, nullptr, AV_PIX_FMT_YUV420P, true});
-    clip[2].bytes.resize(clip[2].bytes.size() / 2);
-    Rig rig;
-    rig.give(clip);
-    std::vector<double> times;
-    for (const Frame& picture : rig.pictures())
-        times.push_back(picture->time());
-    QCOMPARE(times, (std::vector<double>{0, 1, 6, 7, 8, 9, 10, 11}));
-}
-
-void PlayerDecoderTest::pictures_waitAtMostThree() {
-    Rig rig;
-    rig.give(encodeClip({}));
-    QTRY_COMPARE(rig.input.videoWaiting(), 7);
-    QVERIFY(rig.next());
-    QTRY_COMPARE(rig.input.videoWaiting(), 6);
-    rig.decoder.stop();
-    QCOMPARE(rig.input.videoWaiting(), 6);
-    QVERIFY(!rig.decoder.isRunning());
-}
-
-void PlayerDecoderTest::sound_isDecoded_whenParametersAreUnsaid() {
-    struct Row {
-        int codec;
-        size_t bytes;         // of each of three packets
-        int samples, frames;  // in each packet, in all
-    };
-    // IMA has several frames a packet; the first G.726 packet only shows how long one lasts.
-    for (const Row& row :
-         {Row{AV_CODEC_ID_PCM_ALAW, 160, 160, 3}, Row{AV_CODEC_ID_PCM_S8, 320, 320, 3},
-          Row{AV_CODEC_ID_ADPCM_IMA_QT, 5 * 34, 320, 15}, Row{AV_CODEC_ID_ADPCM_G726, 80, 320, 2},
-          Row{AV_CODEC_ID_ADPCM_G726, 80, 160, 2}, Row{AV_CODEC_ID_NONE, 160, 160, 0},
-          Row{AV_CODEC_ID_PCM_ALAW, 0, 160, 0}}) {
-        Rig rig;
-        for (int i = 0; i < 3; ++i)
-            rig.input.giveSound(Bytes(row.bytes, 0x42), row.codec, i * row.samples / 8000.0);
-        const std::vector<Frame> sound = rig.sound();
-        QCOMPARE(static_cast<int>(sound.size()), row.frames);
-        int at = row.codec == AV_CODEC_ID_ADPCM_G726 ? row.samples : 0;
-        for (const Frame& frame : sound) {
-            QCOMPARE(frame->frame()->sample_rate, 8000);
-            QVERIFY(std::abs(frame->time() - at / 8000.0) < 1e-9);
-            at += frame->frame()->nb_samples;
-        }
-        QCOMPARE(at, row.frames == 0 ? 0 : 3 * row.samples);
-    }
-}
-
-/// A hundred packets of 20 ms: half a second may wait, and the newest stays.
-void PlayerDecoderTest::sound_isBounded_whenNobodyReads() {
-    Rig rig;
-    for (int i = 0; i < 100; ++i)
-        rig.input.giveSound(Bytes(160, 0x42), AV_CODEC_ID_PCM_ALAW, i);
-    const std::vector<Frame> sound = rig.sound();
-    QVERIFY(sound.size() >= 7 && sound.size() <= 25);
-    QCOMPARE(sound.back()->time(), 99.0);
-    QCOMPARE(rig.decoder.stats().audioFramesDropped.load(), uint64_t{100} - sound.size());
-}
 
 }  // namespace
 
