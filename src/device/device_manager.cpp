@@ -15,7 +15,6 @@ using orvelle::log;
 
 namespace {
 
-constexpr int kMaxChannels = 32;
 constexpr int kCancelRepeatMs = 20;
 constexpr int kMaxSearchRecords = 100;
 
@@ -52,6 +51,7 @@ void KvDeviceManager::release() {
     KvDeviceManager* manager = s_instance;
     if (!manager)
         return;
+    manager->m_reaper.clear();
     manager->stopProcedure();
     log("KvDeviceManager release clear devices began\n", kLogInfo);
     manager->clearDevices();
@@ -67,7 +67,7 @@ int KvDeviceManager::start(const QString& devicesPath) {
         load(devicesPath);
     log("KvDeviceManager runInit began\n", kLogInfo);
     IOTC_Initialize2(0);
-    avInitialize(kMaxChannels);
+    avInitialize(kMaxDevices);
     log("KvDeviceManager runInit init IOTC & TUTK(32)\n", kLogInfo);
     launchInitThread();
     return 0;
@@ -87,7 +87,7 @@ void KvDeviceManager::startInitThread() {
 
 void KvDeviceManager::launchInitThread() {
     const std::lock_guard<std::mutex> lock(m_threadMutex);
-    if (m_initThread)
+    if (m_initThread || m_pauses > 0)
         return;
     m_initThread = std::make_unique<KvDeviceManagerThread>(*this, m_roundSignal);
     m_initThread->start(QThread::InheritPriority);

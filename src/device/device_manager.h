@@ -13,6 +13,11 @@
 #include "device/device_group.h"
 #include "device/device_manager_thread.h"
 #include "device/tutk_device.h"
+#include "device/worker_reaper.h"
+
+namespace orvelle {
+class InitThreadPause;
+}
 
 /// The one owner of all devices and of the entries of the camera list. It keeps every device
 /// connected by a thread that goes round the list.
@@ -24,6 +29,9 @@
 class KvDeviceManager : public QObject {
     Q_OBJECT
 public:
+    /// The link has so many channels, one a camera.
+    static constexpr int kMaxDevices = 32;
+
     /// Pace of the rounds, in milliseconds.
     struct Timing {
         int pauseMs = 6000;     ///< between two rounds
@@ -85,6 +93,9 @@ public:
     /// Short: looks every entry's members up anew.
     void resolveMembers();
 
+    /// Interface thread: for workers that nobody waits for any more.
+    orvelle::WorkerReaper& reaper() { return m_reaper; }
+
     static int getMaxGroupId();
     static void setMaxGroupId(int id);
 
@@ -92,8 +103,13 @@ public:
     /// `result`. Blocks.
     int lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs);
 
+signals:
+    /// A worker's camera or entry came or went; on the interface thread.
+    void listChanged();
+
 private:
     friend class KvDeviceManagerThread;
+    friend class orvelle::InitThreadPause;
 
     KvDeviceManager();
     ~KvDeviceManager() override;
@@ -115,8 +131,9 @@ private:
     Timing m_timing;
     const std::shared_ptr<orvelle::RoundSignal> m_roundSignal;
 
-    std::mutex m_threadMutex;  ///< guards m_initThread
+    std::mutex m_threadMutex;  ///< guards m_initThread and m_pauses
     std::unique_ptr<KvDeviceManagerThread> m_initThread;
+    int m_pauses = 0;  ///< the thread runs only when there is none
 
     mutable std::mutex m_devicesMutex;  ///< the device lock: no device comes or goes
     mutable std::mutex m_listMutex;     ///< guards m_devices; writers also hold the device lock
@@ -127,4 +144,6 @@ private:
 
     mutable std::mutex m_groupsMutex;  ///< guards m_groups
     std::vector<std::unique_ptr<KvDeviceGroup>> m_groups;
+
+    orvelle::WorkerReaper m_reaper;  ///< owned by the interface thread
 };

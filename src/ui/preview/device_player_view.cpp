@@ -1,274 +1,374 @@
 #include "ui/preview/device_player_view.h"
 
-#include <QDateTime>
-#include <QHBoxLayout>
-#include <QLabel>
-#include <QPushButton>
+#include <QDir>
+#include <QHoverEvent>
+#include <QKeyEvent>
+#include <QPainter>
+
+#include <chrono>
 
 #include "core/file_utils.h"
-#include "core/language.h"
-#include "device/device.h"
+#include "device/tutk_device.h"
+#include "link/io_types.h"
 #include "media/device_player.h"
-#include "media/player_recorder.h"
 #include "render/video_view.h"
 #include "ui/list/device_state_text.h"
-#include "ui/palette.h"
+#include "ui/preview/device_record_view.h"
+#include "ui/preview/tutk_device_ptz_view.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/widget_utils.h"
+
+using orvelle::textKey;
+using UI = KvDevicePlayerViewUI;
 
 namespace {
 
 constexpr int kCheckIntervalMs = 2000;
-constexpr int kSpeedIntervalMs = 1000;
-constexpr int kBarHeight = 40;
-constexpr double kRecordLimitSeconds = 3600.0;
-
-QString text(const char* key) {
-    return KvLanguage::getString(QLatin1String(key));
-}
-
-QString timeStampName() {
-    return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
-}
-
-QPushButton* makeButton(QWidget* bar, const char* key) {
-    auto* button = new QPushButton(text(key), bar);
-    button->setCursor(Qt::PointingHandCursor);
-    bar->layout()->addWidget(button);
-    return button;
-}
+constexpr int kStallIntervalMs = 1000;
+constexpr int kStallMs = 5000;
+constexpr int kBarsMs = 3000;
+constexpr int kTurnableType = 1;
 
 }  // namespace
 
-KvDevicePlayerView::KvDevicePlayerView(QWidget* parent) : QWidget(parent) {
-    buildChildren();
-    m_player = std::make_unique<KvDevicePlayer>();
-    m_player->setView(m_videoView);
+KvDevicePlayerView::KvDevicePlayerView(QWidget* parent)
+    : QWidget(parent), m_ui(new UI(this)), m_player(std::make_unique<KvDevicePlayer>()) {
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_MouseTracking);
+    // Reports the mouse over the children too, which take its moves.
+    setAttribute(Qt::WA_Hover);
+    m_player->setView(m_ui->videoView());
     m_player->setCallback(this, onPlayerEvent);
     m_player->setRecordCallback(this, onRecordEvent);
     m_checkTimer.setInterval(kCheckIntervalMs);
+    m_stallTimer.setInterval(kStallIntervalMs);
+    m_barsTimer.setInterval(kBarsMs);
+    m_barsTimer.setSingleShot(true);
+    m_clicker.setTarget(m_ui);
     connectSignals();
-    setSoundOn(false);
+    connectButtons();
     setDevice(nullptr);
+    setVolume(0.0);
 }
 
 KvDevicePlayerView::~KvDevicePlayerView() {
+    if (m_tutkDevice)
+        m_tutkDevice->removeListener(this);
     m_checkTimer.stop();
-    m_player->shutdown();
+    endRecord();
+    closePlayer();
 }
 
-void KvDevicePlayerView::buildChildren() {
-    m_videoView = new KvVideoView(this);
-    m_topBar = new QWidget(this);
-    m_bottomBar = new QWidget(this);
-    const QString barStyle = QStringLiteral(
-                                 "QWidget{background:rgb(57, 55, 54);}"
-                                 "QLabel{color:#ffffff;}"
-                                 "QPushButton{background:transparent;border:none;border-radius:5px;"
-                                 "color:#ffffff;padding:4px 12px;}"
-                                 "QPushButton:hover{background:%1;}"
-                                 "QPushButton:disabled{color:#8a8a8a;}")
-                                 .arg(QLatin1String(orvelle::palette::kAccent));
-    for (QWidget* bar : {m_topBar, m_bottomBar}) {
-        bar->setStyleSheet(barStyle);
-        auto* layout = new QHBoxLayout(bar);
-        layout->setContentsMargins(12, 0, 12, 0);
-        layout->setSpacing(12);
-    }
-    m_nameLabel = new QLabel(m_topBar);
-    m_stateLabel = new QLabel(m_topBar);
-    m_topBar->layout()->addWidget(m_nameLabel);
-    static_cast<QHBoxLayout*>(m_topBar->layout())->addStretch();
-    m_topBar->layout()->addWidget(m_stateLabel);
-
-    m_soundButton = makeButton(m_bottomBar, "sound");
-    m_captureButton = makeButton(m_bottomBar, "screenshot");
-    m_recordButton = makeButton(m_bottomBar, "record_video");
-    m_messageLabel = new QLabel(m_bottomBar);
-    static_cast<QHBoxLayout*>(m_bottomBar->layout())->addStretch();
-    m_bottomBar->layout()->addWidget(m_messageLabel);
-
-    m_speedLabel = new QLabel(this);
-    m_speedLabel->setAlignment(Qt::AlignCenter);
-    m_speedLabel->setStyleSheet(
-        QStringLiteral("QLabel{color:#ffffff;background:#00a7f9;border-radius:5px;};"));
-    m_speedLabel->hide();
+qint64 KvDevicePlayerView::nowMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
 }
 
 void KvDevicePlayerView::connectSignals() {
-    connect(this, &KvDevicePlayerView::startSignal, this, &KvDevicePlayerView::_doStart);
-    connect(this, &KvDevicePlayerView::startCheckSignal, this, &KvDevicePlayerView::_doStartCheck);
-    connect(this, &KvDevicePlayerView::hideLoadingSignal, this,
-            &KvDevicePlayerView::_doHideLoading);
-    connect(this, &KvDevicePlayerView::updateSpeedLabelSignal, this,
-            &KvDevicePlayerView::_doUpdateSpeedLabel);
-    connect(this, &KvDevicePlayerView::updateRecordTimeSignal, this,
-            &KvDevicePlayerView::_doUpdateRecordTime);
-    connect(this, &KvDevicePlayerView::hideRecordView, this,
-            &KvDevicePlayerView::_doHideRecordView);
-    connect(&m_checkTimer, &QTimer::timeout, this, &KvDevicePlayerView::_invokeCheckPlayer);
-    connect(m_soundButton, &QPushButton::clicked, this,
-            &KvDevicePlayerView::_onClickUIVolumeButton);
-    connect(m_captureButton, &QPushButton::clicked, this,
-            &KvDevicePlayerView::_onClickUICaptureButton);
-    connect(m_recordButton, &QPushButton::clicked, this,
-            &KvDevicePlayerView::_onClickUIRecordButton);
+    using View = KvDevicePlayerView;
+    connect(this, &View::startSignal, this, &View::_doStart);
+    connect(this, &View::stopSignal, this, &View::_doStop);
+    connect(this, &View::hideLoadingSignal, this, &View::_doHideLoading);
+    connect(this, &View::startCheckSignal, this, &View::_doStartCheck);
+    connect(this, &View::updateResolutionSignal, this, &View::_doUpdateVideoResolution);
+    connect(this, &View::updateRecordTimeSignal, this, &View::_doUpdateRecordTime);
+    connect(this, &View::updateDeviceTypeSignal, this, &View::_doUpdateDeviceType);
+    connect(this, &View::updateSpeedLabelSignal, this, &View::_doUpdateSpeedLabel);
+    connect(this, &View::hideRecordView, this, &View::_doHideRecordView);
+    connect(&m_checkTimer, &QTimer::timeout, this, &View::_invokeCheckPlayer);
+    connect(&m_stallTimer, &QTimer::timeout, this, &View::_invokeStallTimer);
+    connect(&m_barsTimer, &QTimer::timeout, this, &View::_invokeMouseTimer);
+    connect(&m_clicker, &KvClicker::doubleClick, this, &View::_onDoubleClickVideoView);
+}
+
+void KvDevicePlayerView::connectButtons() {
+    using View = KvDevicePlayerView;
+    const auto link = [this](UI::Button button, void (View::*slot)(bool)) {
+        connect(m_ui->button(button), &QPushButton::clicked, this, slot);
+    };
+    link(UI::kSdCard, &View::_onClickUISdcardButton);
+    link(UI::kClose, &View::_onClickUICloseButton);
+    link(UI::kPlay, &View::_onClickUIPlayButton);
+    link(UI::kRecord, &View::_onClickUIRecordButton);
+    link(UI::kCapture, &View::_onClickUICaptureButton);
+    link(UI::kPtz, &View::_onClickUIPtzButton);
+    link(UI::kQuality, &View::_onClickUIHdButton);
+    link(UI::kSound, &View::_onClickUIVolumeButton);
+    link(UI::kSettings, &View::_onClickUISettingsButton);
+    link(UI::kFullscreen, &View::_onClickUIFullscreenButton);
+    const KvDeviceRecordView* record = m_ui->recordView();
+    connect(record->cancelButton(), &QPushButton::clicked, this, &View::_onClickCancelRecordButton);
+    connect(record->saveButton(), &QPushButton::clicked, this, &View::_onClickSaveRecordButton);
 }
 
 void KvDevicePlayerView::setDevice(KvDevice* device) {
+    if (m_tutkDevice)
+        m_tutkDevice->removeListener(this);
     stopPlay();
+    resetControls();
     m_device = device;
+    m_tutkDevice = qobject_cast<KvTUTKDevice*>(device);
+    m_version = 0;
+    m_deviceType = m_tutkDevice ? m_tutkDevice->mode() : 0;
+    if (m_tutkDevice) {
+        m_tutkDevice->addListener(this, onResponse);
+        setVolume(m_noSound ? 0.0 : m_tutkDevice->volume());
+    }
     m_player->setDevice(device);
-    m_nameLabel->setText(device ? device->displayName() : QString());
-    m_messageLabel->clear();
-    m_bottomBar->setEnabled(device != nullptr);
-    updateStateLabel();
-    if (device)
-        emit startSignal();
+    m_ui->ptzView()->setDevice(device);
+    m_ui->setName(device ? device->displayName() : QString());
+    _doUpdateDeviceType();
+    updateState();
+    if (!device)
+        return;
+    m_thumbnailPath = KvFileUtils::cachePath(device->uid()) + QStringLiteral("/thumb.jpg");
+    emit startSignal();
+}
+
+void KvDevicePlayerView::resetControls() {
+    m_ui->ptzView()->setDevice(nullptr);
+    m_ui->setButtonShown(UI::kQuality, false);
+    showPlaying(true);
+}
+
+/// A lost order is asked again with every new start, as a camera may have been restarted too.
+void KvDevicePlayerView::requestCameraFacts() {
+    if (!m_tutkDevice)
+        return;
+    for (const IoType type : {IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ, IOTYPE_USER_IPCAM_DEVINFO_REQ,
+                              IOTYPE_USER_IPCAM_GETSTREAMCTRL_REQ})
+        m_tutkDevice->sendIOCtrl(type);
 }
 
 void KvDevicePlayerView::stopPlay() {
+    setFullscreen(false);
+    _doStop();
+    m_hasPicture = false;
+    m_ui->videoView()->showFrame(nullptr);
+    updateState();
+}
+
+void KvDevicePlayerView::_doStop() {
+    setPtzShown(false);
     m_checkTimer.stop();
-    stopRecording();
+    closePlayer();
+    updateState();
+}
+
+void KvDevicePlayerView::requestStop() {
+    m_player->requestStop();
+}
+
+void KvDevicePlayerView::closePlayer() {
+    m_stallTimer.stop();
+    // What was recorded up to here is kept.
+    if (const QString path = endRecord(); !path.isEmpty())
+        m_toast.show(this, orvelle::text("the_video_you_recorded_is_save_to") + QLatin1Char('\n') +
+                               QDir::toNativeSeparators(path));
     m_player->shutdown();
-    m_videoView->showFrame(nullptr);
-    m_speedLabel->hide();
-}
-
-void KvDevicePlayerView::updateStateLabel() {
-    m_stateLabel->setText(m_device ? orvelle::deviceStateText(*m_device) : QString());
-}
-
-void KvDevicePlayerView::showMessage(const QString& message) {
-    m_messageLabel->setText(message);
+    m_openFailed = false;
+    m_firstPicture = false;
+    m_isLoading = false;
+    m_ui->setSpeedText({});
 }
 
 void KvDevicePlayerView::_doStart() {
-    m_player->shutdown();
-    updateStateLabel();
+    closePlayer();
+    m_checkTimer.stop();
     if (!m_device)
         return;
-    if (!m_device->isOnline() || m_player->play() < 0) {
-        m_checkTimer.start();
+    if (!m_device->isOnline()) {
+        waitForCamera();
         return;
     }
-    m_checkTimer.stop();
-    showMessage(text("loading"));
+    requestCameraFacts();
+    if (m_player->play() < 0) {
+        waitForCamera();
+        return;
+    }
+    qDebug("open > 0 showLoading");
+    m_isLoading = true;
+    m_lastPictureMs = nowMs();
+    m_stallTimer.start();
+    showPlaying(true);
+    updateState();
+}
+
+void KvDevicePlayerView::waitForCamera() {
+    m_checkTimer.start();
+    updateState();
 }
 
 /// The connection ended: the last picture stays until the camera is back.
 void KvDevicePlayerView::_doStartCheck() {
-    stopRecording();
-    m_player->shutdown();
-    m_speedLabel->hide();
-    m_checkTimer.start();
-    _invokeCheckPlayer();
+    if (!m_openFailed.exchange(false))
+        return;
+    closePlayer();
+    waitForCamera();
 }
 
 void KvDevicePlayerView::_invokeCheckPlayer() {
-    updateStateLabel();
+    qDebug("check play 2000ms");
     if (m_device && m_device->isOnline())
         emit startSignal();
+    else
+        updateState();
+}
+
+void KvDevicePlayerView::_invokeStallTimer() {
+    if (m_ui->button(UI::kPlay)->state() != 0 || nowMs() - m_lastPictureMs < kStallMs)
+        return;
+    m_openFailed = true;
+    _doStartCheck();
 }
 
 void KvDevicePlayerView::_doHideLoading() {
-    showMessage(QString());
-    updateStateLabel();
-}
-
-void KvDevicePlayerView::_doUpdateSpeedLabel(int bytesPerSecond) {
-    m_speedLabel->setText(QString::asprintf("%.0lfKB/s", qMax(0, bytesPerSecond) / 1024.0));
-    m_speedLabel->show();
-}
-
-void KvDevicePlayerView::setSoundOn(bool on) {
-    m_soundOn = on;
-    m_player->setVolume(on ? 1.0 : 0.0);
-    m_soundButton->setText(text(on ? "sound_on" : "sound_off"));
-}
-
-void KvDevicePlayerView::_onClickUIVolumeButton() {
-    setSoundOn(!m_soundOn);
-}
-
-QString KvDevicePlayerView::capture() {
-    if (!m_device)
-        return {};
-    const QString path = KvFileUtils::screenshotPath(m_device->uid()) + QLatin1Char('/') +
-                         timeStampName() + QStringLiteral(".jpg");
-    return m_videoView->snapshot(path) ? path : QString();
-}
-
-void KvDevicePlayerView::_onClickUICaptureButton() {
-    const QString path = capture();
-    showMessage(path.isEmpty() ? text("screenshot_failed") : path);
-}
-
-void KvDevicePlayerView::_onClickUIRecordButton() {
-    if (m_player->isRecording()) {
-        stopRecording();
+    if (!m_firstPicture.exchange(false))
         return;
-    }
-    if (!m_device || !m_player->isRunning())
-        return;
-    m_recordPath = KvFileUtils::videoPath(m_device->uid()) + QLatin1Char('/') + timeStampName() +
-                   QStringLiteral(".mp4");
-    m_player->startRecord(m_recordPath, QStringLiteral("mp4"), kRecordLimitSeconds);
-    m_recordButton->setText(text("stop_recording"));
+    m_isLoading = false;
+    m_hasPicture = true;
+    updateState();
 }
 
-void KvDevicePlayerView::stopRecording() {
-    m_player->stopRecord();
-    m_recordButton->setText(text("record_video"));
+/// The state's words, and what lies on the picture: a sign while something is awaited, or the
+/// reason why there is none.
+void KvDevicePlayerView::updateState() {
+    const QString state = m_device ? orvelle::deviceStateText(*m_device) : QString();
+    m_ui->setStateText(state);
+    const bool isWaiting = m_checkTimer.isActive();
+    if (m_isLoading || (isWaiting && m_hasPicture))
+        m_ui->showCover(m_hasPicture ? orvelle::text("reconnecting") : orvelle::text("loading"));
+    else
+        m_ui->hideCover();
+    m_ui->showNotice(isWaiting && !m_hasPicture
+                         ? m_device->displayName() + QLatin1Char('\n') + state
+                         : QString());
 }
 
-void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
-    const int whole = static_cast<int>(seconds);
-    showMessage(QString::asprintf("%02d:%02d:%02d", whole / 3600, whole / 60 % 60, whole % 60));
-}
-
-void KvDevicePlayerView::_doHideRecordView(bool failed) {
-    stopRecording();
-    showMessage(failed ? text("recording_failed") : m_recordPath);
-}
-
-int32_t KvDevicePlayerView::onPlayerEvent(void* user, int32_t event, double, double) {
-    auto* view = static_cast<KvDevicePlayerView*>(user);
-    switch (event) {
-        case KvBasePlayerOpenFailed:
-            emit view->startCheckSignal();
-            break;
-        case KvBasePlayerFirstFrame:
-            emit view->hideLoadingSignal();
-            break;
-        case KvBasePlayerProgress:
-            view->reportSpeed();
-            break;
+QString KvDevicePlayerView::qualityImage(int quality, int version) {
+    const auto flags = static_cast<unsigned>(version) >> 8 & 0xFF;
+    const unsigned model = flags >> 6;
+    qDebug("quality = %d, flags = %X", quality, flags);
+    qDebug("quality = %d, flags = %X", quality, model);
+    const bool isLow = quality > 2;
+    switch (model) {
+        case 0:
+            return isLow ? QStringLiteral("hd_normal") : QStringLiteral("fhd_normal");
+        case 1:
+            return isLow ? QStringLiteral("vga_normal") : QStringLiteral("hd_normal");
+        case 2:
+            return isLow ? QStringLiteral("vga_normal") : QStringLiteral("fhd_normal");
         default:
             break;
     }
-    return 0;
+    if (quality == 1)
+        return QStringLiteral("fhd_normal");
+    return quality == 4 ? QStringLiteral("hd_normal") : QStringLiteral("vga_normal");
 }
 
-int32_t KvDevicePlayerView::onRecordEvent(void* user, int32_t event, double seconds, double) {
-    auto* view = static_cast<KvDevicePlayerView*>(user);
-    if (event == KvPlayerRecorder::kProgress)
-        emit view->updateRecordTimeSignal(seconds);
-    else if (event == KvPlayerRecorder::kEnded || event == KvPlayerRecorder::kFailed)
-        emit view->hideRecordView(event == KvPlayerRecorder::kFailed);
-    return 0;
+void KvDevicePlayerView::_doUpdateVideoResolution(int quality, int version) {
+    m_ui->setQualityImage(qualityImage(quality, version));
+    m_ui->setButtonShown(UI::kQuality, true);
 }
 
-/// The label changes once a second at most, whatever the frame rate. Picture thread.
-void KvDevicePlayerView::reportSpeed() {
-    if (m_speedClock.isValid() && m_speedClock.elapsed() < kSpeedIntervalMs)
+void KvDevicePlayerView::_doUpdateDeviceType() {
+    m_ui->setButtonShown(UI::kPtz, m_deviceType == kTurnableType);
+}
+
+void KvDevicePlayerView::_doUpdateSpeedLabel(int bytesPerSecond) {
+    if (m_player->isRunning())
+        m_ui->setSpeedText(QString::asprintf("%.0lfKB/s", qMax(0, bytesPerSecond) / 1024.0));
+}
+
+void KvDevicePlayerView::setVolume(double volume) {
+    qDebug("volume = %lf", volume);
+    m_player->setVolume(volume);
+    m_ui->button(UI::kSound)->setState(volume > 0.0 ? 0 : 1);
+}
+
+void KvDevicePlayerView::showPlaying(bool playing) {
+    m_ui->button(UI::kPlay)->setState(playing ? 0 : 1);
+    KvWidgetUtils::setToolTip(m_ui->button(UI::kPlay),
+                              playing ? textKey("pause") : textKey("play"));
+}
+
+void KvDevicePlayerView::setFullscreen(bool fullscreen) {
+    m_ui->button(UI::kFullscreen)->setState(fullscreen ? 1 : 0);
+    KvWidgetUtils::setToolTip(m_ui->button(UI::kFullscreen),
+                              fullscreen ? textKey("minimized") : textKey("maximized"));
+}
+
+void KvDevicePlayerView::setPtzShown(bool shown) {
+    QWidget* pad = m_ui->ptzView();
+    m_ui->button(UI::kPtz)->setState(shown ? 1 : 0);
+    pad->setFocusPolicy(shown ? Qt::StrongFocus : Qt::NoFocus);
+    pad->setVisible(shown);
+    if (shown)
+        pad->setFocus(Qt::OtherFocusReason);
+    else
+        pad->clearFocus();
+}
+
+bool KvDevicePlayerView::inVideoArea(int x, int y) const {
+    const QWidget* video = m_ui->videoView();
+    return QRect(video->mapTo(this, QPoint()), video->size()).contains(QPoint(x, y) - pos());
+}
+
+void KvDevicePlayerView::paintThumb(QPainter* painter, const QRect& rect) const {
+    painter->fillRect(rect, Qt::black);
+    if (!m_hasPicture)
         return;
-    m_speedClock.start();
-    emit updateSpeedLabelSignal(m_player->speed());
+    // Read back from the screen, since encoding a picture would hold up the drag.
+    painter->setRenderHint(QPainter::SmoothPixmapTransform);
+    painter->drawImage(rect, m_ui->videoView()->grabFramebuffer());
+}
+
+bool KvDevicePlayerView::event(QEvent* event) {
+    switch (event->type()) {
+        case QEvent::HoverEnter:
+        case QEvent::HoverMove:
+            wakeBars();
+            break;
+        case QEvent::HoverLeave:
+            _invokeMouseTimer();
+            break;
+        case QEvent::FocusIn: {
+            const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+            // The bars' buttons come next, and what is hidden gets no focus.
+            if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason)
+                wakeBars();
+            break;
+        }
+        default:
+            break;
+    }
+    return QWidget::event(event);
+}
+
+void KvDevicePlayerView::wakeBars() {
+    if (!m_device)
+        return;
+    m_ui->setBarsVisible(true);
+    m_barsTimer.start();
+}
+
+void KvDevicePlayerView::_invokeMouseTimer() {
+    if (m_device && m_ui->hasFocusInBars()) {
+        m_barsTimer.start();
+        return;
+    }
+    m_barsTimer.stop();
+    m_ui->setBarsVisible(false);
 }
 
 void KvDevicePlayerView::resizeEvent(QResizeEvent*) {
-    m_topBar->setGeometry(0, 0, width(), kBarHeight);
-    m_bottomBar->setGeometry(0, height() - kBarHeight, width(), kBarHeight);
-    m_videoView->setGeometry(0, kBarHeight, width(), height() - 2 * kBarHeight);
-    const QRect video = m_videoView->geometry();
-    m_speedLabel->setGeometry(video.right() - 85, video.bottom() - 35, 80, 30);
+    m_ui->setGeometry(rect());
+}
+
+void KvDevicePlayerView::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape && window()->isFullScreen())
+        _onClickUIFullscreenButton(false);
+    else
+        QWidget::keyPressEvent(event);
 }

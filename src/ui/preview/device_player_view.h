@@ -4,85 +4,154 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <atomic>
 #include <cstdint>
 #include <memory>
 
+#include "ui/preview/device_player_view_ui.h"
+#include "ui/widgets/clicker.h"
+#include "ui/widgets/toast.h"
+
 class KvDevice;
 class KvDevicePlayer;
-class KvVideoView;
-class QLabel;
-class QPushButton;
+class KvTUTKDevice;
+class KvTUTKResponse;
 
 /// One camera's live picture with its name, state, bit rate and controls.
 ///
-/// It owns a player and plays whenever the camera is online: a camera that is not is asked for
-/// every two seconds, and the last picture stays meanwhile. Interface thread; the player's
-/// worker threads reach it through its signals only.
+/// It plays whenever the camera is online. A camera that is not is looked for every two seconds,
+/// as is one whose stream broke or stands still; its last picture stays meanwhile. Interface
+/// thread; the player's and the device's threads reach it through its signals only.
 class KvDevicePlayerView : public QWidget {
     Q_OBJECT
 public:
     explicit KvDevicePlayerView(QWidget* parent = nullptr);
     ~KvDevicePlayerView() override;
 
-    /// Binds the tile to a camera (borrowed) or, with null, to none. Starts to play.
+    /// Binds the tile to a camera (borrowed) and starts to play, or, with null, to none.
     void setDevice(KvDevice* device);
     KvDevice* device() const { return m_device; }
+    /// Devices bound from now on are silent at first, and the sound button is not remembered.
+    void setNoSound(bool noSound) { m_noSound = noSound; }
+    /// A mode of KvDevicePlayerViewUI.
+    void setControlMode(int mode) { m_ui->setMode(mode); }
+    /// What the full-screen button shows; the window itself is the owner's.
+    void setFullscreen(bool fullscreen);
+
     /// Ends playing and blanks the picture.
     void stopPlay();
-    /// Writes the current picture to the camera's snapshot folder; its path, or empty.
-    QString capture();
+    /// Asks the player's threads to end, without waiting. An owner of several tiles calls it on
+    /// all before it stops the first.
+    void requestStop();
+
+    /// Draws the current picture into `rect`, on black.
+    void paintThumb(QPainter* painter, const QRect& rect) const;
+    /// Writes the current picture as NAME.jpg to the camera's snapshot folder; its path, or empty.
+    QString capture(const QString& name);
+    /// Whether a point of the parent lies in the picture's area.
+    bool inVideoArea(int x, int y) const;
+
+    /// The image of the quality button for a camera's answers.
+    static QString qualityImage(int quality, int version);
 
 signals:
+    void playerViewThumbUpdate(KvDevicePlayerView* view);
+    void clickCloseButton(KvDevicePlayerView* view);
+    void clickFullButton(KvDevicePlayerView* view, bool fullscreen);
+    void clickSettingButton(KvDevicePlayerView* view);
+    void clickSDCardButton(KvDevicePlayerView* view);
     void startSignal();
-    void startCheckSignal();
+    void stopSignal();
     void hideLoadingSignal();
-    void updateSpeedLabelSignal(int bytesPerSecond);
+    void startCheckSignal();
+    void updateResolutionSignal(int quality, int version);
     void updateRecordTimeSignal(double seconds);
-    void hideRecordView(bool failed);
+    void updateDeviceTypeSignal();
+    void updateSpeedLabelSignal(int bytesPerSecond);
+    void hideRecordView();
 
 protected:
+    bool event(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private slots:
+    void _onClickUISdcardButton(bool);
+    void _onClickUICloseButton(bool);
+    void _onClickUIPlayButton(bool);
+    void _onClickUIRecordButton(bool);
+    void _onClickUICaptureButton(bool);
+    void _onClickUIPtzButton(bool);
+    void _onClickUIHdButton(bool);
+    void _onClickUIVolumeButton(bool);
+    void _onClickUISettingsButton(bool);
+    void _onClickUIFullscreenButton(bool);
+    void _onClickCancelRecordButton(bool);
+    void _onClickSaveRecordButton(bool);
+    void _onDoubleClickVideoView();
     void _doStart();
-    void _doStartCheck();
+    void _doStop();
     void _doHideLoading();
-    void _doUpdateSpeedLabel(int bytesPerSecond);
+    void _doStartCheck();
+    void _doUpdateVideoResolution(int quality, int version);
     void _doUpdateRecordTime(double seconds);
-    void _doHideRecordView(bool failed);
+    void _doUpdateDeviceType();
+    void _doUpdateSpeedLabel(int bytesPerSecond);
+    void _doHideRecordView();
+    void _invokeMouseTimer();
     void _invokeCheckPlayer();
-    void _onClickUIVolumeButton();
-    void _onClickUICaptureButton();
-    void _onClickUIRecordButton();
+    void _invokeStallTimer();
 
 private:
     static int32_t onPlayerEvent(void* user, int32_t event, double a, double b);
     static int32_t onRecordEvent(void* user, int32_t event, double a, double b);
+    static void onResponse(void* user, KvTUTKResponse* response);
+    void handlePlayerEvent(int32_t event);
+    void handleResponse(const KvTUTKResponse& response);
     void reportSpeed();
-    void buildChildren();
-    void connectSignals();
-    void updateStateLabel();
-    void stopRecording();
-    void setSoundOn(bool on);
-    void showMessage(const QString& text);
+    void writeThumbnail();
 
-    KvDevice* m_device = nullptr;  ///< borrowed; the manager owns it
-    bool m_soundOn = false;
-    QString m_recordPath;
+    void connectSignals();
+    void connectButtons();
+    void resetControls();
+    void requestCameraFacts();
+    void waitForCamera();
+    void closePlayer();
+    void showPlaying(bool playing);
+    void setPtzShown(bool shown);
+    void setVolume(double volume);
+    void updateState();
+    void wakeBars();
+    void startRecord();
+    QString endRecord();
+    void saveRecord();
+    QString usableFolder(QString (*folderOf)(const QString& uid));
+    static qint64 nowMs();
+
+    bool m_noSound = false;
+    KvDevice* m_device = nullptr;          ///< borrowed; the manager owns it
+    KvTUTKDevice* m_tutkDevice = nullptr;  ///< the same, when it is one with a command channel
+    KvDevicePlayerViewUI* const m_ui;      ///< child
+    QString m_recordPath;                  ///< of the recording in progress, else empty
+    bool m_isLoading = false;              ///< the player runs and has shown no picture yet
+    bool m_hasPicture = false;             ///< one of this camera's is on the screen
     QTimer m_checkTimer;
+    QTimer m_stallTimer;
+    QTimer m_barsTimer;
+    KvClicker m_clicker;
+    KvToast m_toast;
+
+    QString m_thumbnailPath;     ///< fixed while the player runs
     QElapsedTimer m_speedClock;  ///< owned by the picture thread
 
-    KvVideoView* m_videoView = nullptr;  ///< a child, as all widgets below
-    QWidget* m_topBar = nullptr;
-    QWidget* m_bottomBar = nullptr;
-    QLabel* m_nameLabel = nullptr;
-    QLabel* m_stateLabel = nullptr;
-    QLabel* m_messageLabel = nullptr;
-    QLabel* m_speedLabel = nullptr;
-    QPushButton* m_soundButton = nullptr;
-    QPushButton* m_captureButton = nullptr;
-    QPushButton* m_recordButton = nullptr;
+    // Set by worker threads. The flags tell a signal that is still on its way from one of the
+    // stream before: they are cleared once its threads have ended.
+    std::atomic<int> m_version{0};
+    std::atomic<int> m_deviceType{0};
+    std::atomic<qint64> m_lastPictureMs{0};
+    std::atomic<bool> m_openFailed{false};
+    std::atomic<bool> m_firstPicture{false};
+    std::atomic<bool> m_recordFailed{false};
 
-    std::unique_ptr<KvDevicePlayer>
-        m_player;  ///< last, so that it goes before the view it draws on
+    std::unique_ptr<KvDevicePlayer> m_player;  ///< last, so that it goes first
 };

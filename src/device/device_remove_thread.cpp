@@ -1,0 +1,76 @@
+#include "device/device_remove_thread.h"
+
+#include "core/log.h"
+#include "device/device_group.h"
+#include "device/device_manager.h"
+
+using orvelle::kLogInfo;
+using orvelle::log;
+
+KvTUTKDeviceRemoveThread::KvTUTKDeviceRemoveThread(KvDeviceGroup* entry)
+    : KvThread(QStringLiteral("device-remove")), m_listed(entry) {
+    log("start remove thread\n", kLogInfo);
+}
+
+KvTUTKDeviceRemoveThread::~KvTUTKDeviceRemoveThread() {
+    stop();
+    waitForEnd();
+    finish();
+}
+
+void KvTUTKDeviceRemoveThread::stop() {
+    KvThread::stop();
+    const std::lock_guard<std::mutex> lock(m_handOverMutex);
+    m_handOverSignal.notify_all();
+}
+
+void KvTUTKDeviceRemoveThread::run() {
+    log("run remove thread\n", kLogInfo);
+    if (KvDeviceManager* manager = KvDeviceManager::instance()) {
+        m_pause.emplace(*manager);
+        QMetaObject::invokeMethod(this, &KvTUTKDeviceRemoveThread::handOver, Qt::QueuedConnection);
+        if (waitForHandOver()) {
+            m_entry->removeFile();
+            if (m_device) {
+                m_device->removeFile();
+                m_device->requestStop();
+                m_device->uninit();
+            }
+        }
+    }
+    log("run remove thread ended\n", kLogInfo);
+    QMetaObject::invokeMethod(this, &KvTUTKDeviceRemoveThread::finish, Qt::QueuedConnection);
+}
+
+bool KvTUTKDeviceRemoveThread::waitForHandOver() {
+    std::unique_lock<std::mutex> lock(m_handOverMutex);
+    m_handOverSignal.wait(lock, [this] { return m_isHandedOver || isStopped(); });
+    return m_entry != nullptr;
+}
+
+void KvTUTKDeviceRemoveThread::handOver() {
+    KvDeviceManager* manager = KvDeviceManager::instance();
+    KvDeviceGroup* const listed = std::exchange(m_listed, nullptr);
+    const std::lock_guard<std::mutex> lock(m_handOverMutex);
+    m_isHandedOver = true;
+    if (manager && listed && !isStopped()) {
+        KvDevice* const device =
+            listed->type() == KvDeviceGroup::kSingleCamera ? listed->firstDevice() : nullptr;
+        m_entry = manager->removeGroup(listed);
+        m_device = device ? manager->removeDevice(device) : nullptr;
+    }
+    m_handOverSignal.notify_all();
+}
+
+void KvTUTKDeviceRemoveThread::finish() {
+    if (m_isFinished)
+        return;
+    m_isFinished = true;
+    waitForEnd();
+    m_entry.reset();
+    m_device.reset();
+    m_pause.reset();
+    if (KvDeviceManager* manager = KvDeviceManager::instance())
+        emit manager->listChanged();
+    emit endedSignal();
+}

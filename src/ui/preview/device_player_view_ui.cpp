@@ -1,0 +1,352 @@
+#include "ui/preview/device_player_view_ui.h"
+
+#include <QLabel>
+#include <QTime>
+
+#include <algorithm>
+
+#include "render/video_view.h"
+#include "ui/palette.h"
+#include "ui/preview/device_record_view.h"
+#include "ui/preview/tutk_device_ptz_view.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/widget_utils.h"
+
+using orvelle::textKey;
+
+namespace {
+
+constexpr int kDateTimeIntervalMs = 1000;
+/// A picture at the pace of the slowest camera comes before this.
+constexpr int kSpeedDelayMs = 250;
+constexpr int kQualityWidth = 36;  // of the button's 24 pixels' height
+constexpr int kButtonSize = 24;
+constexpr int kMinButtonSize = 14;
+constexpr int kLabelGap = 12;
+constexpr int kMinNameWidth = 48;
+constexpr int kMaxPtzSize = 160;
+constexpr int kInset = 8;
+constexpr QSize kNoticePadding(12, 6);
+// The bit rate's distances from the corner of the picture.
+constexpr QRect kSpeedPlace(-85, -35, 80, 30);
+
+int textWidth(const QLabel& label) {
+    return label.fontMetrics().horizontalAdvance(label.text());
+}
+
+}  // namespace
+
+struct KvDevicePlayerViewUI::Measures {
+    int barHeight;
+    int buttonSize;
+    int gap;
+    int margin;
+    int fontPixels;
+
+    int widthOf(Button button) const {
+        return button == kQuality ? buttonSize * kQualityWidth / kButtonSize : buttonSize;
+    }
+};
+
+KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
+    : QWidget(tile),
+      m_videoView(new KvVideoView(this)),
+      m_noticeLabel(new QLabel(this)),
+      m_speedLabel(new QLabel(this)),
+      m_ptzView(new KvTUTKDevicePTZView(this)),
+      m_topBar(new KvWidget(this)),
+      m_nameLabel(new QLabel(m_topBar)),
+      m_stateLabel(new QLabel(m_topBar)),
+      m_dateTimeLabel(new QLabel(m_topBar)),
+      m_bottomBar(new KvWidget(this)),
+      m_recordView(new KvDeviceRecordView(this)) {
+    m_shown.fill(true);
+    m_shown.at(kPtz) = m_shown.at(kQuality) = false;
+    for (KvWidget* bar : {m_topBar, m_bottomBar}) {
+        bar->setBackgroundColor(QColor(QLatin1String(orvelle::palette::kBar)));
+        bar->hide();
+    }
+    m_ptzView->hide();
+    m_recordView->hide();
+    setUpLabels();
+    setUpButtons();
+    m_dateTimeTimer.setInterval(kDateTimeIntervalMs);
+    connect(&m_dateTimeTimer, &QTimer::timeout, this, &KvDevicePlayerViewUI::_invokeDateTimeTimer);
+    _invokeDateTimeTimer();
+    // A label's own repaint would make the toolkit compose the whole window once more.
+    m_speedTimer.setSingleShot(true);
+    m_speedTimer.setInterval(kSpeedDelayMs);
+    connect(&m_speedTimer, &QTimer::timeout, this, &KvDevicePlayerViewUI::applySpeedText);
+    connect(m_videoView, &KvVideoView::updateAsyncSignal, this, [this] {
+        if (m_speedTimer.isActive())
+            applySpeedText();
+    });
+}
+
+KvDevicePlayerViewUI::~KvDevicePlayerViewUI() {
+    m_loadingView.hideOver();
+}
+
+void KvDevicePlayerViewUI::setUpLabels() {
+    for (QLabel* label : {m_nameLabel, m_stateLabel, m_dateTimeLabel}) {
+        label->setStyleSheet(QStringLiteral("QLabel{color:rgb(255, 255, 255);}"));
+        label->setTextFormat(Qt::PlainText);
+    }
+    m_speedLabel->setStyleSheet(
+        QStringLiteral("QLabel{color:#ffffff;background:#00a7f9;border-radius:5px;};"));
+    m_noticeLabel->setStyleSheet(QStringLiteral(
+        "QLabel{background-color:rgba(0, 0, 0, 64);border-radius:10px;color:#ffffff;};"));
+    for (QLabel* label : {m_speedLabel, m_noticeLabel}) {
+        KvWidgetUtils::setFont(label, orvelle::palette::kFontPixels);
+        label->setAlignment(Qt::AlignCenter);
+        label->setTextFormat(Qt::PlainText);
+        label->hide();
+    }
+    m_noticeLabel->setWordWrap(true);
+}
+
+KvPushButton* KvDevicePlayerViewUI::makeButton(QWidget* bar, const char* name, const char* key) {
+    auto* button = new KvPushButton(bar);
+    KvWidgetUtils::setUpImageButton(button, QLatin1String(name), key);
+    // A click must not take the keys away from the tile.
+    button->setFocusPolicy(Qt::TabFocus);
+    return button;
+}
+
+void KvDevicePlayerViewUI::setUpButtons() {
+    m_buttons[kSdCard] = makeButton(m_topBar, "sd", textKey("sdcard"));
+    m_buttons[kSettings] = makeButton(m_topBar, "setting", textKey("settings"));
+    m_buttons[kClose] = makeButton(m_topBar, "shutdown", textKey("close"));
+    m_buttons[kPlay] = makeButton(m_bottomBar, "play", textKey("pause"));
+    m_buttons[kSound] = makeButton(m_bottomBar, "voice", textKey("sound"));
+    m_buttons[kQuality] = new KvPushButton(m_bottomBar);
+    m_buttons[kRecord] = makeButton(m_bottomBar, "video", textKey("record_video"));
+    m_buttons[kCapture] = makeButton(m_bottomBar, "capture", textKey("screenshot"));
+    m_buttons[kPtz] = makeButton(m_bottomBar, "platform", textKey("platform"));
+    m_buttons[kFullscreen] = makeButton(m_bottomBar, "fullscreen", textKey("maximized"));
+    m_buttons[kQuality]->setFocusPolicy(Qt::NoFocus);
+    m_buttons[kQuality]->setCursor(Qt::ArrowCursor);
+
+    const auto setImages = [this](Button button, const char* unchecked, const char* checked) {
+        m_buttons[button]->setImages(KvWidgetUtils::imagesOf(QLatin1String(unchecked)),
+                                     KvWidgetUtils::imagesOf(QLatin1String(checked)));
+    };
+    setImages(kPlay, "play", "suspend");
+    setImages(kSound, "voice", "voiceoff");
+    setImages(kFullscreen, "fullscreen", "cancel_fullscreen");
+}
+
+void KvDevicePlayerViewUI::setMode(int mode) {
+    if (m_mode == mode)
+        return;
+    m_mode = mode;
+    layOut();
+}
+
+void KvDevicePlayerViewUI::setName(const QString& name) {
+    m_nameLabel->setToolTip(name);
+    layOut();
+}
+
+void KvDevicePlayerViewUI::setStateText(const QString& state) {
+    if (m_stateLabel->text() == state)
+        return;
+    m_stateLabel->setText(state);
+    layOut();
+}
+
+void KvDevicePlayerViewUI::setBarsVisible(bool visible) {
+    if (m_barsVisible == visible)
+        return;
+    m_barsVisible = visible;
+    m_topBar->setVisible(visible);
+    m_bottomBar->setVisible(visible);
+    if (visible) {
+        _invokeDateTimeTimer();
+        m_dateTimeTimer.start();
+    } else {
+        m_dateTimeTimer.stop();
+    }
+    placeSpeedLabel();
+}
+
+bool KvDevicePlayerViewUI::hasFocusInBars() const {
+    return std::any_of(m_buttons.begin(), m_buttons.end(),
+                       [](const KvPushButton* button) { return button->hasFocus(); });
+}
+
+void KvDevicePlayerViewUI::setButtonShown(Button button, bool shown) {
+    if (m_shown.at(button) == shown)
+        return;
+    m_shown.at(button) = shown;
+    layOut();
+}
+
+void KvDevicePlayerViewUI::setQualityImage(const QString& name) {
+    const orvelle::ButtonImages images{KvWidgetUtils::image(name), {}, {}, {}};
+    m_buttons[kQuality]->setImages(images, images);
+}
+
+void KvDevicePlayerViewUI::showCover(const QString& text) {
+    m_loadingView.setText(text);
+    if (m_loadingView.isOver())
+        return;
+    m_loadingView.showOver(this, m_videoView->geometry());
+    raiseControls();
+}
+
+void KvDevicePlayerViewUI::hideCover() {
+    m_loadingView.hideOver();
+}
+
+void KvDevicePlayerViewUI::raiseControls() {
+    for (QWidget* control : std::initializer_list<QWidget*>{m_noticeLabel, m_speedLabel, m_topBar,
+                                                            m_bottomBar, m_recordView, m_ptzView})
+        control->raise();
+}
+
+void KvDevicePlayerViewUI::showNotice(const QString& text) {
+    if (m_noticeLabel->text() != text)
+        m_noticeLabel->setText(text);
+    m_noticeLabel->setVisible(!text.isEmpty());
+    placeNotice();
+}
+
+void KvDevicePlayerViewUI::setSpeedText(const QString& text) {
+    m_speedText = text;
+    if (text.isEmpty())
+        applySpeedText();
+    else if (!m_speedTimer.isActive())
+        m_speedTimer.start();
+}
+
+void KvDevicePlayerViewUI::applySpeedText() {
+    m_speedTimer.stop();
+    m_speedLabel->setText(m_speedText);
+    m_speedLabel->setVisible(!m_speedText.isEmpty());
+    placeSpeedLabel();
+}
+
+void KvDevicePlayerViewUI::setRecordShown(bool shown) {
+    m_recordView->setVisible(shown);
+}
+
+void KvDevicePlayerViewUI::_invokeDateTimeTimer() {
+    m_dateTimeLabel->setText(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
+}
+
+void KvDevicePlayerViewUI::resizeEvent(QResizeEvent*) {
+    layOut();
+}
+
+KvDevicePlayerViewUI::Measures KvDevicePlayerViewUI::measures() const {
+    using namespace orvelle::palette;
+    if (m_mode == kLarge)
+        return {44, kButtonSize, 16, 14, kFontPixels};
+    // The bottom bar is the fuller one; what does not fit shrinks.
+    constexpr int kGaps = 6;
+    constexpr int kMargin = 8;
+    Measures compact{32, kButtonSize, 10, kMargin, kSmallFontPixels};
+    const int free = width() - 2 * kMargin - 6 * kButtonSize - kQualityWidth;
+    compact.gap = qBound(3, free / kGaps, 10);
+    if (free < kGaps * compact.gap)
+        compact.buttonSize =
+            qMax(kMinButtonSize, (width() - 2 * kMargin - kGaps * compact.gap) * kButtonSize /
+                                     (6 * kButtonSize + kQualityWidth));
+    return compact;
+}
+
+void KvDevicePlayerViewUI::layOut() {
+    const Measures now = measures();
+    m_videoView->setGeometry(rect());
+    if (m_loadingView.isOver())
+        m_loadingView.setGeometry(rect());
+    for (QLabel* label : {m_nameLabel, m_stateLabel, m_dateTimeLabel})
+        KvWidgetUtils::setFont(label, now.fontPixels);
+    m_topBar->setGeometry(0, 0, width(), now.barHeight);
+    m_bottomBar->setGeometry(0, height() - now.barHeight, width(), now.barHeight);
+    layOutTopBar(now);
+    layOutBottomBar(now);
+
+    const QSize record = m_recordView->sizeWithin(width() - 2 * kInset);
+    m_recordView->setGeometry(
+        QRect(QPoint((width() - record.width()) / 2, now.barHeight + kInset), record));
+    const int ptz = qMin(kMaxPtzSize, height() - 2 * now.barHeight - kInset);
+    m_ptzView->setGeometry(kInset, (height() - ptz) / 2, ptz, ptz);
+    placeSpeedLabel();
+    placeNotice();
+}
+
+int KvDevicePlayerViewUI::placeFromRight(std::initializer_list<Button> buttons, int right,
+                                         const Measures& measures) {
+    for (const Button id : buttons) {
+        m_buttons.at(id)->setVisible(m_shown.at(id));
+        if (!m_shown.at(id))
+            continue;
+        const int width = measures.widthOf(id);
+        m_buttons.at(id)->setGeometry(right - width, (measures.barHeight - measures.buttonSize) / 2,
+                                      width, measures.buttonSize);
+        right -= width + measures.gap;
+    }
+    return right;
+}
+
+/// The name gives way to the state, and that to nothing: in a narrow tile the name stands alone.
+void KvDevicePlayerViewUI::layOutTopBar(const Measures& measures) {
+    const int right =
+        placeFromRight({kClose, kSettings, kSdCard}, width() - measures.margin, measures);
+    const QString name = m_nameLabel->toolTip();
+    const int nameWidth = m_nameLabel->fontMetrics().horizontalAdvance(name);
+    int left = measures.margin;
+    int free = right - left;
+    QVector<QLabel*> further;
+    for (QLabel* label : {m_stateLabel, m_dateTimeLabel}) {
+        const int needed = textWidth(*label) + kLabelGap;
+        label->setVisible(free - needed >= qMax(nameWidth, kMinNameWidth));
+        if (label->isVisibleTo(m_topBar)) {
+            free -= needed;
+            further << label;
+        }
+    }
+    const int shownWidth = qBound(0, free, nameWidth);
+    m_nameLabel->setText(m_nameLabel->fontMetrics().elidedText(name, Qt::ElideRight, shownWidth));
+    m_nameLabel->setGeometry(left, 0, shownWidth, measures.barHeight);
+    left += shownWidth + kLabelGap;
+    for (QLabel* label : further) {
+        label->setGeometry(left, 0, textWidth(*label), measures.barHeight);
+        left += label->width() + kLabelGap;
+    }
+}
+
+void KvDevicePlayerViewUI::layOutBottomBar(const Measures& measures) {
+    placeFromRight({kFullscreen, kPtz, kCapture, kRecord}, width() - measures.margin, measures);
+    const int leftWidth = 2 * measures.buttonSize + measures.widthOf(kQuality) + 2 * measures.gap;
+    int right = measures.margin + leftWidth;
+    if (!m_shown.at(kQuality))
+        right -= measures.widthOf(kQuality) + measures.gap;
+    placeFromRight({kQuality, kSound, kPlay}, right, measures);
+}
+
+void KvDevicePlayerViewUI::placeSpeedLabel() {
+    double scaleX = 1.0;
+    double scaleY = 1.0;
+    m_videoView->pictureScale(&scaleX, &scaleY);
+    const QRect video = m_videoView->geometry();
+    QPoint corner(static_cast<int>(video.x() + video.width() * (scaleX * 0.5 + 0.5)),
+                  static_cast<int>(video.y() + video.height() * (scaleY * 0.5 + 0.5)));
+    if (m_barsVisible)
+        corner.setY(qMin(corner.y(), m_bottomBar->y()));
+    const QRect place = kSpeedPlace.translated(corner);
+    if (m_speedLabel->geometry() != place)
+        m_speedLabel->setGeometry(place);
+}
+
+void KvDevicePlayerViewUI::placeNotice() {
+    const QFontMetrics metrics = m_noticeLabel->fontMetrics();
+    const QRect free = rect().adjusted(kInset, kInset, -kInset, -kInset);
+    QSize size = metrics.boundingRect(free, Qt::TextWordWrap, m_noticeLabel->text()).size();
+    size = (size + 2 * kNoticePadding).boundedTo(free.size());
+    m_noticeLabel->setGeometry(
+        QRect(QPoint((width() - size.width()) / 2, (height() - size.height()) / 2), size));
+}

@@ -1,0 +1,358 @@
+#include "ui/preview/devices_preview.h"
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QPainter>
+
+#include "device/device.h"
+#include "ui/dialogs/alert_dialog.h"
+#include "ui/logging.h"
+#include "ui/palette.h"
+#include "ui/preview/device_player_view.h"
+#include "ui/preview/devices_preview_ui.h"
+#include "ui/preview/preview_page.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
+
+namespace {
+
+constexpr int kThumbIntervalMs = 1000;
+constexpr QSize kDragSize(48, 27);
+
+}  // namespace
+
+KvDevicesPreview::KvDevicesPreview(QWidget* parent)
+    : QWidget(parent), m_ui(new KvDevicesPreviewUI(this)) {
+    setAttribute(Qt::WA_MouseTracking);
+    connectChildren();
+    connectLayoutButtons();
+}
+
+KvDevicesPreview::~KvDevicesPreview() {
+    unbindTiles();
+}
+
+void KvDevicesPreview::connectChildren() {
+    using Grid = KvDevicesPreview;
+    using Tile = KvDevicePlayerView;
+    for (const Tile* tile : m_ui->tiles()) {
+        connect(tile, &Tile::playerViewThumbUpdate, this, &Grid::_onPlayerViewThumbUpdate);
+        connect(tile, &Tile::clickCloseButton, this, &Grid::_onClickPlayerViewShutdown);
+        connect(tile, &Tile::clickFullButton, this, &Grid::_onClickPlayerViewFullscreen);
+        connect(tile, &Tile::clickSettingButton, this, &Grid::_onClickDeviceSettingButton);
+        connect(tile, &Tile::clickSDCardButton, this, &Grid::_onClickDeviceSDCardButton);
+    }
+    connect(m_ui->infoView(), &orvelle::PreviewPage::clickBackButton, this,
+            &Grid::_onClickInfoViewBackButton);
+    connect(m_ui->playbackView(), &orvelle::PreviewPage::clickBackButton, this,
+            &Grid::_onClickPlaybackViewBackButton);
+}
+
+void KvDevicesPreview::connectLayoutButtons() {
+    using Grid = KvDevicesPreview;
+    const auto link = [this](int layout, void (Grid::*slot)(bool)) {
+        connect(m_ui->layoutButton(layout), &QPushButton::clicked, this, slot);
+    };
+    link(orvelle::kGrid1x1, &Grid::_onClickLayout1x1);
+    link(orvelle::kGrid2x2, &Grid::_onClickLayout2x2);
+    link(orvelle::kGrid3x3, &Grid::_onClickLayout3x3);
+    link(orvelle::kGrid4x4, &Grid::_onClickLayout4x4);
+    link(orvelle::kGrid13, &Grid::_onClickLayout13);
+    link(orvelle::kGrid6, &Grid::_onClickLayout6);
+}
+
+void KvDevicesPreview::setGroup(KvDeviceGroup* group) {
+    if (group && group == m_group)
+        return;
+    m_group = group;
+    reloadGroup();
+}
+
+void KvDevicesPreview::reloadGroup() {
+    endDrag();
+    m_ui->setFullscreenTile(nullptr);
+    hidePages();
+    m_ui->setTitle(m_group ? m_group->name() : QString());
+    if (!m_group) {
+        unbindTiles();
+        return;
+    }
+    m_ui->setLayoutIndex(orvelle::usableLayout(m_group->layout(), m_group->devices().size()));
+    reloadTiles();
+}
+
+void KvDevicesPreview::reloadTiles() {
+    if (!m_group)
+        return;
+    unbindTiles();
+    const QList<KvDevice*> devices = m_group->devices();
+    const int count = qMin(devices.size(), m_ui->tilesShown());
+    for (int i = 0; i < count; ++i) {
+        KvDevicePlayerView* tile = m_ui->tiles()[i];
+        tile->setNoSound(m_group->type() == KvDeviceGroup::kGroup);
+        tile->setDevice(devices[i]);
+    }
+    m_ui->layOut();
+}
+
+/// All are asked before the first is waited for, so that their threads end side by side.
+void KvDevicesPreview::stopTiles() {
+    for (KvDevicePlayerView* tile : m_ui->tiles())
+        tile->requestStop();
+    for (KvDevicePlayerView* tile : m_ui->tiles())
+        tile->stopPlay();
+}
+
+void KvDevicesPreview::unbindTiles() {
+    stopTiles();
+    for (KvDevicePlayerView* tile : m_ui->tiles()) {
+        tile->setDevice(nullptr);
+        tile->hide();
+    }
+}
+
+void KvDevicesPreview::hidePages() {
+    m_ui->hidePage(m_ui->infoView());
+    m_ui->hidePage(m_ui->playbackView());
+}
+
+void KvDevicesPreview::closePreview() {
+    setGroup(nullptr);
+    setGeometry(QRect());
+    hide();
+    emit requestFullscreen(false);
+}
+
+void KvDevicesPreview::releaseDevice(const KvDevice* device) {
+    if (!device)
+        return;
+    endDrag();
+    if (m_ui->infoView()->device() == device)
+        _onClickInfoViewBackButton();
+    if (m_ui->playbackView()->device() == device)
+        _onClickPlaybackViewBackButton();
+    for (KvDevicePlayerView* tile : m_ui->tiles()) {
+        if (tile->device() != device)
+            continue;
+        if (m_ui->fullscreenTile() == tile)
+            _onClickPlayerViewFullscreen(tile, false);
+        tile->setDevice(nullptr);
+        tile->hide();
+    }
+}
+
+void KvDevicesPreview::releaseGroup(const KvDeviceGroup* group) {
+    if (group && group == m_group)
+        closePreview();
+}
+
+int KvDevicesPreview::tileAt(int x, int y) const {
+    if (!m_group)
+        return -1;
+    const int count = qMin(m_ui->tilesShown(), m_group->devices().size());
+    for (int i = 0; i < count; ++i) {
+        const KvDevicePlayerView* tile = m_ui->tiles()[i];
+        if (tile->isVisible() && tile->inVideoArea(x, y))
+            return i;
+    }
+    return -1;
+}
+
+int KvDevicesPreview::paintTile(int index, QPainter* painter, const QRect& rect) const {
+    if (!m_group || index < 0 || index >= orvelle::kMaxTiles)
+        return -1;
+    m_ui->tiles()[index]->paintThumb(painter, rect);
+    return 0;
+}
+
+bool KvDevicesPreview::isFullscreen() const {
+    return m_ui->fullscreenTile() != nullptr;
+}
+
+void KvDevicesPreview::exitsFullscreen() {
+    qDebug("exitsFullscreen");
+    m_ui->setFullscreenTile(nullptr);
+}
+
+void KvDevicesPreview::_onPlayerViewThumbUpdate(KvDevicePlayerView*) {
+    if (!m_group ||
+        (m_sinceThumbUpdate.isValid() && m_sinceThumbUpdate.elapsed() < kThumbIntervalMs))
+        return;
+    m_sinceThumbUpdate.start();
+    emit deviceGroupThumbUpdate(m_group);
+}
+
+void KvDevicesPreview::_onClickPlayerViewShutdown(KvDevicePlayerView*) {
+    closePreview();
+}
+
+void KvDevicesPreview::_onClickPlayerViewFullscreen(KvDevicePlayerView* view, bool fullscreen) {
+    if (fullscreen) {
+        endDrag();
+        // Its Esc key leads back.
+        view->setFocus(Qt::OtherFocusReason);
+        m_ui->setFullscreenTile(view);
+    } else {
+        view->clearFocus();
+        m_ui->setFullscreenTile(nullptr);
+    }
+    emit requestFullscreen(fullscreen);
+}
+
+void KvDevicesPreview::_onClickDeviceSettingButton(KvDevicePlayerView* view) {
+    if (!view->device() || !view->device()->isOnline())
+        return;
+    qDebug("_onClickDeviceSettingButton");
+    m_ui->infoView()->setDevice(view->device());
+    m_ui->showPage(m_ui->infoView());
+}
+
+void KvDevicesPreview::_onClickInfoViewBackButton() {
+    m_ui->hidePage(m_ui->infoView());
+}
+
+void KvDevicesPreview::_onUnbindDevice(KvDevice* device) {
+    emit unbindDevice(device);
+}
+
+void KvDevicesPreview::_onClickDeviceSDCardButton(KvDevicePlayerView* view) {
+    if (!view->device())
+        return;
+    if (!view->device()->isOnline()) {
+        KvAlertDialog alert(orvelle::text("camera_offline"), window());
+        alert.setCancelVisible(false);
+        alert.execCentred(view);
+        return;
+    }
+    KvDevice* device = view->device();
+    stopTiles();
+    m_ui->playbackView()->setDevice(device);
+    m_ui->showPage(m_ui->playbackView());
+}
+
+void KvDevicesPreview::_onClickPlaybackViewBackButton() {
+    m_ui->hidePage(m_ui->playbackView());
+    qDebug("reply");
+    reloadTiles();
+}
+
+void KvDevicesPreview::_onPlaybackViewRequestFullscreen(bool fullscreen) {
+    emit requestFullscreen(fullscreen);
+}
+
+void KvDevicesPreview::_onClickLayout1x1(bool) {
+    chooseLayout(orvelle::kGrid1x1);
+}
+
+void KvDevicesPreview::_onClickLayout2x2(bool) {
+    chooseLayout(orvelle::kGrid2x2);
+}
+
+void KvDevicesPreview::_onClickLayout3x3(bool) {
+    chooseLayout(orvelle::kGrid3x3);
+}
+
+void KvDevicesPreview::_onClickLayout4x4(bool) {
+    chooseLayout(orvelle::kGrid4x4);
+}
+
+void KvDevicesPreview::_onClickLayout6x6(bool) {
+    chooseLayout(orvelle::kGrid6x6);
+}
+
+void KvDevicesPreview::_onClickLayout13(bool) {
+    chooseLayout(orvelle::kGrid13);
+}
+
+void KvDevicesPreview::_onClickLayout6(bool) {
+    chooseLayout(orvelle::kGrid6);
+}
+
+void KvDevicesPreview::chooseLayout(int layout) {
+    if (!m_group)
+        return;
+    const int count = m_group->devices().size();
+    if (count > orvelle::tileCount(layout)) {
+        m_toast.show(
+            this, orvelle::text("needs_to_be_deleted_some_device_to_meet_the_display_requirements"),
+            KvToast::kBottomCentre, orvelle::palette::kToastMs);
+        return;
+    }
+    m_group->setLayout(layout);
+    saveGroup();
+    m_ui->setLayoutIndex(orvelle::usableLayout(layout, count));
+}
+
+void KvDevicesPreview::saveGroup() {
+    if (!m_group->save())
+        qCWarning(lcUi) << "the entry" << m_group->key() << "could not be saved";
+}
+
+void KvDevicesPreview::resizeEvent(QResizeEvent*) {
+    m_ui->setGeometry(rect());
+}
+
+bool KvDevicesPreview::canDrag() const {
+    return m_group && m_group->devices().size() > 1 &&
+           m_group->type() != KvDeviceGroup::kSingleCamera && m_ui->infoView()->isHidden() &&
+           m_ui->playbackView()->isHidden() && !m_ui->fullscreenTile() && m_ui->tilesShown() > 1;
+}
+
+void KvDevicesPreview::mousePressEvent(QMouseEvent* event) {
+    endDrag();
+    if (event->button() != Qt::LeftButton || !canDrag())
+        return;
+    m_pressPosition = event->pos();
+    m_dragIndex = tileAt(m_pressPosition.x(), m_pressPosition.y());
+}
+
+void KvDevicesPreview::mouseMoveEvent(QMouseEvent* event) {
+    if (m_isDragging)
+        m_ui->moveDragLabel(event->pos());
+    else if (m_dragIndex >= 0 && (event->pos() - m_pressPosition).manhattanLength() >=
+                                     QApplication::startDragDistance())
+        startDrag(event->pos());
+}
+
+void KvDevicesPreview::startDrag(const QPoint& position) {
+    m_isDragging = true;
+    QPixmap picture(kDragSize);
+    {
+        QPainter painter(&picture);
+        paintTile(m_dragIndex, &painter, picture.rect());
+    }
+    m_ui->showDragLabel(picture, position);
+}
+
+void KvDevicesPreview::mouseReleaseEvent(QMouseEvent* event) {
+    const int from = m_isDragging ? m_dragIndex : -1;
+    endDrag();
+    const int to = tileAt(event->pos().x(), event->pos().y());
+    if (from >= 0 && to >= 0 && from != to)
+        swapTiles(qMin(from, to), qMax(from, to));
+}
+
+void KvDevicesPreview::hideEvent(QHideEvent* event) {
+    endDrag();
+    QWidget::hideEvent(event);
+}
+
+void KvDevicesPreview::endDrag() {
+    m_ui->removeDragLabel();
+    m_dragIndex = -1;
+    m_isDragging = false;
+}
+
+void KvDevicesPreview::swapTiles(int first, int second) {
+    qDebug("mouseReleaseEvent swap(%d, %d)", first, second);
+    if (!m_group->swapDevices(first, second))
+        return;
+    m_group->setThumbnailReady(false);
+    const QList<KvDevice*> devices = m_group->devices();
+    for (const int index : {first, second})
+        m_ui->tiles()[index]->requestStop();
+    for (const int index : {first, second})
+        m_ui->tiles()[index]->setDevice(devices[index]);
+    saveGroup();
+    emit deviceGroupInfoChanged(m_group);
+}

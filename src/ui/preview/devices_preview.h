@@ -1,0 +1,103 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QPoint>
+#include <QPointer>
+#include <QWidget>
+
+#include "device/device_group.h"
+#include "ui/widgets/toast.h"
+
+class KvDevicePlayerView;
+class KvDevicesPreviewUI;
+
+namespace orvelle {
+class PreviewPage;
+}
+
+/// The live pictures of one entry's cameras in a grid. Interface thread.
+///
+/// The entry is borrowed; before a camera or an entry dies the owner says so with
+/// releaseDevice() or releaseGroup().
+class KvDevicesPreview : public QWidget {
+    Q_OBJECT
+public:
+    explicit KvDevicesPreview(QWidget* parent = nullptr);
+    ~KvDevicesPreview() override;
+
+    /// Shows an entry, which plays at once, or, with null, nothing. The one that is shown
+    /// already goes on undisturbed.
+    void setGroup(KvDeviceGroup* group);
+    KvDeviceGroup* group() const { return m_group; }
+    /// Shows the entry anew after it was edited, in its layout if its cameras still fit.
+    void reloadGroup();
+    /// Ends everything and hides the grid.
+    void closePreview();
+
+    /// Lets go of a camera wherever it is shown; its place stays empty.
+    void releaseDevice(const KvDevice* device);
+    /// Closes the preview when it shows this entry.
+    void releaseGroup(const KvDeviceGroup* group);
+
+    /// Index of the shown tile whose picture's area contains the point, or -1.
+    int tileAt(int x, int y) const;
+    /// Draws a tile's picture into `rect`: 0, or -1 outside the tiles or without an entry.
+    int paintTile(int index, QPainter* painter, const QRect& rect) const;
+
+    bool isFullscreen() const;
+    /// The window left full screen, whatever the way.
+    void exitsFullscreen();
+
+signals:
+    void deviceGroupThumbUpdate(KvDeviceGroup* group);
+    void requestFullscreen(bool fullscreen);
+    void deviceGroupInfoChanged(KvDeviceGroup* group);
+    void unbindDevice(KvDevice* device);
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+
+private slots:
+    void _onPlayerViewThumbUpdate(KvDevicePlayerView* view);
+    void _onClickPlayerViewShutdown(KvDevicePlayerView* view);
+    void _onClickPlayerViewFullscreen(KvDevicePlayerView* view, bool fullscreen);
+    void _onClickDeviceSettingButton(KvDevicePlayerView* view);
+    void _onClickDeviceSDCardButton(KvDevicePlayerView* view);
+    void _onClickLayout1x1(bool);
+    void _onClickLayout2x2(bool);
+    void _onClickLayout3x3(bool);
+    void _onClickLayout4x4(bool);
+    void _onClickLayout6x6(bool);
+    void _onClickLayout13(bool);
+    void _onClickLayout6(bool);
+    void _onClickInfoViewBackButton();
+    void _onUnbindDevice(KvDevice* device);
+    void _onClickPlaybackViewBackButton();
+    void _onPlaybackViewRequestFullscreen(bool fullscreen);
+
+private:
+    void connectChildren();
+    void connectLayoutButtons();
+    void reloadTiles();
+    void stopTiles();
+    void unbindTiles();
+    void hidePages();
+    void chooseLayout(int layout);
+    void saveGroup();
+    bool canDrag() const;
+    void startDrag(const QPoint& position);
+    void endDrag();
+    void swapTiles(int first, int second);
+
+    KvDevicesPreviewUI* const m_ui;  ///< child
+    QPointer<KvDeviceGroup> m_group;
+    KvToast m_toast;
+    int m_dragIndex = -1;  ///< the pressed tile; it is dragged once the mouse has moved enough
+    bool m_isDragging = false;
+    QPoint m_pressPosition;
+    QElapsedTimer m_sinceThumbUpdate;
+};

@@ -1,0 +1,186 @@
+#include "ui/preview/devices_preview_ui.h"
+
+#include <QLabel>
+
+#include "ui/palette.h"
+#include "ui/preview/device_player_view.h"
+#include "ui/preview/preview_page.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/widget_utils.h"
+
+namespace {
+
+constexpr int kBarHeight = 40;
+constexpr int kButtonSize = 24;
+constexpr int kButtonGap = 16;
+constexpr int kMargin = 14;
+
+/// By layout index, each with the order of its button in the row.
+struct LayoutButton {
+    const char* image;
+    int place;
+};
+constexpr std::array<LayoutButton, KvDevicesPreviewUI::kLayoutButtons> kButtons{{
+    {"layout1x1", 0},
+    {"layout2x2", 1},
+    {"layout3x3", 3},
+    {"layout6", 2},
+    {"layout13", 4},
+    {"layout4x4", 5},
+}};
+
+/// Buttons that cannot be told by a word are told by the number of their pictures.
+QString tileCountText(int layout) {
+    return QString::number(orvelle::tileCount(layout));
+}
+
+}  // namespace
+
+KvDevicesPreviewUI::KvDevicesPreviewUI(QWidget* parent)
+    : KvWidget(parent), m_bar(nullptr), m_title(nullptr) {
+    setBackgroundColor(0x000000, 255);
+    for (int i = 0; i < orvelle::kMaxTiles; ++i) {
+        m_tiles.push_back(new KvDevicePlayerView(this));
+        m_tiles.back()->hide();
+    }
+    m_bar = new KvWidget(this);
+    m_title = new QLabel(m_bar);
+    setUpBar();
+    using orvelle::PreviewPage;
+    m_infoView = new PreviewPage(orvelle::text("device_information"), this);
+    m_playbackView = new PreviewPage(orvelle::text("replaying"), this);
+    hidePage(m_infoView);
+    hidePage(m_playbackView);
+    setLayoutIndex(orvelle::kGrid1x1);
+}
+
+void KvDevicesPreviewUI::setUpBar() {
+    m_bar->setBackgroundColor(QColor(QLatin1String(orvelle::palette::kBar)));
+    m_title->setTextFormat(Qt::PlainText);
+    m_title->setStyleSheet(KvWidgetUtils::labelColorStyle(0xffffff));
+    KvWidgetUtils::setFont(m_title, orvelle::palette::kFontPixels);
+    for (int place = 0; place < kLayoutButtons; ++place) {
+        for (int layout = 0; layout < kLayoutButtons; ++layout) {
+            if (kButtons.at(layout).place != place)
+                continue;
+            auto* button = new KvPushButton(m_bar);
+            const QString image = QLatin1String(kButtons.at(layout).image);
+            const orvelle::ButtonImages images = KvWidgetUtils::imagesOf(image);
+            button->setImages({images.normal, {}, images.pressed, {}},
+                              {images.pressed, {}, {}, {}});
+            button->setToolTip(tileCountText(layout));
+            button->setAccessibleName(tileCountText(layout));
+            m_layoutButtons.at(layout) = button;
+        }
+    }
+}
+
+KvPushButton* KvDevicesPreviewUI::layoutButton(int layout) const {
+    return m_layoutButtons.at(layout);
+}
+
+void KvDevicesPreviewUI::setLayoutIndex(int index) {
+    m_layoutIndex = index;
+    for (int layout = 0; layout < kLayoutButtons; ++layout)
+        m_layoutButtons.at(layout)->setState(layout == index ? 1 : 0);
+    layOut();
+}
+
+void KvDevicesPreviewUI::setFullscreenTile(KvDevicePlayerView* tile) {
+    if (m_fullscreenTile == tile)
+        return;
+    m_fullscreenTile = tile;
+    for (KvDevicePlayerView* each : m_tiles)
+        each->setFullscreen(each == tile);
+    layOut();
+}
+
+void KvDevicesPreviewUI::setTitle(const QString& title) {
+    m_title->setToolTip(title);
+    layOutBar();
+}
+
+void KvDevicesPreviewUI::place(KvDevicePlayerView* tile, const QRect& area, int controlMode) {
+    tile->setControlMode(controlMode);
+    tile->setGeometry(area);
+    tile->setVisible(tile->device() != nullptr);
+}
+
+void KvDevicesPreviewUI::layOut() {
+    m_bar->setVisible(!m_fullscreenTile);
+    layOutBar();
+    using UI = KvDevicePlayerViewUI;
+    if (m_fullscreenTile) {
+        place(m_fullscreenTile, rect(), UI::kLarge);
+        for (KvDevicePlayerView* tile : m_tiles)
+            tile->setVisible(tile == m_fullscreenTile);
+        return;
+    }
+    const std::vector<QRect> places =
+        orvelle::tilePlaces(m_layoutIndex, {width(), height() - kBarHeight});
+    m_tilesShown = static_cast<int>(places.size());
+    const int mode = m_layoutIndex == orvelle::kGrid1x1 ? UI::kLarge : UI::kCompact;
+    for (size_t i = 0; i < m_tiles.size(); ++i) {
+        if (i < places.size())
+            place(m_tiles[i], places[i], mode);
+        else
+            m_tiles[i]->hide();
+    }
+}
+
+void KvDevicesPreviewUI::layOutBar() {
+    m_bar->setGeometry(0, height() - kBarHeight, width(), kBarHeight);
+    const int rowWidth = kLayoutButtons * (kButtonSize + kButtonGap) - kButtonGap;
+    const int left = width() - kMargin - rowWidth;
+    for (int layout = 0; layout < kLayoutButtons; ++layout)
+        m_layoutButtons.at(layout)->setGeometry(
+            left + kButtons.at(layout).place * (kButtonSize + kButtonGap),
+            (kBarHeight - kButtonSize) / 2, kButtonSize, kButtonSize);
+    const int titleWidth = qMax(0, left - 2 * kMargin);
+    m_title->setGeometry(kMargin, 0, titleWidth, kBarHeight);
+    m_title->setText(
+        m_title->fontMetrics().elidedText(m_title->toolTip(), Qt::ElideRight, titleWidth));
+}
+
+void KvDevicesPreviewUI::showPage(orvelle::PreviewPage* page) {
+    page->setGeometry(rect());
+    page->show();
+    page->raise();
+    page->setFocus(Qt::OtherFocusReason);
+}
+
+void KvDevicesPreviewUI::hidePage(orvelle::PreviewPage* page) {
+    page->setDevice(nullptr);
+    page->clearFocus();
+    page->hide();
+    page->setGeometry(QRect());
+}
+
+void KvDevicesPreviewUI::showDragLabel(const QPixmap& pixmap, const QPoint& centre) {
+    removeDragLabel();
+    m_dragLabel = new QLabel(this);
+    m_dragLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
+    m_dragLabel->setPixmap(pixmap);
+    m_dragLabel->resize(pixmap.size());
+    moveDragLabel(centre);
+    m_dragLabel->show();
+}
+
+void KvDevicesPreviewUI::moveDragLabel(const QPoint& centre) {
+    if (m_dragLabel)
+        m_dragLabel->move(centre.x() - m_dragLabel->width() / 2,
+                          centre.y() - m_dragLabel->height() / 2);
+}
+
+void KvDevicesPreviewUI::removeDragLabel() {
+    delete m_dragLabel;
+    m_dragLabel = nullptr;
+}
+
+void KvDevicesPreviewUI::resizeEvent(QResizeEvent*) {
+    layOut();
+    for (orvelle::PreviewPage* page : {m_infoView, m_playbackView})
+        if (!page->isHidden())
+            page->setGeometry(rect());
+}

@@ -1,0 +1,136 @@
+#include <QSignalSpy>
+
+#include "device/device_add_thread.h"
+#include "device/device_manager.h"
+#include "device/device_remove_thread.h"
+#include "link/device_code.h"
+#include "support/suites.h"
+#include "test_camera.h"
+#include "test_tools.h"
+
+using orvelle::DeviceState;
+using orvelle::test::TestCamera;
+using Adder = KvTUTKDeviceTryConnectThread;
+
+namespace {
+
+const QString kUid = QStringLiteral("BINDCAM1");
+
+QString codeOf(const char* password = "right") {
+    return QString::fromStdString(orvelle::encodeDeviceCode(kUid.toStdString(), password));
+}
+
+int outcomeOf(Adder& adder) {
+    QSignalSpy spy(&adder, &Adder::updateDeviceStatusSignal);
+    adder.start();
+    return spy.wait(30000) ? spy.first().first().toInt() : -99;
+}
+
+class BindingTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void init() {
+        QDir(KvFileUtils::dataRoot()).removeRecursively();
+        m_manager = KvDeviceManager::create();
+        m_manager->setTiming({200, 20});
+        m_manager->start({});
+    }
+    void cleanup() {
+        KvDeviceManager::release();
+        qunsetenv("ORVELLE_LINK_UNBOUNDED");
+    }
+
+    void code_bindsOnlyWhatAnswersToIt() {
+        const std::tuple<bool, QString, int, DeviceState> cases[] = {
+            {true, {}, Adder::kFailed, DeviceState::kNeverTried},
+            {true, codeOf().left(9), Adder::kFailed, DeviceState::kNeverTried},
+            {true, codeOf("wrong"), Adder::kFailed, DeviceState::kWrongPassword},
+            {false, codeOf(), Adder::kFailed, DeviceState::kUnreachable},
+            {true, QLatin1Char(' ') + codeOf().toLower(), Adder::kAdded, DeviceState::kNeverTried},
+        };
+        for (const auto& [isOn, code, status, failure] : cases) {
+            TestCamera camera(kUid);
+            QVERIFY(!isOn || camera.start());
+            Adder adder(code);
+            QCOMPARE(outcomeOf(adder), status);
+            QCOMPARE(adder.failure(), failure);
+            const bool added = status == Adder::kAdded;
+            QCOMPARE(m_manager->groups().size(), added ? 1 : 0);
+            QVERIFY(m_files.has("BINDCAM1") == added && m_entries.has("BINDCAM1") == added);
+            if (!added)
+                continue;
+            QVERIFY(m_manager->findDevice(kUid)->isOnline());
+            QCOMPARE(m_manager->groups().first()->name(), Adder::nameFor(codeOf()));
+            QVERIFY(m_files.read("BINDCAM1").contains("<deviceId>1<"));
+            Adder again(codeOf("other"));
+            QCOMPARE(outcomeOf(again), int(Adder::kExists));
+            QCOMPARE(camera.clients(), 1);
+        }
+    }
+
+    void camera_isNotBound_whenItCannotBeSaved() {
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        QVERIFY(KvFileUtils::mkdir(m_entries.path("BINDCAM1")));
+        Adder adder(codeOf());
+        QCOMPARE(outcomeOf(adder), int(Adder::kNotSaved));
+        QVERIFY(m_manager->devicesSnapshot().isEmpty() && !m_files.has("BINDCAM1"));
+        QTRY_COMPARE(camera.clients(), 0);
+    }
+
+    void cancelledAttempt_leavesNothing_andTheRoundsGoOn() {
+        qputenv("ORVELLE_LINK_UNBOUNDED", "1");
+        m_manager->addDevice(orvelle::test::deviceFor(QStringLiteral("KNOWN1")));
+        const KvDevice* known = m_manager->findDevice(QStringLiteral("KNOWN1"));
+        QTRY_COMPARE(known->state(), DeviceState::kConnecting);
+        auto adder = std::make_unique<Adder>(codeOf());
+        adder->start();
+        QTRY_COMPARE(known->state(), DeviceState::kCancelled);
+        m_manager->reaper().take(std::move(adder));
+        QTRY_VERIFY(m_manager->reaper().isEmpty());
+        QTRY_COMPARE(known->state(), DeviceState::kConnecting);
+        QVERIFY(m_manager->groups().isEmpty() && !m_files.has("BINDCAM1"));
+    }
+
+    void success_countsEvenWhenNobodyWaits_andRemovalUndoesIt() {
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        {
+            Adder adder(codeOf());
+            adder.start();
+            adder.waitForEnd();
+            QVERIFY(m_manager->groups().isEmpty());
+        }
+        KvDevice* device = m_manager->findDevice(kUid);
+        QVERIFY(device);
+        auto pair = std::make_unique<KvDeviceGroup>();
+        pair->setType(KvDeviceGroup::kGroup);
+        pair->setName(QStringLiteral("pair"));
+        pair->setDevices({device});
+        KvDeviceGroup* group = pair.get();
+        QVERIFY(m_manager->addGroup(std::move(pair)));
+        for (KvDeviceGroup* entry : {m_manager->findDeviceGroup(device), group}) {
+            KvTUTKDeviceRemoveThread remover(entry);
+            QSignalSpy spy(&remover, &KvTUTKDeviceRemoveThread::endedSignal);
+            remover.start();
+            QVERIFY(spy.wait(30000));
+            QTRY_COMPARE(camera.clients(), 0);
+            QVERIFY(!m_files.has("BINDCAM1") && !m_entries.has("BINDCAM1"));
+            QCOMPARE(m_manager->groups().contains(group), entry != group);
+            QVERIFY(entry == group || !group->firstDevice());
+        }
+        QVERIFY(!m_entries.has("1"));
+    }
+
+private:
+    KvDeviceManager* m_manager = nullptr;
+    const orvelle::test::XmlFiles m_files{QStringLiteral("KvTUTK")};
+    const orvelle::test::XmlFiles m_entries{QStringLiteral("KvTUTKGroup")};
+};
+
+const orvelle::test::RegisterSuite<BindingTest> kRegistered;
+
+}  // namespace
+
+#include "binding_test.moc"
