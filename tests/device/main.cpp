@@ -8,9 +8,6 @@ int main(int argc, char** argv) {
     const QTemporaryDir home;
     qputenv("XDG_DATA_HOME", QFile::encodeName(home.path()));
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
-    // A port of its own, below those that the system gives out, for two runs at once.
-    qputenv("ORVELLE_DISCOVERY_PORT",
-            QByteArray::number(20000 + QCoreApplication::applicationPid() % 10000));
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("device_test"));
     orvelle::LinkClient::instance().start(0);

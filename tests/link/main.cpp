@@ -4,7 +4,6 @@
 
 int main(int argc, char** argv) {
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
-    qputenv("ORVELLE_DISCOVERY_PORT", "47251");
     QCoreApplication app(argc, argv);
     return orvelle::test::runSuites(argc, argv);
 }

@@ -26,6 +26,10 @@ struct RegisterSuite {
 
 /// Runs all classes, then the leak check; the result is the program's exit code.
 inline int runSuites(int argc, char** argv) {
+    // A port of its own, below those that the system gives out: cameras of two runs at once have
+    // the same names.
+    qputenv("ORVELLE_DISCOVERY_PORT",
+            QByteArray::number(20000 + QCoreApplication::applicationPid() % 10000));
     const LeakCheck leaks;
     int failed = 0;
     for (const MakeSuite make : suites())

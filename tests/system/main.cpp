@@ -11,7 +11,6 @@ int main(int argc, char** argv) {
     const QTemporaryDir data;
     qputenv("XDG_DATA_HOME", data.path().toLocal8Bit());
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
-    qputenv("ORVELLE_DISCOVERY_PORT", "47830");
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false"));
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     const QApplication application(argc, argv);
