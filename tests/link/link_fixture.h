@@ -172,7 +172,7 @@ public:
 inline int connectThrough(uint16_t relayPort, TestClient& client) {
     const AddressOverride address(kUid, relayPort);
     const QByteArray port = qgetenv("ORVELLE_DISCOVERY_PORT");
-    qputenv("ORVELLE_DISCOVERY_PORT", "47252");
+    qputenv("ORVELLE_DISCOVERY_PORT", "9");
     const int av = client.connect();
     qputenv("ORVELLE_DISCOVERY_PORT", port);
     return av;

@@ -70,6 +70,11 @@ void ClientChannel::acceptControl(const ControlMessage& message) {
     m_controlCame.notify_all();
 }
 
+bool ClientChannel::hasDataArrived() {
+    const int64_t arrived = arrivedPackets(m_controlId) + arrivedPackets(m_mediaId);
+    return arrived != std::exchange(m_arrivedPackets, arrived);
+}
+
 void ClientChannel::end(int reason) {
     {
         std::lock_guard<std::mutex> lock(m_mutex);

@@ -28,6 +28,9 @@ public:
     /// What a message means for the channel; frames and control messages go to their queues.
     enum class Outcome { Fine, Goodbye, Broken };
     Outcome accept(const uint8_t* data, size_t size);
+    /// Whether data came in since the last call, also such as wait for the repair of a loss: on
+    /// an overfull path nothing else may show for seconds that the camera is there.
+    bool hasDataArrived();
     /// Readers get what waits and then `reason`; the first reason stays.
     void end(int reason);
 
@@ -73,6 +76,7 @@ private:
     // Owned by the receive thread.
     FrameAssembler m_videoAssembler;
     FrameAssembler m_audioAssembler;
+    int64_t m_arrivedPackets = 0;  ///< at the last hasDataArrived()
 
     mutable std::mutex m_mutex;  ///< guards the fields below
     /// One a reader: a frame must not wake those who wait for something else.

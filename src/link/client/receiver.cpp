@@ -157,7 +157,7 @@ void ClientReceiver::tick(int64_t nowMs) {
         }
     }
     for (const auto& channel : sessions) {
-        if (nowMs - channel->session().lastHeardMs() >= kSilenceMs)
+        if (nowMs - channel->session().lastHeardMs() >= kSilenceMs && !channel->hasDataArrived())
             endChannel(*channel, AV_ER_REMOTE_TIMEOUT_DISCONNECT);
         else
             sendMessage(channel->controlId(),

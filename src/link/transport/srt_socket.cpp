@@ -66,7 +66,8 @@ SrtSocket createLinkSocket(SocketUse use) {
     const SRTSOCKET id = socket.id();
     const int bufferBytes = use == SocketUse::Control ? kControlBufferBytes : kMediaBufferBytes;
     // The transmission type resets other options, so it comes first. Periodic loss reports are
-    // off since with them a lost last packet waits for the next one to be sent.
+    // off since with them a lost last packet waits for the next one to be sent. The flight window
+    // costs 16 bytes a packet, and more packets than the buffer holds never fly.
     const bool isSet =
         setSocketOption(id, SRTO_TRANSTYPE, int{SRTT_LIVE}) &&
         setSocketOption(id, SRTO_TSBPDMODE, false) && setSocketOption(id, SRTO_TLPKTDROP, false) &&
@@ -74,7 +75,8 @@ SrtSocket createLinkSocket(SocketUse use) {
         setSocketOption(id, SRTO_PAYLOADSIZE, int{kMaxMessageBytes}) &&
         setSocketOption(id, SRTO_RCVSYN, false) && setSocketOption(id, SRTO_SNDSYN, false) &&
         setSocketOption(id, SRTO_SNDBUF, bufferBytes) &&
-        setSocketOption(id, SRTO_RCVBUF, bufferBytes);
+        setSocketOption(id, SRTO_RCVBUF, bufferBytes) &&
+        setSocketOption(id, SRTO_FC, bufferBytes / int{kMaxMessageBytes});
     if (!isSet)
         socket.close();
     return socket;
@@ -95,6 +97,11 @@ SendResult sendMessage(SRTSOCKET socket, const EncodedMessage& message) {
 size_t unsentBytes(SRTSOCKET socket) {
     size_t bytes = 0;
     return srt_getsndbuffer(socket, nullptr, &bytes) < 0 ? 0 : bytes;
+}
+
+int64_t arrivedPackets(SRTSOCKET socket) {
+    SRT_TRACEBSTATS stats;
+    return srt_bistats(socket, &stats, 0, 1) < 0 ? 0 : stats.pktRecvTotal;
 }
 
 std::optional<sockaddr_in> ipv4Address(const std::string& host, uint16_t port) {

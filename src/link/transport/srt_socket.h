@@ -76,6 +76,10 @@ SendResult sendMessage(SRTSOCKET socket, const EncodedMessage& message);
 /// Bytes that the peer has not acknowledged yet.
 size_t unsentBytes(SRTSOCKET socket);
 
+/// Data packets that came in so far. Acknowledgements do not count: the transport of a peer that
+/// hangs still sends them.
+int64_t arrivedPackets(SRTSOCKET socket);
+
 /// Empty unless `host` is a numeric IPv4 address or "localhost".
 std::optional<sockaddr_in> ipv4Address(const std::string& host, uint16_t port);
 std::string hostText(const sockaddr_in& address);
