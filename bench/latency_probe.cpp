@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <map>
 
 #include "frames/picture_clock.h"
 #include "render/video_view.h"
@@ -18,6 +19,14 @@ namespace {
 int64_t wallClockUs() {
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
+}
+
+constexpr double kWindowSeconds = 10.0;
+
+double medianOf(std::vector<double> values) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::nth_element(values.begin(), middle, values.end());
+    return *middle;
 }
 
 }  // namespace
@@ -71,19 +80,23 @@ double LatencyProbe::percentileMs(double percent) const {
 }
 
 double LatencyProbe::slopeMsPerMinute() const {
-    double sumX = 0.0;
-    double sumY = 0.0;
-    double sumXX = 0.0;
-    double sumXY = 0.0;
-    for (const Sample& sample : m_samples) {
-        const double minutes = sample.atSeconds / 60.0;
-        sumX += minutes;
-        sumY += sample.latencyMs;
-        sumXX += minutes * minutes;
-        sumXY += minutes * sample.latencyMs;
-    }
-    const auto count = static_cast<double>(m_samples.size());
-    return (count * sumXY - sumX * sumY) / (count * sumXX - sumX * sumX);
+    const std::vector<Sample> medians = windowMedians();
+    std::vector<double> slopes;
+    for (size_t i = 0; i < medians.size(); ++i)
+        for (size_t j = i + 1; j < medians.size(); ++j)
+            slopes.push_back(60.0 * (medians[j].latencyMs - medians[i].latencyMs) /
+                             (medians[j].atSeconds - medians[i].atSeconds));
+    return slopes.empty() ? std::nan("") : medianOf(std::move(slopes));
+}
+
+std::vector<LatencyProbe::Sample> LatencyProbe::windowMedians() const {
+    std::map<int, std::vector<double>> windows;
+    for (const Sample& sample : m_samples)
+        windows[static_cast<int>(sample.atSeconds / kWindowSeconds)].push_back(sample.latencyMs);
+    std::vector<Sample> medians;
+    for (auto& [window, latencies] : windows)
+        medians.push_back({(window + 0.5) * kWindowSeconds, medianOf(std::move(latencies))});
+    return medians;
 }
 
 }  // namespace orvelle::bench

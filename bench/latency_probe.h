@@ -23,11 +23,13 @@ public:
     const std::vector<Sample>& samples() const { return m_samples; }
     /// The latency that `percent` of the pictures did not exceed; NaN without samples.
     double percentileMs(double percent) const;
-    /// Least-squares growth of the latency.
+    /// Growth of the latency: the median slope between the medians of all windows of 10 s, which
+    /// a machine that is busy for a while does not bend. NaN for less than two windows.
     double slopeMsPerMinute() const;
 
 private:
     void readPicture();
+    std::vector<Sample> windowMedians() const;
 
     KvVideoView* const m_view;  ///< borrowed
     std::vector<Sample> m_samples;
