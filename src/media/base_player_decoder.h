@@ -36,6 +36,8 @@ public:
     /// True while a decoding thread has not stopped. Any thread between start() and stop().
     virtual bool isRunning() = 0;
     virtual void flush() = 0;
+    /// False spares decoding sound that nobody hears, once its parameters are known. Any thread.
+    virtual void setSoundWanted(bool) {}
 
     /// Waits until a frame waits, the decoder has ended, `timeoutMs` passed or `reader` is asked
     /// to stop (whoever asks it calls wakeReaders() next). True when a frame waits.

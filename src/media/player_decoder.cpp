@@ -250,10 +250,21 @@ void KvPlayerDecoder::decodeAudio(const KvThread& thread) {
         }
     }
     m_audio->close();
+    forgetSound();
+}
+
+void KvPlayerDecoder::forgetSound() {
     m_audioParameters.clear();
+    m_knownSoundId = -1;
 }
 
 void KvPlayerDecoder::handleAudioPacket(const KvBasePlayerInputPacket& packet) {
+    // A recording needs the parameters, also of a picture that is watched without sound.
+    if (!m_isSoundWanted && packet.codecId() == m_knownSoundId) {
+        m_audio->close();
+        m_lastG726Bytes = 0;
+        return;
+    }
     if (!hasBytes(packet) || (!m_audio->isOpen(packet.codecId()) && !openAudio(packet)))
         return;
     double timeSec = packet.time();
@@ -270,7 +281,8 @@ void KvPlayerDecoder::handleAudioPacket(const KvBasePlayerInputPacket& packet) {
 }
 
 bool KvPlayerDecoder::openAudio(const KvBasePlayerInputPacket& packet) {
-    m_audioParameters.clear();
+    if (packet.codecId() != m_knownSoundId)
+        forgetSound();
     if (packet.codecId() != AV_CODEC_ID_ADPCM_G726)
         return m_audio->open(packet.codecId(), false);
     // Its code size shows only when the second packet tells how long the first one lasts.
@@ -285,6 +297,7 @@ void KvPlayerDecoder::passSound(double timeSec) {
     if (frame.nb_samples <= 0 || frame.sample_rate <= 0)
         return;
     m_audioParameters.publish(*m_audio->context());
+    m_knownSoundId = m_audio->context()->codec_id;
     m_audioFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(&frame, timeSec));
     boundSound(durationSec(frame));
 }

@@ -57,6 +57,7 @@ public:
     void releaseAudioFrame(KvBasePlayerDecoderFrame* frame) override;
     bool isRunning() override;
     void flush() override;
+    void setSoundWanted(bool isWanted) override { m_isSoundWanted = isWanted; }
     bool waitForVideoFrame(const KvThread& reader, int timeoutMs) override;
     bool waitForAudioFrame(const KvThread& reader, int timeoutMs) override;
     void wakeReaders() override;
@@ -79,6 +80,7 @@ private:
     void decodeAudio(const KvThread& thread);
     void handleAudioPacket(const KvBasePlayerInputPacket& packet);
     bool openAudio(const KvBasePlayerInputPacket& packet);
+    void forgetSound();
     void passSound(double timeSec);
     void boundSound(double frameSec);
 
@@ -93,11 +95,13 @@ private:
     orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
     std::vector<uint8_t> m_parameterSets;             ///< of the last key frame that had any
     orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below
+    int m_knownSoundId = -1;                          ///< the codec that m_audioParameters tell of
     size_t m_lastG726Bytes = 0;
     double m_lastG726Sec = 0.0;
 
     /// Pictures may be shown: set by the video thread alone, cleared by flush() too.
     std::atomic<bool> m_keyFrameSeen{false};
+    std::atomic<bool> m_isSoundWanted{true};  ///< orders nothing
 
     orvelle::PublishedParameters m_videoParameters;
     orvelle::PublishedParameters m_audioParameters;

@@ -1,5 +1,6 @@
 #include "media/player_output_default.h"
 
+#include "media/base_player_decoder.h"
 #include "render/pcm_player.h"
 
 KvPlayerOutputDefault::KvPlayerOutputDefault(QObject* parent)
@@ -32,4 +33,6 @@ void KvPlayerOutputDefault::stop() {
 
 void KvPlayerOutputDefault::setVolume(double value) {
     m_pcm->setVolume(static_cast<float>(value));
+    if (decoder())
+        decoder()->setSoundWanted(!m_pcm->isMuted());
 }

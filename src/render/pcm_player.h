@@ -49,6 +49,7 @@ public:
     /// 0.0 mutes, 1.0 is the full level.
     void setVolume(float volume);
     float volume() const;
+    bool isMuted() const { return volume() == 0.0f; }
 
     /// Ends a blocked write and all later ones until the next start().
     void interrupt();

@@ -210,6 +210,17 @@ private slots:
         QCOMPARE(sound.back()->time(), 99.0);
         QCOMPARE(rig.decoder.stats().audioFramesDropped.load(), uint64_t{100} - sound.size());
     }
+
+    void sound_isSpared_whenNobodyListens() {
+        Rig rig;
+        rig.decoder.setSoundWanted(false);
+        for (const bool isCodecOpen : {true, false, true}) {  // the first packet tells the format
+            rig.input.giveSound(std::vector<uint8_t>(160, 0x42), AV_CODEC_ID_PCM_ALAW, 0.0);
+            QTRY_VERIFY(rig.decoder.audioParameters());
+            QTRY_COMPARE(rig.decoder.audioCodecContext() != nullptr, isCodecOpen);
+            rig.decoder.setSoundWanted(!isCodecOpen);
+        }
+    }
 };
 
 }  // namespace
