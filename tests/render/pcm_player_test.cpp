@@ -11,26 +11,19 @@ using namespace orvelle::test;
 
 namespace {
 
-/// Writes the tone on a thread of its own, as a decoder delivers it.
-class ToneWriter {
-public:
-    ToneWriter(KvPcmPlayer& player, int rate, int channels)
-        : m_player(player), m_thread([=, &player] {
-              for (int64_t at = 0; !m_isEnded; at += rate / 50)
-                  player.writeFrame(
-                      toneFrame(AV_SAMPLE_FMT_S16, rate, channels, at, rate / 50).get());
-          }) {}
-    ~ToneWriter() {
-        m_isEnded = true;
-        m_player.interrupt();
-        m_thread.join();
-    }
-
-private:
-    KvPcmPlayer& m_player;
-    std::atomic<bool> m_isEnded{false};
-    std::thread m_thread;
-};
+/// Runs `check` while a thread writes the tone as a decoder delivers it.
+template <class Check>
+void withTone(KvPcmPlayer& player, int rate, int channels, Check check) {
+    std::atomic<bool> isEnded{false};
+    std::thread writer([&] {
+        for (int64_t at = 0; !isEnded; at += rate / 50)
+            player.writeFrame(toneFrame(AV_SAMPLE_FMT_S16, rate, channels, at, rate / 50).get());
+    });
+    check();
+    isEnded = true;
+    player.interrupt();
+    writer.join();
+}
 
 class PcmPlayerTest : public QObject {
     Q_OBJECT
@@ -53,10 +46,7 @@ private slots:
         QCOMPARE(player.write(minute.data(), int(minute.size())), int(minute.size()));
         QCOMPARE(m_server.streamCount(), 0);
         player.setVolume(1.0f);
-        {
-            const ToneWriter writer(player, 48000, 2);
-            QVERIFY(m_server.hearsTone());
-        }
+        withTone(player, 48000, 2, [this] { QVERIFY(m_server.hearsTone()); });
         player.setVolume(0.0f);
         QTRY_COMPARE(m_server.streamCount(), 0);
     }
@@ -73,21 +63,20 @@ private slots:
             writer.join();
             QCOMPARE(result, stop ? -1 : 0);
             QCOMPARE(player.write(minute.data(), 8), stop ? -1 : 0);
-            player.stop();
-            QTRY_COMPARE(m_server.streamCount(), 0);
         }
     }
 
     void sound_comesBack_whenTheServerDiedAndReturned() {
         KvPcmPlayer player;
         QCOMPARE(player.start(), 0);
-        const ToneWriter writer(player, 8000, 1);
-        QVERIFY(m_server.hearsTone());
-        // The toolkit looks for a lost server just once, so the next one waits there already.
-        QVERIFY(m_server.start());
-        QTRY_VERIFY(player.isClosed());
-        QTRY_VERIFY_WITH_TIMEOUT(!player.isClosed(), 20'000);
-        QVERIFY(m_server.hearsTone());
+        withTone(player, 8000, 1, [&] {
+            QVERIFY(m_server.hearsTone());
+            // The toolkit looks for a lost server just once, so the next one waits there already.
+            QVERIFY(m_server.start());
+            QTRY_VERIFY(player.isClosed());
+            QTRY_VERIFY_WITH_TIMEOUT(!player.isClosed(), 20'000);
+            QVERIFY(m_server.hearsTone());
+        });
     }
 };
 

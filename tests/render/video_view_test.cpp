@@ -32,35 +32,28 @@ class VideoViewTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void picture_isFittedInRightColours_data() {
-        QTest::addColumn<QSize>("size");
-        QTest::addColumn<QSize>("window");
-        QTest::addColumn<QPointF>("scale");
-        QTest::newRow("wider") << QSize(1920, 1080) << QSize(400, 400) << QPointF(1.0, 0.5625);
-        QTest::newRow("taller") << QSize(640, 480) << QSize(1000, 300) << QPointF(0.4, 1.0);
-        QTest::newRow("equal") << QSize(64, 32) << QSize(320, 160) << QPointF(1.0, 1.0);
-        QTest::newRow("rows not of four") << QSize(66, 66) << QSize(320, 160) << QPointF(0.5, 1.0);
-        QTest::newRow("odd") << QSize(67, 67) << QSize(300, 600) << QPointF(1.0, 0.5);
-    }
-
     void picture_isFittedInRightColours() {
-        QFETCH(QSize, size);
-        QFETCH(QSize, window);
-        QFETCH(QPointF, scale);
-        KvVideoView view;
-        showAt(view, window);
-        view.showFrame(twoTone(size, kRed, kBlue, 5).release());
-        const double left = 0.5 - scale.x() * 0.49;
-        const double top = 0.5 - scale.y() * 0.49;
-        for (const double x : {left, 0.5, 1.0 - left}) {
-            QVERIFY(shows(view, x, top, colorOf(kRed, 0)));
-            QVERIFY(shows(view, x, 1.0 - top, colorOf(kBlue, 0)));
+        using Row = std::tuple<QSize, QSize, QPointF>;
+        for (const auto& [size, window, scale] :
+             {Row{{1920, 1080}, {400, 400}, {1.0, 0.5625}},
+              Row{{640, 480}, {1000, 300}, {0.4, 1.0}}, Row{{64, 32}, {320, 160}, {1.0, 1.0}},
+              Row{{66, 66}, {320, 160}, {0.5, 1.0}},  // rows that are no multiple of four
+              Row{{67, 67}, {300, 600}, {1.0, 0.5}}}) {
+            KvVideoView view;
+            showAt(view, window);
+            view.showFrame(twoTone(size, kRed, kBlue, 5).release());
+            const double left = 0.5 - scale.x() * 0.49;
+            const double top = 0.5 - scale.y() * 0.49;
+            for (const double x : {left, 0.5, 1.0 - left}) {
+                QVERIFY(shows(view, x, top, colorOf(kRed, 0)));
+                QVERIFY(shows(view, x, 1.0 - top, colorOf(kBlue, 0)));
+            }
+            QPointF painted;
+            view.pictureScale(&painted.rx(), &painted.ry());
+            QCOMPARE(painted, scale);
+            QVERIFY(scale.x() == scale.y() ||
+                    shows(view, qMax(0.0, left - 0.03), qMax(0.0, top - 0.03), Qt::black));
         }
-        QPointF painted;
-        view.pictureScale(&painted.rx(), &painted.ry());
-        QCOMPARE(painted, scale);
-        QVERIFY(scale.x() == scale.y() ||
-                shows(view, qMax(0.0, left - 0.03), qMax(0.0, top - 0.03), Qt::black));
     }
 
     void picture_isTheLatest_whenItsSizeOrWindowChanges() {
