@@ -1,17 +1,31 @@
 #!/usr/bin/env bash
-# Starts a demo camera and the client that already knows it, on a data directory of its own;
-# ends all of it when the window closes.
+# Starts five demo cameras and the client, on a data directory of its own: four are known to the
+# client and in a group, the fifth is there to be added by its code. Ends all of it when the
+# window closes.
 set -euo pipefail
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
 # shellcheck source=tools/desk.sh
 . tools/desk.sh
 
-bin=$top/build/release/bin
+bin=${ORVELLE_BIN:-$top/build/release/bin}
 demo=$top/build/demo
-uid=ORVELLEDEMO000000001
 password=demo-camera
+group_name="Demo cameras"
 picture_timeout_s=30
+# Where the first list entry lies in the window.
+entry_x=190
+entry_y=220
+
+# uid|name|what sets it apart
+cameras=(
+    "ORVELLEDEMO000000001|Gate|--scene 0 --type 1"
+    "ORVELLEDEMO000000002|Car park|--scene 1 --codec hevc"
+    "ORVELLEDEMO000000003|Workshop|--scene 2 --sound alaw"
+    "ORVELLEDEMO000000004|Garden|--scene 3"
+    "ORVELLEDEMO000000005|Spare camera|--scene 4 --size 360p"
+)
+known=4
 
 screenshot=
 case ${1:-} in
@@ -20,12 +34,14 @@ case ${1:-} in
     *) echo "usage: ./dev run [--screenshot FILE]" >&2; exit 2 ;;
 esac
 
-camera_pid=
+camera_pids=()
 client_pid=
 finish() {
     local pid
-    for pid in $client_pid $camera_pid; do
+    for pid in $client_pid "${camera_pids[@]}"; do
         kill "$pid" 2>/dev/null || true
+    done
+    for pid in $client_pid "${camera_pids[@]}"; do
         wait "$pid" 2>/dev/null || true
     done
     stop_desk
@@ -42,44 +58,85 @@ has_display() {
     [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]
 }
 
-write_known_camera() {
-    local devices=$XDG_DATA_HOME/Orvelle/Devices
-    mkdir -p "$devices/KvTUTK" "$devices/KvTUTKGroup"
-    (
-        umask 077
-        cat >"$devices/KvTUTK/$uid.xml" <<XML
+# write_camera FILE ID UID NAME
+write_camera() {
+    cat >"$1" <<XML
 <?xml version="1.0" encoding="UTF-8"?>
 <KvTUTKDevice>
-    <deviceId>1</deviceId>
-    <name>Demo camera</name>
+    <deviceId>$2</deviceId>
+    <name>$4</name>
     <ip></ip>
-    <uid>$uid</uid>
+    <uid>$3</uid>
     <password>$password</password>
     <port>0</port>
-    <mode>1</mode>
+    <mode>0</mode>
     <volume>1</volume>
 </KvTUTKDevice>
 XML
-        cat >"$devices/KvTUTKGroup/$uid.xml" <<XML
-<?xml version="1.0" encoding="UTF-8"?>
-<KvDeviceGroup>
-    <groupId>-1</groupId>
-    <type>0</type>
-    <layout>0</layout>
-    <groupIndex>0</groupIndex>
-    <name>Demo camera</name>
-    <uids count="1">
-        <uid>$uid</uid>
-    </uids>
-</KvDeviceGroup>
-XML
-    )
 }
 
-start_camera() {
-    ORVELLE_CAMERA_PASSWORD=$password "$bin/orvelle-camera" --demo --uid "$uid" \
-        --name "Demo camera" --type 1 --bind 127.0.0.1 >"$demo/camera.log" 2>&1 &
-    camera_pid=$!
+# write_entry FILE ID TYPE LAYOUT INDEX NAME UID...
+write_entry() {
+    local file=$1 id=$2 type=$3 layout=$4 index=$5 name=$6
+    shift 6
+    {
+        cat <<XML
+<?xml version="1.0" encoding="UTF-8"?>
+<KvDeviceGroup>
+    <groupId>$id</groupId>
+    <type>$type</type>
+    <layout>$layout</layout>
+    <groupIndex>$index</groupIndex>
+    <name>$name</name>
+    <uids count="$#">
+XML
+        printf '        <uid>%s</uid>\n' "$@"
+        printf '    </uids>\n</KvDeviceGroup>\n'
+    } >"$file"
+}
+
+# Whatever the user did in an earlier demo stays; only what is missing is written.
+write_known_cameras() {
+    local devices=$XDG_DATA_HOME/Orvelle/Devices uids=() uid name options index
+    [ -e "$devices/KvTUTK/${cameras[0]%%|*}.xml" ] && return
+    mkdir -p "$devices/KvTUTK" "$devices/KvTUTKGroup"
+    for ((index = 0; index < known; ++index)); do
+        IFS='|' read -r uid name options <<<"${cameras[index]}"
+        write_camera "$devices/KvTUTK/$uid.xml" $((index + 1)) "$uid" "$name"
+        write_entry "$devices/KvTUTKGroup/$uid.xml" -1 0 0 $((index + 1)) "$name" "$uid"
+        uids+=("$uid")
+    done
+    write_entry "$devices/KvTUTKGroup/1.xml" 1 1 1 0 "$group_name" "${uids[@]}"
+}
+
+start_cameras() {
+    local uid name options camera
+    for camera in "${cameras[@]}"; do
+        IFS='|' read -r uid name options <<<"$camera"
+        # shellcheck disable=SC2086
+        ORVELLE_CAMERA_PASSWORD=$password "$bin/orvelle-camera" --demo --uid "$uid" \
+            --name "$name" $options --bind 127.0.0.1 >"$demo/$uid.log" 2>&1 &
+        camera_pids+=($!)
+    done
+}
+
+device_code_of() {
+    local log=$demo/$1.log
+    for _ in $(seq 100); do grep -q 'Device code' "$log" && break || sleep 0.1; done
+    sed -n 's/^.*Device code[^:]*: *//p' "$log"
+}
+
+window() {
+    xdotool search --onlyvisible --name '^Orvelle$' 2>/dev/null | tail -n 1
+}
+
+# Opens the group as a user does, with a click on the first entry of the list.
+open_first_entry() {
+    for _ in $(seq 100); do [ -n "$(window)" ] && break || sleep 0.1; done
+    xdotool windowfocus --sync "$(window)"
+    # The guide of the first start.
+    xdotool key Escape
+    xdotool mousemove --window "$(window)" "$entry_x" "$entry_y" click 1
 }
 
 wait_for_picture() {
@@ -93,21 +150,23 @@ wait_for_picture() {
 }
 
 take_screenshot() {
+    open_first_entry
     wait_for_picture || {
         echo "No picture within $picture_timeout_s s; the client said:" >&2
         tail -n 20 "$demo/client.log" >&2
         exit 1
     }
-    sleep 1 # the picture is on its way through the window's next repaint
-    local window
-    window=$(xdotool search --onlyvisible --name '^Orvelle$' | tail -n 1)
-    ffmpeg -nostdin -loglevel error -y -f x11grab -window_id "$window" -i "$DISPLAY" \
+    sleep 5 # the other pictures are on their way, and the bars over the tiles leave
+    ffmpeg -nostdin -loglevel error -y -f x11grab -window_id "$(window)" -i "$DISPLAY" \
         -frames:v 1 "$screenshot"
     echo "Screenshot: $screenshot"
 }
 
 mkdir -p "$demo"
 if [ -n "$screenshot" ]; then
+    # A first start, whatever an earlier demo left.
+    export XDG_DATA_HOME=$demo/screenshot
+    rm -rf "$XDG_DATA_HOME"
     start_desk
 elif ! has_display; then
     screenshot=$demo/screenshot.png
@@ -115,12 +174,13 @@ elif ! has_display; then
     start_desk
 fi
 
-write_known_camera
-start_camera
+(umask 077 && write_known_cameras)
+start_cameras
 "$bin/orvelle" >"$demo/client.log" 2>&1 &
 client_pid=$!
-for _ in $(seq 50); do grep -q 'Device code' "$demo/camera.log" && break || sleep 0.1; done
-cat "$demo/camera.log"
+spare=${cameras[known]}
+echo "Watch: click \"$group_name\" in the list."
+echo "Add:   type this device code of \"$(cut -d'|' -f2 <<<"$spare")\": $(device_code_of "${spare%%|*}")"
 if [ -n "$screenshot" ]; then
     take_screenshot
 else

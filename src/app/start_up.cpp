@@ -14,7 +14,9 @@
 #include "platform/single_instance.h"
 #include "platform/suspend_watch.h"
 #include "ui/main/main_window.h"
+#include "ui/main/restart_hook.h"
 #include "ui/palette.h"
+#include "ui/widgets/focus_ring.h"
 
 namespace orvelle {
 
@@ -74,6 +76,8 @@ int runOrvelle(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     KvApplication application(argc, argv);
     application.installNativeEventFilter(&application);
+    setRestartHook(&KvApplication::restart);
+    FocusRing::install();
     const QuitSignals quitSignals([] { QCoreApplication::quit(); });
     const SuspendWatch suspendWatch([] { KvApplication::restart(); });
 

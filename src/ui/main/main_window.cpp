@@ -1,35 +1,52 @@
 #include "ui/main/main_window.h"
 
-#include <QHBoxLayout>
-#include <QListWidget>
+#include <QCloseEvent>
+#include <QCoreApplication>
+#include <QPushButton>
+#include <QScreen>
+#include <QtDebug>
 
 #include "device/device_manager.h"
-#include "ui/list/device_state_text.h"
-#include "ui/palette.h"
-#include "ui/preview/device_player_view.h"
+#include "ui/dialogs/app_cancel_dialog.h"
+#include "ui/dialogs/confirm_dialog.h"
+#include "ui/dialogs/media_path_dialog.h"
+#include "ui/list/cameras_view.h"
+#include "ui/list/device_group_pop_menu.h"
+#include "ui/list/device_search_view.h"
+#include "ui/main/main_window_ui.h"
+#include "ui/main/menu_view.h"
+#include "ui/main/title_view.h"
+#include "ui/main/window_edges.h"
+#include "ui/preview/devices_preview.h"
+#include "ui/widgets/click_label.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
 
 namespace {
 
 constexpr QSize kDefaultSize(1120, 750);
-constexpr int kListWidth = 240;
-constexpr int kStateIntervalMs = 1000;
-constexpr int kUidRole = Qt::UserRole;
-
-QString itemText(const KvDevice& device) {
-    return device.displayName() + QLatin1Char('\n') + orvelle::deviceStateText(device);
-}
+constexpr int kLargeScreenHeight = 790;
+constexpr int kTaskBarHeight = 40;
 
 }  // namespace
 
-MainWindow::MainWindow(QWidget* parent) : QMainWindow(parent) {
+MainWindow::MainWindow(QWidget* parent)
+    : QMainWindow(parent),
+      m_ui(new MainWindowUI(this)),
+      m_toast(this),
+      m_groupMenu(new KvDeviceGroupPopMenu(this)) {
     setWindowTitle(QStringLiteral("Orvelle"));
-    resize(kDefaultSize);
-    buildChildren();
-    fillList();
-    connect(m_cameraList, &QListWidget::currentRowChanged, this, &MainWindow::_onSelectDevice);
-    connect(&m_stateTimer, &QTimer::timeout, this, &MainWindow::_invokeUpdateStates);
-    m_stateTimer.start(kStateIntervalMs);
-    m_cameraList->setCurrentRow(0);
+    setWindowFlags(Qt::FramelessWindowHint | Qt::WindowSystemMenuHint |
+                   Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint);
+    setStyleSheet(QStringLiteral("QMainWindow{background-color:#00000000;border-radius:5px;}"));
+    setCentralWidget(m_ui);
+    setMinimumSize(defaultSize(screen()->geometry().height()));
+    setDefaultGeometry();
+    new orvelle::WindowEdges(this);
+    connectTitleBar();
+    connectCameras();
+    connectContent();
+    refresh();
 }
 
 MainWindow::~MainWindow() {
@@ -37,53 +54,147 @@ MainWindow::~MainWindow() {
 }
 
 void MainWindow::releaseDevices() {
-    m_stateTimer.stop();
-    m_tile->setDevice(nullptr);
+    m_ui->preview()->setGroup(nullptr);
 }
 
-void MainWindow::buildChildren() {
-    auto* area = new QWidget(this);
-    auto* layout = new QHBoxLayout(area);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(0);
-    m_cameraList = new QListWidget(area);
-    m_cameraList->setFixedWidth(kListWidth);
-    m_cameraList->setFocusPolicy(Qt::StrongFocus);
-    m_cameraList->setStyleSheet(
-        QStringLiteral("QListWidget{background:%1;border:none;outline:none;color:%2;}"
-                       "QListWidget::item{padding:12px 16px;}"
-                       "QListWidget::item:selected{background:%3;color:#ffffff;}")
-            .arg(QLatin1String(orvelle::palette::kSideBar), QLatin1String(orvelle::palette::kText),
-                 QLatin1String(orvelle::palette::kAccent)));
-    m_tile = new KvDevicePlayerView(area);
-    layout->addWidget(m_cameraList);
-    layout->addWidget(m_tile, 1);
-    setCentralWidget(area);
+void MainWindow::connectTitleBar() {
+    connect(m_ui->logo(), &KvClickLabel::click, this, &MainWindow::_onClickLogo);
+    connect(m_ui->title(), &KvClickLabel::click, this, &MainWindow::_onClickLogo);
+    connect(m_ui->titleView(), &KvTitleView::mouseRelease, this,
+            &MainWindow::_onTitleViewMouseRelease);
+    connect(m_ui->titleView(), &KvTitleView::doubleClick, m_ui->maximiseButton(),
+            &QPushButton::click);
+    connect(m_ui->helpButton(), &QPushButton::clicked, this, &MainWindow::_onClickHelpButton);
+    connect(m_ui->closeButton(), &QPushButton::clicked, this, &MainWindow::_onClickCloseButton);
+    connect(m_ui->minimiseButton(), &QPushButton::clicked, this,
+            &MainWindow::_onClickMinilizedButton);
+    connect(m_ui->maximiseButton(), &QPushButton::clicked, this,
+            &MainWindow::_onClickMaxinilizedButton);
+    connect(m_ui->helpMenu(), &KvMenuView::clickHelp, this, &MainWindow::_onClickHelpMenu);
+    connect(m_ui->helpMenu(), &KvMenuView::clickLanguage, this, &MainWindow::_onClickLanguage);
 }
 
-void MainWindow::fillList() {
-    const auto* manager = KvDeviceManager::instance();
-    if (!manager)
+void MainWindow::connectCameras() {
+    connect(m_ui->allCamerasButton(), &QPushButton::clicked, this, &MainWindow::_onClickAllCamera);
+    connect(m_ui->mediaPathButton(), &QPushButton::clicked, this, &MainWindow::_onCilckSdcard);
+    const KvCamerasView* cameras = m_ui->cameras();
+    // Queued: what they start may rebuild the list under the item that was clicked.
+    connect(cameras, &KvCamerasView::clickDevice, this, &MainWindow::_onClickDevice,
+            Qt::QueuedConnection);
+    connect(cameras, &KvCamerasView::rightClickDevice, this, &MainWindow::_onRightClickDevice,
+            Qt::QueuedConnection);
+    connect(cameras, &KvCamerasView::doubleClickDevice, this, &MainWindow::_onDoubleClickDevice,
+            Qt::QueuedConnection);
+    connect(cameras, &KvCamerasView::clickDeviceEdit, this, &MainWindow::_onClickDeviceItemEdit,
+            Qt::QueuedConnection);
+    connect(cameras, &KvCamerasView::clickAddDevice, this, &MainWindow::_onClickCamerasAddButton);
+    connect(cameras, &KvCamerasView::clickAddGroup, this, &MainWindow::_onClickAddGroup);
+    connect(cameras, &KvCamerasView::clickSearchDevices, this, &MainWindow::searchNetwork);
+    connect(m_groupMenu, &KvDeviceGroupPopMenu::clickDeviceGroup, this,
+            &MainWindow::_onClickDeviceGroupMenu);
+    if (const KvDeviceManager* manager = KvDeviceManager::instance())
+        connect(manager, &KvDeviceManager::listChanged, this, &MainWindow::showEntries);
+}
+
+void MainWindow::connectContent() {
+    connect(m_ui->welcomePage(), &KvDeviceSearchView::clickSearchButton, this,
+            &MainWindow::_onClickSearch);
+    connect(m_ui->welcomePage(), &KvDeviceSearchView::addDevice, this, &MainWindow::_onAddDevice);
+    using Preview = KvDevicesPreview;
+    connect(m_ui->preview(), &Preview::deviceGroupThumbUpdate, this,
+            &MainWindow::_onDeviceGroupThumbUpdate);
+    connect(m_ui->preview(), &Preview::requestFullscreen, this, &MainWindow::_onRequestFullscreen);
+    connect(m_ui->preview(), &Preview::unbindDevice, this, &MainWindow::_onUnbindDevice);
+    connect(m_ui->preview(), &Preview::deviceGroupInfoChanged, this,
+            &MainWindow::_onPreviewDeviceGroupInfoChanged);
+}
+
+QSize MainWindow::defaultSize(int screenHeight) {
+    if (screenHeight >= kLargeScreenHeight)
+        return kDefaultSize;
+    const int height = screenHeight - kTaskBarHeight;
+    return {height * kDefaultSize.width() / kDefaultSize.height(), height};
+}
+
+void MainWindow::setDefaultGeometry() {
+    const QRect area = screen()->geometry();
+    const QSize size = defaultSize(area.height());
+    setGeometry(area.left() + (area.width() - size.width()) / 2,
+                area.top() + (area.height() - kTaskBarHeight - size.height()) / 2, size.width(),
+                size.height());
+}
+
+bool MainWindow::event(QEvent* event) {
+    const bool handled = QMainWindow::event(event);
+    if (event->type() == QEvent::WindowStateChange) {
+        const auto before = static_cast<QWindowStateChangeEvent*>(event)->oldState();
+        if ((before & Qt::WindowFullScreen) && !isFullScreen())
+            m_ui->preview()->exitsFullscreen();
+        m_ui->showMaximised(isMaximized());
+        m_ui->layOut();
+    }
+    return handled;
+}
+
+void MainWindow::_onRequestFullscreen(bool fullscreen) {
+    qDebug("_onRequestFullscreen0");
+    if (fullscreen) {
+        qDebug("_onRequestFullscreen00");
+        showFullScreen();
+    } else {
+        qDebug("_onRequestFullscreen10");
+        // A tile is closed in an ordinary window, too; that one keeps its place.
+        if (isFullScreen()) {
+            showNormal();
+            setDefaultGeometry();
+        }
+    }
+    // Closing any tile closes the grid, which then leaves the place to the welcome page.
+    m_ui->showPreview(m_ui->preview()->group() != nullptr);
+    qDebug("_onRequestFullscreen1");
+}
+
+void MainWindow::_onClickMinilizedButton(bool) {
+    showMinimized();
+}
+
+void MainWindow::_onClickMaxinilizedButton(bool) {
+    if (!isMaximized()) {
+        showMaximized();
         return;
-    for (const KvDevice* device : manager->devicesSnapshot()) {
-        auto* item = new QListWidgetItem(itemText(*device), m_cameraList);
-        item->setData(kUidRole, device->uid());
     }
+    showNormal();
+    setDefaultGeometry();
 }
 
-KvDevice* MainWindow::deviceAt(int row) const {
-    const QListWidgetItem* item = m_cameraList->item(row);
-    const auto* manager = KvDeviceManager::instance();
-    return item && manager ? manager->findDevice(item->data(kUidRole).toString()) : nullptr;
+void MainWindow::_onClickAllCamera(bool) {
+    m_ui->showCameras(!m_ui->areCamerasShown());
 }
 
-void MainWindow::_onSelectDevice(int row) {
-    m_tile->setDevice(deviceAt(row));
+void MainWindow::_onCilckSdcard(bool) {
+    KvMediaPathDialog(this).execCentred(m_ui->contentLeft());
 }
 
-void MainWindow::_invokeUpdateStates() {
-    for (int row = 0; row < m_cameraList->count(); ++row) {
-        if (const KvDevice* device = deviceAt(row))
-            m_cameraList->item(row)->setText(itemText(*device));
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->ignore();
+    closeProgram();
+}
+
+void MainWindow::_onClickCloseButton(bool) {
+    closeProgram();
+}
+
+void MainWindow::closeProgram() {
+    if (m_isClosing)
+        return;
+    m_isClosing = true;
+    KvConfirmDialog question(
+        orvelle::text("are_you_sure_you_want_to_close_the_orvelle_pc_application"), this);
+    if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {
+        m_isClosing = false;
+        return;
     }
+    releaseDevices();
+    KvAppCancelDialog(this).start();
+    QCoreApplication::quit();
 }

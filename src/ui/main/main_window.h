@@ -1,15 +1,26 @@
 #pragma once
 
 #include <QMainWindow>
-#include <QTimer>
+#include <QPointer>
 
-class KvDevice;
-class KvDevicePlayerView;
-class QListWidget;
+#include "device/device.h"
+#include "device/device_group.h"
+#include "ui/widgets/toast.h"
 
-/// The one top-level window: the cameras by name and state, and the one that is watched.
+class KvDeviceGroupPopMenu;
+class KvTUTKDevice;
+class MainWindowUI;
+
+namespace orvelle {
+class EntryMenu;
+}
+
+/// The one top-level window: title bar, side bar, camera list, and either the welcome page or the
+/// live pictures of one list entry. What the user does there becomes calls into the device
+/// manager. Interface thread.
 class MainWindow : public QMainWindow {
     Q_OBJECT
+
 public:
     explicit MainWindow(QWidget* parent = nullptr);
     ~MainWindow() override;
@@ -17,16 +28,66 @@ public:
     /// Stops what plays and lets go of every camera; before cameras are cleared.
     void releaseDevices();
 
+    /// The window's size on a screen of that height.
+    static QSize defaultSize(int screenHeight);
+
+protected:
+    bool event(QEvent* event) override;
+    void closeEvent(QCloseEvent* event) override;
+
 private slots:
-    void _onSelectDevice(int row);
-    void _invokeUpdateStates();
+    void _onClickAllCamera(bool);
+    void _onCilckSdcard(bool);
+    void _onClickDevice(KvDeviceGroup* group);
+    void _onRightClickDevice(KvDeviceGroup* group, int x, int y);
+    void _onDoubleClickDevice(KvDeviceGroup* group);
+    void _onClickDeviceItemEdit(KvDeviceGroup* group);
+    void _onRequestFullscreen(bool fullscreen);
+    void _onUnbindDevice(KvDevice* device);
+    void _onPreviewDeviceGroupInfoChanged(KvDeviceGroup* group);
+    void _onClickCamerasAddButton();
+    void _onClickSearch(const QString& code);
+    void _onAddDevice(const QString& code);
+    void _onClickAddGroup();
+    void _onClickSearchDevice(KvTUTKDevice* device);
+    void _onClickMinilizedButton(bool);
+    void _onClickMaxinilizedButton(bool);
+    void _onClickCloseButton(bool);
+    void _onTitleViewMouseRelease();
+    void _onClickHelpButton(bool);
+    void _onClickLogo(bool);
+    void _onClickHelpMenu();
+    void _onClickLanguage(const QString& language);
+    void _onClickEditGroup(bool);
+    void _onClickRemoveGroup(bool);
+    void _onClickTopGroup(bool);
+    void _onDeviceGroupThumbUpdate(KvDeviceGroup* group);
+    void _onClickDeviceGroupMenu(KvDeviceGroup* group);
 
 private:
-    void buildChildren();
-    void fillList();
-    KvDevice* deviceAt(int row) const;
+    void connectTitleBar();
+    void connectCameras();
+    void connectContent();
+    void setDefaultGeometry();
+    /// Shows what the manager lists, and the welcome page.
+    void refresh();
+    void showEntries();
+    void showGroup(KvDeviceGroup* group);
+    void searchNetwork();
+    void showAddOutcome(int status, orvelle::DeviceState failure);
+    void toastOverContent(const QString& text);
+    void inform(const QString& text);
+    void editGroup(KvDeviceGroup& group);
+    void renameCamera(KvDeviceGroup& entry);
+    void removeEntry(KvDeviceGroup* entry);
+    void reportUnsaved();
+    /// The one way out that asks: every close button, key and menu comes here.
+    void closeProgram();
 
-    QListWidget* m_cameraList = nullptr;  ///< a child, as the tile
-    KvDevicePlayerView* m_tile = nullptr;
-    QTimer m_stateTimer;
+    MainWindowUI* const m_ui;  ///< child
+    KvToast m_toast;
+    KvDeviceGroupPopMenu* const m_groupMenu;    ///< child
+    orvelle::EntryMenu* m_entryMenu = nullptr;  ///< child, made when first needed
+    QPointer<KvDeviceGroup> m_menuEntry;        ///< for which the menu was last opened
+    bool m_isClosing = false;
 };

@@ -1,0 +1,89 @@
+#include "ui/dialogs/device_add_dialog.h"
+
+#include <QPushButton>
+
+#include "device/device_add_thread.h"
+#include "device/device_manager.h"
+#include "ui/palette.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/widget_utils.h"
+
+using Thread = KvTUTKDeviceTryConnectThread;
+
+namespace {
+
+constexpr QSize kCancelSize(120, 30);
+constexpr int kCancelBottom = 50;
+
+}  // namespace
+
+KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
+    : BusyDialog(orvelle::text("adding_camera"), parent),
+      m_cancel(new QPushButton(orvelle::text("cancel"), this)) {
+    m_cancel->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
+    m_cancel->setCursor(Qt::PointingHandCursor);
+    KvWidgetUtils::setFont(m_cancel, orvelle::palette::kFontPixels);
+    connect(m_cancel, &QPushButton::clicked, this, &KvTUTKDeviceAddDialog::_onClickCancelButton);
+    connect(this, &KvTUTKDeviceAddDialog::updateDeviceStatusSignal, this,
+            &KvTUTKDeviceAddDialog::_doUpdateDeviceStatus);
+}
+
+KvTUTKDeviceAddDialog::~KvTUTKDeviceAddDialog() {
+    leaveThread();
+}
+
+void KvTUTKDeviceAddDialog::start(const QString& code) {
+    leaveThread();
+    m_status = kNotFinished;
+    m_thread = std::make_unique<Thread>(code);
+    connect(m_thread.get(), &Thread::updateDeviceStatusSignal, this,
+            &KvTUTKDeviceAddDialog::updateDeviceStatusSignal);
+    m_thread->start(QThread::InheritPriority);
+}
+
+void KvTUTKDeviceAddDialog::leaveThread() {
+    if (!m_thread)
+        return;
+    disconnect(m_thread.get(), nullptr, this, nullptr);
+    if (KvDeviceManager* manager = KvDeviceManager::instance())
+        manager->reaper().take(std::move(m_thread));
+    m_thread.reset();
+}
+
+void KvTUTKDeviceAddDialog::_doUpdateDeviceStatus(int status) {
+    switch (status) {
+        case Thread::kAdded:
+            m_status = kAdded;
+            break;
+        case Thread::kExists:
+            m_status = kExists;
+            break;
+        case Thread::kFull:
+            m_status = kFull;
+            break;
+        case Thread::kNotSaved:
+            m_status = kNotSaved;
+            break;
+        default:
+            m_status = kFailed;
+            m_failure = m_thread->failure();
+            break;
+    }
+    accept();
+}
+
+void KvTUTKDeviceAddDialog::_onClickCancelButton(bool) {
+    reject();
+}
+
+void KvTUTKDeviceAddDialog::reject() {
+    m_status = kCancelled;
+    leaveThread();
+    QDialog::reject();
+}
+
+void KvTUTKDeviceAddDialog::resizeEvent(QResizeEvent* event) {
+    BusyDialog::resizeEvent(event);
+    m_cancel->setGeometry((width() - kCancelSize.width()) / 2, height() - kCancelBottom,
+                          kCancelSize.width(), kCancelSize.height());
+}

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <memory>
+
+#include "ui/dialogs/dialog.h"
+
+class KvLoadingMessageView;
+class KvTUTKDeviceTableView;
+class QLabel;
+class QPushButton;
+class TUTKDeviceSearchThread;
+
+/// Shows the cameras that answer on the local network. They carry no password, so exec() giving
+/// 1 means: ask for the code of a checked one. Interface thread.
+class KvTUTKDeviceSearchDialog : public KvDialog {
+    Q_OBJECT
+
+public:
+    /// Searches at once.
+    explicit KvTUTKDeviceSearchDialog(QWidget* parent = nullptr);
+    ~KvTUTKDeviceSearchDialog() override;
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private slots:
+    void _onSearchEnded();
+    void _onClickAddButton(bool);
+    void _onClickSearchButton(bool);
+    void _onClickCloseButton(bool);
+
+private:
+    void setUpButtons();
+    void search();
+    void leaveThread();
+    void updateNotice();
+    QRect tableArea() const;
+
+    QLabel* m_title;  ///< children, as all below; in this order they take the focus
+    KvTUTKDeviceTableView* m_table;
+    QLabel* m_notice;
+    QPushButton* m_add;
+    QPushButton* m_search;
+    QPushButton* m_close;
+    std::unique_ptr<KvLoadingMessageView> m_loading;
+    std::unique_ptr<TUTKDeviceSearchThread> m_thread;
+};

@@ -1,0 +1,305 @@
+#include <QCursor>
+#include <QtDebug>
+
+#include "core/log.h"
+#include "device/device_manager.h"
+#include "ui/dialogs/alert_dialog.h"
+#include "ui/dialogs/device_add_dialog.h"
+#include "ui/dialogs/device_delete_dialog.h"
+#include "ui/dialogs/device_search_dialog.h"
+#include "ui/dialogs/input_dialog.h"
+#include "ui/list/cameras_view.h"
+#include "ui/list/device_group_pop_menu.h"
+#include "ui/list/device_group_select_dialog.h"
+#include "ui/list/device_search_view.h"
+#include "ui/main/entry_menu.h"
+#include "ui/main/main_window.h"
+#include "ui/main/main_window_ui.h"
+#include "ui/palette.h"
+#include "ui/preview/devices_preview.h"
+#include "ui/preview/grid_layout.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/toast_dialog.h"
+
+using orvelle::kLogInfo;
+using orvelle::log;
+using orvelle::text;
+using orvelle::textKey;
+
+namespace {
+
+constexpr int kMaxNameLength = 20;
+constexpr int kToastDialogMs = 3000;
+constexpr int kToastHorizontalPadding = 50;
+constexpr int kToastVerticalPadding = 8;
+
+KvDeviceManager* manager() {
+    return KvDeviceManager::instance();
+}
+
+// Queued clicks may come after their entry is gone.
+bool isListed(const KvDeviceGroup* group) {
+    return group && manager() && manager()->groups().contains(const_cast<KvDeviceGroup*>(group));
+}
+
+const char* failureKey(orvelle::DeviceState failure) {
+    switch (failure) {
+        case orvelle::DeviceState::kWrongPassword:
+            return textKey("the_camera_refused_the_password");
+        case orvelle::DeviceState::kRefused:
+            return textKey("the_camera_serves_too_many_viewers");
+        case orvelle::DeviceState::kNeverTried:
+            return textKey("device_code_error_please_bind_the_device_on_mobile_phone_first");
+        default:
+            return textKey("the_camera_cannot_be_reached");
+    }
+}
+
+QList<KvDeviceGroup*> groupsWith(const KvDeviceGroup& camera) {
+    QList<KvDeviceGroup*> groups;
+    for (KvDeviceGroup* group : manager()->groups()) {
+        if (group->type() == KvDeviceGroup::kGroup &&
+            group->uids().contains(camera.uids().value(0)))
+            groups.append(group);
+    }
+    return groups;
+}
+
+}  // namespace
+
+void MainWindow::showEntries() {
+    const QList<KvDeviceGroup*> groups = manager() ? manager()->groups() : QList<KvDeviceGroup*>();
+    m_ui->cameras()->setGroups(groups);
+    if (isListed(m_ui->preview()->group()))
+        m_ui->cameras()->selectGroup(m_ui->preview()->group());
+    m_ui->showCameras(!groups.isEmpty());
+}
+
+void MainWindow::refresh() {
+    releaseDevices();
+    showEntries();
+    m_ui->showPreview(false);
+}
+
+void MainWindow::showGroup(KvDeviceGroup* group) {
+    if (!isListed(group))
+        return;
+    m_ui->hideHelpMenu();
+    m_ui->showPreview(true);
+    m_ui->preview()->setGroup(group);
+}
+
+void MainWindow::_onClickDevice(KvDeviceGroup* group) {
+    qDebug("_onClickDevice");
+    if (!isListed(group))
+        return;
+    group->setThumbnailReady(false);
+    m_ui->cameras()->updateGroup(group);
+    showGroup(group);
+}
+
+void MainWindow::_onDoubleClickDevice(KvDeviceGroup* group) {
+    _onClickDevice(group);
+}
+
+void MainWindow::_onClickDeviceGroupMenu(KvDeviceGroup* group) {
+    showGroup(group);
+    m_ui->cameras()->selectGroup(group);
+}
+
+void MainWindow::_onDeviceGroupThumbUpdate(KvDeviceGroup* group) {
+    m_ui->cameras()->updateGroup(group);
+}
+
+void MainWindow::_onPreviewDeviceGroupInfoChanged(KvDeviceGroup*) {}
+
+void MainWindow::_onRightClickDevice(KvDeviceGroup* group, int, int) {
+    if (!isListed(group))
+        return;
+    if (!m_entryMenu) {
+        m_entryMenu = new orvelle::EntryMenu(this);
+        connect(m_entryMenu->editAction(), &QAction::triggered, this,
+                &MainWindow::_onClickEditGroup);
+        connect(m_entryMenu->removeAction(), &QAction::triggered, this,
+                &MainWindow::_onClickRemoveGroup);
+        connect(m_entryMenu->topAction(), &QAction::triggered, this, &MainWindow::_onClickTopGroup);
+    }
+    m_entryMenu->setGroupType(group->type());
+    m_menuEntry = group;
+    m_entryMenu->exec(QCursor::pos());
+}
+
+void MainWindow::_onClickDeviceItemEdit(KvDeviceGroup* group) {
+    if (!isListed(group))
+        return;
+    if (group->type() == KvDeviceGroup::kGroup) {
+        _onRightClickDevice(group, 0, 0);
+        return;
+    }
+    m_groupMenu->setGroups(groupsWith(*group));
+    m_groupMenu->open(QCursor::pos());
+}
+
+void MainWindow::_onClickEditGroup(bool) {
+    if (!isListed(m_menuEntry))
+        return;
+    if (m_menuEntry->type() == KvDeviceGroup::kGroup)
+        editGroup(*m_menuEntry);
+    else
+        renameCamera(*m_menuEntry);
+}
+
+void MainWindow::editGroup(KvDeviceGroup& group) {
+    KvDeviceGroupSelectDialog dialog(&group, this);
+    if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !isListed(&group))
+        return;
+    const auto edited = dialog.takeGroup();
+    edited->setLayout(orvelle::usableLayout(group.layout(), edited->devices().size()));
+    group.copyFrom(*edited);
+    group.setName(edited->name());
+    if (!group.save())
+        reportUnsaved();
+    m_ui->cameras()->updateGroup(&group);
+    if (m_ui->preview()->group() == &group)
+        m_ui->preview()->reloadGroup();
+}
+
+void MainWindow::renameCamera(KvDeviceGroup& entry) {
+    KvInputDialog dialog(text("please_input_device_name"), text("please_input_device_name"), this);
+    dialog.setMaxLength(kMaxNameLength);
+    dialog.setTextRequired(true);
+    dialog.setText(entry.name());
+    if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !isListed(&entry))
+        return;
+    const QString name = dialog.text().trimmed();
+    if (name.size() > kMaxNameLength) {
+        m_toast.show(this, text("the_max_length_of_name_is_20_characters"), KvToast::kBottomCentre,
+                     orvelle::palette::kToastMs);
+        return;
+    }
+    KvDevice* device = entry.firstDevice();
+    if (device)
+        device->setName(name);
+    entry.setName(name);
+    if (!entry.save() || (device && !device->save()))
+        reportUnsaved();
+    m_ui->cameras()->updateGroup(&entry);
+}
+
+void MainWindow::_onClickRemoveGroup(bool) {
+    if (!isListed(m_menuEntry))
+        return;
+    const bool isGroup = m_menuEntry->type() == KvDeviceGroup::kGroup;
+    KvAlertDialog question(
+        isGroup ? text("do_you_want_to_remove_group")
+                : text("it_will_automatically_delete_all_local_information_after_the_camera_is_"
+                       "unlinked"),
+        this);
+    if (question.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
+        removeEntry(m_menuEntry);
+}
+
+void MainWindow::removeEntry(KvDeviceGroup* entry) {
+    if (!isListed(entry))
+        return;
+    releaseDevices();
+    log("start remove group\n", kLogInfo);
+    KvTUTKDeviceDeleteDialog(entry, this).execCentred(m_ui->contentLeft());
+    refresh();
+}
+
+void MainWindow::_onUnbindDevice(KvDevice* device) {
+    if (manager())
+        removeEntry(manager()->findDeviceGroup(device));
+}
+
+void MainWindow::_onClickTopGroup(bool) {
+    if (!isListed(m_menuEntry))
+        return;
+    m_menuEntry->setGroupIndex(-1);
+    manager()->reorderGroups();
+    refresh();
+}
+
+void MainWindow::_onClickAddGroup() {
+    KvDeviceGroupSelectDialog dialog(this);
+    if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !manager())
+        return;
+    auto group = dialog.takeGroup();
+    if (!group->save())
+        reportUnsaved();
+    qDebug("group -> id = %d", group->groupId());
+    manager()->addGroup(std::move(group));
+    refresh();
+}
+
+void MainWindow::_onClickCamerasAddButton() {
+    KvInputDialog dialog(text("please_input_device_code_which_showing_on_your_phones_application"),
+                         text("please_input_device_code"), this);
+    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
+        _onClickSearch(dialog.text());
+}
+
+void MainWindow::_onAddDevice(const QString& code) {
+    _onClickSearch(code);
+}
+
+void MainWindow::_onClickSearch(const QString& code) {
+    m_ui->welcomePage()->clear();
+    const KvTUTKDevice decoded(code);
+    if (decoded.uid().isEmpty() || decoded.password().isEmpty()) {
+        toastOverContent(text(failureKey(orvelle::DeviceState::kNeverTried)));
+        return;
+    }
+    KvTUTKDeviceAddDialog dialog(this);
+    dialog.start(code);
+    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
+        showAddOutcome(dialog.status(), dialog.failure());
+}
+
+void MainWindow::showAddOutcome(int status, orvelle::DeviceState failure) {
+    switch (status) {
+        case KvTUTKDeviceAddDialog::kExists:
+            inform(text("camera_exists"));
+            break;
+        case KvTUTKDeviceAddDialog::kFull:
+            inform(text("at_most_32_cameras_can_be_added"));
+            break;
+        case KvTUTKDeviceAddDialog::kNotSaved:
+            inform(text("it_could_not_be_saved"));
+            break;
+        case KvTUTKDeviceAddDialog::kFailed:
+            toastOverContent(text(failureKey(failure)));
+            break;
+        default:
+            refresh();
+    }
+}
+
+void MainWindow::searchNetwork() {
+    KvTUTKDeviceSearchDialog dialog(this);
+    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
+        _onClickCamerasAddButton();
+}
+
+void MainWindow::_onClickSearchDevice(KvTUTKDevice*) {
+    refresh();
+}
+
+void MainWindow::toastOverContent(const QString& text) {
+    KvToastDialog toast(this);
+    toast.setPaddings(kToastHorizontalPadding, kToastVerticalPadding);
+    toast.setText(text);
+    toast.run(kToastDialogMs, m_ui->contentLeft());
+}
+
+void MainWindow::inform(const QString& text) {
+    KvAlertDialog news(text, this);
+    news.setCancelVisible(false);
+    news.execCentred(m_ui->contentLeft());
+}
+
+void MainWindow::reportUnsaved() {
+    m_toast.show(this, text("it_could_not_be_saved"), KvToast::kBottomCentre,
+                 orvelle::palette::kToastMs);
+}

@@ -1,0 +1,40 @@
+#include <QCoreApplication>
+#include <QDesktopServices>
+#include <QUrl>
+#include <QtDebug>
+
+#include "core/configure.h"
+#include "core/language.h"
+#include "ui/dialogs/version_dialog.h"
+#include "ui/main/main_window.h"
+#include "ui/main/main_window_ui.h"
+#include "ui/main/menu_view.h"
+#include "ui/main/restart_hook.h"
+
+void MainWindow::_onTitleViewMouseRelease() {
+    m_ui->hideHelpMenu();
+}
+
+void MainWindow::_onClickHelpButton(bool) {
+    m_ui->helpMenu()->setCurrentLanguage(KvLanguage::getLanguage());
+    m_ui->toggleHelpMenu();
+}
+
+void MainWindow::_onClickLogo(bool) {
+    qDebug("version %s", qUtf8Printable(QCoreApplication::applicationVersion()));
+    KvVersionDialog(this).execCentred(m_ui->contentLeft());
+}
+
+void MainWindow::_onClickHelpMenu() {
+    m_ui->hideHelpMenu();
+    const QString page = KvLanguage::getLanguage() == QLatin1String("chinese")
+                             ? QStringLiteral("/pc_win_chinese.png")
+                             : QStringLiteral("/pc_win_english.png");
+    QDesktopServices::openUrl(QUrl(QStringLiteral(ORVELLE_UPDATE_SERVER) + page));
+}
+
+void MainWindow::_onClickLanguage(const QString& language) {
+    m_ui->hideHelpMenu();
+    KvConfigure().setString(orvelle::settings::kLanguage, language);
+    orvelle::requestRestart();
+}

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <QWidget>
+
+class KvMenuLabel;
+
+/// The help menu of the title bar: manual and language. Esc hides it. Interface thread.
+class KvMenuView : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr QSize kSize{210, 80};
+
+    explicit KvMenuView(QWidget* parent);
+
+    /// Marks "chinese" or "english".
+    void setCurrentLanguage(const QString& language);
+
+signals:
+    void clickHelp();
+    void clickLanguage(const QString& language);
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+
+private slots:
+    void _onClickHelp();
+    void _onClickLanguage();
+    void _onClickChinese();
+    void _onClickEnglish();
+
+private:
+    void openLanguages(bool open);
+
+    KvMenuLabel* m_help;  ///< children
+    KvMenuLabel* m_language;
+    KvMenuLabel* m_english;
+    KvMenuLabel* m_chinese;
+};
