@@ -8,8 +8,8 @@
 #include <chrono>
 
 #include "core/file_utils.h"
+#include "device/device_messages.h"
 #include "device/tutk_device.h"
-#include "link/io_types.h"
 #include "media/device_player.h"
 #include "render/video_view.h"
 #include "ui/list/device_state_text.h"

@@ -7,7 +7,6 @@
 
 #include "device/device_messages.h"
 #include "device/tutk_device.h"
-#include "link/io_types.h"
 
 using orvelle::SMsgAVIoctrlPtzCmd;
 
