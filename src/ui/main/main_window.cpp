@@ -31,14 +31,13 @@ constexpr int kTaskBarHeight = 40;
 }  // namespace
 
 MainWindow::MainWindow(QWidget* parent)
-    : QMainWindow(parent),
-      m_ui(new MainWindowUI(this)),
-      m_toast(this),
-      m_groupMenu(new KvDeviceGroupPopMenu(this)) {
-    setWindowTitle(QStringLiteral("Orvelle"));
+    : QMainWindow(parent), m_toast(this), m_groupMenu(new KvDeviceGroupPopMenu(this)) {
+    // Before there are children: both take the colour of placeholders away from their fields.
     setWindowFlags(Qt::FramelessWindowHint | Qt::WindowSystemMenuHint |
                    Qt::WindowMinimizeButtonHint | Qt::WindowMaximizeButtonHint);
     setStyleSheet(QStringLiteral("QMainWindow{background-color:#00000000;border-radius:5px;}"));
+    m_ui = new MainWindowUI(this);
+    setWindowTitle(QStringLiteral("Orvelle"));
     setCentralWidget(m_ui);
     setMinimumSize(defaultSize(screen()->geometry().height()));
     setDefaultGeometry();

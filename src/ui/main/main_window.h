@@ -84,7 +84,7 @@ private:
     /// The one way out that asks: every close button, key and menu comes here.
     void closeProgram();
 
-    MainWindowUI* const m_ui;  ///< child
+    MainWindowUI* m_ui;  ///< child
     KvToast m_toast;
     KvDeviceGroupPopMenu* const m_groupMenu;    ///< child
     orvelle::EntryMenu* m_entryMenu = nullptr;  ///< child, made when first needed
