@@ -1,12 +1,28 @@
 #include "render/video_view.h"
 
+#include <QLoggingCategory>
 #include <QOpenGLContext>
 #include <QtDebug>
 
 #include "render/jpeg_writer.h"
-#include "render/picture_program.h"
 
 namespace {
+
+Q_LOGGING_CATEGORY(lcRender, "orvelle.render")
+
+constexpr char kVertexShader[] =
+    "attribute vec4 vertexIn; attribute vec2 textureIn; varying vec2 textureOut; void main(void) { "
+    "gl_Position = vertexIn; textureOut = textureIn; }";
+
+constexpr char kFragmentShader[] =
+    "varying vec2 textureOut; uniform sampler2D textureY; uniform sampler2D textureU; uniform "
+    "sampler2D textureV; uniform mat3 colorConversionMatrix; void main(void){ vec3 yuv; vec3 rgb; "
+    "yuv.x = texture2D(textureY, textureOut).r; yuv.y = texture2D(textureU, textureOut).r - 0.5; "
+    "yuv.z = texture2D(textureV, textureOut).r - 0.5; rgb = colorConversionMatrix * yuv; "
+    "gl_FragColor = vec4(rgb, 1); }";
+
+// OpenGL ES has no default precision for fragments.
+constexpr char kEmbeddedPrecision[] = "precision mediump float; ";
 
 constexpr GLfloat kTextureCorners[] = {0, 1, 1, 1, 0, 0, 1, 0};
 
@@ -77,13 +93,10 @@ void KvVideoView::keepFrame(SharedFrame frame) {
     // The old picture is freed after the lock, by whoever lets go of it last.
     std::lock_guard<std::mutex> lock(m_mutex);
     m_frame.swap(frame);
-    ++m_frameNumber;
 }
 
-KvVideoView::SharedFrame KvVideoView::currentFrame(uint64_t* number) const {
+KvVideoView::SharedFrame KvVideoView::currentFrame() const {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (number)
-        *number = m_frameNumber;
     return m_frame;
 }
 
@@ -93,15 +106,14 @@ void KvVideoView::initializeGL() {
     disconnect(m_contextConnection);
     m_contextConnection =
         connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &KvVideoView::releaseGl);
-    m_program = orvelle::PictureProgram::ofCurrentContext();
+    buildProgram();
     createTextures();
 }
 
 void KvVideoView::resizeGL(int, int) {}
 
 void KvVideoView::paintGL() {
-    uint64_t number = 0;
-    const SharedFrame frame = currentFrame(&number);
+    const SharedFrame frame = currentFrame();
     const orvelle::PictureScale scale =
         frame ? orvelle::fitPicture(frame->width(), frame->height(), width(), height())
               : orvelle::PictureScale{};
@@ -114,13 +126,45 @@ void KvVideoView::paintGL() {
     glViewport(0, 0, qRound(width() * ratio), qRound(height() * ratio));
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glUseProgram(m_program->id());
+    glUseProgram(m_program);
     if (frame)
-        uploadFrame(*frame, number);
+        uploadFrame(frame);
     drawQuad(scale, !frame);
     if (const GLenum error = glGetError())
         qDebug("glGetError() = %x", error);
     glFlush();
+}
+
+void KvVideoView::buildProgram() {
+    const GLuint vertexShader = compileShader(GL_VERTEX_SHADER, kVertexShader);
+    const GLuint fragmentShader = compileShader(GL_FRAGMENT_SHADER, kFragmentShader);
+    m_program = glCreateProgram();
+    glAttachShader(m_program, vertexShader);
+    glAttachShader(m_program, fragmentShader);
+    glLinkProgram(m_program);
+    glDeleteShader(vertexShader);
+    glDeleteShader(fragmentShader);
+    GLint isLinked = GL_FALSE;
+    glGetProgramiv(m_program, GL_LINK_STATUS, &isLinked);
+    if (!isLinked)
+        qCWarning(lcRender, "the picture's shader program does not link; pictures stay black");
+
+    glUseProgram(m_program);
+    glUniform1i(glGetUniformLocation(m_program, "textureY"), 0);
+    glUniform1i(glGetUniformLocation(m_program, "textureU"), 1);
+    glUniform1i(glGetUniformLocation(m_program, "textureV"), 2);
+    m_vertexAttribute = glGetAttribLocation(m_program, "vertexIn");
+    m_textureAttribute = glGetAttribLocation(m_program, "textureIn");
+    m_matrixUniform = glGetUniformLocation(m_program, "colorConversionMatrix");
+}
+
+GLuint KvVideoView::compileShader(GLenum type, const char* source) {
+    const bool needsPrecision = type == GL_FRAGMENT_SHADER && context()->isOpenGLES();
+    const char* sources[] = {needsPrecision ? kEmbeddedPrecision : "", source};
+    const GLuint shader = glCreateShader(type);
+    glShaderSource(shader, 2, sources, nullptr);
+    glCompileShader(shader);
+    return shader;
 }
 
 void KvVideoView::createTextures() {
@@ -139,31 +183,33 @@ void KvVideoView::releaseGl() {
         return;
     makeCurrent();
     glDeleteTextures(static_cast<GLsizei>(m_textures.size()), m_textures.data());
-    m_program.reset();
+    glDeleteProgram(m_program);
     doneCurrent();
     disconnect(m_contextConnection);
     m_textures = {};
-    m_uploadedNumber = 0;
-    m_uploadedSize = {};
+    m_program = 0;
+    m_uploadedFrame.reset();
 }
 
-void KvVideoView::uploadFrame(const KvYUV420P& frame, uint64_t number) {
+void KvVideoView::uploadFrame(const SharedFrame& frame) {
+    const bool isSameSize = m_uploadedFrame && m_uploadedFrame->width() == frame->width() &&
+                            m_uploadedFrame->height() == frame->height();
+    const bool isUploaded = m_uploadedFrame == frame;
+    const int halfWidth = frame->width() / 2;
+    const int halfHeight = frame->height() / 2;
     for (int unit = 2; unit >= 0; --unit) {
         glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
         glBindTexture(GL_TEXTURE_2D, m_textures[static_cast<size_t>(unit)]);
     }
-    if (number == m_uploadedNumber)
+    if (isUploaded)
         return;
-    const QSize size(frame.width(), frame.height());
-    const bool isSameSize = size == m_uploadedSize;
     glPixelStorei(GL_UNPACK_ALIGNMENT, 1);
-    uploadPlane(0, size.width(), size.height(), frame.y(), isSameSize);
-    uploadPlane(1, size.width() / 2, size.height() / 2, frame.u(), isSameSize);
-    uploadPlane(2, size.width() / 2, size.height() / 2, frame.v(), isSameSize);
+    uploadPlane(0, frame->width(), frame->height(), frame->y(), isSameSize);
+    uploadPlane(1, halfWidth, halfHeight, frame->u(), isSameSize);
+    uploadPlane(2, halfWidth, halfHeight, frame->v(), isSameSize);
     glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     glActiveTexture(GL_TEXTURE0);
-    m_uploadedNumber = number;
-    m_uploadedSize = size;
+    m_uploadedFrame = frame;
 }
 
 void KvVideoView::uploadPlane(int unit, int width, int height, const uint8_t* bytes,
@@ -178,17 +224,16 @@ void KvVideoView::uploadPlane(int unit, int width, int height, const uint8_t* by
 }
 
 void KvVideoView::drawQuad(const orvelle::PictureScale& scale, bool isBlack) {
-    if (!m_program->isUsable())
+    if (m_vertexAttribute < 0 || m_textureAttribute < 0)
         return;
     const std::array<float, 8> corners = orvelle::pictureCorners(scale);
-    const GLuint vertex = m_program->vertexAttribute();
-    const GLuint texture = m_program->textureAttribute();
+    const GLuint vertex = static_cast<GLuint>(m_vertexAttribute);
+    const GLuint texture = static_cast<GLuint>(m_textureAttribute);
     glEnableVertexAttribArray(vertex);
     glVertexAttribPointer(vertex, 2, GL_FLOAT, GL_FALSE, 0, corners.data());
     glEnableVertexAttribArray(texture);
     glVertexAttribPointer(texture, 2, GL_FLOAT, GL_FALSE, 0, kTextureCorners);
-    glUniformMatrix3fv(m_program->matrixUniform(), 1, GL_FALSE,
-                       isBlack ? kBlackMatrix : kColorMatrix);
+    glUniformMatrix3fv(m_matrixUniform, 1, GL_FALSE, isBlack ? kBlackMatrix : kColorMatrix);
     glDrawArrays(GL_TRIANGLE_STRIP, 0, 4);
     glDisableVertexAttribArray(texture);
     glDisableVertexAttribArray(vertex);

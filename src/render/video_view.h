@@ -12,10 +12,6 @@
 #include "render/picture_geometry.h"
 #include "render/repaint_tick.h"
 
-namespace orvelle {
-class PictureProgram;
-}  // namespace orvelle
-
 /// The widget that shows a moving picture: keeps the latest frame and draws it with its
 /// proportions kept on black. Frames come from any thread; a newer frame replaces one that was
 /// never painted. Everything else belongs to the interface thread.
@@ -57,10 +53,12 @@ private:
     using SharedFrame = std::shared_ptr<const KvYUV420P>;
 
     void keepFrame(SharedFrame frame);
-    SharedFrame currentFrame(uint64_t* number = nullptr) const;
+    SharedFrame currentFrame() const;
+    void buildProgram();
+    GLuint compileShader(GLenum type, const char* source);
     void createTextures();
     void releaseGl();
-    void uploadFrame(const KvYUV420P& frame, uint64_t number);
+    void uploadFrame(const SharedFrame& frame);
     void uploadPlane(int unit, int width, int height, const uint8_t* bytes, bool isSameSize);
     void drawQuad(const orvelle::PictureScale& scale, bool isBlack);
 
@@ -70,13 +68,14 @@ private:
 
     // Interface thread, with the context current.
     QMetaObject::Connection m_contextConnection;
-    std::shared_ptr<orvelle::PictureProgram> m_program;
+    GLuint m_program = 0;
     std::array<GLuint, 3> m_textures{};
-    uint64_t m_uploadedNumber = 0;  ///< of the frame that the textures hold; 0: none
-    QSize m_uploadedSize;
+    GLint m_vertexAttribute = -1;
+    GLint m_textureAttribute = -1;
+    GLint m_matrixUniform = -1;
+    SharedFrame m_uploadedFrame;  ///< what the textures hold
 
-    mutable std::mutex m_mutex;  ///< guards everything below
+    mutable std::mutex m_mutex;  ///< guards the two below
     SharedFrame m_frame;
-    uint64_t m_frameNumber = 0;  ///< counts the frames kept
     orvelle::PictureScale m_scale;
 };
