@@ -5,6 +5,8 @@
 
 #include <algorithm>
 
+#include "core/tsan_annotations.h"
+
 namespace orvelle {
 namespace {
 
@@ -40,11 +42,15 @@ void RepaintTick::remove(Client* client) {
 
 void RepaintTick::request(Client& client) {
     client.isDirty = true;
-    if (!m_isWakePending.exchange(true))
-        QCoreApplication::postEvent(this, new QEvent(QEvent::UpdateRequest));
+    if (m_isWakePending.exchange(true))
+        return;
+    auto* const wakeUp = new QEvent(QEvent::UpdateRequest);
+    tsanRelease(this);
+    QCoreApplication::postEvent(this, wakeUp);
 }
 
 bool RepaintTick::event(QEvent* event) {
+    tsanAcquire(this);
     if (event->type() != QEvent::UpdateRequest)
         return QObject::event(event);
     serveOrWait();

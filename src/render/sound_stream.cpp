@@ -115,15 +115,17 @@ SoundFormat SoundStream::format() const {
 
 void SoundStream::wake() {
     tsanAcquire(&SoundThread::instance());
+    if (m_isWakePending.exchange(true))
+        return;
+    auto* const wish = new QEvent(QEvent::User);
     tsanRelease(this);
-    if (!m_isWakePending.exchange(true))
-        QCoreApplication::postEvent(this, new QEvent(QEvent::User));
+    QCoreApplication::postEvent(this, wish);
 }
 
 bool SoundStream::event(QEvent* event) {
+    tsanAcquire(this);
     if (event->type() != QEvent::User)
         return QObject::event(event);
-    tsanAcquire(this);
     m_isWakePending = false;
     serve();
     return true;
