@@ -25,6 +25,7 @@ constexpr int kButtonSize = 24;
 constexpr int kMinButtonSize = 14;
 constexpr int kLabelGap = 12;
 constexpr int kMinNameWidth = 48;
+constexpr int kRounding = 2;  // a text that just fits is not to be elided
 constexpr int kMaxPtzSize = 160;
 constexpr int kInset = 8;
 constexpr QSize kNoticePadding(12, 6);
@@ -297,7 +298,7 @@ void KvDevicePlayerViewUI::layOutTopBar(const Measures& measures) {
     const int right =
         placeFromRight({kClose, kSettings, kSdCard}, width() - measures.margin, measures);
     const QString name = m_nameLabel->toolTip();
-    const int nameWidth = m_nameLabel->fontMetrics().horizontalAdvance(name);
+    const int nameWidth = m_nameLabel->fontMetrics().horizontalAdvance(name) + kRounding;
     int left = measures.margin;
     int free = right - left;
     QVector<QLabel*> further;

@@ -18,12 +18,15 @@ namespace {
 
 constexpr int kThumbIntervalMs = 1000;
 constexpr QSize kDragSize(48, 27);
+constexpr int kToastMargin = 10;
+constexpr int kToastBottom = 50;  // above the row of layout buttons
 
 }  // namespace
 
 KvDevicesPreview::KvDevicesPreview(QWidget* parent)
     : QWidget(parent), m_ui(new KvDevicesPreviewUI(this)) {
     setAttribute(Qt::WA_MouseTracking);
+    m_toast.setMargins(kToastMargin, kToastBottom);
     connectChildren();
     connectLayoutButtons();
 }
