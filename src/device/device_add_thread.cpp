@@ -20,7 +20,7 @@ KvTUTKDeviceTryConnectThread::~KvTUTKDeviceTryConnectThread() {
     do
         stop();
     while (!waitForEnd(kAbortRepeatMs));
-    finish();
+    _doFinish();
 }
 
 QString KvTUTKDeviceTryConnectThread::nameFor(const QString& code) {
@@ -32,7 +32,7 @@ QString KvTUTKDeviceTryConnectThread::nameFor(const QString& code) {
 
 void KvTUTKDeviceTryConnectThread::run() {
     m_status = attempt();
-    QMetaObject::invokeMethod(this, &KvTUTKDeviceTryConnectThread::finish, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "_doFinish", Qt::QueuedConnection);
 }
 
 void KvTUTKDeviceTryConnectThread::stop() {
@@ -83,7 +83,7 @@ bool KvTUTKDeviceTryConnectThread::store() {
     return false;
 }
 
-void KvTUTKDeviceTryConnectThread::finish() {
+void KvTUTKDeviceTryConnectThread::_doFinish() {
     if (m_isFinished)
         return;
     m_isFinished = true;

@@ -47,11 +47,13 @@ signals:
     /// Once, on the interface thread; a Status.
     void updateDeviceStatusSignal(int status);
 
+private slots:
+    void _doFinish();
+
 private:
     Status attempt();
     Status connectDevice();
     bool store();
-    void finish();
 
     const QString m_code;
     std::atomic<orvelle::DeviceState> m_failure{orvelle::DeviceState::kNeverTried};

@@ -15,7 +15,7 @@ KvTUTKDeviceRemoveThread::KvTUTKDeviceRemoveThread(KvDeviceGroup* entry)
 KvTUTKDeviceRemoveThread::~KvTUTKDeviceRemoveThread() {
     stop();
     waitForEnd();
-    finish();
+    _doFinish();
 }
 
 void KvTUTKDeviceRemoveThread::stop() {
@@ -28,7 +28,7 @@ void KvTUTKDeviceRemoveThread::run() {
     log("run remove thread\n", kLogInfo);
     if (KvDeviceManager* manager = KvDeviceManager::instance()) {
         m_pause.emplace(*manager);
-        QMetaObject::invokeMethod(this, &KvTUTKDeviceRemoveThread::handOver, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(this, "_doHandOver", Qt::QueuedConnection);
         if (waitForHandOver()) {
             m_entry->removeFile();
             if (m_device) {
@@ -39,7 +39,7 @@ void KvTUTKDeviceRemoveThread::run() {
         }
     }
     log("run remove thread ended\n", kLogInfo);
-    QMetaObject::invokeMethod(this, &KvTUTKDeviceRemoveThread::finish, Qt::QueuedConnection);
+    QMetaObject::invokeMethod(this, "_doFinish", Qt::QueuedConnection);
 }
 
 bool KvTUTKDeviceRemoveThread::waitForHandOver() {
@@ -48,7 +48,7 @@ bool KvTUTKDeviceRemoveThread::waitForHandOver() {
     return m_entry != nullptr;
 }
 
-void KvTUTKDeviceRemoveThread::handOver() {
+void KvTUTKDeviceRemoveThread::_doHandOver() {
     KvDeviceManager* manager = KvDeviceManager::instance();
     KvDeviceGroup* const listed = std::exchange(m_listed, nullptr);
     const std::lock_guard<std::mutex> lock(m_handOverMutex);
@@ -62,7 +62,7 @@ void KvTUTKDeviceRemoveThread::handOver() {
     m_handOverSignal.notify_all();
 }
 
-void KvTUTKDeviceRemoveThread::finish() {
+void KvTUTKDeviceRemoveThread::_doFinish() {
     if (m_isFinished)
         return;
     m_isFinished = true;

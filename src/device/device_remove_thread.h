@@ -31,10 +31,12 @@ signals:
     /// Once, on the interface thread: the entry is gone.
     void endedSignal();
 
+private slots:
+    void _doFinish();
+    void _doHandOver();
+
 private:
     bool waitForHandOver();
-    void handOver();
-    void finish();
 
     KvDeviceGroup* m_listed;  ///< owned by the interface thread; null once taken
 
