@@ -1,0 +1,130 @@
+#include "ui/main/main_window.h"
+
+#include <QDir>
+#include <QPushButton>
+
+#include "core/configure.h"
+#include "core/file_utils.h"
+#include "device/device_manager.h"
+#include "fake_device.h"
+#include "support/suites.h"
+#include "ui/dialogs/confirm_dialog.h"
+#include "ui/dialogs/device_table_model.h"
+#include "ui/dialogs/device_table_view.h"
+#include "ui/list/cameras_view.h"
+#include "ui/main/guide_view.h"
+#include "ui/main/main_window_ui.h"
+#include "ui/main/menu_view.h"
+#include "ui/main/restart_hook.h"
+#include "ui/preview/devices_preview.h"
+
+using orvelle::test::entryOf;
+using orvelle::test::FakeDevice;
+
+class MainWindowTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { QCoreApplication::setApplicationVersion(QStringLiteral("1.2.3")); }
+    void init() {
+        QDir(KvFileUtils::dataRoot()).removeRecursively();
+        m_manager = KvDeviceManager::create();
+    }
+    void cleanup() { KvDeviceManager::release(); }
+
+    void defaultSize_leavesRoomForTheTaskBar_onSmallScreens() {
+        QCOMPARE(MainWindow::defaultSize(768), QSize(1087, 728));
+        QCOMPARE(MainWindow::defaultSize(789), QSize(1118, 749));
+        QCOMPARE(MainWindow::defaultSize(790), QSize(1120, 750));
+    }
+
+    void guide_isShownOnce() {
+        for (const bool expected : {true, false}) {
+            MainWindow window;
+            const auto* guide = window.findChild<KvGuideView*>();
+            QCOMPARE(guide != nullptr, expected);
+            if (!guide)
+                continue;
+            window.show();
+            QTest::keyClick(guide->findChild<QPushButton*>(), Qt::Key_Escape);
+            QTRY_VERIFY(!window.findChild<KvGuideView*>());
+        }
+    }
+
+    void entry_opensByClick_andEveryChangeLeadsBackToTheWelcomePage() {
+        addEntry();
+        MainWindow window;
+        const auto* ui = window.findChild<MainWindowUI*>();
+        QVERIFY(ui->areCamerasShown() && !ui->isPreviewShown());
+        KvDeviceGroup* entry = m_manager->groups().first();
+        emit ui->cameras()->clickDevice(entry);
+        QTRY_VERIFY(ui->isPreviewShown());
+        QCOMPARE(ui->preview()->group(), entry);
+        ui->preview()->closePreview();
+        QVERIFY(!ui->isPreviewShown());
+        // A click that was queued before its entry went away.
+        emit ui->cameras()->clickDevice(entry);
+        QVERIFY(m_manager->removeGroup(entry));
+        emit m_manager->listChanged();
+        QCoreApplication::processEvents();
+        QVERIFY(!ui->isPreviewShown() && !ui->areCamerasShown());
+    }
+
+    void language_isStoredAndRestarts() {
+        int restarts = 0;
+        orvelle::setRestartHook([&restarts] { ++restarts; });
+        MainWindow window;
+        emit window.findChild<KvMenuView*>()->clickLanguage(QStringLiteral("chinese"));
+        orvelle::setRestartHook({});
+        QCOMPARE(restarts, 1);
+        QCOMPARE(KvConfigure().getString(orvelle::settings::kLanguage, {}),
+                 QStringLiteral("chinese"));
+    }
+
+    void closing_asksOnce_andGoesOnWhenDeclined() {
+        addEntry();
+        MainWindow window;
+        window.show();
+        int questions = 0;
+        QTimer::singleShot(0, &window, [&] {
+            window.findChild<MainWindowUI*>()->closeButton()->click();
+            questions = window.findChildren<KvConfirmDialog*>().size();
+            window.findChild<KvConfirmDialog*>()->reject();
+        });
+        QVERIFY(!window.close());
+        QCOMPARE(questions, 1);
+        QVERIFY(window.isVisible() && m_manager->devicesSnapshot().size() == 1);
+    }
+
+    void searchTable_headerAndRowsFollowEachOther() {
+        KvTUTKDeviceTableView table;
+        std::vector<std::unique_ptr<KvTUTKDevice>> found;
+        for (int i = 0; i < 2; ++i)
+            found.push_back(std::make_unique<KvTUTKDevice>());
+        KvDeviceTableModel* model = table.devices();
+        model->setDevices(found);
+        auto* header = static_cast<KvDeviceHeaderView*>(table.horizontalHeader());
+        const QPoint box(header->sectionViewportPosition(0) + 5, 5);
+        // Two states from the rows, then one click each on the box.
+        model->setData(model->index(0, 0), Qt::Checked, Qt::CheckStateRole);
+        QCOMPARE(model->allChecked(), Qt::PartiallyChecked);
+        for (const auto state : {Qt::Checked, Qt::Unchecked}) {
+            QTest::mouseClick(header->viewport(), Qt::LeftButton, {}, box);
+            QCOMPARE(model->allChecked(), state);
+        }
+    }
+
+private:
+    void addEntry() {
+        auto device = std::make_unique<FakeDevice>(QStringLiteral("WINDOWCAM1"));
+        KvDevice& camera = *device;
+        QVERIFY(m_manager->addDevice(std::move(device)));
+        QVERIFY(m_manager->addGroup(entryOf(camera, QStringLiteral("Door"))));
+    }
+
+    KvDeviceManager* m_manager = nullptr;
+};
+
+static orvelle::test::RegisterSuite<MainWindowTest> s_suite;
+
+#include "main_window_test.moc"
