@@ -9,6 +9,7 @@
 
 #include <QImage>
 #include <QLabel>
+#include <QSignalSpy>
 #include <QtTest>
 
 using orvelle::test::CameraSet;
@@ -81,11 +82,16 @@ void PreviewGridTest::grid_playsSwapsAndPauses_withRealCameras() {
     for (int i = 0; i < kCameras; ++i)
         QVERIFY(QFile::exists(group.deviceThumbnailPath(i)));
 
+    QSignalSpy starts(tiles[1], &KvDevicePlayerView::hideLoadingSignal);
+    QSignalSpy seconds(tiles[1], &KvDevicePlayerView::updateSpeedLabelSignal);
     drag(tiles[3], tiles[1]);
     QCOMPARE(tiles[1]->device(), cameras.devices()[3]);
     QCOMPARE(tiles[3]->device(), cameras.devices()[1]);
     QVERIFY(!showsPicture(tiles[1]));
     QVERIFY(waitUntil(kPatienceMs, allPlay));
+    // A stream that the other tile's goodbye ended would have to be started again.
+    QTRY_VERIFY_WITH_TIMEOUT(seconds.count() >= 4, kPatienceMs);
+    QCOMPARE(starts.count(), 1);
 
     // In a group the sound is off at first.
     KvPushButton* sound = uiOf(tiles[0])->button(Tile::kSound);

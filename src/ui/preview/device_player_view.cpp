@@ -302,12 +302,13 @@ void KvDevicePlayerView::setFullscreen(bool fullscreen) {
 void KvDevicePlayerView::setPtzShown(bool shown) {
     QWidget* pad = m_ui->ptzView();
     m_ui->button(UI::kPtz)->setState(shown ? 1 : 0);
+    // Else the toolkit hands the focus to the next widget, wherever that is.
+    if (!shown && pad->hasFocus())
+        setFocus(Qt::OtherFocusReason);
     pad->setFocusPolicy(shown ? Qt::StrongFocus : Qt::NoFocus);
     pad->setVisible(shown);
     if (shown)
         pad->setFocus(Qt::OtherFocusReason);
-    else
-        pad->clearFocus();
 }
 
 bool KvDevicePlayerView::inVideoArea(int x, int y) const {

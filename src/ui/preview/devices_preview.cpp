@@ -354,6 +354,9 @@ void KvDevicesPreview::swapTiles(int first, int second) {
     const QList<KvDevice*> devices = m_group->devices();
     for (const int index : {first, second})
         m_ui->tiles()[index]->requestStop();
+    // Both end before one starts: a camera that is told to stop stops for every tile.
+    for (const int index : {first, second})
+        m_ui->tiles()[index]->stopPlay();
     for (const int index : {first, second})
         m_ui->tiles()[index]->setDevice(devices[index]);
     saveGroup();
