@@ -201,6 +201,8 @@ void judge(Reader& reader, const CameraOptions& options) {
         reader.complain(QStringLiteral("--uid takes 1 to %1 letters and digits").arg(maxUid));
     else if (options.port > 0 && options.port + options.cameras - 1 > 65'535)
         reader.complain(QStringLiteral("not enough ports above --port"));
+    else if (reader.has("demo") && !options.source.isEmpty())
+        reader.complain(QStringLiteral("--demo and --source exclude each other"));
     else if (!options.source.isEmpty() && options.deviceType != 0)
         reader.complain(QStringLiteral("only the demo scene can turn: leave out --type 1"));
     else if (options.clipFile.isEmpty() && options.password.empty())

@@ -135,8 +135,9 @@ int runCameras(QCoreApplication& application, const CameraOptions& options) {
         if (result < 0) {
             stop();
             return fail(kNoPort,
-                        QStringLiteral("camera %1 cannot start: %2")
-                            .arg(camera->profile().uid, QLatin1String(linkResultText(result))));
+                        QStringLiteral("camera %1 cannot start: %2 (--bind %3)")
+                            .arg(camera->profile().uid, QLatin1String(linkResultText(result)),
+                                 options.bindAddress));
         }
         announce(*camera, options.password);
     }

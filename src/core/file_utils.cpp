@@ -6,14 +6,22 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLoggingCategory>
 #include <QStandardPaths>
 
+#include <atomic>
+
 namespace {
+
+Q_LOGGING_CATEGORY(lcCore, "orvelle.core")
 
 KvFileUtils* s_instance = nullptr;
 
 QString created(const QString& path) {
-    KvFileUtils::mkdir(path);
+    // Folders are asked for at every use: one line says enough about a disk that takes none.
+    static std::atomic_flag isTold = ATOMIC_FLAG_INIT;
+    if (!KvFileUtils::mkdir(path) && !isTold.test_and_set())
+        qCWarning(lcCore, "cannot create folder %s", qUtf8Printable(path));
     return path;
 }
 
