@@ -82,7 +82,7 @@ void PreviewGridTest::grid_playsSwapsAndPauses_withRealCameras() {
     for (int i = 0; i < kCameras; ++i)
         QVERIFY(QFile::exists(group.deviceThumbnailPath(i)));
 
-    QSignalSpy starts(tiles[1], &KvDevicePlayerView::hideLoadingSignal);
+    QSignalSpy starts(tiles[1], &KvDevicePlayerView::startSignal);
     QSignalSpy seconds(tiles[1], &KvDevicePlayerView::updateSpeedLabelSignal);
     drag(tiles[3], tiles[1]);
     QCOMPARE(tiles[1]->device(), cameras.devices()[3]);
