@@ -2,7 +2,6 @@
 
 #include <QtDebug>
 
-#include "core/tsan_annotations.h"
 #include "render/audio_converter.h"
 #include "render/sound_stream.h"
 #include "render/sound_thread.h"
@@ -22,8 +21,7 @@ KvPcmPlayer::~KvPcmPlayer() {
     if (!m_usesThread)
         return;
     stop();
-    orvelle::tsanRelease(m_stream.get());
-    m_stream.release()->deleteLater();
+    m_stream.release()->retire();
     orvelle::SoundThread::instance().release();
 }
 

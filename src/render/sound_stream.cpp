@@ -13,6 +13,9 @@
 #include "render/sound_thread.h"
 
 namespace orvelle {
+
+static constexpr auto kWish = QEvent::User;
+static constexpr auto kRetirement = static_cast<QEvent::Type>(QEvent::User + 1);
 namespace {
 
 Q_LOGGING_CATEGORY(lcRender, "orvelle.render")
@@ -117,14 +120,24 @@ void SoundStream::wake() {
     tsanAcquire(&SoundThread::instance());
     if (m_isWakePending.exchange(true))
         return;
-    auto* const wish = new QEvent(QEvent::User);
+    post(kWish);
+}
+
+void SoundStream::retire() {
+    post(kRetirement);
+}
+
+void SoundStream::post(QEvent::Type type) {
+    auto* const event = new QEvent(type);
     tsanRelease(this);
-    QCoreApplication::postEvent(this, wish);
+    QCoreApplication::postEvent(this, event);
 }
 
 bool SoundStream::event(QEvent* event) {
     tsanAcquire(this);
-    if (event->type() != QEvent::User)
+    if (event->type() == kRetirement)
+        deleteLater();
+    if (event->type() != kWish)
         return QObject::event(event);
     m_isWakePending = false;
     serve();

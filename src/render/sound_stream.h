@@ -3,6 +3,7 @@
 #include <QAudio>
 #include <QAudioFormat>
 #include <QElapsedTimer>
+#include <QEvent>
 #include <QObject>
 #include <QTimer>
 
@@ -55,11 +56,15 @@ public:
     bool isOpen() const { return m_isWanted && !m_isClosed; }
     SoundFormat format() const;
 
+    /// Deletes the object on its own thread; the caller lets go of it. Any thread.
+    void retire();
+
 protected:
     bool event(QEvent* event) override;
 
 private:
     void wake();
+    void post(QEvent::Type type);
     void serve();
     bool arm();
     bool startOutput();
