@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <cstring>
 
-#include "camera/annex_b.h"
 #include "camera/demo_tone.h"
 #include "camera/painter.h"
 #include "frames/ffmpeg_io_ptr.h"
+#include "frames/parameter_sets.h"
 
 namespace orvelle {
 
@@ -114,7 +114,7 @@ QString ClipWriter::openFile(const QString& fileName, const EncodedFrame& firstK
 void ClipWriter::addVideoStream(const EncodedFrame& firstKey) {
     AVStream* stream = avformat_new_stream(m_format.get(), nullptr);
     const std::vector<uint8_t> sets =
-        parameterSetsOf(m_config.videoCodec, firstKey.bytes->data(), firstKey.bytes->size());
+        parameterSets(m_config.videoCodec, firstKey.bytes->data(), firstKey.bytes->size());
     AVCodecParameters* parameters = stream->codecpar;
     parameters->codec_type = AVMEDIA_TYPE_VIDEO;
     parameters->codec_id = m_config.videoCodec;

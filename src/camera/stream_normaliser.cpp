@@ -4,10 +4,10 @@
 #include <cmath>
 #include <utility>
 
-#include "camera/annex_b.h"
 #include "camera/camera_log.h"
 #include "camera/painter.h"
 #include "frames/camera_codecs.h"
+#include "frames/parameter_sets.h"
 #include "link/limits.h"
 
 namespace orvelle {
@@ -84,7 +84,7 @@ QString StreamNormaliser::openFilter() {
         av_bsf_init(context) < 0)
         return startEncoding("an unusable stream header");
     const AVCodecParameters& out = *context->par_out;
-    m_parameterSets = parameterSetsOf(out.codec_id, out.extradata, size_t(out.extradata_size));
+    m_parameterSets = parameterSets(out.codec_id, out.extradata, size_t(out.extradata_size));
     m_format.width = out.width;
     m_format.height = out.height;
     m_format.bitsPerSecond = std::max(m_format.bitsPerSecond, out.bit_rate);
@@ -155,7 +155,7 @@ EncodedFrame StreamNormaliser::filteredFrame() const {
     frame.timeUs = packet.pts;
     std::vector<uint8_t> bytes;
     if (frame.isKey &&
-        parameterSetsOf(m_parameters->codec_id, packet.data, size_t(packet.size)).empty())
+        parameterSets(m_parameters->codec_id, packet.data, size_t(packet.size)).empty())
         bytes = m_parameterSets;
     bytes.insert(bytes.end(), packet.data, packet.data + packet.size);
     frame.bytes = std::make_shared<std::vector<uint8_t>>(std::move(bytes));

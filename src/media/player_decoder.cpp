@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "frames/input_packet.h"
+#include "frames/parameter_sets.h"
 #include "media/base_player_input.h"
-#include "media/parameter_sets.h"
 
 using orvelle::OpenCodec;
 

@@ -2,10 +2,10 @@
 
 #include <QtDebug>
 
+#include "frames/parameter_sets.h"
 #include "media/base_player_decoder.h"
 #include "media/base_player_input.h"
 #include "media/media_log.h"
-#include "media/parameter_sets.h"
 #include "media/recording_file.h"
 
 using orvelle::RecordingFile;

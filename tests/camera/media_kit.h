@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <mutex>
 
-#include "camera/annex_b.h"
 #include "camera/clip_writer.h"
 #include "frames/camera_codecs.h"
+#include "frames/parameter_sets.h"
 #include "frames/picture_clock.h"
 #include "link/limits.h"
 
@@ -73,7 +73,7 @@ inline std::string faultOf(const std::vector<EncodedFrame>& frames) {
         if (bytes.empty() || bytes.size() > size_t{kMaxVideoFrameBytes})
             return "a frame of " + std::to_string(bytes.size()) + " bytes";
         const AVCodecID codec = codecOfCameraId(frame.codecId);
-        if (frame.isKey && parameterSetsOf(codec, bytes.data(), bytes.size()).empty())
+        if (frame.isKey && parameterSets(codec, bytes.data(), bytes.size()).empty())
             return "a key frame without parameter sets";
         if (frame.timeUs <= lastUs)
             return "a time that does not rise";

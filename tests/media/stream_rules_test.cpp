@@ -1,8 +1,8 @@
 #include <algorithm>
 
+#include "frames/parameter_sets.h"
 #include "media/byte_rate.h"
 #include "media/pacing.h"
-#include "media/parameter_sets.h"
 #include "media/sequence_gate.h"
 #include "support/suites.h"
 

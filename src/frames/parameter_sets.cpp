@@ -1,4 +1,4 @@
-#include "media/parameter_sets.h"
+#include "frames/parameter_sets.h"
 
 namespace orvelle {
 
