@@ -75,10 +75,16 @@ KvBasePlayerInput* KvTUTKDevice::createInput() {
     return factory ? factory(*this) : nullptr;
 }
 
+bool KvTUTKDevice::isFailure(State state) {
+    return state == State::kUnreachable || state == State::kWrongPassword ||
+           state == State::kRefused || state == State::kTimedOut;
+}
+
 orvelle::DeviceState KvTUTKDevice::state() const {
-    if (m_connecting)
-        return State::kConnecting;
     const State state = m_state;
+    // A camera that stays off is tried every few seconds; what stands against it stays in sight.
+    if (m_connecting && !isFailure(state))
+        return State::kConnecting;
     return state == State::kOnline && !isOnline() ? State::kClosed : state;
 }
 

@@ -132,6 +132,7 @@ private:
     void rememberMode(const KvTUTKResponse& response);
     void noteFailure(int result);
     static State stateOfFailure(int result);
+    static bool isFailure(State state);
     void readField(const QString& tag, const QString& text);
 
     // The record; see the class comment.

@@ -11,7 +11,7 @@ namespace orvelle {
 
 namespace {
 
-constexpr int64_t kPingIntervalMs = 500;
+constexpr int64_t kPingIntervalMs = 1000;
 constexpr int64_t kSilenceMs = 3000;
 constexpr int kMaxWaitMs = 100;
 constexpr int kClosingWaitMs = 10;
