@@ -1,0 +1,159 @@
+#pragma once
+
+#include <QDateTime>
+#include <QTimer>
+#include <QWidget>
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "media/playback_end.h"
+#include "ui/playback/recordings.h"
+#include "ui/playback/sdcard_playback_view_ui.h"
+#include "ui/widgets/clicker.h"
+#include "ui/widgets/toast.h"
+
+class KvCalendarDialog;
+class KvTUTKDevice;
+class KvTUTKPlayer;
+class KvTUTKResponse;
+
+/// The recordings on one camera's memory card: a timeline and a calendar to choose from, and the
+/// picture of what is chosen, which goes on from file to file.
+///
+///     no device -> asks for the card -> no card
+///                                    -> asks for the month -> plays the newest, then what is
+///                                    chosen
+///
+/// Whatever goes wrong leaves the last picture with a text on it, until the user chooses anew.
+/// Interface thread; the player's and the device's threads reach it through its signals only.
+class KvSDCardPlaybackView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit KvSDCardPlaybackView(QWidget* parent = nullptr);
+    ~KvSDCardPlaybackView() override;
+
+    /// Borrowed; shows what is on its card. With null, or one that is not connected, everything of
+    /// the former one has ended when this returns.
+    void setDevice(KvTUTKDevice* device);
+    KvTUTKDevice* device() const { return m_device; }
+
+    /// What the full-screen button shows; the window itself is the owner's.
+    bool isFullscreen() const;
+    void exitsFullscreen();
+
+signals:
+    void clickBackButton();
+    void updateMarksSignal();
+    void updateSDCardSignal();
+    void hideLoadingViewSignal();
+    void updateTimeLineViewSignal(double seconds);
+    void playNextSignal();
+    void playFailedSignal();
+    void updateVideoInfo(const QVector<KvTimeLineMark>& marks);
+    void requestFullscreen(bool fullscreen);
+
+protected:
+    bool event(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+
+    /// The ways out, for tests to replace. False or -1: refused at once.
+    virtual bool sendRequest(uint32_t type, const QByteArray& payload);
+    virtual int startPlayer(const QDateTime& start);
+    virtual orvelle::PlaybackEnd playbackEnd() const;
+    /// Of a steady clock.
+    virtual qint64 nowMs() const;
+
+    /// On the player's and the device's threads.
+    void handlePlayerEvent(int32_t event, double seconds);
+    void handleResponse(const KvTUTKResponse& response);
+
+    KvSDCardPlaybackViewUI* ui() const { return m_ui; }
+
+private slots:
+    void _onUpdateVideoInfo(const QVector<KvTimeLineMark>& marks);
+    void _onClickBackButton(bool);
+    void _onClickCalendarButton(bool);
+    void _onClickCalendar(QDate date);
+    void _onSelectedVideoTime(int time);
+    void _onClickPlay(bool checked);
+    void _onClickPrev();
+    void _onClickNext();
+    void _onClickCapture(bool);
+    void _onClickVolume(bool);
+    void _onClickFull(bool);
+    void _doUpdateTimeLineView(double seconds);
+    void _doUpdateSDCard();
+    void _doPlayNext();
+    void _doUpdateMarks();
+    void _doHideLoadingView();
+    void _doPlayFailed();
+    void _invokeDateTimeTimer();
+    void _onDoubleClickVideoView();
+    int _findDateTimeIndex(const QDateTime& time) const;
+    int _findDateIndex(const QDate& date) const;
+
+private:
+    enum class InfoRequest {
+        kNone,
+        kOpening,  ///< its answer starts the list
+        kCheck,    ///< is the card still there?
+    };
+
+    static int32_t onPlayerEvent(void* user, int32_t event, double a, double b);
+    static void onResponse(void* user, KvTUTKResponse* response);
+
+    void connectSignals();
+    void connectButtons();
+    void releaseDevice();
+    void requestCardInfo(InfoRequest request);
+    void requestFiles(const QDate& day);
+    void onNoAnswer();
+    void onConnectionChanged(bool isOnline);
+    void showNoCard();
+
+    void playOnRequest(int index);
+    void playFile(int index);
+    void playAgain();
+    void playDay(const QDate& day);
+    void stopPlayer();
+    void failWith(const QString& reason);
+    void awaitAnswer();
+    void updateCover();
+    void applyVolume();
+    void setFullscreen(bool fullscreen);
+    void wakeBars();
+    void hideBars();
+    bool passToTimeLine(QKeyEvent* event);
+
+    KvSDCardPlaybackViewUI* const m_ui;  ///< child
+    KvTUTKDevice* m_device = nullptr;    ///< borrowed; the manager owns it
+    orvelle::Recordings m_recordings;
+    orvelle::ClickGuard m_clickGuard;
+    InfoRequest m_infoRequest = InfoRequest::kNone;
+    bool m_wasOnline = false;
+    bool m_isPlaying = false;   ///< a file is open, paused or not
+    bool m_isLoading = false;   ///< it has shown no picture yet
+    bool m_hasPicture = false;  ///< one of this camera's is on the screen
+    bool m_isPassingKey = false;
+    QTimer m_clockTimer;
+    QTimer m_coverTimer;   ///< runs while a picture is held without a cover
+    QTimer m_answerTimer;  ///< runs while something is awaited from the camera
+    QTimer m_barsTimer;
+    KvClicker m_clicker;
+    KvToast m_toast;
+    KvCalendarDialog* m_calendar = nullptr;  ///< child, made when first needed
+
+    // Set by worker threads. The flags tell a signal that is still on its way from one of the
+    // file before: they are cleared once its threads have ended.
+    std::atomic<int> m_totalMiB{0};
+    std::atomic<bool> m_openFailed{false};
+    std::atomic<bool> m_firstPicture{false};
+    std::atomic<bool> m_ended{false};
+
+    std::unique_ptr<KvTUTKPlayer> m_player;  ///< last, so that it goes first
+};

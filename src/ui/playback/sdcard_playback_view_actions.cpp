@@ -1,0 +1,305 @@
+#include <QApplication>
+#include <QHoverEvent>
+#include <QKeyEvent>
+#include <QPointer>
+#include <QtDebug>
+
+#include "device/tutk_device.h"
+#include "media/tutk_player.h"
+#include "render/video_view.h"
+#include "ui/dialogs/directory_dialog.h"
+#include "ui/playback/calendar_dialog.h"
+#include "ui/playback/sdcard_playback_view.h"
+#include "ui/playback/time_line_view.h"
+#include "ui/playback/video_time_line_view.h"
+#include "ui/preview/media_folder.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/widget_utils.h"
+
+using orvelle::textKey;
+using UI = KvSDCardPlaybackViewUI;
+
+int KvSDCardPlaybackView::startPlayer(const QDateTime& start) {
+    m_player->setStartTime(start);
+    return m_player->play();
+}
+
+orvelle::PlaybackEnd KvSDCardPlaybackView::playbackEnd() const {
+    return m_player->endReason();
+}
+
+/// A click soon after another is one too many, as a camera needs its time to change files.
+void KvSDCardPlaybackView::playOnRequest(int index) {
+    if (m_clickGuard.accepts(nowMs()))
+        playFile(index);
+}
+
+void KvSDCardPlaybackView::playFile(int index) {
+    stopPlayer();
+    const KvTimeLineMark mark = m_recordings.select(index);
+    m_ui->showNotice({});
+    if (!m_ui->timeLine()->isDragging())
+        m_ui->timeLine()->setValue(mark.start);
+    applyVolume();
+    if (startPlayer(QDateTime::fromSecsSinceEpoch(mark.start)) < 0) {
+        failWith(orvelle::text("the_recording_could_not_be_played"));
+        return;
+    }
+    m_isPlaying = true;
+    m_isLoading = true;
+    m_ui->timeLine()->setPlayChecked(true);
+    m_ui->setNoCardShown(false);
+    awaitAnswer();
+}
+
+void KvSDCardPlaybackView::stopPlayer() {
+    m_player->shutdown();
+    m_openFailed = false;
+    m_firstPicture = false;
+    m_ended = false;
+    m_isPlaying = false;
+    m_isLoading = false;
+    m_ui->timeLine()->setPlayChecked(false);
+}
+
+void KvSDCardPlaybackView::_doHideLoadingView() {
+    if (!m_firstPicture.exchange(false))
+        return;
+    m_isLoading = false;
+    m_hasPicture = true;
+    updateCover();
+}
+
+void KvSDCardPlaybackView::_doUpdateTimeLineView(double seconds) {
+    const int current = m_recordings.current();
+    // Before its first picture, what comes is of the file before.
+    if (!m_isPlaying || m_isLoading || current < 0 || m_ui->timeLine()->isDragging())
+        return;
+    const int value = m_recordings.all().at(current).start + qRound(seconds);
+    if (value != m_ui->timeLine()->value())
+        m_ui->timeLine()->setValue(value);
+}
+
+void KvSDCardPlaybackView::_doPlayNext() {
+    if (!m_ended.exchange(false))
+        return;
+    const int next = m_recordings.next();
+    if (next >= 0) {
+        playFile(next);
+        return;
+    }
+    stopPlayer();
+    updateCover();
+    m_toast.show(this, orvelle::text("no_more_files"));
+}
+
+void KvSDCardPlaybackView::_doPlayFailed() {
+    if (!m_openFailed.exchange(false) || !m_device)
+        return;
+    const bool isLost = playbackEnd() == orvelle::PlaybackEnd::kLost;
+    failWith(isLost ? orvelle::text("the_connection_to_the_camera_was_lost")
+                    : orvelle::text("the_recording_could_not_be_played"));
+    requestCardInfo(InfoRequest::kCheck);
+}
+
+void KvSDCardPlaybackView::_onSelectedVideoTime(int time) {
+    const int index = _findDateTimeIndex(QDateTime::fromSecsSinceEpoch(time));
+    if (index >= 0)
+        playOnRequest(index);
+    else
+        m_toast.show(this, orvelle::text("no_more_files"));
+}
+
+void KvSDCardPlaybackView::_onClickPrev() {
+    if (const int index = m_recordings.previous(); index >= 0)
+        playOnRequest(index);
+    else
+        m_toast.show(this, orvelle::text("no_more_files"));
+}
+
+void KvSDCardPlaybackView::_onClickNext() {
+    if (const int index = m_recordings.next(); index >= 0)
+        playOnRequest(index);
+    else
+        m_toast.show(this, orvelle::text("no_more_files"));
+}
+
+void KvSDCardPlaybackView::_onClickPlay(bool checked) {
+    if (m_isPlaying && !checked) {
+        m_player->pause();
+        m_answerTimer.stop();
+    } else if (m_isPlaying) {
+        m_player->resume();
+        if (m_isLoading)
+            awaitAnswer();
+    } else if (checked) {
+        playAgain();
+    }
+}
+
+void KvSDCardPlaybackView::playAgain() {
+    int index = m_recordings.indexAt(m_ui->timeLine()->value());
+    if (index < 0)
+        index = m_recordings.current();
+    if (index < 0)
+        index = m_recordings.all().size() - 1;
+    if (index >= 0)
+        playOnRequest(index);
+    m_ui->timeLine()->setPlayChecked(m_isPlaying);
+}
+
+int KvSDCardPlaybackView::_findDateTimeIndex(const QDateTime& time) const {
+    return m_recordings.indexAt(time.toSecsSinceEpoch());
+}
+
+int KvSDCardPlaybackView::_findDateIndex(const QDate& date) const {
+    return m_recordings.indexOn(date);
+}
+
+void KvSDCardPlaybackView::_onClickCalendar(QDate date) {
+    requestFiles(date);
+}
+
+void KvSDCardPlaybackView::_onClickCalendarButton(bool) {
+    if (!m_device)
+        return;
+    if (!m_calendar) {
+        using View = KvSDCardPlaybackView;
+        m_calendar = new KvCalendarDialog(this);
+        connect(m_calendar, &KvCalendarDialog::clickDate, this, &View::_onClickCalendar);
+        connect(m_calendar, &KvCalendarDialog::monthChanged, this, &View::_onClickCalendar);
+    }
+    const int current = m_recordings.current();
+    m_calendar->setMarks(m_recordings.all());
+    m_calendar->setDate(
+        current < 0 ? QDate::currentDate()
+                    : QDateTime::fromSecsSinceEpoch(m_recordings.all().at(current).start).date());
+    const QPointer<KvSDCardPlaybackView> self(this);
+    const bool isChosen = m_calendar->execCentred(this) != 0;
+    if (self && isChosen && m_device && m_calendar->date().isValid())
+        playDay(m_calendar->date());
+}
+
+void KvSDCardPlaybackView::playDay(const QDate& day) {
+    const int index = _findDateIndex(day);
+    qDebug() << "calendar date = " << day << ", index = " << index;
+    if (index >= 0) {
+        m_recordings.awaitDay({});
+        playOnRequest(index);
+        return;
+    }
+    requestFiles(day);
+    if (m_recordings.mayCome(day))
+        m_recordings.awaitDay(day);
+    else
+        m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
+}
+
+void KvSDCardPlaybackView::_onClickBackButton(bool) {
+    releaseDevice();
+    emit clickBackButton();
+}
+
+void KvSDCardPlaybackView::_onClickCapture(bool) {
+    if (!m_device)
+        return;
+    const QString name = QDateTime::currentDateTime().toString(QStringLiteral("yyMMddHHmmss"));
+    const QString path =
+        orvelle::saveSnapshot(*m_ui->videoView(), m_device->uid(), name, this, m_toast);
+    if (!path.isEmpty())
+        KvDirectoryDialog(orvelle::text("the_screenshot_you_recorded_is_save_to"), path, window())
+            .execCentred(this);
+}
+
+void KvSDCardPlaybackView::_onClickVolume(bool) {
+    KvPushButton* button = m_ui->button(UI::kSound);
+    button->setState(1 - button->state());
+    applyVolume();
+}
+
+void KvSDCardPlaybackView::applyVolume() {
+    m_player->setVolume(m_ui->button(UI::kSound)->state() != 0 ? 0.0 : 1.0);
+}
+
+void KvSDCardPlaybackView::_onClickFull(bool) {
+    const bool wasFullscreen = window()->isFullScreen();
+    setFullscreen(!wasFullscreen);
+    emit requestFullscreen(!wasFullscreen);
+}
+
+void KvSDCardPlaybackView::_onDoubleClickVideoView() {
+    _onClickFull(false);
+}
+
+void KvSDCardPlaybackView::setFullscreen(bool fullscreen) {
+    KvPushButton* button = m_ui->button(UI::kFullscreen);
+    button->setState(fullscreen ? 1 : 0);
+    KvWidgetUtils::setToolTip(button, fullscreen ? textKey("minimized") : textKey("maximized"));
+    m_ui->setOverlaid(fullscreen);
+    wakeBars();
+}
+
+void KvSDCardPlaybackView::wakeBars() {
+    m_ui->setBarsVisible(true);
+    if (m_ui->isOverlaid())
+        m_barsTimer.start();
+}
+
+void KvSDCardPlaybackView::hideBars() {
+    // The timeline keeps the focus of a click; its keys reach it from here as well.
+    if (m_ui->timeLine()->timeLine()->hasFocus())
+        setFocus(Qt::OtherFocusReason);
+    if (m_ui->hasFocusInBars() || QApplication::mouseButtons() != Qt::NoButton)
+        wakeBars();
+    else
+        m_ui->setBarsVisible(false);
+}
+
+bool KvSDCardPlaybackView::event(QEvent* event) {
+    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
+        wakeBars();
+    if (event->type() == QEvent::FocusIn) {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        // The bars' buttons come next, and what is hidden gets no focus.
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason)
+            wakeBars();
+    }
+    return QWidget::event(event);
+}
+
+void KvSDCardPlaybackView::resizeEvent(QResizeEvent*) {
+    m_ui->setGeometry(rect());
+}
+
+void KvSDCardPlaybackView::keyPressEvent(QKeyEvent* event) {
+    KvVideoTimeLineView* timeLine = m_ui->timeLine();
+    if (event->key() == Qt::Key_Escape && window()->isFullScreen()) {
+        _onClickFull(false);
+    } else if (event->key() == Qt::Key_Space && m_device && !m_ui->isNoCardShown()) {
+        if (event->isAutoRepeat())
+            return;
+        wakeBars();
+        timeLine->setPlayChecked(!timeLine->isPlayChecked());
+        _onClickPlay(timeLine->isPlayChecked());
+    } else if (!passToTimeLine(event)) {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void KvSDCardPlaybackView::keyReleaseEvent(QKeyEvent* event) {
+    if (!passToTimeLine(event))
+        QWidget::keyReleaseEvent(event);
+}
+
+/// A key that the timeline does not want comes back here, as to its parent.
+bool KvSDCardPlaybackView::passToTimeLine(QKeyEvent* event) {
+    if (m_isPassingKey || !m_device || m_ui->isNoCardShown())
+        return false;
+    m_isPassingKey = true;
+    QCoreApplication::sendEvent(m_ui->timeLine()->timeLine(), event);
+    m_isPassingKey = false;
+    if (event->isAccepted() && event->type() == QEvent::KeyPress)
+        wakeBars();
+    return event->isAccepted();
+}

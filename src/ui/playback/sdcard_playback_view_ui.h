@@ -1,0 +1,92 @@
+#pragma once
+
+#include <QWidget>
+
+#include <array>
+
+#include "ui/widgets/loading_view.h"
+
+class KvNoSdcardView;
+class KvPushButton;
+class KvVideoTimeLineView;
+class KvVideoView;
+class KvWidget;
+class QLabel;
+
+/// The widgets of KvSDCardPlaybackView: a bar with the camera's name, the picture, and a bar with
+/// the timeline. The bars stand beside the picture or, in full screen, lie on it.
+class KvSDCardPlaybackViewUI : public QWidget {
+    Q_OBJECT
+
+public:
+    /// In the order in which they take the focus.
+    enum Button {
+        kBack,
+        kSound,
+        kCalendar,
+        kCapture,
+        kToLive,
+        kFullscreen,
+        kButtonCount,
+    };
+
+    explicit KvSDCardPlaybackViewUI(QWidget* view);
+    ~KvSDCardPlaybackViewUI() override;
+
+    void setName(const QString& name);
+    void setStateText(const QString& state);
+    void setClockText(const QString& time);
+
+    /// Full screen: the picture has the whole place, with the bars on it while they are visible.
+    void setOverlaid(bool overlaid);
+    bool isOverlaid() const { return m_overlaid; }
+    void setBarsVisible(bool visible);
+    /// Whether the keyboard is at something in the bars.
+    bool hasFocusInBars() const;
+
+    /// Darkens the picture below a turning sign.
+    void setLoadingShown(bool shown);
+    bool isLoadingShown() const { return m_loadingView.isOver(); }
+    /// A text in the middle of the picture; empty for none.
+    void showNotice(const QString& text);
+    /// In place of the picture and of what belongs to it.
+    void setNoCardShown(bool shown);
+    bool isNoCardShown() const { return m_noCardShown; }
+
+    KvPushButton* button(Button button) const { return m_buttons.at(button); }
+    KvVideoView* videoView() const { return m_videoView; }
+    KvVideoTimeLineView* timeLine() const { return m_timeLine; }
+    KvNoSdcardView* noSdcardView() const { return m_noSdcardView; }
+
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void setUpLabels();
+    void setUpButtons();
+    KvPushButton* makeButton(QWidget* bar, const char* name, const char* key);
+    void showBars();
+    void layOut();
+    void layOutTopBar();
+    void layOutBottomBar();
+    void placeNotice();
+    void raiseControls();
+    QRect pictureArea() const;
+
+    bool m_overlaid = false;
+    bool m_barsVisible = true;  ///< without effect beside the picture
+    bool m_noCardShown = false;
+
+    KvVideoView* m_videoView;  ///< children, as all below
+    KvNoSdcardView* m_noSdcardView;
+    QLabel* m_noticeLabel;
+    KvWidget* m_topBar;
+    KvWidget* m_bottomBar;
+    QLabel* m_nameLabel;
+    QLabel* m_stateLabel;
+    QLabel* m_clockLabel;
+    KvVideoTimeLineView* m_timeLine;
+    std::array<KvPushButton*, kButtonCount> m_buttons{};
+
+    KvLoadingView m_loadingView;  ///< a child only while it is shown
+};

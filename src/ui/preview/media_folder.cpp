@@ -1,0 +1,35 @@
+#include "ui/preview/media_folder.h"
+
+#include "core/file_utils.h"
+#include "render/video_view.h"
+#include "ui/dialogs/alert_dialog.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/toast.h"
+
+namespace orvelle {
+
+QString usableMediaFolder(QString (*folderOf)(const QString& uid), const QString& uid,
+                          QWidget* over) {
+    const QString folder = folderOf(uid);
+    if (KvFileUtils::exists(folder))
+        return folder;
+    KvAlertDialog question(text("directory_not_exists_reset_to_default_path"), over->window());
+    if (question.execCentred(over) == 0)
+        return {};
+    KvFileUtils::resetMediaRoot();
+    return folderOf(uid);
+}
+
+QString saveSnapshot(KvVideoView& view, const QString& uid, const QString& name, QWidget* over,
+                     KvToast& toast) {
+    const QString folder = usableMediaFolder(KvFileUtils::screenshotPath, uid, over);
+    if (folder.isEmpty())
+        return {};
+    const QString path = QStringLiteral("%1/%2.jpg").arg(folder, name);
+    if (view.snapshot(path))
+        return path;
+    toast.show(over, text("screenshot_failed"));
+    return {};
+}
+
+}  // namespace orvelle

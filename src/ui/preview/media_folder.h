@@ -1,0 +1,22 @@
+#pragma once
+
+#include <QString>
+
+class KvToast;
+class KvVideoView;
+class QWidget;
+
+namespace orvelle {
+
+/// The folder of a camera's snapshots or recordings. When it is gone the user is asked, over
+/// `over`, whether to take the default one: empty when he would not. Cameras may come and go
+/// while the question stands. Interface thread, as all here.
+QString usableMediaFolder(QString (*folderOf)(const QString& uid), const QString& uid,
+                          QWidget* over);
+
+/// Writes the view's picture as NAME.jpg to the camera's snapshot folder: its path, or empty after
+/// the user was told by `toast` or did not want it.
+QString saveSnapshot(KvVideoView& view, const QString& uid, const QString& name, QWidget* over,
+                     KvToast& toast);
+
+}  // namespace orvelle
