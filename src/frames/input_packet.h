@@ -27,6 +27,7 @@ public:
     int codecId() const { return m_codecId; }  ///< an AVCodecID
     int mediaType() const { return m_mediaType; }
     double time() const { return m_timeSec; }  ///< presentation time in seconds
+    void setTime(double timeSec) { m_timeSec = timeSec; }
     bool isKey() const { return m_packet && (m_packet->flags & AV_PKT_FLAG_KEY); }
 
 private:

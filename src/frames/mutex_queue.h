@@ -49,6 +49,14 @@ public:
                            [&] { return m_interrupted || m_queue.size() > 0 || stop(); });
         return m_queue.size() > 0;
     }
+    /// The same for waitForSpace(): for producers that stop while their consumer pauses.
+    template <class StopCheck>
+    bool waitForSpace(int maxItems, int timeoutMs, StopCheck stop) const {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                           [&] { return m_interrupted || m_queue.size() <= maxItems || stop(); });
+        return m_queue.size() <= maxItems;
+    }
     /// Makes all waits ask their stop check again.
     void wake() const {
         // Taken and released so that a wait between its check and its sleep is not missed.

@@ -10,9 +10,11 @@ std::optional<int64_t> Pacing::holdUntil(double timeSec, int64_t nowUs) {
     if (m_baseSec < 0.0) {
         m_baseSec = timeSec;
         m_windowStartUs = nowUs;
+        if (!m_isLive)
+            m_startUs = nowUs + kHeadStartUs;
     }
-    // The first picture, and all of a source whose times stay 0.
-    if (previousSec <= 0.0)
+    // The first picture of a live source, and all of one whose times stay 0.
+    if (m_isLive && previousSec <= 0.0)
         return std::nullopt;
 
     const double aheadSec = timeSec - m_baseSec;

@@ -12,8 +12,9 @@ namespace orvelle {
 /// early one holds the next.
 ///
 /// Two clocks never run at quite the same rate. With a live source every hold that all pictures
-/// of a window needed is delay that the skew has piled up, and is given back. A recording is
-/// delivered faster than it plays, so there every picture is early and nothing is given back.
+/// of a window needed is delay that the skew has piled up, and is given back. A recording plays at
+/// its own pace from its first picture on, which stands a little longer, so that later ones may
+/// arrive late; nothing is given back there.
 ///
 /// Knows no clock and no thread: times come from the caller, on a monotonic clock.
 class Pacing {
@@ -21,6 +22,8 @@ public:
     /// A due time further ahead than this means that the camera's clock jumped.
     static constexpr int64_t kMaxAheadUs = 1'000'000;
     static constexpr int64_t kWindowUs = 2'000'000;
+    /// What the first picture of a recording stands; more than a frame.
+    static constexpr int64_t kHeadStartUs = 150'000;
 
     Pacing(bool isLive, int64_t startUs) : m_isLive(isLive), m_startUs(startUs) {}
 

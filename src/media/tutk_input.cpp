@@ -5,11 +5,21 @@
 #include "link/io_types.h"
 #include "media/tutk_input_threads.h"
 
+#include <QDebug>
+
 extern "C" {
 #include <libavutil/time.h>
 }
 
-KvTUTKInput::KvTUTKInput(QObject* parent) : KvBasePlayerInput(parent) {}
+namespace {
+
+/// Six seconds at 15 pictures a second: a decoder this far behind only makes the picture old.
+constexpr int kMaxVideoBacklog = 90;
+constexpr int kMaxAudioBacklog = 10;
+
+}  // namespace
+
+KvTUTKInput::KvTUTKInput(QObject* parent) : ChannelInput(parent) {}
 
 KvTUTKInput::~KvTUTKInput() {
     KvTUTKInput::close();
@@ -21,15 +31,14 @@ void KvTUTKInput::setDevice(KvTUTKDevice* device) {
 
 int KvTUTKInput::open() {
     close();
-    m_reported = false;
+    clearReport();
     m_rate.restart(av_gettime_relative());
     const bool usable = m_device && m_device->sid() >= 0;
-    m_avIndex = usable ? m_device->avIndex() : -1;
-    if (isBound()) {
-        // What still waits from an earlier view would flash up as the first picture.
-        avDiscardMedia(m_avIndex);
-        m_lostBefore = avLostVideoFrames(m_avIndex);
-    }
+    const int index = usable ? m_device->avIndex() : -1;
+    // What still waits from an earlier view would flash up as the first picture.
+    if (index >= 0)
+        avDiscardMedia(index);
+    bind(index);
     if (startDevice() < 0)
         return -1;
     startThreads();
@@ -41,27 +50,9 @@ void KvTUTKInput::close() {
     stopDevice();
     stopThreads();
     if (isBound())
-        avDiscardMedia(m_avIndex);
+        avDiscardMedia(avIndex());
     m_rate.restart(av_gettime_relative());
-    m_avIndex = -1;
-}
-
-int KvTUTKInput::readVideoPacket(KvBasePlayerInputPacket** packet) {
-    *packet = m_videoQueue ? m_videoQueue->take().release() : nullptr;
-    return *packet ? 0 : -1;
-}
-
-int KvTUTKInput::readAudioPacket(KvBasePlayerInputPacket** packet) {
-    *packet = m_audioQueue ? m_audioQueue->take().release() : nullptr;
-    return *packet ? 0 : -1;
-}
-
-void KvTUTKInput::releaseVideoPacket(KvBasePlayerInputPacket* packet) {
-    delete packet;
-}
-
-void KvTUTKInput::releaseAudioPacket(KvBasePlayerInputPacket* packet) {
-    delete packet;
+    bind(-1);
 }
 
 int KvTUTKInput::speed() {
@@ -73,37 +64,12 @@ bool KvTUTKInput::isRunning() {
            !KvThread::isThreadStopped(m_audioThread.get());
 }
 
-void KvTUTKInput::flush() {
-    if (m_videoQueue)
-        m_videoQueue->clear();
-    if (m_audioQueue)
-        m_audioQueue->clear();
-}
-
-bool KvTUTKInput::waitForVideoPacket(const KvThread& reader, int timeoutMs) {
-    return m_videoQueue &&
-           m_videoQueue->waitForItem(timeoutMs, [&reader] { return reader.isStopped(); });
-}
-
-bool KvTUTKInput::waitForAudioPacket(const KvThread& reader, int timeoutMs) {
-    return m_audioQueue &&
-           m_audioQueue->waitForItem(timeoutMs, [&reader] { return reader.isStopped(); });
-}
-
-void KvTUTKInput::wakeReaders() {
-    if (m_videoQueue)
-        m_videoQueue->wake();
-    if (m_audioQueue)
-        m_audioQueue->wake();
-}
-
 void KvTUTKInput::requestStop() {
     if (m_videoThread)
         m_videoThread->stop();
     if (m_audioThread)
         m_audioThread->stop();
-    if (isBound())
-        avWake(m_avIndex);
+    wakeReceivers();
 }
 
 int KvTUTKInput::startDevice() {
@@ -118,15 +84,14 @@ int KvTUTKInput::startDevice() {
 
 void KvTUTKInput::stopDevice() {
     // A device that has reconnected meanwhile may already be streaming to its next input.
-    if (!isBound() || m_device->avIndex() != m_avIndex)
+    if (!isBound() || m_device->avIndex() != avIndex())
         return;
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_AUDIOSTOP);
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_STOP);
 }
 
 void KvTUTKInput::startThreads() {
-    m_videoQueue = std::make_unique<orvelle::VideoPacketQueue>();
-    m_audioQueue = std::make_unique<OwningQueue<KvBasePlayerInputPacket>>();
+    createQueues();
     // Both exist before either runs, since each asks for the other in isRunning().
     m_videoThread = std::make_unique<KvTUTKInputRecvVideoThread>(*this);
     m_audioThread = std::make_unique<KvTUTKInputRecvAudioThread>(*this);
@@ -142,18 +107,67 @@ void KvTUTKInput::stopThreads() {
     }
     m_audioThread.reset();
     m_videoThread.reset();
-    m_audioQueue.reset();
-    m_videoQueue.reset();
+    destroyQueues();
 }
 
 void KvTUTKInput::receiveEnded() {
-    if (isRunning())
-        return;
-    m_videoQueue->interrupt();
-    m_audioQueue->interrupt();
+    if (!isRunning())
+        interruptQueues();
 }
 
-void KvTUTKInput::reportOnce(int32_t event) {
-    if (!m_reported.exchange(true))
-        notify(event);
+void KvTUTKInput::doRecvVideo(KvThread& thread) {
+    if (!isBound()) {
+        qDebug("KvTUTKInput device invalid");
+        reportOnce(kLost);
+        return;
+    }
+    receiveVideo(thread);
+    qDebug("KvTUTKInput recv video stop");
+}
+
+void KvTUTKInput::doRecvAudio(KvThread& thread) {
+    if (!isBound()) {
+        qDebug("KvTUTKInput device invalid");
+        reportOnce(kUnusable);
+        return;
+    }
+    receiveAudio(thread);
+    qDebug("KvTUTKInput recv audio stop");
+}
+
+void KvTUTKInput::channelEnded(MediaKind) {
+    reportOnce(kLost);
+}
+
+void KvTUTKInput::boundVideo(const KvThread&) {
+    const int waiting = videoQueue().size();
+    if (waiting <= kMaxVideoBacklog)
+        return;
+    qDebug("input video > 90 flush()");
+    stats().videoFramesDropped += static_cast<uint64_t>(waiting);
+    flush();
+}
+
+void KvTUTKInput::boundAudio(const KvThread&) {
+    const int waiting = audioQueue().size();
+    if (waiting <= kMaxAudioBacklog)
+        return;
+    qDebug("input audio > 10 flush()");
+    stats().audioFramesDropped += static_cast<uint64_t>(waiting);
+    // Sound alone: the picture would have to wait for its next key frame.
+    audioQueue().clear();
+}
+
+void KvTUTKInput::storeVideo(std::unique_ptr<Packet> packet) {
+    const int64_t nowUs = av_gettime_relative();
+    m_rate.add(packet->packet()->size);
+    m_rate.update(nowUs);
+    stats().noteArrival(packet->time(), nowUs);
+    if (!videoQueue().offer(std::move(packet)))
+        ++stats().videoFramesDropped;
+}
+
+void KvTUTKInput::storeAudio(std::unique_ptr<Packet> packet) {
+    m_rate.add(packet->packet()->size);
+    audioQueue().put(std::move(packet));
 }

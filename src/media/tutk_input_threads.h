@@ -1,23 +1,15 @@
 #pragma once
 
-#include "core/thread.h"
+#include "media/input_thread.h"
 #include "media/tutk_input.h"
 
-/// A receive thread of a live input, which owns and outlives it.
-class KvTUTKInputThread : public KvThread {
+/// A receive thread of a live input.
+class KvTUTKInputThread : public orvelle::InputThread<KvTUTKInput> {
 public:
-    KvTUTKInputThread(const QString& name, KvTUTKInput& input) : KvThread(name), m_input(input) {}
-
-    void run() override {
-        receive();
-        stop();
-        m_input.receiveEnded();
-    }
+    using InputThread::InputThread;
 
 protected:
-    virtual void receive() = 0;
-
-    KvTUTKInput& m_input;
+    void ended() override { m_input.receiveEnded(); }
 };
 
 class KvTUTKInputRecvVideoThread : public KvTUTKInputThread {
@@ -26,7 +18,7 @@ public:
         : KvTUTKInputThread(QStringLiteral("recv-video"), input) {}
 
 protected:
-    void receive() override { m_input.doRecvVideo(*this); }
+    void work() override { m_input.doRecvVideo(*this); }
 };
 
 class KvTUTKInputRecvAudioThread : public KvTUTKInputThread {
@@ -35,5 +27,5 @@ public:
         : KvTUTKInputThread(QStringLiteral("recv-audio"), input) {}
 
 protected:
-    void receive() override { m_input.doRecvAudio(*this); }
+    void work() override { m_input.doRecvAudio(*this); }
 };

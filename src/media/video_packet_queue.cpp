@@ -7,14 +7,23 @@ bool VideoPacketQueue::offer(std::unique_ptr<KvBasePlayerInputPacket> packet) {
     if (m_awaitKey && !packet->isKey())
         return false;
     m_awaitKey = false;
+    m_bytes += packet->packet()->size;
     put(std::move(packet));
     return true;
+}
+
+void* VideoPacketQueue::pop() {
+    void* const item = MutexQueue::pop();
+    if (item)
+        m_bytes -= static_cast<KvBasePlayerInputPacket*>(item)->packet()->size;
+    return item;
 }
 
 void VideoPacketQueue::clear() {
     std::lock_guard<std::mutex> lock(m_gateMutex);
     m_awaitKey = true;
-    MutexQueue::clear();
+    while (take()) {
+    }
 }
 
 }  // namespace orvelle
