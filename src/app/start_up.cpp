@@ -72,6 +72,11 @@ int runMainWindow(KvApplication& application) {
 }  // namespace
 
 int runOrvelle(int argc, char** argv) {
+    // Sizes are in logical pixels, whatever the screen's density; images come at twice the size.
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
+        Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     // Tiles move between windows when they go full screen; their pictures must come along.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     KvApplication application(argc, argv);

@@ -49,6 +49,7 @@ bool decode(const QByteArray& line, QString& text) {
 
 void readEntries(QFile& file, KvLanguage::Table& table) {
     int undecodable = 0;
+    int odd = 0;
     QString text;
     for (QByteArray line = nextLine(file); !line.isEmpty(); line = nextLine(file)) {
         if (!decode(line, text)) {
@@ -58,10 +59,17 @@ void readEntries(QFile& file, KvLanguage::Table& table) {
         const QStringList sides = text.split(QLatin1Char('='));
         if (sides.size() == 2)
             table.insert(cleaned(sides.at(0)), cleaned(sides.at(1)));
+        else
+            ++odd;
     }
+    const QByteArray name = file.fileName().toUtf8();
     if (undecodable > 0)
-        qCWarning(lcCore, "%s: skipped %d lines that are not UTF-8",
-                  qUtf8Printable(file.fileName()), undecodable);
+        qCWarning(lcCore, "%s: skipped %d lines that are not UTF-8", name.constData(), undecodable);
+    if (odd > 0)
+        qCWarning(lcCore, "%s: skipped %d lines without exactly one '='", name.constData(), odd);
+    if (!file.atEnd())
+        qCWarning(lcCore, "%s: ends at an empty line, %lld bytes are left out", name.constData(),
+                  static_cast<long long>(file.size() - file.pos()));
 }
 
 QString filePath(const QString& name) {
@@ -96,8 +104,10 @@ void KvLanguage::load(const QString& language) {
 bool KvLanguage::load(const QString& name, Table& table) {
     table.clear();
     QFile file(filePath(name));
-    if (!file.open(QIODevice::ReadOnly))
+    if (!file.open(QIODevice::ReadOnly)) {
+        qCWarning(lcCore, "no language file %s", qUtf8Printable(file.fileName()));
         return false;
+    }
     if (file.size() > kMaxFileBytes) {
         qCWarning(lcCore, "%s: too large for a language file", qUtf8Printable(file.fileName()));
         return false;

@@ -93,8 +93,9 @@ void KvTUTKDeviceTryConnectThread::_doFinish() {
         KvDevice* const device = m_device.get();
         // Two attempts on one camera may both succeed; the second finds it listed.
         if (manager->addDevice(std::move(m_device))) {
-            manager->addGroup(std::move(m_entry));
+            // First, since an entry may be left over from an earlier binding.
             manager->resolveMembers();
+            manager->addGroup(std::move(m_entry));
             emit manager->listChanged();
         } else {
             qCWarning(lcDevice) << "bound meanwhile:" << device->uid();

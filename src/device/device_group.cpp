@@ -140,10 +140,13 @@ void KvDeviceGroup::setResolvedDevices(const QList<KvDevice*>& devices) {
 bool KvDeviceGroup::equals(const KvDeviceGroup* other) const {
     if (!other)
         return false;
+    // An entry whose camera is gone equals no other, but it can still be found and removed.
+    if (this == other)
+        return true;
     const Record mine = record();
     const Record theirs = other->record();
     if (mine.type == kGroup || theirs.type == kGroup)
-        return mine.groupId >= 0 ? mine.groupId == theirs.groupId : this == other;
+        return mine.groupId >= 0 && mine.groupId == theirs.groupId;
     const KvDevice* device = firstDevice();
     return device && device->equals(other->firstDevice());
 }

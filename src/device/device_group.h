@@ -62,7 +62,10 @@ public:
     QString key() const;
     /// False when the file cannot be written. Allocates a group's id at the first call.
     bool save();
-    void removeFile();
+    /// Whether the entry stands in the file named after it, if perhaps in an older state.
+    bool hasOwnFile() const;
+    /// False when a file of the entry is still there.
+    bool removeFile();
     /// False when the file is not usable; why not is logged.
     bool readFromFile(const QString& path);
 
@@ -100,4 +103,5 @@ private:
     QList<KvDevice*> m_devices;
     QStringList m_deviceUids;  ///< of m_devices, which need not be touched for them
     bool m_thumbnailReady = false;
+    QString m_file;  ///< that the entry was last read from or saved to
 };

@@ -1,9 +1,12 @@
+#include "device/device_group.h"
+
 #include <QDebug>
 #include <QDir>
 #include <QFile>
 
+#include <utility>
+
 #include "core/file_utils.h"
-#include "device/device_group.h"
 #include "device/device_ids.h"
 #include "device/device_manager.h"
 #include "device/logging.h"
@@ -23,14 +26,20 @@ QString filePath(const QString& key) {
 // UIDs name directories, so those that could lead elsewhere are left out.
 QStringList usableUids(const QDomElement& list) {
     QStringList uids;
+    int skipped = 0;
     const QString tag = QStringLiteral("uid");
-    for (QDomElement element = list.firstChildElement(tag);
-         !element.isNull() && uids.size() < KvDeviceGroup::kMaxMembers;
+    for (QDomElement element = list.firstChildElement(tag); !element.isNull();
          element = element.nextSiblingElement(tag)) {
         const QString uid = element.text();
-        if (KvTUTKDevice::isUsableUid(uid) && !uids.contains(uid))
+        if (uids.size() < KvDeviceGroup::kMaxMembers && KvTUTKDevice::isUsableUid(uid) &&
+            !uids.contains(uid))
             uids.append(uid);
+        else
+            ++skipped;
     }
+    if (skipped > 0)
+        qCWarning(lcDevice) << "skipped" << skipped
+                            << "members of a list entry: unusable, double or too many";
     return uids;
 }
 
@@ -79,7 +88,19 @@ bool KvDeviceGroup::save() {
     ensureGroupId();
     const Record current = record();
     const QString key = keyOf(current);
-    return !key.isEmpty() && write(current, filePath(key));
+    if (key.isEmpty() || !write(current, filePath(key)))
+        return false;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const QString former = std::exchange(m_file, filePath(key));
+    // A file that was not named after its entry would be loaded beside the new one.
+    if (!former.isEmpty() && former != m_file)
+        QFile::remove(former);
+    return true;
+}
+
+bool KvDeviceGroup::hasOwnFile() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return !m_file.isEmpty() && m_file == filePath(keyOf(m_record));
 }
 
 void KvDeviceGroup::ensureGroupId() {
@@ -109,10 +130,16 @@ bool KvDeviceGroup::write(const Record& record, const QString& path) {
     });
 }
 
-void KvDeviceGroup::removeFile() {
-    const QString name = key();
-    if (!name.isEmpty())
-        QFile::remove(filePath(name));
+bool KvDeviceGroup::removeFile() {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const QString key = keyOf(m_record);
+    bool isGone = true;
+    for (const QString& path : {key.isEmpty() ? QString() : filePath(key), m_file}) {
+        if (!path.isEmpty())
+            isGone = (QFile::remove(path) || !QFile::exists(path)) && isGone;
+    }
+    m_file.clear();
+    return isGone;
 }
 
 bool KvDeviceGroup::readFromFile(const QString& path) {
@@ -123,6 +150,7 @@ bool KvDeviceGroup::readFromFile(const QString& path) {
     for (QDomElement element = document->documentElement().firstChildElement(); !element.isNull();
          element = element.nextSiblingElement())
         readElement(element, m_record);
+    m_file = path;
     return true;
 }
 
@@ -141,6 +169,8 @@ void KvDeviceGroup::readElement(const QDomElement& element, Record& record) {
         record.groupIndex = text.toInt();
     else if (tag == QLatin1String("groupId"))
         record.groupId = text.toInt();
-    if (record.layout < 0 || record.layout > kLastLayout)
+    if (record.layout < 0 || record.layout > kLastLayout) {
+        qCWarning(lcDevice) << "a list entry has no known layout:" << record.layout;
         record.layout = kAllTilesLayout;
+    }
 }

@@ -38,6 +38,7 @@ orvelle::EntryThumbnail KvDeviceGroup::claimThumbnail() {
         m_thumbnailReady = true;
     }
     thumbnail.path = thumbnailOf(keyOf(current));
+    qDebug().noquote() << "path =" << thumbnail.path;
     for (const QString& uid : std::as_const(members))
         thumbnail.memberPaths.append(thumbnailOf(uid));
     return thumbnail;
@@ -48,7 +49,6 @@ QString KvDeviceGroup::thumbnailPath() {
     const orvelle::EntryThumbnail thumbnail = claimThumbnail();
     if (type() == kSingleCamera)
         return thumbnail.path;
-    qDebug().noquote() << "path =" << thumbnail.path;
     if (orvelle::refreshThumbnail(thumbnail))
         return thumbnail.path;
     setThumbnailReady(wasReady);

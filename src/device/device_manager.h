@@ -88,8 +88,9 @@ public:
     bool addGroup(std::unique_ptr<KvDeviceGroup>&& group);
     /// Takes the listed entry that equals `group` out of the list; null when there is none.
     [[nodiscard]] std::unique_ptr<KvDeviceGroup> removeGroup(const KvDeviceGroup* group);
-    /// Sorts by groupIndex, numbers from 0 and saves every entry.
-    void reorderGroups();
+    /// Sorts by groupIndex, numbers from 0 and saves the entries that moved; false when one could
+    /// not be saved.
+    bool reorderGroups();
     /// Short: looks every entry's members up anew.
     void resolveMembers();
 

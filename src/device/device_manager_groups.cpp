@@ -25,6 +25,9 @@ void KvDeviceManager::loadGroups(const QString& directory) {
             qCWarning(lcDevice) << "skipped a second list entry" << group->key();
             continue;
         }
+        if (group->devices().size() < group->uids().size())
+            qCWarning(lcDevice) << "the list entry" << group->key() << "names unknown cameras:"
+                                << group->uids().size() - group->devices().size();
         const std::lock_guard<std::mutex> lock(m_groupsMutex);
         m_groups.push_back(std::move(group));
     }
@@ -118,13 +121,18 @@ void KvDeviceManager::sortGroups() {
     });
 }
 
-void KvDeviceManager::reorderGroups() {
+bool KvDeviceManager::reorderGroups() {
     sortGroups();
     const QList<KvDeviceGroup*> list = groups();
+    bool isSaved = true;
     for (int i = 0; i < list.size(); ++i) {
+        // Each write is synchronised with the disk, so none is made in vain.
+        if (list[i]->groupIndex() == i && list[i]->hasOwnFile())
+            continue;
         list[i]->setGroupIndex(i);
-        list[i]->save();
+        isSaved = list[i]->save() && isSaved;
     }
+    return isSaved;
 }
 
 void KvDeviceManager::resolveMembers() {

@@ -27,6 +27,9 @@ public:
     void run() override;
     void stop() override;
 
+    /// Once ended: false when a file stayed, so that the entry comes back at the next start.
+    bool areFilesGone() const { return m_areFilesGone; }
+
 signals:
     /// Once, on the interface thread: the entry is gone.
     void endedSignal();
@@ -46,6 +49,7 @@ private:
     std::unique_ptr<KvDeviceGroup> m_entry;
     std::unique_ptr<KvDevice> m_device;
 
+    bool m_areFilesGone = true;                       ///< worker's, then the interface thread's
     std::optional<orvelle::InitThreadPause> m_pause;  ///< worker's, then the interface thread's
     bool m_isFinished = false;                        ///< owned by the interface thread
 };

@@ -58,7 +58,10 @@ int KvTUTKDevice::save() {
 }
 
 bool KvTUTKDevice::removeFile() {
-    return isUsableUid(m_uid) && QFile::remove(filePath(m_uid));
+    if (!isUsableUid(m_uid))
+        return false;
+    const QString path = filePath(m_uid);
+    return QFile::remove(path) || !QFile::exists(path);
 }
 
 bool KvTUTKDevice::writeToFile(const QString& path) const {

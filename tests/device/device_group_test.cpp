@@ -72,7 +72,7 @@ private slots:
         orvelle::test::LogLines log;
         QVERIFY(KvDeviceGroup::loadAll(kFiles.directory()).empty());
         const QStringList lines = log.take();
-        QCOMPARE(lines.size(), 5);
+        QCOMPARE(lines.size(), 6);  // the UID that leads outside is told as well
         for (const auto& [name, fields, uids] : cases)
             QCOMPARE(lines.filter(kFiles.path(name)).size(), 1);
     }
@@ -104,6 +104,19 @@ private slots:
         QCOMPARE(m_manager->groups().first()->key(), QStringLiteral("1"));
         QVERIFY(!m_manager->addGroup(std::make_unique<KvDeviceGroup>(m_cameras[0])));
         QVERIFY(m_manager->removeGroup(groups[3]) && m_manager->singleCameraGroups().size() == 5);
+    }
+
+    void entry_canBeRemoved_whateverBecameOfItsCameraOrItsFilesName() {
+        write("GHOST1", "<name>ghost</name>", "GHOST1");
+        write("odd", "<name>g</name><type>1</type><groupId>3</groupId>", "CAM1 GHOST1");
+        load();
+        m_manager->reorderGroups();
+        QVERIFY(kFiles.has("3") && !kFiles.has("odd"));
+        for (KvDeviceGroup* entry : m_manager->groups()) {
+            const std::unique_ptr<KvDeviceGroup> taken = m_manager->removeGroup(entry);
+            QVERIFY(taken && taken->removeFile());
+        }
+        QVERIFY(QDir(kFiles.directory()).isEmpty());
     }
 
     void thumbnail_showsTheFirstFourMembers() {

@@ -30,13 +30,13 @@ KvAppCancelDialog::~KvAppCancelDialog() {
     m_thread.waitForEnd();
 }
 
-int KvAppCancelDialog::start() {
+int KvAppCancelDialog::start(int leftInset) {
     m_thread.start(QThread::InheritPriority);
     if (!m_thread.isRunning()) {
         log("app cancel thread ended aredly\n", kLogInfo);
         return 1;
     }
-    return execCentred();
+    return execCentred(leftInset);
 }
 
 void KvAppCancelDialog::_onAppCancelThreadEnded() {

@@ -25,7 +25,7 @@ public:
     ~KvAppCancelDialog() override;  ///< waits for the thread
 
     /// Returns when all is closed: 1, or 0 when the event loop was ended before.
-    int start();
+    int start(int leftInset = 0);
 
 signals:
     void _appCancelThreadEndedSignal();

@@ -22,6 +22,8 @@ KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
       m_cancel(new QPushButton(orvelle::text("cancel"), this)) {
     m_cancel->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
     m_cancel->setCursor(Qt::PointingHandCursor);
+    // The Enter key that confirmed the code may still be down.
+    m_cancel->setAutoDefault(false);
     KvWidgetUtils::setFont(m_cancel, orvelle::palette::kFontPixels);
     connect(m_cancel, &QPushButton::clicked, this, &KvTUTKDeviceAddDialog::_onClickCancelButton);
     connect(this, &KvTUTKDeviceAddDialog::updateDeviceStatusSignal, this,

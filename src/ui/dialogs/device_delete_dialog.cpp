@@ -1,9 +1,13 @@
 #include "ui/dialogs/device_delete_dialog.h"
 
+#include "device/device_group.h"
 #include "ui/widgets/text.h"
 
 KvTUTKDeviceDeleteDialog::KvTUTKDeviceDeleteDialog(KvDeviceGroup* entry, QWidget* parent)
-    : BusyDialog(orvelle::text("remove_device"), parent), m_thread(entry) {
+    : BusyDialog(entry->type() == KvDeviceGroup::kGroup ? orvelle::text("remove_group")
+                                                        : orvelle::text("remove_device"),
+                 parent),
+      m_thread(entry) {
     connect(&m_thread, &KvTUTKDeviceRemoveThread::endedSignal, this,
             &KvTUTKDeviceDeleteDialog::_removeThreadEndedSignal);
     connect(this, &KvTUTKDeviceDeleteDialog::_removeThreadEndedSignal, this,

@@ -14,6 +14,9 @@ public:
 
     int exec() override;
 
+    /// After exec(): false when the entry will be back after the next start.
+    bool areFilesGone() const { return m_thread.areFilesGone(); }
+
 signals:
     void _removeThreadEndedSignal();
 

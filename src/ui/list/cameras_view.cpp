@@ -54,13 +54,26 @@ void KvCamerasView::connectChildren() {
 }
 
 void KvCamerasView::setGroups(const QList<KvDeviceGroup*>& groups) {
+    m_selected.clear();
+    clearFilter();
+    takeGroups(groups);
+}
+
+void KvCamerasView::replaceGroups(const QList<KvDeviceGroup*>& groups) {
+    takeGroups(groups);
+}
+
+void KvCamerasView::takeGroups(const QList<KvDeviceGroup*>& groups) {
     m_groups.clear();
     for (KvDeviceGroup* group : groups)
         m_groups.append(group);
-    m_selected.clear();
-    clearFilter();
     updateGroupedUids();
     showEntries();
+}
+
+void KvCamerasView::freezeStates() {
+    m_areStatesFrozen = true;
+    m_stateTimer.stop();
 }
 
 void KvCamerasView::setMode(int mode) {
@@ -199,6 +212,8 @@ void KvCamerasView::resizeEvent(QResizeEvent* /*event*/) {
 }
 
 void KvCamerasView::showEvent(QShowEvent* /*event*/) {
+    if (m_areStatesFrozen)
+        return;
     _invokeUpdateStates();
     m_stateTimer.start();
 }

@@ -22,6 +22,11 @@ public:
 
     /// Shows the entries of the current mode, without filter and selection.
     void setGroups(const QList<KvDeviceGroup*>& groups);
+    /// The same after entries came or went by themselves: filter and selection stay.
+    void replaceGroups(const QList<KvDeviceGroup*>& groups);
+    bool isEmpty() const { return m_groups.isEmpty(); }
+    /// The states stay as they are shown: from now on no camera is looked at.
+    void freezeStates();
     /// Shows an entry anew, and those that share a camera with it.
     void updateGroup(KvDeviceGroup* group);
     void setMode(int mode);
@@ -59,6 +64,7 @@ private slots:
 
 private:
     void connectChildren();
+    void takeGroups(const QList<KvDeviceGroup*>& groups);
     void clearFilter();
     bool belongsToMode(const KvDeviceGroup& group) const;
     void showEntries();
@@ -70,4 +76,5 @@ private:
     QPointer<KvDeviceGroup> m_selected;
     int m_mode = kAllCameras;
     QTimer m_stateTimer;  ///< runs while the view is shown
+    bool m_areStatesFrozen = false;
 };

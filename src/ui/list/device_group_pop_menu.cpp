@@ -1,5 +1,6 @@
 #include "ui/list/device_group_pop_menu.h"
 
+#include <QFontMetrics>
 #include <QMenu>
 
 #include "ui/palette.h"
@@ -7,9 +8,13 @@
 
 namespace {
 
-// An ampersand would mark a shortcut.
-QString menuText(QString name) {
-    return name.replace(QLatin1Char('&'), QLatin1String("&&"));
+constexpr int kMaxNameWidth = 240;
+
+// An ampersand would mark a shortcut, and a name from a file may have any length.
+QString menuText(const QString& name) {
+    const QFontMetrics metrics(KvWidgetUtils::font(orvelle::palette::kSmallFontPixels));
+    return metrics.elidedText(name, Qt::ElideRight, kMaxNameWidth)
+        .replace(QLatin1Char('&'), QLatin1String("&&"));
 }
 
 }  // namespace

@@ -44,8 +44,10 @@ void KvDeviceSearchViewUI::setUpCodeEdit() {
     KvWidgetUtils::setUpLineEdit(m_codeEdit, KvWidgetUtils::roundLineEditStyle(), prompt);
     m_codeEdit->setAccessibleName(prompt);
     KvWidgetUtils::setFont(m_codeEdit, orvelle::palette::kFontPixels);
-    m_codeEdit->addAction(QIcon(KvWidgetUtils::image(QStringLiteral("input_normal"))),
-                          QLineEdit::LeadingPosition);
+    m_codeEdit
+        ->addAction(QIcon(KvWidgetUtils::image(QStringLiteral("input_normal"))),
+                    QLineEdit::LeadingPosition)
+        ->setText(prompt);
     QAction* search = m_codeEdit->addAction(
         QIcon(KvWidgetUtils::image(QStringLiteral("search_normal"))), QLineEdit::TrailingPosition);
     search->setText(orvelle::text("add_device"));

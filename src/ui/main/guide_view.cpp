@@ -48,6 +48,12 @@ void KvGuideView::showEvent(QShowEvent*) {
     m_ok->setFocus();
 }
 
+/// What lies under the guide is out of reach until it is closed.
+bool KvGuideView::focusNextPrevChild(bool) {
+    m_ok->setFocus(Qt::TabFocusReason);
+    return true;
+}
+
 void KvGuideView::keyPressEvent(QKeyEvent* event) {
     switch (event->key()) {
         case Qt::Key_Return:

@@ -39,6 +39,17 @@ constexpr int kSideButtonSize = 30;
 constexpr int kAllCamerasTop = 50;
 constexpr int kMediaPathBottom = 135;
 
+// The widget in `root` that the Tab key reaches last, or `root` when there is none.
+QWidget* lastFocusIn(QWidget* root) {
+    QWidget* last = root;
+    for (QWidget* next = root->nextInFocusChain(); root->isAncestorOf(next);
+         next = next->nextInFocusChain()) {
+        if (next->focusPolicy() & Qt::TabFocus)
+            last = next;
+    }
+    return last;
+}
+
 }  // namespace
 
 MainWindowUI::MainWindowUI(QWidget* window)
@@ -65,7 +76,7 @@ MainWindowUI::MainWindowUI(QWidget* window)
     setUpSideBar();
     m_preview->hide();
     m_helpMenu->hide();
-    setTabOrder(m_preview, m_help);
+    setTabOrder(lastFocusIn(m_preview), m_help);
     setTabOrder(m_help, m_minimise);
     setTabOrder(m_minimise, m_maximise);
     setTabOrder(m_maximise, m_close);
