@@ -29,6 +29,33 @@ std::vector<uint8_t> adtsHeader(const AdtsFormat& format, int payloadBytes) {
         0xFC};
 }
 
+std::vector<uint8_t> audioConfigOf(const AdtsFormat& format) {
+    return {static_cast<uint8_t>((format.profile + 1) << 3 | format.rateIndex >> 1),
+            static_cast<uint8_t>((format.rateIndex & 1) << 7 | format.channels << 3)};
+}
+
+int sampleRateOf(const AdtsFormat& format) {
+    constexpr int kRates[] = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
+                              22050, 16000, 12000, 11025, 8000,  7350};
+    return kRates[format.rateIndex];
+}
+
+std::optional<AdtsFormat> readAdtsHeader(const uint8_t* data, int size) {
+    if (!startsWithAdts(data, size))
+        return {};
+    const int length = (data[3] & 3) << 11 | data[4] << 3 | data[5] >> 5;
+    const AdtsFormat format{data[2] >> 6, data[2] >> 2 & 15, (data[2] & 1) << 2 | data[3] >> 6};
+    const bool isOneBlock = (data[6] & 3) == 0;
+    if (length != size || size_t(size) <= adtsHeaderBytes(data) || !isOneBlock ||
+        format.rateIndex > 12 || format.channels < 1)
+        return {};
+    return format;
+}
+
+size_t adtsHeaderBytes(const uint8_t* data) {
+    return data[1] & 1 ? size_t{kAdtsHeaderBytes} : size_t{kAdtsHeaderBytes} + 2;
+}
+
 bool startsWithAdts(const uint8_t* data, int size) {
     return size >= kAdtsHeaderBytes && data[0] == 0xFF && (data[1] & 0xF6) == 0xF0;
 }

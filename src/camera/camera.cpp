@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "camera/camera_log.h"
+#include "link/io_types.h"
 
 namespace orvelle {
 
@@ -25,13 +26,16 @@ LinkServerConfig serverConfig(const CameraProfile& profile, const CameraAddress&
 
 }  // namespace
 
-Camera::Camera(CameraProfile profile, CameraAddress address, Feed* feed, PanTilt* panTilt)
+Camera::Camera(CameraProfile profile, CameraAddress address, Feed* feed, PanTilt* panTilt,
+               MemoryCard* card)
     : m_profile(std::move(profile)),
       m_feed(feed),
       m_panTilt(panTilt),
+      m_card(card),
       m_commands(m_profile, static_cast<CameraActions*>(this)),
       m_server(std::make_unique<LinkServer>(serverConfig(m_profile, address, *feed),
-                                            static_cast<LinkServerListener*>(this))) {
+                                            static_cast<LinkServerListener*>(this))),
+      m_playbacks(m_server.get()) {
     m_feed->addSink(this);
 }
 
@@ -46,6 +50,7 @@ int Camera::start() {
 // The server says no goodbyes to its listener, so what its clients held is let go of here.
 void Camera::stop() {
     m_server->stop();
+    m_playbacks.stopAll();
     std::map<int, Viewer> viewers;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -79,6 +84,7 @@ void Camera::clientDisconnected(int clientId, bool orderly) {
            qPrintable(m_profile.uid), clientId, orderly ? "left" : "fell silent",
            static_cast<unsigned long long>(totals.videoFramesSent),
            static_cast<unsigned long long>(totals.videoFramesDropped));
+    m_playbacks.forget(clientId);
     Viewer viewer;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -176,6 +182,52 @@ void Camera::join(int clientId, Viewer& viewer) {
 void Camera::turn(int clientId, uint8_t control, uint8_t speed) {
     if (m_panTilt)
         m_panTilt->command({this, clientId}, control, speed, cameraClockUs());
+}
+
+CardSpace Camera::cardSpace() {
+    return m_card ? m_card->store().space() : CardSpace();
+}
+
+void Camera::listRecordings(int clientId, const ListRequest& request) {
+    const bool isThere = m_card && m_card->store().isPresent();
+    reply(clientId, IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP,
+          isThere ? listReply(m_card->store().runs(request.fromSec, request.toSec))
+                  : missingCardReply());
+}
+
+void Camera::playRecording(int clientId, const PlayRequest& request) {
+    const auto answer = [&](PlayCommand command, int32_t result) {
+        reply(clientId, IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP, playReply(command, result));
+    };
+    switch (static_cast<PlayCommand>(request.command)) {
+        case PlayCommand::kStop:
+            m_playbacks.stop(clientId);
+            return answer(PlayCommand::kStop, 0);
+        case PlayCommand::kStart:
+            if (const int32_t refusal = startPlayback(clientId, request.fromSec))
+                answer(PlayCommand::kStart, refusal);
+            return;
+        default:
+            qCDebug(lcCamera, "playback command %u ignored", request.command);
+    }
+}
+
+int32_t Camera::startPlayback(int clientId, const std::optional<int64_t>& fromSec) {
+    m_playbacks.stop(clientId);
+    if (!m_card || !m_card->store().isPresent())
+        return kNoCard;
+    const auto recording = fromSec ? m_card->store().find(*fromSec) : std::nullopt;
+    return recording ? m_playbacks.start(clientId, *recording, *fromSec) : kNoRecording;
+}
+
+void Camera::formatCard(int clientId) {
+    const auto answer = [this, clientId](bool isFormatted) {
+        reply(clientId, IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_RESP, formatReply(isFormatted));
+    };
+    if (m_card)
+        m_card->format(answer);
+    else
+        answer(false);
 }
 
 }  // namespace orvelle

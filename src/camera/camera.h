@@ -10,7 +10,9 @@
 #include "camera/camera_profile.h"
 #include "camera/feed.h"
 #include "camera/gop_cache.h"
+#include "camera/memory_card.h"
 #include "camera/pan_tilt.h"
+#include "camera/playbacks.h"
 #include "link/server/link_server.h"
 
 namespace orvelle {
@@ -30,8 +32,10 @@ struct CameraAddress {
 /// frames on the feed's threads.
 class Camera : private LinkServerListener, private FrameSink, private CameraActions {
 public:
-    /// `panTilt` may be null for a fixed camera; `feed` and `panTilt` are borrowed.
-    Camera(CameraProfile profile, CameraAddress address, Feed* feed, PanTilt* panTilt);
+    /// `panTilt` may be null for a fixed camera, `card` for one without; all are borrowed. The
+    /// card is stopped before the camera is destroyed.
+    Camera(CameraProfile profile, CameraAddress address, Feed* feed, PanTilt* panTilt,
+           MemoryCard* card = nullptr);
     ~Camera() override;
 
     /// Opens the port; 0, or the link's code when it is taken or the UID is unusable.
@@ -58,15 +62,21 @@ private:
     void setVideo(int clientId, bool on) override;
     void setAudio(int clientId, bool on) override;
     void turn(int clientId, uint8_t control, uint8_t speed) override;
+    CardSpace cardSpace() override;
+    void listRecordings(int clientId, const ListRequest& request) override;
+    void playRecording(int clientId, const PlayRequest& request) override;
+    void formatCard(int clientId) override;
 
     bool change(int clientId, const std::function<bool(Viewer&)>& edit);
     void letGo(int clientId, const Viewer& viewer);
     void join(int clientId, Viewer& viewer);
     void send(int clientId, const EncodedFrame& frame);
+    int32_t startPlayback(int clientId, const std::optional<int64_t>& fromSec);
 
     const CameraProfile m_profile;
     Feed* const m_feed;
     PanTilt* const m_panTilt;
+    MemoryCard* const m_card;
     CameraCommands m_commands;  ///< server thread
 
     std::mutex m_mutex;  ///< guards the next two; held while frames are queued, so that a
@@ -74,7 +84,8 @@ private:
     std::map<int, Viewer> m_viewers;
     GopCache m_cache;
 
-    std::unique_ptr<LinkServer> m_server;  ///< last: its thread uses everything above
+    std::unique_ptr<LinkServer> m_server;  ///< its thread uses everything here
+    Playbacks m_playbacks;                 ///< server thread
 };
 
 }  // namespace orvelle

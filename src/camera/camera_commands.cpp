@@ -43,10 +43,6 @@ const MessageSize* sizeOf(uint32_t type) {
     return nullptr;
 }
 
-uint32_t read32(const uint8_t* data) {
-    return data[0] | data[1] << 8 | data[2] << 16 | static_cast<uint32_t>(data[3]) << 24;
-}
-
 }  // namespace
 
 CameraCommands::CameraCommands(const CameraProfile& profile, CameraActions* actions)
@@ -59,7 +55,7 @@ void CameraCommands::handle(int clientId, uint32_t type, const uint8_t* data, si
     else if (size < known->bytes)
         refuse(type, size, "too short");
     else if (!act(clientId, type, data))
-        answer(clientId, type, data);
+        answer(clientId, type);
 }
 
 bool CameraCommands::act(int clientId, uint32_t type, const uint8_t* data) {
@@ -79,13 +75,22 @@ bool CameraCommands::act(int clientId, uint32_t type, const uint8_t* data) {
         case IOTYPE_USER_IPCAM_PTZ_COMMAND:
             m_actions->turn(clientId, data[0], data[1]);
             return true;
+        case IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ:
+            m_actions->listRecordings(clientId, readListRequest(data, m_profile.timezoneMinutes));
+            return true;
+        case IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL:
+            m_actions->playRecording(clientId, readPlayRequest(data));
+            return true;
+        case IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ:
+            m_actions->formatCard(clientId);
+            return true;
         default:
             return false;
     }
 }
 
 // The start notice and the keep-alive want no answer.
-void CameraCommands::answer(int clientId, uint32_t type, const uint8_t* data) {
+void CameraCommands::answer(int clientId, uint32_t type) {
     const auto reply = [&](const std::vector<uint8_t>& payload) {
         m_actions->reply(clientId, type + 1, payload);
     };
@@ -93,19 +98,13 @@ void CameraCommands::answer(int clientId, uint32_t type, const uint8_t* data) {
         case IOTYPE_USER_IPCAM_GETSTREAMCTRL_REQ:
             return reply(streamQualityReply(m_profile));
         case IOTYPE_USER_IPCAM_DEVINFO_REQ:
-            return reply(deviceInfoReply(m_profile));
+            return reply(deviceInfoReply(m_profile, m_actions->cardSpace()));
         case IOTYPE_USER_IPCAM_GETWIFI_REQ:
             return reply(wifiReply(m_profile));
         case IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ:
             return reply(timezoneReply(m_profile));
         case IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ:
             return reply(deviceTypeReply(m_profile));
-        case IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL:
-            return reply(playRefusedReply(read32(data + 4)));
-        case IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ:
-            return reply(formatRefusedReply());
-        case IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ:
-            return reply(missingCardReply());
         default:
             return;
     }

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "camera/camera_profile.h"
+#include "camera/card_messages.h"
 
 namespace orvelle {
 
@@ -17,6 +18,11 @@ public:
     virtual void setVideo(int clientId, bool on) = 0;
     virtual void setAudio(int clientId, bool on) = 0;
     virtual void turn(int clientId, uint8_t control, uint8_t speed) = 0;
+    /// From memory; a total of 0 without a card.
+    virtual CardSpace cardSpace() = 0;
+    virtual void listRecordings(int clientId, const ListRequest& request) = 0;
+    virtual void playRecording(int clientId, const PlayRequest& request) = 0;
+    virtual void formatCard(int clientId) = 0;
 };
 
 /// Answers a camera's control messages. Unknown types and messages shorter than their layout
@@ -30,7 +36,7 @@ public:
 
 private:
     bool act(int clientId, uint32_t type, const uint8_t* data);
-    void answer(int clientId, uint32_t type, const uint8_t* data);
+    void answer(int clientId, uint32_t type);
     void refuse(uint32_t type, size_t size, const char* reason);
 
     const CameraProfile& m_profile;

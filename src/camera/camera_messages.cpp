@@ -9,6 +9,7 @@ namespace {
 
 constexpr int kFullHdHeight = 900;  ///< from here on a picture counts as full HD
 constexpr int kHdHeight = 600;
+constexpr int64_t kMegabyte = 1024 * 1024;
 
 void put32(std::vector<uint8_t>& payload, size_t offset, uint32_t value) {
     for (int byte = 0; byte < 4; ++byte)
@@ -42,12 +43,14 @@ std::vector<uint8_t> streamQualityReply(const CameraProfile& profile) {
     return payload;
 }
 
-std::vector<uint8_t> deviceInfoReply(const CameraProfile& profile) {
+std::vector<uint8_t> deviceInfoReply(const CameraProfile& profile, const CardSpace& card) {
     std::vector<uint8_t> payload(56);
     putText(payload, 0, 16,
             profile.deviceType == 1 ? QStringLiteral("OC-PT1") : QStringLiteral("OC-1"));
     putText(payload, 16, 16, QStringLiteral("Orvelle"));
     put32(payload, 32, kFirmwareVersion | versionFlags(profile));
+    put32(payload, 40, static_cast<uint32_t>(card.totalBytes / kMegabyte));
+    put32(payload, 44, static_cast<uint32_t>(card.freeBytes / kMegabyte));
     return payload;
 }
 
@@ -71,23 +74,6 @@ std::vector<uint8_t> deviceTypeReply(const CameraProfile& profile) {
     std::vector<uint8_t> payload(4);
     put32(payload, 0, static_cast<uint32_t>(profile.deviceType));
     return payload;
-}
-
-std::vector<uint8_t> playRefusedReply(uint32_t command) {
-    std::vector<uint8_t> payload(8);
-    put32(payload, 0, command);
-    put32(payload, 4, static_cast<uint32_t>(-1));
-    return payload;
-}
-
-std::vector<uint8_t> formatRefusedReply() {
-    std::vector<uint8_t> payload(8);
-    payload[4] = 1;
-    return payload;
-}
-
-std::vector<uint8_t> missingCardReply() {
-    return {0, 1, 0, 0};
 }
 
 }  // namespace orvelle

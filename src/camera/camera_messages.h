@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "camera/camera_profile.h"
+#include "camera/card_store.h"
 
 // The payloads of a camera's answers, and the sizes of the requests that it reads.
 
@@ -21,7 +22,7 @@ std::vector<uint8_t> streamQualityReply(const CameraProfile& profile);
 
 /// model 0, vendor 16 (texts of 16 bytes), version 32, channels 36, card size 40 and free
 /// space 44 in MB; 56 bytes. Without a card both are 0.
-std::vector<uint8_t> deviceInfoReply(const CameraProfile& profile);
+std::vector<uint8_t> deviceInfoReply(const CameraProfile& profile, const CardSpace& card);
 
 /// network name 0 (32), password 32 (32, never sent), mode, encryption, signal and status 64
 /// to 67, IP address 68 (16), MAC address 84 (18); 102 bytes.
@@ -32,10 +33,5 @@ std::vector<uint8_t> timezoneReply(const CameraProfile& profile);
 
 /// device type at 0; 4 bytes.
 std::vector<uint8_t> deviceTypeReply(const CameraProfile& profile);
-
-// Answers of a camera without a memory card.
-std::vector<uint8_t> playRefusedReply(uint32_t command);  ///< command 0, result 4
-std::vector<uint8_t> formatRefusedReply();                ///< storage 0, result 4 of 8 bytes
-std::vector<uint8_t> missingCardReply();                  ///< no event runs, card missing
 
 }  // namespace orvelle

@@ -16,6 +16,7 @@ namespace {
 constexpr int kMaxCameras = 99;  ///< two digits behind the UID
 constexpr int kMaxFps = 60;
 constexpr int kMaxClipSeconds = 3600;
+constexpr int kMaxCardDays = 60;
 constexpr int64_t kMinBitRate = 64'000;
 constexpr int64_t kMaxBitRate = 20'000'000;
 constexpr int kMaxTimezoneMinutes = 14 * 60;
@@ -55,7 +56,14 @@ constexpr Option kOptions[] = {
      "counted up"},
     {"make-clip", "FILE", "write the demo scene to a file as fast as possible, and exit"},
     {"seconds", "N", "length of the clip (default 10)"},
-    {"sd", "DIR", "memory card (not available yet)"},
+    {"sd", "DIR",
+     "a directory as memory card: the stream is recorded there all the time, in files of one "
+     "minute"},
+    {"sd-size", "MB", "what recordings may take; the oldest make room (default 2048)"},
+    {"make-card", "DIR",
+     "fill a memory card with recordings of the demo scene over several days as fast as possible, "
+     "and exit; what is there already stays"},
+    {"days", "N", "days before now that the made card covers (default 5)"},
 };
 
 void addOptions(QCommandLineParser& parser) {
@@ -168,6 +176,10 @@ void readMedia(Reader& reader, CameraOptions& options) {
     options.isRepeated = !reader.has("once");
     options.scene = static_cast<int>(reader.number("scene", 0, 0, 1000));
     options.clipFile = reader.text("make-clip");
+    options.cardDirectory = reader.text("sd");
+    options.cardBytes = reader.number("sd-size", 2048, 16, 1 << 20) * 1024 * 1024;
+    options.madeCard = reader.text("make-card");
+    options.madeCardDays = static_cast<int>(reader.number("days", 5, 1, kMaxCardDays));
     options.clipSeconds = static_cast<int>(reader.number("seconds", 10, 1, kMaxClipSeconds));
 }
 
@@ -194,9 +206,9 @@ bool isUid(const QString& uid, int maxLength) {
 
 void judge(Reader& reader, const CameraOptions& options) {
     const int maxUid = options.cameras > 1 ? kMaxUidLength - 2 : kMaxUidLength;
-    if (reader.has("sd"))
-        reader.complain(
-            QStringLiteral("--sd is not available yet: this camera has no memory card"));
+    const bool isCamera = options.clipFile.isEmpty() && options.madeCard.isEmpty();
+    if (reader.has("sd") && options.cardDirectory.isEmpty())
+        reader.complain(QStringLiteral("--sd takes a directory"));
     else if (!isUid(options.uid, maxUid))
         reader.complain(QStringLiteral("--uid takes 1 to %1 letters and digits").arg(maxUid));
     else if (options.port > 0 && options.port + options.cameras - 1 > 65'535)
@@ -205,7 +217,7 @@ void judge(Reader& reader, const CameraOptions& options) {
         reader.complain(QStringLiteral("--demo and --source exclude each other"));
     else if (!options.source.isEmpty() && options.deviceType != 0)
         reader.complain(QStringLiteral("only the demo scene can turn: leave out --type 1"));
-    else if (options.clipFile.isEmpty() && options.password.empty())
+    else if (isCamera && options.password.empty())
         reader.complain(
             QStringLiteral("no password: set ORVELLE_CAMERA_PASSWORD or use --password-file"));
     else if (options.password.size() > size_t{kMaxPasswordBytes})

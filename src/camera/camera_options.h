@@ -33,7 +33,11 @@ struct CameraOptions {
     bool hasBitRate = false;  ///< --bitrate was given
     int deviceType = 0;
     std::optional<int> timezoneMinutes;  ///< none: as this machine's, with daylight saving
-    QString clipFile;                    ///< write a clip instead of being a camera
+    QString cardDirectory;               ///< empty: no memory card
+    int64_t cardBytes = 0;               ///< its quota
+    QString madeCard;                    ///< fill a card instead of being a camera
+    int madeCardDays = 5;
+    QString clipFile;  ///< write a clip instead of being a camera
     int clipSeconds = 10;
 };
 

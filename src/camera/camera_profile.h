@@ -2,6 +2,7 @@
 
 #include <QString>
 
+#include <cstdint>
 #include <optional>
 
 namespace orvelle {
@@ -9,6 +10,9 @@ namespace orvelle {
 /// Minutes by which a camera's clock is east of UTC now: the fixed ones, else this machine's, which
 /// change with daylight saving.
 int minutesEastOfUtc(const std::optional<int>& fixed);
+/// A moment (since 1970, UTC) as time since midnight on that clock, with the daylight saving of
+/// the moment.
+int64_t localDayUs(int64_t wallUs, const std::optional<int>& fixed);
 
 /// What a camera tells of itself; fixed after construction.
 struct CameraProfile {

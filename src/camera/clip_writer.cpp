@@ -5,8 +5,8 @@
 
 #include "camera/demo_tone.h"
 #include "camera/painter.h"
+#include "camera/recording_writer.h"
 #include "frames/ffmpeg_io_ptr.h"
-#include "frames/parameter_sets.h"
 
 namespace orvelle {
 
@@ -113,21 +113,8 @@ QString ClipWriter::openFile(const QString& fileName, const EncodedFrame& firstK
 
 void ClipWriter::addVideoStream(const EncodedFrame& firstKey) {
     AVStream* stream = avformat_new_stream(m_format.get(), nullptr);
-    const std::vector<uint8_t> sets =
-        parameterSets(m_config.videoCodec, firstKey.bytes->data(), firstKey.bytes->size());
-    AVCodecParameters* parameters = stream->codecpar;
-    parameters->codec_type = AVMEDIA_TYPE_VIDEO;
-    parameters->codec_id = m_config.videoCodec;
-    parameters->width = m_config.format.width;
-    parameters->height = m_config.format.height;
-    parameters->extradata =
-        static_cast<uint8_t*>(av_mallocz(sets.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-    if (parameters->extradata) {
-        std::memcpy(parameters->extradata, sets.data(), sets.size());
-        parameters->extradata_size = static_cast<int>(sets.size());
-    }
+    describeVideo(stream, m_config.format, firstKey);
     stream->time_base = kMicroseconds;
-    stream->avg_frame_rate = {m_config.format.framesPerSecond, 1};
     m_streams[static_cast<size_t>(Medium::kVideo)] = stream;
 }
 

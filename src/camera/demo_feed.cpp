@@ -14,7 +14,6 @@ namespace {
 
 constexpr double kToneHertz = 440.0;
 constexpr int64_t kMaxLagUs = 500'000;  ///< sound that is later starts its clock anew
-constexpr int64_t kDayUs = int64_t{86'400} * 1'000'000;
 
 int64_t wallClockUs() {
     const auto sinceEpoch = std::chrono::system_clock::now().time_since_epoch();
@@ -95,9 +94,7 @@ void DemoFeed::shoot(int64_t timeUs) {
     const int64_t wallUs = wallClockUs();
     SceneTime time;
     time.sceneUs = timeUs;
-    time.localDayUs =
-        (wallUs + int64_t{minutesEastOfUtc(m_config.timezoneMinutes)} * 60'000'000 + kDayUs) %
-        kDayUs;
+    time.localDayUs = localDayUs(wallUs, m_config.timezoneMinutes);
     time.stamp = static_cast<uint64_t>(wallUs);
     m_scene.draw(m_picture.get(), time,
                  m_panTilt ? m_panTilt->position(timeUs) : PanTilt::Position());

@@ -1,4 +1,5 @@
 #include <QCoreApplication>
+#include <QDir>
 #include <QNetworkInterface>
 #include <QTimer>
 
@@ -6,12 +7,16 @@
 
 #include "camera/camera.h"
 #include "camera/camera_options.h"
+#include "camera/card_maker.h"
 #include "camera/clip_writer.h"
 #include "camera/demo_feed.h"
+#include "camera/memory_card.h"
 #include "camera/source_feed.h"
 #include "link/device_code.h"
+#include "link/environment.h"
 #include "link/result_codes.h"
 #include "platform/quit_signals.h"
+#include "platform/single_instance.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -99,13 +104,13 @@ CameraProfile makeProfile(const CameraOptions& options, const Feed& feed, int nu
 }
 
 std::unique_ptr<Camera> makeCamera(const CameraOptions& options, Feed* feed, PanTilt* panTilt,
-                                   int number) {
+                                   MemoryCard* card, int number) {
     CameraAddress address;
     address.password = options.password;
     address.bindAddress = options.bindAddress.toStdString();
     address.port = options.port > 0 ? static_cast<uint16_t>(options.port + number) : uint16_t{0};
     return std::make_unique<Camera>(makeProfile(options, *feed, number), address, feed,
-                                    options.deviceType == 1 ? panTilt : nullptr);
+                                    options.deviceType == 1 ? panTilt : nullptr, card);
 }
 
 void announce(const Camera& camera, const std::string& password) {
@@ -114,20 +119,46 @@ void announce(const Camera& camera, const std::string& password) {
                 encodeDeviceCode(uid, password).c_str(), camera.port());
 }
 
-int runCameras(QCoreApplication& application, const CameraOptions& options) {
+std::unique_ptr<MemoryCard> makeMemoryCard(const CameraOptions& options, Feed* feed) {
+    if (options.cardDirectory.isEmpty())
+        return nullptr;
+    QDir().mkpath(options.cardDirectory);
+    return std::make_unique<MemoryCard>(options.cardDirectory, options.cardBytes, feed);
+}
+
+// Two cameras of one UID answer the same searches, and clients get one or the other.
+bool claimUid(const QString& uid, std::vector<std::unique_ptr<SingleInstance>>& claims) {
+    claims.push_back(std::make_unique<SingleInstance>(
+        "OrvelleCamera" + std::to_string(discoveryPort()) + 'U' + uid.toStdString()));
+    return claims.back()->acquire();
+}
+
+int runCameras(QCoreApplication& application, const CameraOptions& options,
+               std::unique_ptr<HeldQuitSignals>& held) {
     const QuitSignals quitSignals([&application] { application.quit(); });
+    held.reset();
     PanTilt panTilt;
     const std::unique_ptr<Feed> feed = makeFeed(options, &panTilt);
     const QString error = feed->open();
     if (!error.isEmpty())
         return fail(kBadSource, error);
+    const std::unique_ptr<MemoryCard> card = makeMemoryCard(options, feed.get());
+    std::vector<std::unique_ptr<SingleInstance>> claims;
     std::vector<std::unique_ptr<Camera>> cameras;
-    for (int number = 0; number < options.cameras; ++number)
-        cameras.push_back(makeCamera(options, feed.get(), &panTilt, number));
+    for (int number = 0; number < options.cameras; ++number) {
+        cameras.push_back(makeCamera(options, feed.get(), &panTilt, card.get(), number));
+        const QString& uid = cameras.back()->profile().uid;
+        if (!claimUid(uid, claims))
+            return fail(kNoPort, QStringLiteral("camera %1 runs on this machine already").arg(uid));
+    }
     feed->start();
+    if (card)
+        card->start();
     const auto stop = [&] {
         for (const auto& camera : cameras)
             camera->stop();
+        if (card)
+            card->stop();
         feed->stop();
     };
     for (const auto& camera : cameras) {
@@ -153,7 +184,20 @@ int runCameras(QCoreApplication& application, const CameraOptions& options) {
     return kStopped;
 }
 
-int run(QCoreApplication& application) {
+QString makeFile(const CameraOptions& options) {
+    DemoFeedConfig config = demoConfig(options);
+    if (options.madeCard.isEmpty())
+        return writeClip(options.clipFile, options.clipSeconds, config);
+    if (!options.hasSize) {
+        config.format.width = 640;
+        config.format.height = 360;
+    }
+    if (!options.hasBitRate)
+        config.format.bitsPerSecond = usualBitRate(config.format);
+    return makeCard(options.madeCard, options.madeCardDays, config);
+}
+
+int run(QCoreApplication& application, std::unique_ptr<HeldQuitSignals> held) {
     const ParsedOptions parsed = parseOptions(QCoreApplication::arguments());
     if (!parsed.text.isEmpty()) {
         std::fputs(qUtf8Printable(parsed.text), stdout);
@@ -161,10 +205,10 @@ int run(QCoreApplication& application) {
     }
     if (!parsed.error.isEmpty())
         return fail(kWrongOptions, parsed.error);
-    if (parsed.options.clipFile.isEmpty())
-        return runCameras(application, parsed.options);
-    const QString error =
-        writeClip(parsed.options.clipFile, parsed.options.clipSeconds, demoConfig(parsed.options));
+    if (parsed.options.clipFile.isEmpty() && parsed.options.madeCard.isEmpty())
+        return runCameras(application, parsed.options, held);
+    held.reset();
+    const QString error = makeFile(parsed.options);
     return error.isEmpty() ? kStopped : fail(kBadSource, error);
 }
 
@@ -173,11 +217,12 @@ int run(QCoreApplication& application) {
 }  // namespace orvelle
 
 int main(int argc, char** argv) {
+    auto held = std::make_unique<orvelle::HeldQuitSignals>();
     // Lines must reach a pipe at once: whoever starts a camera waits for them.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     av_log_set_level(AV_LOG_QUIET);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("orvelle-camera"));
     QCoreApplication::setApplicationVersion(QStringLiteral(ORVELLE_VERSION));
-    return orvelle::run(application);
+    return orvelle::run(application, std::move(held));
 }

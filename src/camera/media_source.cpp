@@ -14,6 +14,7 @@ namespace {
 
 constexpr int64_t kPatienceUs = 10'000'000;
 constexpr int64_t kUsualDurationUs = 40'000;
+constexpr int kStillFps = 15;
 constexpr AVRational kMicroseconds = {1, 1'000'000};
 
 struct Options {
@@ -36,6 +37,12 @@ QString errorText(int code) {
 
 bool isRtsp(const QString& url) {
     return url.startsWith(QLatin1String("rtsp"), Qt::CaseInsensitive);
+}
+
+// FFmpeg's name for single pictures, chosen by the suffix.
+bool isStillPicture(const QString& url) {
+    const AVOutputFormat* format = av_guess_format(nullptr, url.toUtf8().constData(), nullptr);
+    return format && qstrcmp(format->name, "image2") == 0;
 }
 
 int64_t durationUs(const AVPacket& packet, const AVStream& stream) {
@@ -111,6 +118,9 @@ int MediaSource::openInput() {
         options.set("rtsp_transport", QStringLiteral("tcp"));
         options.set("timeout", QString::number(kPatienceUs / 2));
         options.set("fflags", QStringLiteral("nobuffer"));
+    } else if (isStillPicture(m_config.url)) {
+        options.set("framerate", QString::number(kStillFps));
+        options.set("loop", QString::number(m_config.isRepeated ? 1 : 0));
     }
     AVFormatContext* context = avformat_alloc_context();
     if (!context)

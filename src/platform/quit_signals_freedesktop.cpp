@@ -30,7 +30,23 @@ void forward(int) {
     errno = savedErrno;
 }
 
+void setHeld(bool isHeld) {
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int number : kSignals)
+        sigaddset(&set, number);
+    pthread_sigmask(isHeld ? SIG_BLOCK : SIG_UNBLOCK, &set, nullptr);
+}
+
 }  // namespace
+
+HeldQuitSignals::HeldQuitSignals() {
+    setHeld(true);
+}
+
+HeldQuitSignals::~HeldQuitSignals() {
+    setHeld(false);
+}
 
 struct QuitSignals::Pipe {
     explicit Pipe(std::function<void()> callback);

@@ -2,6 +2,10 @@
 
 namespace orvelle {
 
+HeldQuitSignals::HeldQuitSignals() = default;
+
+HeldQuitSignals::~HeldQuitSignals() = default;
+
 struct QuitSignals::Pipe {};
 
 QuitSignals::QuitSignals(std::function<void()>) {}

@@ -7,6 +7,9 @@ namespace {
 using orvelle::CameraActions;
 using orvelle::CameraCommands;
 using orvelle::CameraProfile;
+using orvelle::CardSpace;
+using orvelle::ListRequest;
+using orvelle::PlayRequest;
 
 /// Writes down what a command did, as text.
 class Recorder : public CameraActions {
@@ -20,6 +23,16 @@ public:
     void turn(int clientId, uint8_t control, uint8_t speed) override {
         note(clientId, "turn " + QByteArray::number(control) + ' ' + QByteArray::number(speed));
     }
+    CardSpace cardSpace() override { return {int64_t{32'000} << 20, (int64_t{31} << 20) - 1}; }
+    void listRecordings(int clientId, const ListRequest& request) override {
+        note(clientId, "list " + QByteArray::number(qlonglong(request.fromSec)) + ' ' +
+                           QByteArray::number(qlonglong(request.toSec)));
+    }
+    void playRecording(int clientId, const PlayRequest& request) override {
+        note(clientId, "play " + QByteArray::number(request.command) + ' ' +
+                           QByteArray::number(qlonglong(request.fromSec.value_or(-1))));
+    }
+    void formatCard(int clientId) override { note(clientId, "format"); }
     QByteArray notes;
 
 private:
@@ -35,7 +48,8 @@ QByteArray text(const QByteArray& value, int size) {
 }
 
 QByteArray info(const char* version) {
-    return text("OC-PT1", 16) + text("Orvelle", 16) + QByteArray::fromHex(version) + zeros(20);
+    return text("OC-PT1", 16) + text("Orvelle", 16) + QByteArray::fromHex(version) + zeros(4) +
+           QByteArray::fromHex("007d00001e000000") + zeros(8);
 }
 
 int s_warnings = 0;
@@ -82,10 +96,23 @@ private slots:
                               text("192.168.1.20", 16) + text("AA:BB:CC:DD:EE:FF", 18)));
         row("time zone", 0x03A0, zeros(8), answer("3a1", hex("0c00000001000000a6ffffff")));
         row("device type", 0x0680, zeros(8), answer("681", hex("01000000")));
-        row("play without card", 0x031A, hex("0100000010000000") + zeros(16),
-            answer("31b", hex("10000000ffffffff")));
-        row("format without card", 0x0380, zeros(8), answer("381", hex("0000000001000000")));
-        row("list without card", 0x0660, zeros(24), answer("661", hex("00010000")));
+        row("format", 0x0380, zeros(8), "7format");
+        // Times of a request, in the camera's clock for a list, in UTC for a playback.
+        const auto list = [&](const char* from, const char* to) -> QByteArray {
+            return zeros(4) + hex(from) + hex(to) + hex("11010000");
+        };
+        const auto play = [&](const char* command, const char* time) -> QByteArray {
+            return hex("01000000") + hex(command) + zeros(4) + hex(time) + zeros(4);
+        };
+        row("list", 0x0660, list("e407030107000000", "e407041e04173b3b"),
+            "7list 1583026200 1588296599");
+        row("list from year 0", 0x0660, list("0000010107000000", "e407041e04173b3b"), "7list 0 -1");
+        row("list to month 13", 0x0660, list("e407030107000000", "e4070d0104173b3b"), "7list 0 -1");
+        row("play", 0x031A, play("10000000", "e407030107010203"), "7play 16 1583024523");
+        row("play on day 30 of February", 0x031A, play("10000000", "e407021e07010203"),
+            "7play 16 -1");
+        row("play at hour 24", 0x031A, play("10000000", "e407030107180000"), "7play 16 -1");
+        row("stop playing", 0x031A, zeros(4) + hex("01000000") + zeros(16), "7play 1 -1");
         row("longer than its layout", 0x01FF, zeros(1388), "7video");
     }
 

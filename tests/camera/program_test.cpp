@@ -93,7 +93,9 @@ private slots:
         row("--port 65530 --cameras 9", 2, "ports");
         row("--bitrate 99999999999999999999", 2, "--bitrate");
         row("--type 1 --source x.mp4", 2, "--type");
-        row("--sd /tmp", 2, "--sd");
+        row("--sd-size 1", 2, "--sd-size");
+        row("--make-card /proc/card", 3, "/proc/card");
+        row("--demo --source x.mp4", 2, "--source");
         row("--source rtsp://u:p@host/x", 2, "ORVELLE_CAMERA_SOURCE");
         row("--password-file /no/such/file", 2, "password file");
         row("stray", 2, "stray");

@@ -1,0 +1,245 @@
+#include "camera/card_store.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+
+#include <sys/stat.h>
+#include <sys/statvfs.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+
+#include "camera/camera_log.h"
+#include "camera/recording_name.h"
+#include "camera/recording_reader.h"
+
+namespace orvelle {
+
+namespace {
+
+int64_t availableBytes(const QString& directory) {
+    struct statvfs status = {};
+    if (statvfs(QFile::encodeName(directory).constData(), &status) != 0)
+        return 0;
+    return static_cast<int64_t>(status.f_bavail) * static_cast<int64_t>(status.f_frsize);
+}
+
+// True too when it was gone already.
+bool removeFile(const QString& path) {
+    const QFileInfo file(path);
+    return QFile::remove(path) || !(file.exists() || file.isSymLink());
+}
+
+bool holdsPicture(const QString& path) {
+    RecordingReader reader;
+    if (!QFileInfo(path).isFile() || !reader.open(path).isEmpty())
+        return false;
+    auto frame = reader.next();
+    while (frame && !frame->isKey)
+        frame = reader.next();
+    return frame.has_value();
+}
+
+}  // namespace
+
+CardStore::CardStore(QString directory, int64_t quotaBytes)
+    : m_directory(std::move(directory)), m_quotaBytes(quotaBytes) {}
+
+bool CardStore::isPresent() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isPresent;
+}
+
+CardSpace CardStore::space() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isPresent ? m_space : CardSpace();
+}
+
+std::vector<RecordingRun> CardStore::runs(int64_t fromSec, int64_t toSec) const {
+    std::vector<RecordingRun> runs;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    for (auto it = m_bytes.lower_bound(fromSec); it != m_bytes.end() && it->first <= toSec; ++it) {
+        const bool follows =
+            !runs.empty() &&
+            runs.back().startSec + int64_t{kRecordingSec} * runs.back().minutes == it->first;
+        if (follows)
+            ++runs.back().minutes;
+        else
+            runs.push_back({it->first, 1});
+    }
+    return runs;
+}
+
+// Two may overlap after a crash or when the clock was set: the later start goes on.
+std::optional<Recording> CardStore::find(int64_t atSec) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    auto it = m_bytes.upper_bound(atSec);
+    if (it == m_bytes.begin() || atSec - (--it)->first >= kRecordingSec)
+        return {};
+    return Recording{it->first, pathOf(recordingName(it->first))};
+}
+
+CardStore::Presence CardStore::refresh() {
+    const std::optional<Identity> now = identity();
+    if (!now) {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_isPresent = false;
+            m_bytes.clear();
+            m_usedBytes = 0;
+        }
+        complain(QStringLiteral("is missing or cannot be written"));
+        return Presence::kAbsent;
+    }
+    const bool isNew = !isPresent() || *now != m_identity;
+    m_identity = *now;
+    if (isNew)
+        readDirectory();
+    updateSpace();
+    return isNew ? Presence::kNew : Presence::kSame;
+}
+
+std::optional<CardStore::Identity> CardStore::identity() const {
+    struct stat status = {};
+    const QByteArray path = QFile::encodeName(m_directory);
+    if (stat(path.constData(), &status) != 0 || !S_ISDIR(status.st_mode) ||
+        access(path.constData(), R_OK | W_OK | X_OK) != 0)
+        return {};
+    return Identity(status.st_dev, status.st_ino);
+}
+
+void CardStore::readDirectory() {
+    std::map<int64_t, int64_t> bytes;
+    std::vector<int64_t> unfinished;
+    const QFileInfoList files = QDir(m_directory).entryInfoList(QDir::Files | QDir::System);
+    for (const QFileInfo& file : files) {
+        const auto name = readRecordingName(file.fileName());
+        if (name && name->isUnfinished)
+            unfinished.push_back(name->startSec);
+        else if (name)
+            bytes[name->startSec] = file.size();
+    }
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_bytes.swap(bytes);
+        m_usedBytes = 0;
+        for (const auto& entry : m_bytes)
+            m_usedBytes += entry.second;
+        m_isPresent = true;
+    }
+    for (const int64_t startSec : unfinished)
+        recover(startSec);
+}
+
+void CardStore::recover(int64_t startSec) {
+    const QByteArray name = unfinishedName(startSec).toUtf8();
+    if (keep(startSec))
+        qCInfo(lcCamera, "memory card: kept the unfinished %s", name.constData());
+    else
+        qCWarning(lcCamera, "memory card: removed %s, of which nothing can be played",
+                  name.constData());
+}
+
+bool CardStore::keep(int64_t startSec) {
+    const QString path = unfinishedPath(startSec);
+    if (holdsPicture(path) && finish(startSec))
+        return true;
+    QFile::remove(path);
+    return false;
+}
+
+bool CardStore::finish(int64_t startSec) {
+    const QString from = unfinishedPath(startSec);
+    const QString to = pathOf(recordingName(startSec));
+    const int64_t bytes = QFileInfo(from).size();
+    // Replaces a recording of the same second, which Qt's own renaming would not.
+    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)
+        return false;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        int64_t& entry = m_bytes[startSec];
+        m_usedBytes += bytes - std::exchange(entry, bytes);
+    }
+    m_isFaultLogged = false;
+    updateSpace();
+    return true;
+}
+
+void CardStore::fail(int64_t startSec, const QString& reason) {
+    complain(reason);
+    const bool wasLogged = m_isFaultLogged;
+    keep(startSec);
+    m_isFaultLogged = wasLogged;
+}
+
+bool CardStore::makeRoom(int64_t bytes) {
+    const auto used = [this] {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        return m_usedBytes;
+    };
+    while (used() + bytes > m_quotaBytes || availableBytes(m_directory) < bytes) {
+        const auto start = oldest();
+        if (!start && availableBytes(m_directory) >= bytes)
+            break;
+        if (!start || !remove(*start)) {
+            complain(QStringLiteral("is full"));
+            return false;
+        }
+    }
+    updateSpace();
+    return true;
+}
+
+std::optional<int64_t> CardStore::oldest() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_bytes.empty() ? std::nullopt : std::optional<int64_t>(m_bytes.begin()->first);
+}
+
+bool CardStore::remove(int64_t startSec) {
+    if (!removeFile(pathOf(recordingName(startSec))))
+        return false;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = m_bytes.find(startSec);
+    m_usedBytes -= found->second;
+    m_bytes.erase(found);
+    return true;
+}
+
+bool CardStore::format() {
+    if (refresh() == Presence::kAbsent)
+        return false;
+    bool isEmpty = true;
+    const QStringList names = QDir(m_directory).entryList(QDir::Files | QDir::System);
+    for (const QString& name : names)
+        isEmpty = (!readRecordingName(name) || removeFile(pathOf(name))) && isEmpty;
+    readDirectory();
+    updateSpace();
+    return isEmpty;
+}
+
+void CardStore::updateSpace() {
+    const int64_t available = availableBytes(m_directory);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_space.totalBytes = std::min(m_quotaBytes, m_usedBytes + available);
+    m_space.freeBytes = std::max<int64_t>(0, m_space.totalBytes - m_usedBytes);
+}
+
+void CardStore::complain(const QString& fault) {
+    if (m_isFaultLogged)
+        return;
+    m_isFaultLogged = true;
+    qCWarning(lcCamera, "memory card %s %s; nothing is recorded until that changes",
+              qPrintable(m_directory), qPrintable(fault));
+}
+
+QString CardStore::unfinishedPath(int64_t startSec) const {
+    return pathOf(unfinishedName(startSec));
+}
+
+QString CardStore::pathOf(const QString& name) const {
+    return m_directory + QLatin1Char('/') + name;
+}
+
+}  // namespace orvelle

@@ -1,0 +1,42 @@
+#include "camera/recording_name.h"
+
+#include <QDateTime>
+
+#include <limits>
+
+namespace orvelle {
+
+namespace {
+
+const QString kUnfinished = QStringLiteral(".part");
+
+QString timeFormat() {
+    return QStringLiteral("yyyyMMdd'T'HHmmss'Z.mkv'");
+}
+
+}  // namespace
+
+QString recordingName(int64_t startSec) {
+    return QDateTime::fromSecsSinceEpoch(startSec, Qt::UTC).toString(timeFormat());
+}
+
+QString unfinishedName(int64_t startSec) {
+    return recordingName(startSec) + kUnfinished;
+}
+
+// Written back and compared, so that no file of another origin is ever taken for a recording.
+std::optional<RecordingName> readRecordingName(const QString& name) {
+    const bool isUnfinished = name.endsWith(kUnfinished);
+    const QString finished = isUnfinished ? name.chopped(kUnfinished.size()) : name;
+    QDateTime start = QDateTime::fromString(finished, timeFormat());
+    start.setTimeSpec(Qt::UTC);
+    if (!start.isValid())
+        return {};
+    const int64_t startSec = start.toSecsSinceEpoch();
+    if (startSec < 0 || startSec > std::numeric_limits<uint32_t>::max() ||
+        recordingName(startSec) != finished)
+        return {};
+    return RecordingName{startSec, isUnfinished};
+}
+
+}  // namespace orvelle
