@@ -3,9 +3,8 @@
 #include <QDate>
 #include <QWidget>
 
-/// A day of the calendar: its number, a dot where something was recorded. A disabled one is grey
-/// and cannot be clicked; Enter and Space click as well, Enter only while it is not selected, so
-/// that on a selected one it reaches the dialog. Interface thread.
+/// A day of the calendar: its number, and a dot where something was recorded. A disabled one is
+/// grey and cannot be clicked. Interface thread.
 class KvCalendarDayView : public QWidget {
     Q_OBJECT
 
@@ -26,9 +25,6 @@ signals:
 
 protected:
     void mouseReleaseEvent(QMouseEvent* event) override;
-    void keyPressEvent(QKeyEvent* event) override;
-    void enterEvent(QEvent* event) override;
-    void leaveEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:

@@ -13,7 +13,8 @@ class QPushButton;
 
 /// A month, with a dot on the days on which something was recorded. Months after the current one
 /// are not reached. The arrow keys go from day to day, also into the neighbouring months; Page Up
-/// and Page Down from month to month. Interface thread.
+/// and Page Down from month to month; Space and Enter choose. Enter on the selected day is left to
+/// the dialog. Interface thread.
 class KvCalendarView : public QWidget {
     Q_OBJECT
 
@@ -52,10 +53,14 @@ private slots:
 private:
     void buildHead();
     void buildDays();
-    void goToMonth(int months);
-    void goToDay(const QDate& from, int days);
+    void choose(const QDate& date);
+    bool goToMonth(int months);
+    void goToDay(const QDate& date);
+    QDate dayAfterKey(int key) const;
+    QDate focusedDay() const;
     void fill();
-    void mark();
+    void markDays();
+    void letTabReach(KvCalendarDayView* cell);
     KvCalendarDayView* cellOf(const QDate& date) const;
 
     QPushButton* m_prev;  ///< children, as all below; in this order they take the focus
@@ -63,7 +68,7 @@ private:
     QPushButton* m_next;
     std::array<QLabel*, 7> m_weekdays{};
     std::array<KvCalendarDayView*, kCells> m_cells{};
-    QDate m_month;
+    QDate m_month;  ///< the first of it
     QDate m_date;
     orvelle::TimeSpans m_spans;
 };

@@ -2,7 +2,8 @@
 
 #include <QSlider>
 
-/// A horizontal slider that jumps to where it is clicked. Interface thread.
+/// A horizontal slider that jumps to where it is clicked and follows the mouse from there.
+/// Interface thread.
 class KvSlider : public QSlider {
     Q_OBJECT
 
@@ -18,6 +19,7 @@ public:
 
 private:
     void jumpTo(double x);
+    void setPressed(bool pressed);
 
     bool m_pressed = false;
 };

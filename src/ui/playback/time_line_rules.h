@@ -59,7 +59,7 @@ struct TimeScale {
     /// What `pixels` to the right of a place are in time.
     qint64 secondsOf(qint64 pixels) const;
     /// The value with which `time` stands at `x`.
-    qint64 valueFor(qint64 time, int x) const;
+    qint64 valueFor(qint64 time, qint64 x) const;
 };
 
 /// A division of the band. `localTime` counts like `time`, but by the local clock, so that its

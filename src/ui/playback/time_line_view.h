@@ -40,7 +40,7 @@ public:
     const orvelle::TimeSpans& spans() const { return m_spans; }
 
     /// Whether the user moves it, or has zoomed just now: what plays must not move it then.
-    bool isDragging() const { return m_dragging || m_keyHeld || m_zoomHold.isActive(); }
+    bool isDragging() const { return m_dragging || m_heldKey != 0 || m_zoomHold.isActive(); }
 
     QSize sizeHint() const override;
 
@@ -60,28 +60,26 @@ protected:
     void keyReleaseEvent(QKeyEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
     void hideEvent(QHideEvent* event) override;
-    void resizeEvent(QResizeEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void moveTo(qint64 value);
-    bool moveByKey(const QKeyEvent& event);
-    void endKey();
     void rebaseDrag();
+    orvelle::TimeScale scale() const;
 
     void paintTicks(QPainter& painter, const std::vector<orvelle::TimeTick>& ticks) const;
     void paintMarks(QPainter& painter) const;
     void paintLabels(QPainter& painter, const std::vector<orvelle::TimeTick>& ticks) const;
     void paintMoment(QPainter& painter) const;
 
-    orvelle::TimeScale m_scale;
+    orvelle::TimeScale m_scale;  ///< but for its width
     int m_stepsPerMajor = 5;
     int m_minimum = 0;
     int m_maximum = 0;
     QVector<KvTimeLineMark> m_marks;  ///< sorted
     orvelle::TimeSpans m_spans;       ///< of the marks
     bool m_dragging = false;
-    bool m_keyHeld = false;
+    int m_heldKey = 0;  ///< the key that moves it, 0 for none
     int m_valueAtPress = 0;
     int m_xAtPress = 0;
     int m_mouseX = -1;  ///< -1 while the mouse is elsewhere

@@ -61,7 +61,8 @@ private slots:
     void _onTimeLineViewValueChangeEnded(int value);
 
 private:
-    void buildButtons();
+    void connectChildren();
+    void zoomTo(int level, int x);
     void zoom(int levels, int x);
 
     KvPushButton* m_play;  ///< children, as all below; in this order they take the focus
