@@ -9,6 +9,7 @@
 #include <map>
 
 #include "frames/picture_clock.h"
+#include "median.h"
 #include "render/video_view.h"
 
 namespace orvelle::bench {
@@ -22,12 +23,6 @@ int64_t wallClockUs() {
 }
 
 constexpr double kWindowSeconds = 10.0;
-
-double medianOf(std::vector<double> values) {
-    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-    std::nth_element(values.begin(), middle, values.end());
-    return *middle;
-}
 
 }  // namespace
 
@@ -86,7 +81,7 @@ double LatencyProbe::slopeMsPerMinute() const {
         for (size_t j = i + 1; j < medians.size(); ++j)
             slopes.push_back(60.0 * (medians[j].latencyMs - medians[i].latencyMs) /
                              (medians[j].atSeconds - medians[i].atSeconds));
-    return slopes.empty() ? std::nan("") : medianOf(std::move(slopes));
+    return slopes.empty() ? std::nan("") : median(std::move(slopes));
 }
 
 std::vector<LatencyProbe::Sample> LatencyProbe::windowMedians() const {
@@ -95,7 +90,7 @@ std::vector<LatencyProbe::Sample> LatencyProbe::windowMedians() const {
         windows[static_cast<int>(sample.atSeconds / kWindowSeconds)].push_back(sample.latencyMs);
     std::vector<Sample> medians;
     for (auto& [window, latencies] : windows)
-        medians.push_back({(window + 0.5) * kWindowSeconds, medianOf(std::move(latencies))});
+        medians.push_back({(window + 0.5) * kWindowSeconds, median(std::move(latencies))});
     return medians;
 }
 

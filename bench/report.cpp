@@ -15,7 +15,7 @@ void Report::add(const QString& key, double value, const QString& aim) {
 
 void Report::print() const {
     for (const Row& row : m_rows)
-        std::printf("%-28s %10.2f   %s\n", qPrintable(row.key), row.value, qPrintable(row.aim));
+        std::printf("%-42s %10.2f   %s\n", qPrintable(row.key), row.value, qPrintable(row.aim));
 }
 
 bool Report::writeJson(const QString& path) const {

@@ -1,0 +1,26 @@
+#pragma once
+
+namespace orvelle::bench {
+
+class Workbench;
+
+// Each adds its figures to the workbench's report and is false when it could not measure one.
+
+/// From the start of the client's process until its window can be seen.
+bool measureStartUp(Workbench& bench);
+/// Sixteen connected cameras at rest, and their streams without drawing, next to what decoding
+/// alone costs; then drawn by bare views.
+bool measureEngine(Workbench& bench);
+/// One camera of 1080p: in a bare view, in the client's window, and a snapshot of it.
+bool measureFullHd(Workbench& bench);
+/// From the moment that a demo camera puts into its picture until that is on the screen.
+bool measureLatency(Workbench& bench);
+/// The client's window with sixteen cameras: CPU by the kind of work, pictures shown, memory.
+bool measureGrid(Workbench& bench);
+/// How long the interface thread stands still while cameras come, go and are away, and how long
+/// sixteen take to close.
+bool measureDelay(Workbench& bench);
+/// Sixteen recordings against the same streams just played.
+bool measureRecording(Workbench& bench);
+
+}  // namespace orvelle::bench

@@ -1,0 +1,35 @@
+#include "workbench.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+
+#include "process_usage.h"
+#include "system/camera_set.h"
+
+namespace orvelle::bench {
+
+QString Workbench::program(const char* name) {
+    return QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(name);
+}
+
+QString Workbench::clip(const char* size) {
+    const QString file = m_directory.filePath(QLatin1String(size) + QStringLiteral(".mp4"));
+    if (!QFile::exists(file))
+        QProcess::execute(program("orvelle-camera"),
+                          {QStringLiteral("--make-clip"), file, QStringLiteral("--seconds"),
+                           QStringLiteral("20"), QStringLiteral("--size"), QLatin1String(size)});
+    return file;
+}
+
+QStringList Workbench::clipSource(const char* size) {
+    return {QStringLiteral("--source"), clip(size)};
+}
+
+double Workbench::cpuPercentFor(int ms) {
+    const ProcessUsage before = ProcessUsage::now();
+    test::runFor(ms);
+    return cpuPercent(before, ProcessUsage::now());
+}
+
+}  // namespace orvelle::bench
