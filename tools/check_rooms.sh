@@ -11,8 +11,9 @@ declare -A may=(
     [device]="device link core"
     [render]="render frames core"
     [media]="media device render frames link core"
-    [ui]="ui media device render frames core platform"
-    [app]="app ui media device render frames link core platform"
+    [update]="update core"
+    [ui]="ui media device render frames update core platform"
+    [app]="app ui update media device render frames link core platform"
     [camera]="camera link frames core platform"
 )
 

@@ -1,10 +1,10 @@
 #include "app/language_choice.h"
 
-#include <QCoreApplication>
 #include <QLocale>
 
 #include "core/configure.h"
 #include "core/language.h"
+#include "core/shipped_files.h"
 
 namespace orvelle {
 
@@ -17,7 +17,7 @@ QString chooseLanguage() {
 }
 
 void loadChosenLanguage() {
-    KvLanguage::setRoot(QCoreApplication::applicationDirPath() + QStringLiteral("/language"));
+    KvLanguage::setRoot(languageFolder());
     KvLanguage::load(chooseLanguage());
 }
 

@@ -7,7 +7,7 @@ namespace orvelle {
 /// The user's language or, where none was chosen, the system's: "chinese" or "english".
 QString chooseLanguage();
 
-/// Loads the chosen language's table from the directory beside the program.
+/// Loads the chosen language's table, if there is one: texts show as their keys otherwise.
 void loadChosenLanguage();
 
 }  // namespace orvelle

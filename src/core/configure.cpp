@@ -28,7 +28,13 @@ QString settingsFile() {
 }  // namespace
 
 KvConfigure::KvConfigure(QObject* parent)
-    : QObject(parent), m_settings(settingsFile(), QSettings::IniFormat) {}
+    : QObject(parent), m_settings(settingsFile(), QSettings::IniFormat) {
+    // What is wrong shows only once all of it is read, which the first object after a change does.
+    m_settings.allKeys();
+    if (m_settings.status() == QSettings::FormatError)
+        qCWarning(lcCore, "damaged settings file %s: what cannot be read has its default",
+                  qUtf8Printable(m_settings.fileName()));
+}
 
 void KvConfigure::setInt(const QString& key, int value) {
     store(key, value);

@@ -21,9 +21,9 @@ namespace {
 namespace fs = std::filesystem;
 
 // Beginnings of names, as the kernel cuts them.
-constexpr std::array kForeignThreads = {"QDBusConnection", "QXcbEventQueue", "gmain",
-                                        "gdbus",           "dconf worker",   "pool-",
-                                        "llvmpipe-",       "threaded-ml",    "alsa-pulse"};
+constexpr std::array kForeignThreads = {
+    "QDBusConnection", "QXcbEventQueue", "gmain",       "gdbus",      "dconf worker",
+    "pool-",           "llvmpipe-",      "threaded-ml", "alsa-pulse", "Qt bearer"};
 // Mesa's helpers carry the program's name before these.
 constexpr std::array kMesaEndings = {":disk$", ":gl", ":cs", ":sh", ":gdrv"};
 
