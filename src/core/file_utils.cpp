@@ -2,6 +2,7 @@
 
 #include "core/configure.h"
 #include "platform/open_folder.h"
+#include "platform/sync_file.h"
 
 #include <QDir>
 #include <QFile>
@@ -102,6 +103,10 @@ bool KvFileUtils::removeFile(const QString& path) {
 
 bool KvFileUtils::resetMediaRoot() {
     return KvConfigure().remove(orvelle::settings::kMediaRoot);
+}
+
+bool KvFileUtils::syncFile(const QString& path) {
+    return orvelle::syncFile(path.toStdString());
 }
 
 bool KvFileUtils::openFolder(const QString& path) {

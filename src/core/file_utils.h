@@ -37,6 +37,8 @@ public:
     static bool mkdir(const QString& path);
     static bool fileExists(const QString& path);
     static bool removeFile(const QString& path);
+    /// Waits until the file's bytes are on its disk; false when that cannot be promised.
+    static bool syncFile(const QString& path);
     /// Back to the data root; whether another one was set.
     static bool resetMediaRoot();
     /// Shows a directory in the system's file browser without waiting for it; false when there

@@ -128,13 +128,15 @@ void KvPlayerRecorder::record(KvThread& thread) {
 
 KvPlayerRecorder::Outcome KvPlayerRecorder::copyPackets(KvThread& thread, RecordingFile& file) {
     while (!thread.isStopped()) {
-        const std::unique_ptr<KvBasePlayerInputPacket> packet = m_packets->take();
+        std::unique_ptr<KvBasePlayerInputPacket> packet = m_packets->take();
         if (!packet) {
             m_packets->waitForItem(kWaitMs);
             continue;
         }
         if (!file.isOpen()) {
-            if (!isVideo(*packet) || !packet->isKey())
+            if (!isVideo(*packet))
+                m_soundSample = std::move(packet);
+            if (!packet || !packet->isKey())
                 continue;
             if (begin(thread, file, *packet) < 0)
                 return thread.isStopped() ? Outcome::kStopped : Outcome::kNotBegun;
@@ -165,7 +167,9 @@ int KvPlayerRecorder::begin(KvThread& thread, RecordingFile& file,
         qCWarning(lcMedia, "no recording: the stream has no parameter sets");
         return AVERROR_INVALIDDATA;
     }
-    const int result = file.create(path(), m_formatName, video, m_decoder->audioParameters());
+    const StreamParameters sound = m_decoder->audioParameters();
+    awaitSoundSample(thread, sound);
+    const int result = file.create(path(), m_formatName, video, sound, m_soundSample.get());
     if (result < 0)
         return result;
     std::lock_guard<std::mutex> lock(m_pathMutex);
@@ -187,6 +191,28 @@ StreamParameters KvPlayerRecorder::awaitVideo(KvThread& thread, int codecId,
             break;
     }
     return video;
+}
+
+void KvPlayerRecorder::awaitSoundSample(KvThread& thread, const StreamParameters& sound) {
+    if (!sound || sound.codec->codec_id != AV_CODEC_ID_AAC)
+        return;
+    for (int tries = 0; !m_soundSample && tries < kParameterTries; ++tries) {
+        m_soundSample = copyQueuedSound();
+        if (!m_soundSample && thread.sleepUnlessStopped(kParameterStepMs))
+            break;
+    }
+}
+
+std::unique_ptr<KvBasePlayerInputPacket> KvPlayerRecorder::copyQueuedSound() const {
+    std::unique_ptr<KvBasePlayerInputPacket> copy;
+    m_packets->lock();
+    for (const KvQueue::Node* node = m_packets->headNode(); node && !copy; node = node->next) {
+        const auto* packet = static_cast<const KvBasePlayerInputPacket*>(node->item);
+        if (!isVideo(*packet))
+            copy = packet->deepCopy();
+    }
+    m_packets->unlock();
+    return copy;
 }
 
 int KvPlayerRecorder::write(RecordingFile& file, KvBasePlayerInputPacket& packet) {

@@ -30,7 +30,8 @@ private:
     KvPlayerRecorder* const m_recorder;  ///< borrowed; outlives the thread
 };
 
-/// Copies what a player's input delivers into a file, without encoding, on a thread of its own.
+/// Copies what a player's input delivers into a file on a thread of its own, without encoding but
+/// for sound that the file's format cannot hold.
 ///
 /// It begins at the next key frame and serves for one recording. Owned by the player, whose
 /// stages (borrowed) outlive it; start() and stop() belong to the player's owner.
@@ -83,6 +84,9 @@ private:
     /// What the decoder knows of the stream that begins with `sets`; empty when it does not.
     orvelle::StreamParameters awaitVideo(KvThread& thread, int codecId,
                                          const std::vector<uint8_t>& sets);
+    /// Keeps a packet of AAC for the file's header, from the queue when none was seen before.
+    void awaitSoundSample(KvThread& thread, const orvelle::StreamParameters& sound);
+    std::unique_ptr<KvBasePlayerInputPacket> copyQueuedSound() const;
     int write(orvelle::RecordingFile& file, KvBasePlayerInputPacket& packet);
     void notify(Event event, double a = 0.0, double b = 0.0);
 
@@ -94,6 +98,7 @@ private:
     EventCallback m_callback = nullptr;
     std::unique_ptr<PacketQueue> m_packets;
     std::unique_ptr<KvPlayerRecoderThread> m_thread;
+    std::unique_ptr<KvBasePlayerInputPacket> m_soundSample;  ///< used by the thread alone
 
     /// The queue was full, so a packet is missing; set by the tap, read by the recorder's thread.
     std::atomic<bool> m_isOverrun{false};

@@ -1,8 +1,5 @@
 #include "media/recording_file.h"
 
-#include <QFile>
-#include <QFileInfo>
-
 #include <algorithm>
 #include <cmath>
 #include <utility>
@@ -17,7 +14,15 @@ namespace {
 constexpr AVRational kTimeBase = {1, 90000};
 /// How long a track waits in memory for the other one before it is written alone.
 constexpr int64_t kInterleaveUs = 1000 * 1000;
-constexpr int kMostNames = 1000;
+/// A fragment ends with a group of pictures, or after this time where groups are longer: what is
+/// in no fragment yet is lost when the program is killed.
+constexpr char kFragmentUs[] = "1000000";
+/// Without an index of its own at the end, which the finished file has no use for. Fragments keep
+/// the tracks' times as they are, so that sound which begins later stays later.
+constexpr char kFragmentFlags[] =
+    "frag_keyframe+empty_moov+default_base_moof+frag_discont+skip_trailer";
+/// The lowest rate of MP3 in these files; less belongs to a later version of the format.
+constexpr int kLeastMp3Rate = 16000;
 
 /// The decoder's own time base where it resolves the camera's milliseconds.
 AVRational timeBaseFor(const StreamParameters& source) {
@@ -25,32 +30,36 @@ AVRational timeBaseFor(const StreamParameters& source) {
     return own.num > 0 && own.den / own.num >= 1000 ? own : kTimeBase;
 }
 
-QString numbered(const QFileInfo& file, int number) {
-    const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
-    return file.path() + QLatin1Char('/') + file.completeBaseName() + QLatin1Char('-') +
-           QString::number(number) + suffix;
+bool isFragmented(const QString& formatName) {
+    return formatName == QLatin1String("mp4") || formatName == QLatin1String("mov");
 }
 
-/// Creates the file empty, so that no other recording takes the same name; empty when it cannot.
-QString reserveName(const QString& path) {
-    for (int number = 1; number <= kMostNames; ++number) {
-        const QString name = number == 1 ? path : numbered(QFileInfo(path), number);
-        if (QFile(name).open(QIODevice::WriteOnly | QIODevice::NewOnly))
-            return name;
-        if (!QFileInfo::exists(name))
-            break;
-    }
-    return {};
+bool advances(int64_t& lastTicks, int64_t ticks) {
+    // Compared in ticks: muxers refuse a time that rose by less than one.
+    const bool isLater = ticks > lastTicks;
+    lastTicks = std::max(lastTicks, ticks);
+    return isLater;
+}
+
+void traceSound(const AVStream& stream, const AVPacket& stamped, double cameraSec) {
+    qDebug(
+        "write audio pts = %lld, frame_size = %d, duration = %lld, time = %.2lf, srcTime = %.3lf",
+        static_cast<long long>(stamped.pts), stream.codecpar->frame_size,
+        static_cast<long long>(stamped.duration),
+        static_cast<double>(stamped.pts) * av_q2d(stream.time_base), cameraSec);
 }
 
 }  // namespace
+
+RecordingFile::RecordingFile() = default;
 
 RecordingFile::~RecordingFile() {
     close();
 }
 
 int RecordingFile::create(const QString& path, const QString& formatName,
-                          const StreamParameters& video, const StreamParameters& sound) {
+                          const StreamParameters& video, const StreamParameters& sound,
+                          const KvBasePlayerInputPacket* soundSample) {
     AVFormatContext* format = nullptr;
     int result = avformat_alloc_output_context2(&format, nullptr, formatName.toUtf8().constData(),
                                                 path.toUtf8().constData());
@@ -58,19 +67,24 @@ int RecordingFile::create(const QString& path, const QString& formatName,
         return result;
     m_format.reset(format);
     m_format->max_interleave_delta = kInterleaveUs;
+    m_format->flush_packets = 1;
+    m_hasFragments = isFragmented(formatName);
     result = addVideo(video);
     if (result >= 0) {
-        addSound(sound);
+        addSound(sound, soundSample);
         result = openFile(path);
     }
     if (result < 0)
-        m_format.reset();
+        release();
     return result;
 }
 
 int RecordingFile::addVideo(const StreamParameters& video) {
-    if (!video || !canHold(video.codec->codec_id))
+    if (!video || !canHold(video.codec->codec_id)) {
+        qCWarning(lcMedia, "no recording: %s holds no %s", m_format->oformat->name,
+                  avcodec_get_name(video ? video.codec->codec_id : AV_CODEC_ID_NONE));
         return AVERROR(EINVAL);
+    }
     qDebug("videoContent->time_base = %d / %d", video.timeBase.num, video.timeBase.den);
     qDebug("video codec->name = %s", avcodec_get_name(video.codec->codec_id));
     m_video.stream = addStream(video);
@@ -82,16 +96,30 @@ int RecordingFile::addVideo(const StreamParameters& video) {
     return 0;
 }
 
-void RecordingFile::addSound(const StreamParameters& sound) {
+void RecordingFile::addSound(const StreamParameters& sound, const KvBasePlayerInputPacket* sample) {
     if (!sound)
         return;
+    m_soundId = sound.codec->codec_id;
     qDebug("audioContext->time_base = %d / %d", sound.timeBase.num, sound.timeBase.den);
     qDebug("audio codec->name = %s", avcodec_get_name(sound.codec->codec_id));
-    if (canHold(sound.codec->codec_id) && sound.codec->sample_rate > 0)
-        m_sound.stream = addStream(sound);
+    const StreamParameters track = chooseSound(sound, sample);
+    if (track && track.codec->sample_rate > 0)
+        m_sound.stream = addStream(track);
     if (!m_sound.stream)
         qCWarning(lcMedia, "recording without sound: %s holds no %s", m_format->oformat->name,
                   avcodec_get_name(sound.codec->codec_id));
+}
+
+StreamParameters RecordingFile::chooseSound(const StreamParameters& sound,
+                                            const KvBasePlayerInputPacket* sample) {
+    StreamParameters track;
+    if (canCopySound(*sound.codec) && m_soundId != AV_CODEC_ID_AAC)
+        track = sound.copy();
+    else if (canCopySound(*sound.codec) && sample && sample->codecId() == m_soundId)
+        track = m_adts.open(sound, *sample->packet());
+    if (!track && canHold(AV_CODEC_ID_AAC))
+        track = m_encoder.open(sound);
+    return track;
 }
 
 AVStream* RecordingFile::addStream(const StreamParameters& source) {
@@ -109,27 +137,42 @@ bool RecordingFile::canHold(AVCodecID codec) const {
     return avformat_query_codec(m_format->oformat, codec, FF_COMPLIANCE_NORMAL) == 1;
 }
 
+bool RecordingFile::canCopySound(const AVCodecParameters& sound) const {
+    if (!canHold(sound.codec_id) || sound.sample_rate <= 0)
+        return false;
+    // Fragments of other sound hold single samples, which no player seeks in.
+    return !m_hasFragments || sound.codec_id == AV_CODEC_ID_AAC ||
+           (sound.codec_id == AV_CODEC_ID_MP3 && sound.sample_rate >= kLeastMp3Rate);
+}
+
 int RecordingFile::openFile(const QString& path) {
-    m_path = reserveName(path);
-    if (m_path.isEmpty()) {
-        qDebug("avio_open < 0");
-        return AVERROR(EACCES);
-    }
-    // The prefix keeps a name with a colon from being taken for an address.
-    const QByteArray url = "file:" + m_path.toUtf8();
-    int result = avio_open(&m_format->pb, url.constData(), AVIO_FLAG_WRITE);
+    using Layout = RecordingSink::Layout;
+    m_sink = std::make_unique<RecordingSink>();
+    int result = m_sink->create(path, m_hasFragments ? Layout::kFragments : Layout::kPlain);
     if (result < 0) {
         qDebug("avio_open < 0");
-    } else {
-        result = avformat_write_header(m_format.get(), nullptr);
-        if (result < 0)
-            qDebug() << "avformat_write_header, path =" << m_path;
+        return result;
     }
+    m_path = m_sink->path();
+    m_format->pb = m_sink->io();
+    result = writeHeader();
     if (result < 0) {
-        avio_closep(&m_format->pb);
-        QFile::remove(m_path);
+        qDebug() << "avformat_write_header, path =" << m_path;
+        m_sink->discard();
     }
     return result;
+}
+
+int RecordingFile::writeHeader() {
+    AVDictionary* options = nullptr;
+    if (m_hasFragments) {
+        av_dict_set(&options, "movflags", kFragmentFlags, 0);
+        av_dict_set(&options, "frag_duration", kFragmentUs, 0);
+    }
+    const int result = avformat_write_header(m_format.get(), &options);
+    av_dict_free(&options);
+    avio_flush(m_sink->io());
+    return result < 0 ? result : m_sink->error();
 }
 
 int RecordingFile::writeVideo(KvBasePlayerInputPacket& packet) {
@@ -137,27 +180,30 @@ int RecordingFile::writeVideo(KvBasePlayerInputPacket& packet) {
         return AVERROR(EINVAL);
     if (!m_video.clock.isStarted())
         m_video.clock.start(packet.time(), 0.0);
-    const bool advances = stamp(m_video, packet);
+    const bool isWritten = stamp(m_video, packet);
     const AVPacket& stamped = *packet.packet();
     qDebug("write video pts = %lld, duration = %lld, time = %.2lf, srcTime = %.3lf",
            static_cast<long long>(stamped.pts), static_cast<long long>(stamped.duration),
            static_cast<double>(stamped.pts) * av_q2d(m_video.stream->time_base), packet.time());
-    return advances ? write(*packet.packet()) : 0;
+    return isWritten ? hold(m_video, *packet.packet()) : 0;
 }
 
 int RecordingFile::writeSound(KvBasePlayerInputPacket& packet) {
-    if (!m_sound.stream || packet.codecId() != m_sound.stream->codecpar->codec_id)
+    if (!m_sound.stream || packet.codecId() != m_soundId)
         return 0;
     if (!m_sound.clock.isStarted() && !startSound(packet.time()))
         return 0;
-    const bool advances = stamp(m_sound, packet);
-    const AVPacket& stamped = *packet.packet();
-    qDebug(
-        "write audio pts = %lld, frame_size = %d, duration = %lld, time = %.2lf, srcTime = %.3lf",
-        static_cast<long long>(stamped.pts), m_sound.stream->codecpar->frame_size,
-        static_cast<long long>(stamped.duration),
-        static_cast<double>(stamped.pts) * av_q2d(m_sound.stream->time_base), packet.time());
-    return advances ? write(*packet.packet()) : 0;
+    if (m_encoder.isOpen()) {
+        const double cameraSec = packet.time();
+        return m_encoder.push(
+            *packet.packet(), m_sound.clock.place(cameraSec),
+            [this, cameraSec](AVPacket& encoded) { return writeEncoded(encoded, cameraSec); });
+    }
+    if (m_adts.isOpen() && !m_adts.apply(*packet.packet()))
+        return 0;
+    const bool isWritten = stamp(m_sound, packet);
+    traceSound(*m_sound.stream, *packet.packet(), packet.time());
+    return isWritten ? hold(m_sound, *packet.packet()) : 0;
 }
 
 bool RecordingFile::startSound(double cameraSec) {
@@ -172,6 +218,14 @@ bool RecordingFile::startSound(double cameraSec) {
     return true;
 }
 
+int RecordingFile::writeEncoded(AVPacket& packet, double cameraSec) {
+    packet.stream_index = m_sound.stream->index;
+    av_packet_rescale_ts(&packet, {1, m_encoder.sampleRate()}, m_sound.stream->time_base);
+    packet.dts = packet.pts;
+    traceSound(*m_sound.stream, packet, cameraSec);
+    return advances(m_sound.lastTicks, packet.pts) ? hold(m_sound, packet) : 0;
+}
+
 bool RecordingFile::stamp(Track& track, const KvBasePlayerInputPacket& packet) {
     const double tickSec = av_q2d(track.stream->time_base);
     const double formerSec = track.clock.lineSec();
@@ -180,14 +234,29 @@ bool RecordingFile::stamp(Track& track, const KvBasePlayerInputPacket& packet) {
     stamped.stream_index = track.stream->index;
     stamped.pts = stamped.dts = static_cast<int64_t>(lineSec / tickSec);
     stamped.duration = static_cast<int64_t>((lineSec - formerSec) / tickSec);
-    // Compared in ticks: muxers refuse a time that rose by less than one.
-    const bool advances = stamped.pts > track.lastTicks;
-    track.lastTicks = std::max(track.lastTicks, stamped.pts);
-    return advances;
+    return advances(track.lastTicks, stamped.pts);
+}
+
+int RecordingFile::hold(Track& track, AVPacket& packet) {
+    if (!track.held)
+        track.held.reset(av_packet_alloc());
+    if (!track.held)
+        return AVERROR(ENOMEM);
+    AVPacket& held = *track.held;
+    int result = 0;
+    if (held.data) {
+        held.duration = packet.pts - held.pts;
+        result = write(held);
+    }
+    av_packet_unref(&held);
+    av_packet_move_ref(&held, &packet);
+    return result;
 }
 
 int RecordingFile::write(AVPacket& packet) {
     const int result = av_interleaved_write_frame(m_format.get(), &packet);
+    if (m_sink->error() < 0)
+        return m_sink->error();
     if (result != AVERROR_INVALIDDATA)
         return result;
     // Garbage from the camera: the packet is lost, not the file.
@@ -196,15 +265,33 @@ int RecordingFile::write(AVPacket& packet) {
     return 0;
 }
 
+int RecordingFile::writeHeld(Track& track) {
+    return track.held && track.held->data ? write(*track.held) : 0;
+}
+
 int RecordingFile::close() {
     if (!m_format)
         return 0;
-    const int trailer = av_write_trailer(m_format.get());
-    const int closed = avio_closep(&m_format->pb);
+    int ends[4] = {};
+    if (m_encoder.isOpen())
+        ends[0] = m_encoder.drain([this](AVPacket& encoded) { return writeEncoded(encoded, 0.0); });
+    ends[1] = writeHeld(m_video);
+    ends[2] = writeHeld(m_sound);
+    ends[3] = av_write_trailer(m_format.get());
+    // The trailer may well report success after the disk has refused a write.
+    const int result = m_sink->finish();
+    release();
+    const int* failed = std::find_if(std::begin(ends), std::end(ends), [](int e) { return e < 0; });
+    return result < 0 || failed == std::end(ends) ? result : *failed;
+}
+
+void RecordingFile::release() {
+    // The buffer is the sink's, and no file of the muxer's own.
+    m_format->pb = nullptr;
     m_format.reset();
+    m_sink.reset();
     m_video.stream = nullptr;
     m_sound.stream = nullptr;
-    return trailer < 0 ? trailer : std::min(closed, 0);
 }
 
 }  // namespace orvelle

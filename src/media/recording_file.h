@@ -3,32 +3,39 @@
 #include <QString>
 
 #include <cstdint>
+#include <memory>
 
 #include "frames/ffmpeg_io_ptr.h"
+#include "media/adts_filter.h"
 #include "media/recording_clock.h"
+#include "media/recording_sink.h"
+#include "media/recording_sound_encoder.h"
 #include "media/stream_parameters.h"
 
 class KvBasePlayerInputPacket;
 
 namespace orvelle {
 
-/// A media file being written: one picture track and, where the format can hold the sound, one
-/// sound track. Packets are copied in as they are. Belongs to one thread.
+/// A media file being written: one picture track and, where the sound can be decoded, one sound
+/// track. Packets are copied in as they are, but for sound that the format cannot hold, which
+/// becomes AAC. Belongs to one thread.
 ///
-/// The first picture packet fixes the origin of both tracks' times and is not written itself, nor
-/// is any packet whose time does not advance.
+/// MP4 and MOV files are written in fragments of at most a second, so that they play however the
+/// recording ends; close() makes ordinary files of them. The first picture packet fixes the origin
+/// of both tracks' times and is not written itself, nor is any packet whose time does not advance.
 class RecordingFile {
 public:
-    RecordingFile() = default;
+    RecordingFile();
     ~RecordingFile();  ///< closes
     RecordingFile(const RecordingFile&) = delete;
     RecordingFile& operator=(const RecordingFile&) = delete;
 
     /// Creates the file and writes its header. `video.codec` holds the parameter sets as
-    /// extradata; `sound` may be empty. A name that is taken gets "-2", "-3", ... Returns 0 or an
-    /// FFmpeg error, and then leaves no file behind.
+    /// extradata; `sound` may be empty. `soundSample`, a packet of that sound, spares AAC from
+    /// being encoded anew; it may be null. A name that is taken gets "-2", "-3", ... Returns 0 or
+    /// an FFmpeg error, and then leaves no file behind.
     int create(const QString& path, const QString& formatName, const StreamParameters& video,
-               const StreamParameters& sound);
+               const StreamParameters& sound, const KvBasePlayerInputPacket* soundSample);
     bool isOpen() const { return m_format != nullptr; }
     QString path() const { return m_path; }  ///< of the file really written
 
@@ -38,7 +45,7 @@ public:
     int writeSound(KvBasePlayerInputPacket& packet);
     double recordedSec() const { return m_video.clock.lineSec(); }
 
-    /// Writes the trailer and closes; 0 or the first error.
+    /// Ends the file; 0 or the first error since it was created.
     int close();
 
 private:
@@ -46,21 +53,35 @@ private:
         AVStream* stream = nullptr;  ///< owned by m_format
         RecordingClock clock;
         int64_t lastTicks = 0;
+        PacketPtr held;  ///< waits for the next one, which tells how long it lasts
     };
 
     int addVideo(const StreamParameters& video);
-    void addSound(const StreamParameters& sound);
+    void addSound(const StreamParameters& sound, const KvBasePlayerInputPacket* sample);
+    StreamParameters chooseSound(const StreamParameters& sound,
+                                 const KvBasePlayerInputPacket* sample);
     AVStream* addStream(const StreamParameters& source);
     bool canHold(AVCodecID codec) const;
+    bool canCopySound(const AVCodecParameters& sound) const;
     int openFile(const QString& path);
+    int writeHeader();
     bool startSound(double cameraSec);
+    int writeEncoded(AVPacket& packet, double cameraSec);
     /// Sets the packet's place in the file; false when it is not to be written.
     bool stamp(Track& track, const KvBasePlayerInputPacket& packet);
+    int hold(Track& track, AVPacket& packet);
     int write(AVPacket& packet);
+    int writeHeld(Track& track);
+    void release();
 
+    std::unique_ptr<RecordingSink> m_sink;  ///< outlives m_format, which writes to it
     OutputFormatPtr m_format;
+    bool m_hasFragments = false;
     Track m_video;
     Track m_sound;
+    int m_soundId = -1;  ///< the codec of the packets that become the sound track
+    AdtsFilter m_adts;
+    RecordingSoundEncoder m_encoder;
     QString m_path;
     bool m_hasRefused = false;  ///< a packet was left out, and that was logged
 };

@@ -21,6 +21,17 @@ bool hasExtradata(const AVCodecParameters& codec, const std::vector<uint8_t>& by
     return std::equal(own, own + codec.extradata_size, bytes.begin(), bytes.end());
 }
 
+StreamParameters StreamParameters::copy() const {
+    StreamParameters copied;
+    if (!codec)
+        return copied;
+    copied.codec.reset(avcodec_parameters_alloc());
+    if (!copied.codec || avcodec_parameters_copy(copied.codec.get(), codec.get()) < 0)
+        copied.codec.reset();
+    copied.timeBase = timeBase;
+    return copied;
+}
+
 namespace {
 
 CodecParametersPtr parametersOf(const AVCodecContext& context) {
@@ -48,15 +59,8 @@ void PublishedParameters::clear() {
 }
 
 StreamParameters PublishedParameters::copy() const {
-    StreamParameters copy;
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_parameters.codec)
-        return copy;
-    copy.codec.reset(avcodec_parameters_alloc());
-    if (!copy.codec || avcodec_parameters_copy(copy.codec.get(), m_parameters.codec.get()) < 0)
-        copy.codec.reset();
-    copy.timeBase = m_parameters.timeBase;
-    return copy;
+    return m_parameters.copy();
 }
 
 }  // namespace orvelle

@@ -14,6 +14,7 @@ struct StreamParameters {
     AVRational timeBase = {0, 1};  ///< the decoder's own; often unset
 
     explicit operator bool() const { return codec != nullptr; }
+    StreamParameters copy() const;  ///< empty when out of memory
 };
 
 /// Replaces the codec header; false when out of memory.

@@ -1,0 +1,142 @@
+#include "media/recording_sink.h"
+
+#include <QFileInfo>
+
+#include "core/file_utils.h"
+#include "media/box_writer.h"
+#include "media/media_log.h"
+#include "media/recording_movie.h"
+
+namespace orvelle {
+
+namespace {
+
+/// Several seconds of sound, or the tables of a fragment with every packet that a second can bring:
+/// these are patched while they are in the buffer, since the file itself is only written forwards.
+constexpr int kBufferBytes = 256 * 1024;
+constexpr int kMostNames = 1000;
+
+QString numbered(const QFileInfo& file, int number) {
+    const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
+    return file.path() + QLatin1Char('/') + file.completeBaseName() + QLatin1Char('-') +
+           QString::number(number) + suffix;
+}
+
+}  // namespace
+
+RecordingSink::~RecordingSink() = default;
+
+int RecordingSink::create(const QString& path, Layout layout) {
+    if (!openFree(path)) {
+        qCWarning(lcMedia).noquote()
+            << "no recording:" << path + QLatin1Char(':') << m_file.errorString();
+        return AVERROR(EACCES);
+    }
+    const bool isPlain = layout == Layout::kPlain;
+    if (!isPlain)
+        m_index = std::make_unique<RecordingIndex>();
+    auto* buffer = static_cast<uint8_t*>(av_malloc(kBufferBytes));
+    if (buffer)
+        m_io.reset(avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, writeTo,
+                                      isPlain ? seekIn : nullptr));
+    if (m_io)
+        return 0;
+    av_free(buffer);
+    discard();
+    return AVERROR(ENOMEM);
+}
+
+/// No two recordings take the same name, as only one of them can create the file.
+bool RecordingSink::openFree(const QString& path) {
+    for (int number = 1; number <= kMostNames; ++number) {
+        m_file.setFileName(number == 1 ? path : numbered(QFileInfo(path), number));
+        if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
+            return true;
+        if (!m_file.exists())
+            break;
+    }
+    return false;
+}
+
+int RecordingSink::writeTo(void* sink, uint8_t* bytes, int size) {
+    return static_cast<RecordingSink*>(sink)->write(bytes, size);
+}
+
+int64_t RecordingSink::seekIn(void* sink, int64_t offset, int whence) {
+    return static_cast<RecordingSink*>(sink)->seek(offset, whence);
+}
+
+int RecordingSink::write(const uint8_t* bytes, int size) {
+    if (m_error < 0)
+        return m_error;
+    if (m_file.write(reinterpret_cast<const char*>(bytes), size) != size)
+        return fail(m_file.error() == QFileDevice::ResourceError ? AVERROR(ENOSPC) : AVERROR(EIO),
+                    m_file.errorString());
+    if (m_index && m_index->append(bytes, static_cast<size_t>(size)) < 0)
+        return fail(AVERROR_INVALIDDATA, QStringLiteral("a fragment that is none"));
+    return size;
+}
+
+int64_t RecordingSink::seek(int64_t offset, int whence) {
+    if (whence & AVSEEK_SIZE)
+        return m_file.size();
+    const int origin = whence & ~AVSEEK_FORCE;
+    if (origin != SEEK_SET)
+        offset += origin == SEEK_CUR ? m_file.pos() : m_file.size();
+    return m_file.seek(offset) ? offset : AVERROR(EIO);
+}
+
+int RecordingSink::fail(int error, const QString& text) {
+    m_error = error;
+    qCWarning(lcMedia).noquote() << "recording ends:" << m_file.fileName() + QLatin1Char(':')
+                                 << text;
+    return error;
+}
+
+int RecordingSink::finish() {
+    if (!m_file.isOpen())
+        return m_error;
+    avio_flush(m_io.get());
+    if (m_index) {
+        const uint64_t end = m_index->wholeBytes();
+        // A torn fragment at the end would keep some players from opening the file.
+        if (end > 0)
+            m_file.resize(static_cast<qint64>(end));
+        if (!appendMovie(end)) {
+            m_file.resize(static_cast<qint64>(end));
+            qCWarning(lcMedia).noquote() << "recording stays in fragments:" << m_file.fileName();
+        }
+    }
+    m_file.close();
+    return m_error;
+}
+
+bool RecordingSink::appendMovie(uint64_t end) {
+    const std::vector<uint8_t> movie = finishedMovie(m_index->movie(), m_index->tracks());
+    // Nothing was recorded that a player could show.
+    if (movie.empty())
+        return true;
+    if (!putAt(end, movie) || !KvFileUtils::syncFile(m_file.fileName()))
+        return false;
+    BoxWriter header;
+    header.u32(1);  // the size follows the type
+    header.u32(boxType("mdat"));
+    header.u64(end - m_index->movieOffset());
+    // With or without it the file plays, from here on only with the tables at its end.
+    putAt(m_index->movieOffset(), header.written());
+    KvFileUtils::syncFile(m_file.fileName());
+    return true;
+}
+
+bool RecordingSink::putAt(uint64_t offset, const std::vector<uint8_t>& bytes) {
+    const auto size = static_cast<qint64>(bytes.size());
+    return m_file.seek(static_cast<qint64>(offset)) &&
+           m_file.write(reinterpret_cast<const char*>(bytes.data()), size) == size;
+}
+
+void RecordingSink::discard() {
+    m_file.close();
+    m_file.remove();
+}
+
+}  // namespace orvelle

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QFile>
+#include <QString>
+
+#include <cstdint>
+#include <memory>
+
+#include "frames/ffmpeg_io_ptr.h"
+#include "media/recording_index.h"
+
+namespace orvelle {
+
+struct IoContextDeleter {
+    void operator()(AVIOContext* io) const {
+        av_freep(&io->buffer);
+        avio_context_free(&io);
+    }
+};
+using IoContextPtr = std::unique_ptr<AVIOContext, IoContextDeleter>;
+
+/// The file under a muxer. It keeps the first error that the disk gave, and writes nothing after
+/// it. Belongs to one thread.
+///
+/// A file of fragments plays at any moment up to its last whole fragment, however the program
+/// ends. finish() makes an ordinary file of it in place:
+///
+///     type | movie | fragment ... fragment          while recording
+///     type | movie | fragment ... fragment | movie' the tables of all samples, synced
+///     type | data ------------------------ | movie' one header of 16 bytes rewritten, synced
+///
+/// A player that meets two movies takes the first, so that each of these is playable.
+class RecordingSink {
+public:
+    enum class Layout { kPlain, kFragments };
+
+    RecordingSink() = default;
+    ~RecordingSink();  ///< closes without finishing
+    RecordingSink(const RecordingSink&) = delete;
+    RecordingSink& operator=(const RecordingSink&) = delete;
+
+    /// Creates the file, or another with "-2", "-3", ... where the name is taken. 0 or an error.
+    int create(const QString& path, Layout layout);
+    QString path() const { return m_file.fileName(); }  ///< of the file really created
+    AVIOContext* io() const { return m_io.get(); }
+
+    int error() const { return m_error; }  ///< 0, or the FFmpeg code of the first error
+
+    /// After the muxer's trailer: leaves fragments that are whole and, where there is room for its
+    /// tables, an ordinary file. Then closes; returns error().
+    int finish();
+    /// Closes and deletes the file.
+    void discard();
+
+private:
+    static int writeTo(void* sink, uint8_t* bytes, int size);
+    static int64_t seekIn(void* sink, int64_t offset, int whence);
+    int write(const uint8_t* bytes, int size);
+    int64_t seek(int64_t offset, int whence);
+    int fail(int error, const QString& text);
+    bool openFree(const QString& path);
+    bool putAt(uint64_t offset, const std::vector<uint8_t>& bytes);
+    bool appendMovie(uint64_t end);
+
+    QFile m_file;
+    std::unique_ptr<RecordingIndex> m_index;  ///< of a file of fragments
+    IoContextPtr m_io;
+    int m_error = 0;
+};
+
+}  // namespace orvelle

@@ -1,0 +1,17 @@
+#include "platform/sync_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace orvelle {
+
+bool syncFile(const std::string& path) {
+    const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (file < 0)
+        return false;
+    const bool isSynced = fsync(file) == 0;
+    close(file);
+    return isSynced;
+}
+
+}  // namespace orvelle
