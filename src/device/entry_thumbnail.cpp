@@ -19,6 +19,9 @@ constexpr QSize kQuarterSize(960, 540);
 constexpr int kMaxSide = 8192;
 
 QImage loadQuarter(const QString& path) {
+    // The reader would complain about it.
+    if (!QFileInfo::exists(path))
+        return {};
     QImageReader reader(path);
     const QSize size = reader.size();
     if (size.isEmpty() || size.width() > kMaxSide || size.height() > kMaxSide)

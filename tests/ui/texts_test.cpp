@@ -9,12 +9,7 @@ namespace {
 
 // Texts of views that are still to be written.
 constexpr char kReserved[] =
-    "network sdcard_information camera_name device_type firmware_version network_name "
-    "ip_address mac_address avaiable_space total_space sdcard_cleanup cleaning_up "
-    "sdcard_cleanup_success sdcard_cleanup_failed unbind_camera no_sdcard "
-    "please_check_the_sd_card to_live no_more_files "
-    "version_number find_new_version download remind_me_later upgrading_to_the_latest_version "
-    "downloading download_success download_failed";
+    "no_sdcard please_check_the_sd_card to_live no_more_files";
 
 QString sourcesIn(const char* directory) {
     QString all;

@@ -24,7 +24,9 @@ QSize scaledSize(const QSize& size, int width) {
 }  // namespace
 
 QImage readThumbnail(const QString& path, int width) {
-    if (QFileInfo(path).size() > kMaxBytes)
+    // The reader would complain about a file that is not there.
+    const QFileInfo file(path);
+    if (!file.exists() || file.size() > kMaxBytes)
         return {};
     QImageReader reader(path, "jpeg");
     reader.setAutoDetectImageFormat(false);

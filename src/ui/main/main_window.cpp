@@ -46,6 +46,7 @@ MainWindow::MainWindow(QWidget* parent)
     connectCameras();
     connectContent();
     refresh();
+    lookForUpdate();
 }
 
 MainWindow::~MainWindow() {
@@ -193,6 +194,11 @@ void MainWindow::closeProgram() {
         m_isClosing = false;
         return;
     }
+    leave();
+}
+
+void MainWindow::leave() {
+    m_isClosing = true;
     releaseDevices();
     KvAppCancelDialog(this).start();
     QCoreApplication::quit();

@@ -6,6 +6,7 @@
 #include "device/device.h"
 #include "device/device_group.h"
 #include "ui/widgets/toast.h"
+#include "update/updater.h"
 
 class KvDeviceGroupPopMenu;
 class KvTUTKDevice;
@@ -33,6 +34,7 @@ public:
 
 protected:
     bool event(QEvent* event) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private slots:
@@ -63,6 +65,7 @@ private slots:
     void _onClickTopGroup(bool);
     void _onDeviceGroupThumbUpdate(KvDeviceGroup* group);
     void _onClickDeviceGroupMenu(KvDeviceGroup* group);
+    void _onReadUpdateInfo(KvUpdateInfo* info);
 
 private:
     void connectTitleBar();
@@ -81,11 +84,20 @@ private:
     void renameCamera(KvDeviceGroup& entry);
     void removeEntry(KvDeviceGroup* entry);
     void reportUnsaved();
+    void lookForUpdate();
+    /// Once nothing else is in front.
+    void offerUpdate();
+    void downloadUpdate(const KvUpdateInfo& info);
+    void startInstaller(const QString& path);
     /// The one way out that asks: every close button, key and menu comes here.
     void closeProgram();
+    /// The same without the question.
+    void leave();
 
     MainWindowUI* m_ui;  ///< child
     KvToast m_toast;
+    KvUpdater m_updater;
+    KvUpdateInfo* m_update = nullptr;  ///< of the updater; a newer version that is to be offered
     KvDeviceGroupPopMenu* const m_groupMenu;    ///< child
     orvelle::EntryMenu* m_entryMenu = nullptr;  ///< child, made when first needed
     QPointer<KvDeviceGroup> m_menuEntry;        ///< for which the menu was last opened

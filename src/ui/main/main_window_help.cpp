@@ -5,11 +5,21 @@
 
 #include "core/configure.h"
 #include "core/language.h"
+#include "core/shipped_files.h"
+#include "ui/dialogs/manual_dialog.h"
 #include "ui/dialogs/version_dialog.h"
 #include "ui/main/main_window.h"
 #include "ui/main/main_window_ui.h"
 #include "ui/main/menu_view.h"
 #include "ui/main/restart_hook.h"
+#include "ui/widgets/text.h"
+#include "update/update_server.h"
+
+namespace {
+
+constexpr int kManualMargin = 20;
+
+}  // namespace
 
 void MainWindow::_onTitleViewMouseRelease() {
     m_ui->hideHelpMenu();
@@ -27,10 +37,19 @@ void MainWindow::_onClickLogo(bool) {
 
 void MainWindow::_onClickHelpMenu() {
     m_ui->hideHelpMenu();
-    const QString page = KvLanguage::getLanguage() == QLatin1String("chinese")
-                             ? QStringLiteral("/pc_win_chinese.png")
-                             : QStringLiteral("/pc_win_english.png");
-    QDesktopServices::openUrl(QUrl(QStringLiteral(ORVELLE_UPDATE_SERVER) + page));
+    if (!orvelle::updateServer().isEmpty()) {
+        const QString page = KvLanguage::getLanguage() == QLatin1String("chinese")
+                                 ? QStringLiteral("/pc_win_chinese.png")
+                                 : QStringLiteral("/pc_win_english.png");
+        QDesktopServices::openUrl(QUrl(orvelle::updateServer() + page));
+        return;
+    }
+    const QSize room = size() - QSize(2 * kManualMargin, 2 * kManualMargin);
+    orvelle::ManualDialog manual(orvelle::manualFolder(), room, this);
+    if (manual.isReadable())
+        manual.execCentred();
+    else
+        inform(orvelle::text("the_user_manual_is_not_installed"));
 }
 
 void MainWindow::_onClickLanguage(const QString& language) {

@@ -282,7 +282,9 @@ void KvDevicePlayerView::_doUpdateSpeedLabel(int bytesPerSecond) {
 }
 
 void KvDevicePlayerView::setVolume(double volume) {
-    qDebug("volume = %lf", volume);
+    if (volume != m_volume)
+        qDebug("volume = %lf", volume);
+    m_volume = volume;
     m_player->setVolume(volume);
     m_ui->button(UI::kSound)->setState(volume > 0.0 ? 0 : 1);
 }

@@ -129,6 +129,7 @@ private:
     static qint64 nowMs();
 
     bool m_noSound = false;
+    double m_volume = 0.0;
     KvDevice* m_device = nullptr;          ///< borrowed; the manager owns it
     KvTUTKDevice* m_tutkDevice = nullptr;  ///< the same, when it is one with a command channel
     KvDevicePlayerViewUI* const m_ui;      ///< child

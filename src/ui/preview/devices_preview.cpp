@@ -6,6 +6,7 @@
 
 #include "device/device.h"
 #include "ui/dialogs/alert_dialog.h"
+#include "ui/info/device_info_view.h"
 #include "ui/logging.h"
 #include "ui/palette.h"
 #include "ui/preview/device_player_view.h"
@@ -45,8 +46,9 @@ void KvDevicesPreview::connectChildren() {
         connect(tile, &Tile::clickSettingButton, this, &Grid::_onClickDeviceSettingButton);
         connect(tile, &Tile::clickSDCardButton, this, &Grid::_onClickDeviceSDCardButton);
     }
-    connect(m_ui->infoView(), &orvelle::PreviewPage::clickBackButton, this,
+    connect(m_ui->infoView(), &KvTUTKDeviceInfoView::clickBackButton, this,
             &Grid::_onClickInfoViewBackButton);
+    connect(m_ui->infoView(), &KvTUTKDeviceInfoView::unbindDevice, this, &Grid::_onUnbindDevice);
     connect(m_ui->playbackView(), &orvelle::PreviewPage::clickBackButton, this,
             &Grid::_onClickPlaybackViewBackButton);
 }
@@ -115,7 +117,9 @@ void KvDevicesPreview::unbindTiles() {
 }
 
 void KvDevicesPreview::hidePages() {
+    m_ui->infoView()->setDevice(nullptr);
     m_ui->hidePage(m_ui->infoView());
+    m_ui->playbackView()->setDevice(nullptr);
     m_ui->hidePage(m_ui->playbackView());
 }
 
@@ -211,6 +215,7 @@ void KvDevicesPreview::_onClickDeviceSettingButton(KvDevicePlayerView* view) {
 }
 
 void KvDevicesPreview::_onClickInfoViewBackButton() {
+    m_ui->infoView()->setDevice(nullptr);
     m_ui->hidePage(m_ui->infoView());
 }
 
@@ -234,6 +239,7 @@ void KvDevicesPreview::_onClickDeviceSDCardButton(KvDevicePlayerView* view) {
 }
 
 void KvDevicesPreview::_onClickPlaybackViewBackButton() {
+    m_ui->playbackView()->setDevice(nullptr);
     m_ui->hidePage(m_ui->playbackView());
     qDebug("reply");
     reloadTiles();

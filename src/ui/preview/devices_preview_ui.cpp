@@ -2,6 +2,7 @@
 
 #include <QLabel>
 
+#include "ui/info/device_info_view.h"
 #include "ui/palette.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/preview_page.h"
@@ -48,7 +49,7 @@ KvDevicesPreviewUI::KvDevicesPreviewUI(QWidget* parent)
     m_title = new QLabel(m_bar);
     setUpBar();
     using orvelle::PreviewPage;
-    m_infoView = new PreviewPage(orvelle::text("device_information"), this);
+    m_infoView = new KvTUTKDeviceInfoView(this);
     m_playbackView = new PreviewPage(orvelle::text("replaying"), this);
     hidePage(m_infoView);
     hidePage(m_playbackView);
@@ -143,15 +144,14 @@ void KvDevicesPreviewUI::layOutBar() {
         m_title->fontMetrics().elidedText(m_title->toolTip(), Qt::ElideRight, titleWidth));
 }
 
-void KvDevicesPreviewUI::showPage(orvelle::PreviewPage* page) {
+void KvDevicesPreviewUI::showPage(QWidget* page) {
     page->setGeometry(rect());
     page->show();
     page->raise();
     page->setFocus(Qt::OtherFocusReason);
 }
 
-void KvDevicesPreviewUI::hidePage(orvelle::PreviewPage* page) {
-    page->setDevice(nullptr);
+void KvDevicesPreviewUI::hidePage(QWidget* page) {
     page->clearFocus();
     page->hide();
     page->setGeometry(QRect());
@@ -180,7 +180,7 @@ void KvDevicesPreviewUI::removeDragLabel() {
 
 void KvDevicesPreviewUI::resizeEvent(QResizeEvent*) {
     layOut();
-    for (orvelle::PreviewPage* page : {m_infoView, m_playbackView})
+    for (QWidget* page : {static_cast<QWidget*>(m_infoView), static_cast<QWidget*>(m_playbackView)})
         if (!page->isHidden())
             page->setGeometry(rect());
 }

@@ -8,6 +8,7 @@
 
 class KvDevicePlayerView;
 class KvPushButton;
+class KvTUTKDeviceInfoView;
 class QLabel;
 
 namespace orvelle {
@@ -33,9 +34,10 @@ public:
     /// Places the tiles and shows those that have a camera.
     void layOut();
 
-    void showPage(orvelle::PreviewPage* page);
-    /// It lets go of its camera.
-    void hidePage(orvelle::PreviewPage* page);
+    /// A page with its camera over the tiles.
+    void showPage(QWidget* page);
+    /// It has let go of its camera.
+    void hidePage(QWidget* page);
 
     /// Shown from its first picture on, at a point of this widget.
     void showDragLabel(const QPixmap& pixmap, const QPoint& centre);
@@ -45,7 +47,7 @@ public:
     const std::vector<KvDevicePlayerView*>& tiles() const { return m_tiles; }
     /// `layout` is below kLayoutButtons.
     KvPushButton* layoutButton(int layout) const;
-    orvelle::PreviewPage* infoView() const { return m_infoView; }
+    KvTUTKDeviceInfoView* infoView() const { return m_infoView; }
     orvelle::PreviewPage* playbackView() const { return m_playbackView; }
 
 protected:
@@ -65,6 +67,6 @@ private:
     QLabel* m_title;
     std::array<KvPushButton*, kLayoutButtons> m_layoutButtons{};
     QLabel* m_dragLabel = nullptr;  ///< only while a tile is dragged
-    orvelle::PreviewPage* m_infoView;
+    KvTUTKDeviceInfoView* m_infoView;
     orvelle::PreviewPage* m_playbackView;
 };
