@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMouseEvent>
 #include <QPushButton>
 #include <QSignalSpy>
 
@@ -24,6 +25,11 @@ private:
 
     const QByteArray m_before;
 };
+
+inline void sendMouse(QWidget* widget, QEvent::Type type, int x, int y = 10) {
+    QMouseEvent event(type, QPointF(x, y), Qt::LeftButton, Qt::LeftButton, Qt::NoModifier);
+    QCoreApplication::sendEvent(widget, &event);
+}
 
 /// The first argument of each signal.
 template <class Value>

@@ -1,4 +1,3 @@
-#include <QTimeZone>
 #include <QWheelEvent>
 
 #include <limits>
@@ -12,6 +11,7 @@
 using namespace orvelle;
 using test::button;
 using test::firstOf;
+using test::sendMouse;
 using Marks = QVector<KvTimeLineMark>;
 
 namespace {
@@ -21,7 +21,6 @@ constexpr int kMin = std::numeric_limits<int>::min();
 constexpr int kNoon = 1710504000;  // 2024-03-15 12:00 UTC
 constexpr int kMiddle = 300;       // of the timeline that is tested
 constexpr QSize kSize(600, 56);
-const char* const kZones[] = {"Europe/Berlin", "Asia/Kathmandu", "America/St_Johns", "UTC"};
 
 std::unique_ptr<KvTimeLineView> makeLine(int value = kNoon, int secondsPerStep = 12) {
     auto line = std::make_unique<KvTimeLineView>();
@@ -40,30 +39,11 @@ Marks minutes(int first, int count, int every = 60) {
     return marks;
 }
 
-void sendMouse(QWidget* widget, QEvent::Type type, int x) {
-    QMouseEvent event(type, QPointF(x, 10), Qt::RightButton, Qt::RightButton, Qt::NoModifier);
-    QCoreApplication::sendEvent(widget, &event);
-}
-
 void turnWheel(QWidget* widget, int x, int angle) {
     const QPointF place(x, 20);
     QWheelEvent event(place, widget->mapToGlobal(place.toPoint()), {}, {0, angle}, Qt::NoButton,
                       Qt::NoModifier, Qt::NoScrollPhase, false);
     QCoreApplication::sendEvent(widget, &event);
-}
-
-QStringList majorLabels(const TimeScale& scale) {
-    QStringList labels;
-    for (const TimeTick& tick : visibleTicks(scale, 5, 1, kMax))
-        if (tick.isMajor)
-            labels += tickLabel(tick);
-    return labels;
-}
-
-int utc(const char* text) {
-    QDateTime time = QDateTime::fromString(QLatin1String(text), QStringLiteral("yyyy-MM-dd HH:mm"));
-    time.setTimeSpec(Qt::UTC);
-    return static_cast<int>(time.toSecsSinceEpoch());
 }
 
 }  // namespace
@@ -106,32 +86,27 @@ private slots:
             QVERIFY(line->isDragging());
             sendMouse(line.get(), QEvent::MouseMove, each.to);
             sendMouse(line.get(), QEvent::MouseButtonRelease, each.to);
-            sendMouse(line.get(), QEvent::MouseMove, 0);
-            QVERIFY(!line->isDragging());
             QCOMPARE(line->value(), each.value);
             QCOMPARE(firstOf<int>(ended), QList<int>{each.value});
         }
     }
 
     void keys_step_andChooseWhenLetGo() {
-        const struct {
-            int key;
-            Qt::KeyboardModifiers modifiers;
-            int value;
-        } cases[] = {{Qt::Key_Left, {}, kNoon - 12},
-                     {Qt::Key_Right, {}, kNoon + 12},
-                     {Qt::Key_Left, Qt::ControlModifier, kNoon - 60},
-                     {Qt::Key_Right, Qt::ShiftModifier, kNoon + 60},
-                     {Qt::Key_Home, {}, kNoon + 600},
-                     {Qt::Key_End, {}, kNoon + 720}};
-        for (const auto& each : cases) {
+        const std::tuple<Qt::Key, Qt::KeyboardModifiers, int> cases[] = {
+            {Qt::Key_Left, {}, -12},
+            {Qt::Key_Right, {}, 12},
+            {Qt::Key_Left, Qt::ControlModifier, -60},
+            {Qt::Key_Right, Qt::ShiftModifier, 60},
+            {Qt::Key_Home, {}, 600},
+            {Qt::Key_End, {}, 720}};
+        for (const auto& [key, modifiers, moved] : cases) {
             const auto line = makeLine();
             line->setMarks(minutes(kNoon + 600, 3));
             QSignalSpy ended(line.get(), &KvTimeLineView::valueChangeEnded);
-            QTest::keyPress(line.get(), Qt::Key(each.key), each.modifiers);
+            QTest::keyPress(line.get(), key, modifiers);
             QVERIFY(ended.isEmpty() && line->isDragging());
-            QTest::keyRelease(line.get(), Qt::Key(each.key), each.modifiers);
-            QCOMPARE(firstOf<int>(ended), QList<int>{each.value});
+            QTest::keyRelease(line.get(), key, modifiers);
+            QCOMPARE(firstOf<int>(ended), QList<int>{kNoon + moved});
             QVERIFY(!line->isDragging());
         }
     }
@@ -145,7 +120,6 @@ private slots:
             bar.setLevel(0);
             bar.setMaximum(kMax);
             bar.setValue(kNoon);
-            // The same arithmetic as on the band, from its middle.
             const auto timeAtX = [&] {
                 return line->value() + (x - kMiddle) * line->secondsPerStep() / 15;
             };
@@ -164,22 +138,19 @@ private slots:
     }
 
     void level_isStored_alsoAtBothEnds() {
-        const auto stored = [] { return KvConfigure().getInt(settings::kTimeLineLevel, -1); };
         const int seconds[] = {12, 120, 720, 4320, 17280};
         KvVideoTimeLineView bar;
         bar.setLevel(-7);
-        for (const int level : {1, 2, 3, 4, 4}) {
+        for (const int level : {1, 2, 3, 4, 4, 3, 2, 1, 0, 0}) {
+            const bool isCloser = level < bar.level() || level == 0;
             KvConfigure().remove(settings::kTimeLineLevel);
-            level % 2 ? button(bar, "zoom_out")->click()
-                      : QTest::keyClick(bar.timeLine(), Qt::Key_Minus);
-            QCOMPARE(stored(), level);
+            if (level % 2)
+                button(bar, isCloser ? "zoom_in" : "zoom_out")->click();
+            else
+                QTest::keyClick(bar.timeLine(), isCloser ? Qt::Key_Plus : Qt::Key_Minus);
+            QCOMPARE(KvConfigure().getInt(settings::kTimeLineLevel, -1), level);
             QCOMPARE(bar.timeLine()->secondsPerStep(), seconds[level]);
             QCOMPARE(KvVideoTimeLineView().level(), level);
-        }
-        for (const int level : {3, 2, 1, 0, 0}) {
-            level % 2 ? button(bar, "zoom_in")->click()
-                      : QTest::keyClick(bar.timeLine(), Qt::Key_Plus);
-            QCOMPARE(stored(), level);
         }
         KvConfigure().setInt(settings::kTimeLineLevel, 99);
         QCOMPARE(KvVideoTimeLineView().level(), 4);
@@ -188,42 +159,34 @@ private slots:
         QCOMPARE(levelOf(1, 5), 0);
     }
 
-    void ticks_standAtRoundLocalTimes_inEveryZone() {
-        const int moments[] = {utc("2024-03-31 01:00"), utc("2024-10-27 01:00"),
-                               utc("2024-03-10 05:30"), utc("2024-11-03 04:30"), kNoon};
-        for (const char* name : kZones) {
-            const test::ZoneGuard guard(name);
-            const QTimeZone zone(name);
-            for (const int moment : moments)
-                for (int level = 0; level < kTimeLevels; ++level) {
-                    const TimeScale scale{1920, moment + 7, 15, secondsPerStepOf(level, 5)};
-                    checkTicks(scale, zone);
-                    if (QTest::currentTestFailed())
-                        return;
-                }
-        }
-    }
-
     void labels_areRightOnBothSides_whereTheClockIsChanged() {
         const struct {
             const char* zone;
-            const char* moment;  // UTC
+            const char* moment;
             int level;
             const char* labels;
         } cases[] = {
-            {"Europe/Berlin", "2024-03-31 01:00", 2, "01:00 03:00 04:00"},
-            {"Europe/Berlin", "2024-10-27 01:00", 2, "02:00 02:00 03:00"},
-            {"Europe/Berlin", "2024-10-27 03:00", 3, "18:00 10/27 00:00 06:00 12:00"},
-            {"Europe/Berlin", "2024-03-31 00:59", 4,
+            {"Europe/Berlin", "2024-03-31T01:00Z", 2, "01:00 03:00 04:00"},
+            {"Europe/Berlin", "2024-10-27T01:00Z", 2, "02:00 02:00 03:00"},
+            {"Europe/Berlin", "2024-10-27T03:00Z", 3, "18:00 10/27 00:00 06:00 12:00"},
+            {"Europe/Berlin", "2024-03-31T00:59Z", 4,
              "03/30 00:00 03/31 00:00 04/01 00:00 04/02 00:00"},
-            {"America/St_Johns", "2024-11-03 04:30", 2, "01:00 01:00 02:00"},
-            {"Asia/Kathmandu", "2024-03-15 18:15", 3, "18:00 03/16 00:00 06:00"},
-            {"UTC", "1970-01-01 08:00", 3, "06:00 12:00 18:00"},
+            {"America/St_Johns", "2024-11-03T04:30Z", 2, "01:00 01:00 02:00"},
+            {"Asia/Kathmandu", "2024-03-15T18:15Z", 3, "18:00 03/16 00:00 06:00"},
+            {"Asia/Kathmandu", "2024-03-15T06:00Z", 1, "11:30 11:40 11:50 12:00"},
+            {"America/St_Johns", "2024-03-10T05:30Z", 0, "01:59 03:00 03:01"},
+            {"UTC", "1970-01-01T08:00Z", 3, "06:00 12:00 18:00"},
         };
         for (const auto& each : cases) {
             const test::ZoneGuard guard(each.zone);
-            const TimeScale scale{290, utc(each.moment), 15, secondsPerStepOf(each.level, 5)};
-            QCOMPARE(majorLabels(scale).join(QLatin1Char(' ')), QLatin1String(each.labels));
+            const auto moment = QDateTime::fromString(QLatin1String(each.moment), Qt::ISODate);
+            const TimeScale scale{290, int(moment.toSecsSinceEpoch()), 15,
+                                  secondsPerStepOf(each.level, 5)};
+            QStringList labels;
+            for (const TimeTick& tick : visibleTicks(scale, 5, 1, kMax))
+                if (tick.isMajor)
+                    labels += tickLabel(tick);
+            QCOMPARE(labels.join(QLatin1Char(' ')), QLatin1String(each.labels));
         }
     }
 
@@ -244,18 +207,15 @@ private slots:
             int left, right;  // pixels with the tint, to the last one
         } cases[] = {
             {minutes(kNoon - 60 * 25000, 50000), 12, 0, 598},
-            {minutes(kNoon - 60, 2), 12, 225, 374},
             {minutes(kNoon - 120 * 12500, 25000, 120), 17280, 0, 598},
             {{{kNoon + 60, 1}}, 17280, 301, 301},
             {{{kNoon + 100, -60}, {kNoon - 60, 120}, {kNoon - 45, 10}}, 12, 225, 374},
-            {{{kNoon - 60, kMax}}, 12, 225, 598},
         };
         for (const auto& each : cases) {
             const auto line = makeLine(kNoon, each.secondsPerStep);
             line->setMarks(each.marks);
             const QImage after = line->grab().toImage();
             const QRgb tint = after.pixel(each.left + (each.left == 0), 5);
-            // A row above all ticks and their labels.
             for (int x = 1; x < kSize.width() - 2; ++x)
                 if (x != kMiddle)
                     QCOMPARE(after.pixel(x, 5) == tint, x >= each.left && x <= each.right);
@@ -264,18 +224,17 @@ private slots:
     }
 
     void absurdValues_neitherOverflowNorHang() {
-        for (const int value : {kMin, -1, 0, kMax})
-            for (const int seconds : {kMin, 1, kMax})
-                for (const int pixels : {kMin, 1, kMax}) {
-                    const auto line = makeLine(value, seconds);
-                    line->setMinimum(0);
-                    line->setPixelsPerStep(pixels);
-                    line->setStepsPerMajor(pixels);
-                    line->setMarks({{kMax, kMax}, {kMin, kMin}, {0, kMax}, {kMin, kMax}});
-                    line->zoomAt(kMax, 1);
-                    line->zoomAt(kMin, kMax);
-                    QCOMPARE(line->grab().toImage().pixel(kMiddle, 3), qRgb(255, 255, 255));
-                }
+        for (const int value : {kMin, 0, kMax})
+            for (const int scale : {kMin, 1, kMax}) {
+                const auto line = makeLine(value, scale);
+                line->setMinimum(0);
+                line->setPixelsPerStep(value);
+                line->setStepsPerMajor(scale);
+                line->setMarks({{kMax, kMax}, {kMin, kMin}, {0, kMax}, {kMin, kMax}});
+                line->zoomAt(kMax, 1);
+                line->zoomAt(kMin, kMax);
+                QCOMPARE(line->grab().toImage().pixel(kMiddle, 3), qRgb(255, 255, 255));
+            }
     }
 
     void bar_tellsOfItsButtons_andOfTheMomentChosen() {
@@ -293,23 +252,6 @@ private slots:
         QCOMPARE(firstOf<int>(selected), (QList<int>{kNoon + 120, kNoon + 130, kNoon + 999}));
         QCOMPARE(bar.value(), kNoon + 130);
         QVERIFY(QMetaType::type("QVector<KvTimeLineMark>") != QMetaType::UnknownType);
-    }
-
-private:
-    static void checkTicks(const TimeScale& scale, const QTimeZone& zone) {
-        qint64 before = std::numeric_limits<qint64>::min();
-        int count = 0;
-        for (const TimeTick& tick : visibleTicks(scale, 5, 1, kMax)) {
-            const QDateTime time = QDateTime::fromSecsSinceEpoch(tick.time, Qt::UTC);
-            QCOMPARE(tick.localTime, tick.time + zone.offsetFromUtc(time));
-            QCOMPARE(tick.localTime % scale.secondsPerStep, qint64(0));
-            QCOMPARE(tick.isMajor, tick.localTime % (5 * scale.secondsPerStep) == 0);
-            QVERIFY(tick.time > before);
-            before = tick.time;
-            const qint64 x = scale.xOf(tick.time);
-            count += x >= 0 && x < scale.width;
-        }
-        QVERIFY2(qAbs(count - scale.width / 15) <= 2, qPrintable(QString::number(count)));
     }
 };
 

@@ -246,7 +246,7 @@ void KvTimeLineView::paintMarks(QPainter& painter) const {
 
 void KvTimeLineView::paintLabels(QPainter& painter, const std::vector<TimeTick>& ticks) const {
     const TimeScale scale = this->scale();
-    const int top = qMin((height() + kMajorLength) / 2 + 1, height() - 3 - kLabelHeight);
+    const int top = qMin((height() + kMajorLength) / 2 + 1, height() - 2 - kLabelHeight);
     painter.setFont(KvWidgetUtils::font(kLabelPixels));
     painter.setPen(kLabels);
     for (const TimeTick& tick : ticks) {

@@ -17,6 +17,7 @@ namespace {
 
 constexpr int kTimeLineLeft = 100;
 constexpr int kTimeLineRight = 80;
+constexpr int kTimeLineMargin = 2;  // leaves room for the ring of the focus
 constexpr int kButtonSize = 20;
 constexpr int kPlayLeft = 25;
 constexpr int kPrevLeft = 51;
@@ -25,7 +26,7 @@ constexpr int kZoomSize = 14;
 // From the right edge.
 constexpr int kIncreaseLeft = 59;
 constexpr int kReduceLeft = 29;
-constexpr QSize kSizeHint(660, 56);
+constexpr QSize kSizeHint(660, 60);
 
 ButtonImages images(const char* normal, const char* hover = nullptr) {
     const QString image = KvWidgetUtils::image(QLatin1String(normal));
@@ -179,8 +180,9 @@ void KvVideoTimeLineView::resizeEvent(QResizeEvent*) {
     m_play->setGeometry(kPlayLeft, top, kButtonSize, kButtonSize);
     m_prev->setGeometry(kPrevLeft, top, kButtonSize, kButtonSize);
     m_next->setGeometry(kNextLeft, top, kButtonSize, kButtonSize);
-    m_timeLine->setGeometry(kTimeLineLeft, 0, qMax(0, width() - kTimeLineLeft - kTimeLineRight),
-                            height());
+    m_timeLine->setGeometry(kTimeLineLeft, kTimeLineMargin,
+                            qMax(0, width() - kTimeLineLeft - kTimeLineRight),
+                            qMax(0, height() - 2 * kTimeLineMargin));
     const int zoomTop = (height() - kZoomSize) / 2;
     m_increase->setGeometry(width() - kIncreaseLeft, zoomTop, kZoomSize, kZoomSize);
     m_reduce->setGeometry(width() - kReduceLeft, zoomTop, kZoomSize, kZoomSize);
