@@ -6,6 +6,7 @@
 #include <QByteArray>
 
 #include <atomic>
+#include <functional>
 #include <mutex>
 #include <vector>
 
@@ -36,15 +37,19 @@ public:
         qputenv("ORVELLE_CAMERA_ADDRESSES", m_uid + "=127.0.0.1:" + QByteArray::number(m_port));
         return isUp;
     }
-    void stop() { m_server.reset(); }
+    void stop() {
+        if (m_server)
+            m_server->stop();
+    }
 
     /// To the client that connected last; false when the link refuses the frame.
-    bool send(uint16_t codecId, bool isKey, uint32_t timestampMs, std::vector<uint8_t> bytes) {
+    bool send(uint16_t codecId, bool isKey, uint32_t timestampMs, std::vector<uint8_t> bytes,
+              int channel = 0) {
         const LinkFrameInfo info{codecId, static_cast<uint8_t>(isKey), timestampMs};
         const auto frame = std::make_shared<std::vector<uint8_t>>(std::move(bytes));
         const bool isVideo = codecId < 0x86 || codecId > 0x8F;
-        return m_server && (isVideo ? m_server->sendVideo(m_client, 0, info, frame)
-                                    : m_server->sendAudio(m_client, 0, info, frame)) == 0;
+        return m_server && (isVideo ? m_server->sendVideo(m_client, channel, info, frame)
+                                    : m_server->sendAudio(m_client, channel, info, frame)) == 0;
     }
 
     /// The types of all commands that came, in order.
@@ -53,14 +58,27 @@ public:
         return m_commands;
     }
 
+    void answer(uint32_t type, const QByteArray& payload) {
+        m_server->sendControl(m_client, type, payload.constData(),
+                              static_cast<size_t>(payload.size()));
+    }
+    bool isChannelOpen(int channel) const { return m_server->isChannelOpen(m_client, channel); }
+
+    /// Told of each command, on the server's thread; before start().
+    std::function<void(uint32_t type, const QByteArray& payload)> onCommand;
+
     KvTUTKDevice device;
 
 private:
     void clientConnected(int clientId) override { m_client = clientId; }
     void clientDisconnected(int, bool) override {}
-    void controlReceived(int, uint32_t type, const uint8_t*, size_t) override {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        m_commands.push_back(type);
+    void controlReceived(int, uint32_t type, const uint8_t* data, size_t size) override {
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_commands.push_back(type);
+        }
+        if (onCommand)
+            onCommand(type, {reinterpret_cast<const char*>(data), static_cast<int>(size)});
     }
 
     static inline int s_count = 0;

@@ -1,0 +1,362 @@
+#include "event_log.h"
+#include "support/encoded_clip.h"
+#include "test_camera.h"
+
+#include "device/device_messages.h"
+#include "media/playback_time.h"
+#include "media/tutk_playback_input.h"
+#include "media/tutk_player.h"
+#include "render/video_view.h"
+#include "support/suites.h"
+
+#include <QtEndian>
+
+#include <ctime>
+
+using namespace orvelle;
+
+namespace {
+
+constexpr uint16_t kH264 = 0x4E;
+constexpr uint16_t kAlaw = 0x8A;
+constexpr int kChannel = 3;
+enum PlayCommand : uint32_t { kStop = 1, kEnd = 7, kStart = 16 };
+
+QByteArray words(const std::vector<uint32_t>& values) {
+    QByteArray bytes;
+    for (const uint32_t value : values) {
+        const uint32_t little = qToLittleEndian(value);
+        bytes.append(reinterpret_cast<const char*>(&little), sizeof little);
+    }
+    return bytes;
+}
+
+/// A camera that answers what a test lets it answer, and the events of who plays from it.
+struct PlaybackCamera : test::TestCamera {
+    QByteArray timeBase = words({12, 1, 480});
+    QByteArray startAnswer = words({kStart, kChannel});  ///< empty: none
+    QByteArray stopAnswer = words({kStop, 0});
+    std::atomic<int> starts{0}, stops{0};
+    QByteArray startRequest, stopRequest;  ///< the last ones; read after the counts
+
+    // Stopped while the commands can still be handled.
+    ~PlaybackCamera() override { stop(); }
+    bool connect() {
+        onCommand = [this](uint32_t type, const QByteArray& payload) { handle(type, payload); };
+        return start() && device.init() == 0;
+    }
+    void say(uint32_t command, uint32_t result = 0) { sayBytes(words({command, result})); }
+    void sayBytes(const QByteArray& bytes) {
+        if (!bytes.isEmpty())
+            answer(IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP, bytes);
+    }
+    bool picture(uint32_t timestampMs, bool isKey = true) {
+        return send(kH264, isKey, timestampMs, std::vector<uint8_t>(10, 1), kChannel);
+    }
+
+private:
+    void handle(uint32_t type, const QByteArray& payload) {
+        if (type == IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ && !timeBase.isEmpty())
+            answer(IOTYPE_USER_IPCAM_GET_TIMEZONE_RESP, timeBase);
+        if (type != IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL)
+            return;
+        const bool isStart = payload[4] == char(kStart);
+        (isStart ? startRequest : stopRequest) = payload;
+        sayBytes(isStart ? startAnswer : stopAnswer);
+        ++(isStart ? starts : stops);
+    }
+};
+
+struct Rig {
+    PlaybackCamera camera;
+    KvTUTKPlaybackInput input;
+    std::atomic<int> unusable{0}, lost{0};
+
+    bool open() {
+        input.setCallback(this, [](void* rig, int32_t event) {
+            auto& self = *static_cast<Rig*>(rig);
+            ++(event == KvBasePlayerInput::kLost ? self.lost : self.unusable);
+        });
+        input.setDevice(&camera.device);
+        input.setStartTime(
+            QDateTime(QDate(2026, 3, 1), QTime(10, 0, 7), Qt::OffsetFromUTC, 8 * 3600));
+        return camera.connect() && input.open() == 0;
+    }
+    bool isPlaying() {
+        return QTest::qWaitFor([this] { return camera.isChannelOpen(kChannel); });
+    }
+    QVector<double> takeTimes(int most) {
+        QVector<double> times;
+        KvBasePlayerInputPacket* packet = nullptr;
+        while (times.size() < most &&
+               QTest::qWaitFor([&] { return input.readVideoPacket(&packet) == 0; }, 2000)) {
+            times.append(packet->time());
+            input.releaseVideoPacket(packet);
+        }
+        return times;
+    }
+    bool ends() {
+        return QTest::qWaitFor([this] { return !input.isRunning(); }, 10'000);
+    }
+};
+
+}  // namespace
+
+class PlaybackInputTest : public QObject {
+    Q_OBJECT
+private slots:
+    void cleanup() {
+        qunsetenv("TZ");
+        tzset();
+    }
+
+    void recordingTime_isTheInstant_inEveryZone() {
+        const QDateTime ten(QDate(2026, 3, 1), QTime(10, 0));
+        const auto at = [&ten](int minutes) {
+            return QDateTime(ten.date(), ten.time(), Qt::OffsetFromUTC, minutes * 60);
+        };
+        QCOMPARE(recordingTime(at(480), 480).time(), QTime(2, 0));
+        QCOMPARE(recordingTime(at(-60), -60).time(), QTime(11, 0));
+        const struct {
+            const char* zone;
+            const char* local;  ///< on this computer
+            const char* utc;
+        } rows[] = {
+            {"Europe/Berlin", "2026-03-29T01:59:59", "2026-03-29T00:59:59"},
+            {"Europe/Berlin", "2026-03-29T03:00:00", "2026-03-29T01:00:00"},
+            {"Europe/Berlin", "2026-10-25T01:59:59", "2026-10-24T23:59:59"},
+            {"Europe/Berlin", "2026-10-25T03:00:00", "2026-10-25T02:00:00"},
+            {"Asia/Kathmandu", "2026-01-01T05:44:59", "2025-12-31T23:59:59"},
+            {"America/St_Johns", "2026-07-01T23:00:00", "2026-07-02T01:30:00"},
+            {"UTC", "2026-02-28T23:59:59", "2026-02-28T23:59:59"},
+        };
+        for (const auto& row : rows) {
+            qputenv("TZ", row.zone);
+            tzset();
+            const auto start = QDateTime::fromString(QLatin1String(row.local), Qt::ISODate);
+            for (const int32_t baseMinute : {0, 60, 345, -150, 840, INT32_MAX, INT32_MIN})
+                QCOMPARE(recordingTime(start, baseMinute)
+                             .toString(QStringLiteral("yyyy-MM-ddTHH:mm:ss")),
+                         QString::fromLatin1(row.utc));
+        }
+        // Both halves of the hour that Berlin has twice.
+        qputenv("TZ", "Europe/Berlin");
+        tzset();
+        for (const qint64 seconds : {1792888200, 1792891800})
+            QCOMPARE(recordingTime(QDateTime::fromSecsSinceEpoch(seconds), 345).time(),
+                     QDateTime::fromSecsSinceEpoch(seconds, Qt::UTC).time());
+    }
+
+    void soundGate_keepsSoundInStep() {
+        // Each step and how much sound has passed after it: pN picture queued, sN sound came (with
+        // their times), t picture taken, r picture refused, c cleared.
+        for (const char* steps :
+             {"s5=1 p1=1 p2=1 s1=1 s2=1 s9=1 t=2 t=4", "p4=0 p5=0 s4=0 s5=0 t=1 p6=1 t=2 s6=2 t=3",
+              "p1=0 s9=0 r=1 t=1 s1=2", "p1=0 s1=0 c=0 s2=1"}) {
+            OwningQueue<KvBasePlayerInputPacket> passed;
+            SoundGate gate(passed);
+            for (const QByteArray& step : QByteArray(steps).split(' ')) {
+                const double timeSec = step.mid(1, step.indexOf('=') - 1).toDouble();
+                if (step[0] == 'p')
+                    gate.pictureQueued(timeSec);
+                else if (step[0] == 's')
+                    gate.offer(KvBasePlayerInputPacket::copyOf("", 0, true, 0, 2, timeSec));
+                else
+                    step[0] == 't'   ? gate.pictureTaken()
+                    : step[0] == 'r' ? gate.pictureRefused()
+                                     : gate.clear();
+                QVERIFY2(passed.size() == step.mid(step.indexOf('=') + 1).toInt(), steps);
+            }
+        }
+    }
+
+    void pictures_areTimedByTheirCount_andSoundKeepsItsStamps() {
+        Rig rig;
+        std::vector<double> tapped;
+        rig.input.setPacketCallback(&tapped, [](void* times, KvBasePlayerInputPacket* packet) {
+            if (packet->mediaType() == KvBasePlayerInputPacket::kVideo)
+                static_cast<std::vector<double>*>(times)->push_back(packet->time());
+        });
+        QVERIFY(rig.open() && rig.isPlaying());
+        QCOMPARE(rig.camera.startRequest, QByteArray::fromHex("0100000010000000"
+                                                              "00000000"
+                                                              "ea07030107020007"
+                                                              "00000000"));
+        for (const uint32_t stampMs : {5000, 5500, 4000, 90000})
+            QVERIFY(rig.camera.picture(stampMs, stampMs == 5000));
+        QCOMPARE(rig.takeTimes(4), (QVector<double>{0.0, 1 / 15.0, 2 / 15.0, 3 / 15.0}));
+        for (uint32_t i = 0; i < 5; ++i)
+            QVERIFY(
+                rig.camera.send(kAlaw, false, 7000 + i, std::vector<uint8_t>(160, 1), kChannel));
+        KvBasePlayerInputPacket* sound = nullptr;
+        QVERIFY(QTest::qWaitFor([&] { return rig.input.readAudioPacket(&sound) == 0; }));
+        QCOMPARE(sound->time(), 7.0);
+        rig.input.releaseAudioPacket(sound);
+        rig.input.close();
+        QCOMPARE(tapped, (std::vector<double>{5.0, 5.5, 4.0, 90.0}));
+        QTRY_COMPARE(rig.camera.stops, 1);
+        QCOMPARE(rig.camera.stopRequest, words({0, kStop, 0, 0, 0, 0}));
+        QCOMPARE(rig.unusable + rig.lost, 0);
+        QVERIFY(rig.input.endReason() == PlaybackEnd::kNone);
+    }
+
+    void answersOfEarlierPlayback_areIgnored() {
+        Rig rig;
+        const QByteArray timeBase = std::exchange(rig.camera.timeBase, {});
+        rig.camera.startAnswer.clear();
+        QVERIFY(rig.open());
+        QTRY_COMPARE(rig.camera.commands().size(), 2u);
+        for (const uint32_t command : {kEnd, kStop, kStart})
+            rig.camera.say(command, 9);
+        rig.camera.answer(IOTYPE_USER_IPCAM_GET_TIMEZONE_RESP, timeBase);
+        QTRY_COMPARE(rig.camera.starts, 1);
+        for (const QByteArray& bytes : {words({kEnd, 0}), words({kStop, 0}), QByteArray("\7", 1)})
+            rig.camera.sayBytes(bytes);
+        rig.camera.say(kStart, kChannel);
+        QVERIFY(rig.isPlaying());
+        rig.camera.say(kStart, 9);
+        QVERIFY(rig.camera.picture(1));
+        QCOMPARE(rig.takeTimes(1), QVector<double>{0.0});
+        QVERIFY(rig.input.isRunning() && rig.camera.stops == 0 && rig.unusable == 0);
+    }
+
+    void refusal_isToldOnce() {
+        for (const QByteArray& answer :
+             {words({kStart, uint32_t(-1)}), words({kStart, 0x80000000u}), words({kStart}),
+              words({kStart, 0}), words({kStart, 32}), words({kStart, 256 + kChannel})}) {
+            Rig rig;
+            rig.camera.timeBase = words({12});  // cut short: counts as UTC
+            rig.camera.startAnswer = answer;
+            QVERIFY(rig.open() && rig.ends());
+            QCOMPARE(std::pair(rig.unusable.load(), rig.lost.load()), std::pair(1, 0));
+            QVERIFY(rig.input.endReason() == PlaybackEnd::kRefused);
+            QTRY_COMPARE(rig.camera.stops, 1);
+            QVERIFY(!rig.camera.isChannelOpen(kChannel) && rig.camera.device.isOnline());
+        }
+    }
+
+    void queuedPictures_outliveTheEnd() {
+        // The announcement may overtake pictures, and the camera may close the channel with it.
+        Rig rig;
+        for (const bool isStopAnswered : {true, false}) {
+            if (!isStopAnswered)
+                rig.camera.stopAnswer.clear();
+            QVERIFY(isStopAnswered ? rig.open() : rig.input.open() == 0);
+            QVERIFY(rig.isPlaying());
+            for (uint32_t i = 0; i < 20; ++i)
+                QVERIFY(rig.camera.picture(i));
+            rig.camera.say(kEnd);
+            QVERIFY(rig.camera.picture(20));
+            QVERIFY(rig.ends());
+            QCOMPARE(rig.takeTimes(22).size(), 21);
+            QVERIFY(rig.input.endReason() == PlaybackEnd::kFinished);
+            QCOMPARE(rig.unusable + rig.lost, 0);
+            rig.input.close();
+        }
+        QTRY_COMPARE(rig.camera.stops, 2);
+    }
+
+    void lostCamera_isToldOnce() {
+        for (const QByteArray stage : {"no session", "time base", "start", "playing"}) {
+            Rig rig;
+            if (stage == "time base")
+                rig.camera.timeBase.clear();
+            if (stage == "start")
+                rig.camera.startAnswer.clear();
+            QVERIFY(rig.open());
+            if (stage == "no session") {
+                rig.input.close();
+                rig.camera.device.uninit();
+                QCOMPARE(rig.input.open(), 0);
+            } else {
+                QTRY_VERIFY(rig.camera.commands().size() >= 2);
+                QVERIFY(stage != "playing" || (rig.isPlaying() && rig.camera.picture(1)));
+                rig.camera.stop();
+            }
+            QVERIFY(rig.ends());
+            QCOMPARE(rig.unusable + rig.lost, 1);
+            QVERIFY(rig.input.endReason() == PlaybackEnd::kLost);
+        }
+    }
+
+    void close_endsQuietly_atEveryStage() {
+        Rig rig;
+        QVERIFY(rig.open());
+        rig.input.close();
+        for (int stage = 0; stage < 12; ++stage) {
+            rig.camera.timeBase = stage == 0 ? QByteArray() : words({12, 1, 0});
+            rig.camera.startAnswer = stage == 1 ? QByteArray() : words({kStart, kChannel});
+            rig.camera.stopAnswer.clear();
+            const int starts = rig.camera.starts, stops = rig.camera.stops;
+            const size_t commands = rig.camera.commands().size();
+            QCOMPARE(rig.input.open(), 0);
+            QTRY_VERIFY(rig.camera.commands().size() > commands);
+            if (stage > 0)
+                QTRY_COMPARE(rig.camera.starts, starts + 1);
+            // From 2 on during the login, from 8 on while playing.
+            QVERIFY(stage < 8 || rig.isPlaying());
+            if (stage > 9)
+                rig.camera.say(kEnd);
+            if (stage > 10)
+                QTRY_COMPARE(rig.camera.stops, stops + 1);
+            rig.input.close();
+            QTRY_COMPARE(rig.camera.stops, stops + (stage > 0));
+            QTRY_VERIFY(!rig.camera.isChannelOpen(kChannel));
+        }
+        QCOMPARE(rig.unusable + rig.lost, 0);
+    }
+
+    void pausedQueue_isBounded_andLosesNothing() {
+        constexpr uint64_t kMost = KvTUTKPlaybackInput::kMostPictures;
+        Rig rig;
+        QVERIFY(rig.open() && rig.isPlaying());
+        const auto received = [&rig] { return rig.input.stats().videoFramesReceived.load(); };
+        for (uint32_t sent = 0; sent < kMost + 100; sent += 100) {
+            for (uint32_t i = sent; i < sent + 100; ++i)
+                QVERIFY(rig.camera.picture(i));
+            QTRY_VERIFY(received() >= std::min<uint64_t>(sent + 100, kMost));
+        }
+        QCOMPARE(received(), kMost);
+        QVERIFY(rig.takeTimes(5).last() == 4 / 15.0);
+        QTRY_COMPARE(received(), kMost + 5);
+        QCOMPARE(rig.input.stats().videoFramesDropped.load(), 0u);
+    }
+
+    void player_showsAll_thenTellsTheEnd() {
+        const std::vector<test::EncodedPicture> clip = test::encodeClip({});
+        QVERIFY(!clip.empty());
+        PlaybackCamera camera;
+        KvVideoView view;
+        KvTUTKPlayer player;
+        test::EventLog events(player);
+        player.setView(&view);
+        QCOMPARE(player.play(), -1);
+        player.setDevice(&camera.device);
+        player.setStartTime(QDateTime::currentDateTime());
+        QVERIFY(camera.connect());
+        for (const bool isLost : {false, true}) {
+            QCOMPARE(player.play(), 0);
+            QTRY_VERIFY(camera.isChannelOpen(kChannel));
+            for (uint32_t i = 0; i < clip.size(); ++i)
+                QVERIFY(camera.send(kH264, clip[i].isKey, i, clip[i].bytes, kChannel));
+            QTRY_VERIFY(events.count(KvBasePlayerFirstFrame) == 1);
+            // Nothing is skipped, and what was shown is not shown again.
+            player.pause();
+            QVERIFY(!player.isRunning());
+            isLost ? camera.stop() : camera.say(kEnd);
+            QTRY_VERIFY(player.endReason() != PlaybackEnd::kNone);
+            player.resume();
+            QTRY_COMPARE(events.count(KvBasePlayerVideoEnded), 1);
+            QCOMPARE(player.stats().picturesShown, uint64_t{clip.size()});
+            QCOMPARE(player.outputTime(), (clip.size() - 1) / 15.0);
+            QCOMPARE(events.count(KvBasePlayerOpenFailed), int{isLost});
+            QVERIFY(player.endReason() == (isLost ? PlaybackEnd::kLost : PlaybackEnd::kFinished));
+            player.shutdown();
+            (void)events.take();
+        }
+    }
+};
+
+static const test::RegisterSuite<PlaybackInputTest> kRegistered;
+
+#include "playback_input_test.moc"
