@@ -1,0 +1,225 @@
+#include "media/recording_file.h"
+
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <sys/resource.h>
+
+#include <csignal>
+
+#include "frames/input_packet.h"
+#include "frames/parameter_sets.h"
+#include "media/recording_movie.h"
+#include "recording_reader.h"
+#include "support/encoded_clip.h"
+#include "support/suites.h"
+#include "support/tone.h"
+
+using namespace orvelle;
+using namespace orvelle::test;
+
+namespace {
+
+using Packet = KvBasePlayerInputPacket;
+
+constexpr double kStepSec = 1.0 / 15;
+constexpr int kRate = 8000;
+
+/// A tone as one of the cameras' sound codecs, with the times of its packets.
+struct EncodedTone {
+    struct Sound {
+        std::vector<uint8_t> bytes;
+        double sec;
+    };
+    std::vector<Sound> packets;
+    StreamParameters parameters;
+
+    EncodedTone(const char* encoder, int packetCount) {
+        const AVCodec* codec = avcodec_find_encoder_by_name(encoder);
+        const CodecContextPtr context(avcodec_alloc_context3(codec));
+        for (const AVSampleFormat* format = codec->sample_fmts; *format >= 0; ++format) {
+            if (av_get_packed_sample_fmt(*format) == AV_SAMPLE_FMT_S16)
+                context->sample_fmt = *format;
+        }
+        context->sample_rate = kRate;
+        context->bit_rate = 32000;
+        context->time_base = {1, kRate};
+        av_channel_layout_default(&context->ch_layout, 1);
+        avcodec_open2(context.get(), codec, nullptr);
+        const PacketPtr packet(av_packet_alloc());
+        const int samples = context->frame_size > 0 ? context->frame_size : 320;
+        for (int i = 0; i < packetCount; ++i) {
+            const FramePtr frame =
+                toneFrame(context->sample_fmt, kRate, 1, int64_t{i} * samples, samples);
+            frame->pts = int64_t{i} * samples;
+            avcodec_send_frame(context.get(), frame.get());
+            while (avcodec_receive_packet(context.get(), packet.get()) == 0) {
+                packets.push_back({{packet->data, packet->data + packet->size},
+                                   static_cast<double>(packet->pts) / kRate});
+                av_packet_unref(packet.get());
+            }
+        }
+        parameters.codec.reset(avcodec_parameters_alloc());
+        avcodec_parameters_from_context(parameters.codec.get(), context.get());
+    }
+};
+
+/// A recording without a recorder: a picture every 1/15 s, a key picture every five.
+struct Take {
+    const QTemporaryDir dir;
+    const std::vector<EncodedPicture> clip = encodeClip({});
+    RecordingFile file;
+    int pictures = 0;
+
+    int create(const char* format, const StreamParameters& sound = {}) {
+        const std::vector<uint8_t>& key = clip[0].bytes;
+        StreamParameters video;
+        video.codec.reset(avcodec_parameters_alloc());
+        video.codec->codec_type = AVMEDIA_TYPE_VIDEO;
+        video.codec->codec_id = AV_CODEC_ID_H264;
+        video.codec->width = 64;
+        video.codec->height = 48;
+        setExtradata(*video.codec, parameterSets(AV_CODEC_ID_H264, key.data(), key.size()));
+        return file.create(dir.filePath(QStringLiteral("take")), QLatin1String(format), video,
+                           sound, nullptr);
+    }
+    int picture(size_t bytes = 0) {
+        std::vector<uint8_t> data = clip[static_cast<size_t>(pictures) % clip.size()].bytes;
+        data.resize(std::max(data.size(), bytes), 0x80);
+        const auto packet = Packet::copyOf(data.data(), int(data.size()), pictures % 5 == 0,
+                                           AV_CODEC_ID_H264, Packet::kVideo, pictures * kStepSec);
+        ++pictures;
+        return file.writeVideo(*packet);
+    }
+    int sound(const EncodedTone::Sound& sound, int codec) {
+        const auto packet = Packet::copyOf(sound.bytes.data(), int(sound.bytes.size()), true, codec,
+                                           Packet::kAudio, sound.sec);
+        return file.writeSound(*packet);
+    }
+};
+
+/// Lets files of this process grow to that size and no further.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(qint64 bytes) {
+        std::signal(SIGXFSZ, SIG_IGN);
+        getrlimit(RLIMIT_FSIZE, &m_former);
+        const rlimit limit{static_cast<rlim_t>(bytes), m_former.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &m_former); }
+
+private:
+    rlimit m_former{};
+};
+
+class RecordingFileTest : public QObject {
+    Q_OBJECT
+private slots:
+    void sound_isHeardAgain_whateverItsCodec_data() {
+        QTest::addColumn<QByteArray>("encoder");
+        QTest::addColumn<QByteArray>("format");
+        QTest::addColumn<int>("codecInFile");
+        for (const char* encoder :
+             {"pcm_alaw", "pcm_mulaw", "adpcm_ima_qt", "g726", "libmp3lame", "libspeex"})
+            QTest::newRow(encoder)
+                << QByteArray(encoder) << QByteArray("mp4") << int(AV_CODEC_ID_AAC);
+        QTest::newRow("MOV") << QByteArray("pcm_alaw") << QByteArray("mov") << int(AV_CODEC_ID_AAC);
+        QTest::newRow("Matroska") << QByteArray("libmp3lame") << QByteArray("matroska")
+                                  << int(AV_CODEC_ID_MP3);
+    }
+
+    void sound_isHeardAgain_whateverItsCodec() {
+        QFETCH(const QByteArray, encoder);
+        QFETCH(const QByteArray, format);
+        QFETCH(const int, codecInFile);
+        const EncodedTone tone(encoder.constData(), 400);
+        const int codec = tone.parameters.codec->codec_id;
+        Take take;
+        QCOMPARE(take.create(format.constData(), tone.parameters), 0);
+        const double lastSec = std::min(tone.packets.back().sec, 5.0);
+        for (const EncodedTone::Sound& sound : tone.packets) {
+            while (take.pictures * kStepSec <= std::min(sound.sec, lastSec))
+                QCOMPARE(take.picture(), 0);
+            if (sound.sec <= lastSec)
+                QCOMPARE(take.sound(sound, codec), 0);
+        }
+        const QString path = take.file.path();
+        QCOMPARE(take.file.close(), 0);
+        RecordingReader reader(path);
+        QVERIFY(reader.isOpen());
+        QCOMPARE(int(reader.codec(1).codec_id), codecInFile);
+        const std::vector<int16_t> samples = reader.decodeSound();
+        QVERIFY(samples.size() > 1000 && toneShareOf(samples) > 0.8);
+        // The packets end together, as the camera stamped them.
+        QVERIFY(std::abs(reader.endSec(1) - reader.endSec(0)) < 0.2);
+    }
+
+    void close_leavesAPlayableFile_whenNoRoomIsLeft_data() {
+        QTest::addColumn<int>("room");
+        QTest::addColumn<QByteArray>("boxes");
+        QTest::addColumn<int>("pictures");
+        // Fragments of five pictures; the first picture is not written. The last fragment needs
+        // some 40 KB, the tables less than 4.
+        const QByteArray open("ftyp moov moof mdat moof mdat moof mdat");
+        QTest::newRow("none") << 0 << open << 14;
+        QTest::newRow("for the tables") << 4096 << QByteArray("ftyp mdat moov") << 10;
+        QTest::newRow("for everything") << 100000 << QByteArray("ftyp mdat moov") << 15;
+    }
+
+    void close_leavesAPlayableFile_whenNoRoomIsLeft() {
+        QFETCH(const int, room);
+        QFETCH(const QByteArray, boxes);
+        QFETCH(const int, pictures);
+        Take take;
+        QCOMPARE(take.create("mp4"), 0);
+        // The 17th picture ends the third fragment, since one picture waits for the next.
+        while (take.pictures < 17)
+            QCOMPARE(take.picture(), 0);
+        while (take.pictures < 20)
+            QCOMPARE(take.picture(10000), 0);
+        const QString path = take.file.path();
+        const FileSizeLimit limit(QFileInfo(path).size() + room);
+        QCOMPARE(take.file.close() == 0, room == 100000);
+        QCOMPARE(boxesOf(path), boxes);
+        const RecordingReader reader(path);
+        QCOMPARE(reader.packets(0), pictures);
+    }
+
+    void index_readsOrRefuses_whateverTheBytes() {
+        Take take;
+        const EncodedTone tone("pcm_alaw", 50);
+        QCOMPARE(take.create("mp4", tone.parameters), 0);
+        for (int i = 0; i < 30; ++i)
+            QVERIFY(take.picture() == 0 && take.sound(tone.packets[size_t(i)], 65543) == 0);
+        QFile written(take.file.path());
+        QVERIFY(written.open(QIODevice::ReadOnly));
+        const QByteArray fragments = written.readAll();
+        uint32_t random = 1;
+        int refused = 0;
+        for (int round = 0; round < 3000; ++round) {
+            QByteArray damaged = fragments;
+            for (int change = 0; change <= round % 3; ++change) {
+                random = random * 1664525 + 1013904223;
+                const int at = int(random >> 8) % damaged.size();
+                damaged[at] = char(round % 2 ? 0xFF : damaged[at] ^ (1 << (random & 7)));
+            }
+            RecordingIndex index;
+            const auto* bytes = reinterpret_cast<const uint8_t*>(damaged.constData());
+            const int half = int(random >> 4) % damaged.size();
+            const bool isRead = index.append(bytes, size_t(half)) == 0 &&
+                                index.append(bytes + half, size_t(damaged.size() - half)) == 0;
+            refused += isRead ? 0 : 1;
+            if (isRead)
+                QVERIFY(finishedMovie(index.movie(), index.tracks()).size() <
+                        size_t(fragments.size()));
+        }
+        QVERIFY(refused > 100 && refused < 3000);
+    }
+};
+
+}  // namespace
+
+static const orvelle::test::RegisterSuite<RecordingFileTest> kRegistered;
+
+#include "recording_file_test.moc"

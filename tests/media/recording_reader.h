@@ -1,0 +1,113 @@
+#pragma once
+
+#include <QFile>
+#include <QString>
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "frames/ffmpeg_io_ptr.h"
+#include "support/tone.h"
+
+namespace orvelle::test {
+
+/// A media file opened again and read to its end.
+class RecordingReader {
+public:
+    enum Edits { kKeepEdits, kIgnoreEdits };
+
+    explicit RecordingReader(const QString& path, Edits edits = kKeepEdits) {
+        AVDictionary* options = nullptr;
+        if (edits == kIgnoreEdits)
+            av_dict_set(&options, "ignore_editlist", "1", 0);
+        AVFormatContext* opened = nullptr;
+        avformat_open_input(&opened, path.toUtf8().constData(), nullptr, &options);
+        av_dict_free(&options);
+        m_format.reset(opened);
+        if (m_format)
+            avformat_find_stream_info(opened, nullptr);
+        while (m_format && readPacket()) {
+        }
+    }
+    bool isOpen() const { return m_format != nullptr; }
+    unsigned streams() const { return m_format->nb_streams; }
+    const AVCodecParameters& codec(unsigned i) const { return *m_format->streams[i]->codecpar; }
+    double durationSec() const { return static_cast<double>(m_format->duration) / 1e6; }
+    int packets(size_t stream) const { return static_cast<int>(m_packets.at(stream).size()); }
+    const AVPacket& first(size_t stream) const { return *m_packets.at(stream).front(); }
+    double lastSec(size_t stream) const { return sec(stream, m_packets.at(stream).back()->pts); }
+    double endSec(size_t stream) const {
+        const AVPacket& last = *m_packets.at(stream).back();
+        return sec(stream, last.pts + last.duration);
+    }
+
+    /// The first channel of the second stream.
+    std::vector<int16_t> decodeSound() const {
+        std::vector<int16_t> samples;
+        const AVCodec* decoder = avcodec_find_decoder(codec(1).codec_id);
+        const CodecContextPtr context(avcodec_alloc_context3(decoder));
+        avcodec_parameters_to_context(context.get(), &codec(1));
+        avcodec_open2(context.get(), decoder, nullptr);
+        const FramePtr frame(av_frame_alloc());
+        for (const PacketPtr& packet : m_packets[1]) {
+            avcodec_send_packet(context.get(), packet.get());
+            while (avcodec_receive_frame(context.get(), frame.get()) == 0)
+                append(*frame, samples);
+        }
+        return samples;
+    }
+
+private:
+    bool readPacket() {
+        PacketPtr packet(av_packet_alloc());
+        if (av_read_frame(m_format.get(), packet.get()) < 0)
+            return false;
+        m_packets.at(static_cast<size_t>(packet->stream_index)).push_back(std::move(packet));
+        return true;
+    }
+    double sec(size_t stream, int64_t ticks) const {
+        return static_cast<double>(ticks) * av_q2d(m_format->streams[stream]->time_base);
+    }
+    static void append(const AVFrame& frame, std::vector<int16_t>& samples) {
+        for (int i = 0; i < frame.nb_samples; ++i) {
+            const bool isFloat = frame.format == AV_SAMPLE_FMT_FLTP;
+            const auto* floats = reinterpret_cast<const float*>(frame.data[0]);
+            const auto* integers = reinterpret_cast<const int16_t*>(frame.data[0]);
+            samples.push_back(isFloat
+                                  ? static_cast<int16_t>(std::clamp(floats[i], -1.0F, 1.0F) * 32767)
+                                  : integers[i]);
+        }
+    }
+
+    InputFormatPtr m_format;
+    std::array<std::vector<PacketPtr>, 2> m_packets;
+};
+
+/// The share of the tone in mono samples of 8 kHz, without the encoder's first moments.
+inline double toneShareOf(const std::vector<int16_t>& samples) {
+    std::vector<int16_t> stereo;
+    for (size_t i = std::min<size_t>(samples.size(), 2048); i < samples.size(); ++i)
+        stereo.insert(stereo.end(), 2, samples[i]);
+    return toneShare(stereo.data(), static_cast<int>(stereo.size() / 2), 8000);
+}
+
+/// The types of a file's outermost boxes.
+inline QByteArray boxesOf(const QString& path) {
+    QFile file(path);
+    QByteArray types;
+    for (qint64 at = 0; file.isOpen() || file.open(QIODevice::ReadOnly);) {
+        const QByteArray header = file.seek(at) ? file.read(16) : QByteArray();
+        if (header.size() < 8)
+            break;
+        qint64 size = 0;
+        const bool isLong = header.startsWith(QByteArray("\0\0\0\1", 4));
+        for (int i = isLong ? 8 : 0; i < (isLong ? 16 : 4) && i < header.size(); ++i)
+            size = size << 8 | uint8_t(header[i]);
+        types += (types.isEmpty() ? "" : " ") + header.mid(4, 4);
+        at += std::max<qint64>(size, 8);
+    }
+    return types;
+}
+
+}  // namespace orvelle::test
