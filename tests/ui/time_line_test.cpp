@@ -156,7 +156,6 @@ private slots:
         QCOMPARE(KvVideoTimeLineView().level(), 4);
         KvConfigure().remove(settings::kTimeLineLevel);
         QCOMPARE(levelOf(719, 5), 1);
-        QCOMPARE(levelOf(1, 5), 0);
     }
 
     void labels_areRightOnBothSides_whereTheClockIsChanged() {
@@ -216,6 +215,7 @@ private slots:
             line->setMarks(each.marks);
             const QImage after = line->grab().toImage();
             const QRgb tint = after.pixel(each.left + (each.left == 0), 5);
+            QVERIFY(qBlue(tint) > 100);
             for (int x = 1; x < kSize.width() - 2; ++x)
                 if (x != kMiddle)
                     QCOMPARE(after.pixel(x, 5) == tint, x >= each.left && x <= each.right);
