@@ -37,7 +37,7 @@ bool holdsPicture(const QString& path) {
     if (!QFileInfo(path).isFile() || !reader.open(path).isEmpty())
         return false;
     auto frame = reader.next();
-    while (frame && !frame->isKey)
+    while (frame && !(frame->medium == Medium::kVideo && frame->isKey))
         frame = reader.next();
     return frame.has_value();
 }

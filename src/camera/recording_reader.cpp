@@ -105,7 +105,7 @@ std::optional<EncodedFrame> RecordingReader::frameOf(AVPacket* packet) {
     EncodedFrame frame;
     frame.medium = isVideo ? Medium::kVideo : Medium::kAudio;
     frame.codecId = static_cast<uint16_t>(cameraIdOfCodec(stream.codecpar->codec_id));
-    frame.isKey = isVideo && (packet->flags & AV_PKT_FLAG_KEY);
+    frame.isKey = packet->flags & AV_PKT_FLAG_KEY;
     frame.timeUs = av_rescale_q(packet->pts, stream.time_base, kMicroseconds);
     if (isVideo && (av_bsf_send_packet(m_filter.get(), packet) < 0 ||
                     av_bsf_receive_packet(m_filter.get(), packet) < 0))

@@ -122,7 +122,7 @@ bool RecordingWriter::write(const EncodedFrame& frame, int64_t timeMs) {
     lastMs = std::max(lastMs, timeMs);
     AVStream* stream = m_format->streams[isVideo ? 0 : 1];
     m_packet->stream_index = stream->index;
-    m_packet->flags = frame.isKey || !isVideo ? AV_PKT_FLAG_KEY : 0;
+    m_packet->flags = frame.isKey ? AV_PKT_FLAG_KEY : 0;
     m_packet->pts = m_packet->dts = av_rescale_q(lastMs, kMilliseconds, stream->time_base);
     m_result = av_write_frame(m_format.get(), m_packet.get());
     av_packet_unref(m_packet.get());

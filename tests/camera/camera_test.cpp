@@ -1,113 +1,20 @@
-#include "camera/camera.h"
+#include "camera/camera_house.h"
 
 #include <QTemporaryDir>
 
-#include "camera/demo_feed.h"
-#include "camera/media_kit.h"
 #include "camera/source_feed.h"
-#include "frames/frame_info.h"
-#include "link/av.h"
-#include "link/client/link_client.h"
-#include "link/io_types.h"
-#include "link/iotc.h"
-#include "link/limits.h"
-#include "support/suites.h"
 
 using namespace orvelle;
-
-namespace {
-
-constexpr int kTimeoutMs = 20000;
-constexpr char kPassword[] = "a camera's password";
-
-/// A client over the real link that keeps all frames. One thread.
-class Client {
-public:
-    explicit Client(const Camera& camera) : m_sid(IOTC_Get_SessionID()) {
-        const std::string uid = camera.profile().uid.toStdString();
-        const std::string address = uid + "=127.0.0.1:" + std::to_string(camera.port());
-        qputenv("ORVELLE_CAMERA_ADDRESSES", QByteArray::fromStdString(address));
-        uint32_t service = 0;
-        int resend = 0;
-        if (IOTC_Connect_ByUID_Parallel(uid.c_str(), m_sid) >= 0)
-            m_av = avClientStart2(m_sid, "admin", kPassword, 5, &service, 0, &resend);
-    }
-    ~Client() { IOTC_Session_Close(m_sid); }
-
-    bool send(uint32_t type, const QByteArray& payload = QByteArray(8, '\0')) {
-        return avSendIOCtrl(m_av, type, payload.constData(), payload.size()) >= 0;
-    }
-    QByteArray receiveControl(uint32_t wanted) {
-        char buffer[kMaxControlBytes];
-        uint32_t type = 0;
-        const int size = avRecvIOCtrl(m_av, &type, buffer, sizeof buffer, kTimeoutMs);
-        return size >= 0 && type == wanted ? QByteArray(buffer, size) : QByteArray();
-    }
-    std::vector<EncodedFrame> frames(Medium medium) {
-        std::vector<char> buffer(kMaxVideoFrameBytes);
-        int size = 0, unused = 0;
-        uint32_t number = 0;
-        char info[FrameInfo::kBytes];
-        while ((size = avRecvFrameData2(m_av, buffer.data(), int(buffer.size()), &unused, &unused,
-                                        info, sizeof info, &unused, &number)) > 0)
-            keep(Medium::kVideo, buffer.data(), size, info);
-        while ((size = avRecvAudioData(m_av, buffer.data(), kMaxAudioFrameBytes, info, sizeof info,
-                                       &number)) > 0)
-            keep(Medium::kAudio, buffer.data(), size, info);
-        return m_frames.frames(medium);
-    }
-    size_t count(Medium medium) { return frames(medium).size(); }
-
-private:
-    void keep(Medium medium, const char* data, int size, const char* info) {
-        const auto header = decodeFrameInfo(info, FrameInfo::kBytes);
-        m_frames.frameReady({medium, header->codecId, header->isKey(),
-                             int64_t{header->timestampMs} * 1000,
-                             std::make_shared<std::vector<uint8_t>>(data, data + size)});
-    }
-
-    const int m_sid;
-    int m_av = -1;
-    test::FrameCollector m_frames;
-};
-
-/// A turning camera on loopback with its feed.
-struct House {
-    explicit House(std::unique_ptr<Feed> lens) : feed(std::move(lens)) {
-        QVERIFY2(feed->open().isEmpty(), "the feed does not open");
-        CameraProfile profile;
-        profile.uid = QStringLiteral("CAMERATEST%1").arg(++s_count);
-        profile.deviceType = 1;
-        camera = std::make_unique<Camera>(profile, CameraAddress{kPassword, "127.0.0.1", 0, 0},
-                                          feed.get(), &panTilt);
-        feed->start();
-        QCOMPARE(camera->start(), 0);
-    }
-    ~House() { feed->stop(); }
-
-    static inline int s_count = 0;
-    std::unique_ptr<Feed> feed;
-    PanTilt panTilt;
-    std::unique_ptr<Camera> camera;
-};
-
-std::unique_ptr<Feed> demo(AVCodecID video = AV_CODEC_ID_H264, AVCodecID audio = AV_CODEC_ID_AAC) {
-    DemoFeedConfig config = test::smallDemo();
-    config.videoCodec = video;
-    config.audioCodec = audio;
-    return std::make_unique<DemoFeed>(config, nullptr);
-}
-
-}  // namespace
+using test::Client;
+using test::demo;
+using test::House;
+using test::kTimeoutMs;
 
 class CameraTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() {
-        IOTC_Initialize2(0);
-        avInitialize(kMaxLinkChannels);
-    }
+    void initTestCase() { test::startTransport(); }
     void cleanupTestCase() { LinkClient::instance().shutDown(); }
 
     void client_receivesH264AndAac() { receive(demo(AV_CODEC_ID_H264, AV_CODEC_ID_AAC)); }

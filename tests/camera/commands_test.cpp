@@ -1,5 +1,6 @@
 #include "camera/camera_commands.h"
 
+#include "camera/media_kit.h"
 #include "support/suites.h"
 
 namespace {
@@ -50,12 +51,6 @@ QByteArray text(const QByteArray& value, int size) {
 QByteArray info(const char* version) {
     return text("OC-PT1", 16) + text("Orvelle", 16) + QByteArray::fromHex(version) + zeros(4) +
            QByteArray::fromHex("007d00001e000000") + zeros(8);
-}
-
-int s_warnings = 0;
-
-void countWarnings(QtMsgType type, const QMessageLogContext&, const QString&) {
-    s_warnings += type == QtWarningMsg;
 }
 
 }  // namespace
@@ -142,17 +137,15 @@ private slots:
         const CameraProfile profile;
         CameraCommands commands(profile, &recorder);
         const uint8_t bytes[8] = {3};
-        const QtMessageHandler former = qInstallMessageHandler(countWarnings);
+        const orvelle::test::WarningCount warnings;
         for (int i = 0; i < 3; ++i) {
             commands.handle(7, 0x7777, nullptr, 0);
             commands.handle(7, 0x1001, bytes, 7);
         }
-        const int warnings = s_warnings;
+        QCOMPARE(warnings.value(), 2);
         for (uint32_t type = 0x8000; type < 0x9000; ++type)
             commands.handle(7, type, bytes, 8);
-        qInstallMessageHandler(former);
-        QCOMPARE(warnings, 2);
-        QVERIFY(s_warnings <= 64);
+        QVERIFY(warnings.value() <= 64);
         QCOMPARE(recorder.notes, QByteArray());
     }
 };

@@ -4,9 +4,11 @@
 #include <QTemporaryDir>
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 
 #include "camera/clip_writer.h"
+#include "camera/painter.h"
 #include "frames/camera_codecs.h"
 #include "frames/parameter_sets.h"
 #include "frames/picture_clock.h"
@@ -80,6 +82,50 @@ inline std::string faultOf(const std::vector<EncodedFrame>& frames) {
         lastUs = frame.timeUs;
     }
     return {};
+}
+
+/// Counts warnings while it exists.
+class WarningCount {
+public:
+    WarningCount() : m_former(qInstallMessageHandler(&WarningCount::count)) { s_count = 0; }
+    ~WarningCount() { qInstallMessageHandler(m_former); }
+    WarningCount(const WarningCount&) = delete;
+    WarningCount& operator=(const WarningCount&) = delete;
+    int value() const { return s_count; }
+
+private:
+    static void count(QtMsgType type, const QMessageLogContext&, const QString&) {
+        s_count += type == QtWarningMsg;
+    }
+
+    static inline std::atomic<int> s_count{0};
+    const QtMessageHandler m_former;
+};
+
+/// The demo scene and tone as a camera sends them, in order of time from 0 on, as fast as they
+/// can be made: five pictures a second, a key frame every ten. The clock is the frame's time.
+inline std::vector<EncodedFrame> quickStream(int seconds, AVCodecID video = AV_CODEC_ID_H264,
+                                             AVCodecID audio = AV_CODEC_ID_NONE) {
+    const FeedFormat format{128, 80, 5, 100'000};
+    const DemoScene scene(format.width, format.height, 0, {});
+    const FramePtr picture = makePicture(format.width, format.height);
+    std::vector<EncodedFrame> frames;
+    VideoEncoder videoEncoder;
+    AudioEncoder audioEncoder;
+    videoEncoder.open(video, format);
+    if (audio != AV_CODEC_ID_NONE)
+        audioEncoder.open(audio);
+    const std::vector<float> samples(
+        size_t(audioEncoder.isOpen() ? audioEncoder.sampleRate() : 0) / 5, 0.25F);
+    for (int64_t timeUs = 0; timeUs < seconds * 1'000'000; timeUs += 200'000) {
+        av_frame_make_writable(picture.get());
+        scene.draw(picture.get(), {timeUs, timeUs, uint64_t(timeUs)}, {});
+        frames.push_back(*videoEncoder.encode(picture.get(), timeUs, false));
+        if (audioEncoder.isOpen())
+            audioEncoder.encode(samples.data(), int(samples.size()), timeUs,
+                                [&](const EncodedFrame& frame) { frames.push_back(frame); });
+    }
+    return frames;
 }
 
 inline DemoFeedConfig smallDemo() {
