@@ -291,11 +291,3 @@ void KvSDCardPlaybackView::onConnectionChanged(bool isOnline) {
     m_ui->setStateText({});
     requestCardInfo(m_recordings.isEmpty() ? InfoRequest::kOpening : InfoRequest::kCheck);
 }
-
-bool KvSDCardPlaybackView::isFullscreen() const {
-    return m_ui->button(UI::kFullscreen)->state() != 0;
-}
-
-void KvSDCardPlaybackView::exitsFullscreen() {
-    setFullscreen(false);
-}

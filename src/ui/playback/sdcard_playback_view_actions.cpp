@@ -1,6 +1,3 @@
-#include <QApplication>
-#include <QHoverEvent>
-#include <QKeyEvent>
 #include <QPointer>
 #include <QtDebug>
 
@@ -10,14 +7,11 @@
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/playback/calendar_dialog.h"
 #include "ui/playback/sdcard_playback_view.h"
-#include "ui/playback/time_line_view.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/preview/media_folder.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
-#include "ui/widgets/widget_utils.h"
 
-using orvelle::textKey;
 using UI = KvSDCardPlaybackViewUI;
 
 int KvSDCardPlaybackView::startPlayer(const QDateTime& start) {
@@ -220,86 +214,4 @@ void KvSDCardPlaybackView::_onClickVolume(bool) {
 
 void KvSDCardPlaybackView::applyVolume() {
     m_player->setVolume(m_ui->button(UI::kSound)->state() != 0 ? 0.0 : 1.0);
-}
-
-void KvSDCardPlaybackView::_onClickFull(bool) {
-    const bool wasFullscreen = window()->isFullScreen();
-    setFullscreen(!wasFullscreen);
-    emit requestFullscreen(!wasFullscreen);
-}
-
-void KvSDCardPlaybackView::_onDoubleClickVideoView() {
-    _onClickFull(false);
-}
-
-void KvSDCardPlaybackView::setFullscreen(bool fullscreen) {
-    KvPushButton* button = m_ui->button(UI::kFullscreen);
-    button->setState(fullscreen ? 1 : 0);
-    KvWidgetUtils::setToolTip(button, fullscreen ? textKey("minimized") : textKey("maximized"));
-    m_ui->setOverlaid(fullscreen);
-    wakeBars();
-}
-
-void KvSDCardPlaybackView::wakeBars() {
-    m_ui->setBarsVisible(true);
-    if (m_ui->isOverlaid())
-        m_barsTimer.start();
-}
-
-void KvSDCardPlaybackView::hideBars() {
-    // The timeline keeps the focus of a click; its keys reach it from here as well.
-    if (m_ui->timeLine()->timeLine()->hasFocus())
-        setFocus(Qt::OtherFocusReason);
-    if (m_ui->hasFocusInBars() || QApplication::mouseButtons() != Qt::NoButton)
-        wakeBars();
-    else
-        m_ui->setBarsVisible(false);
-}
-
-bool KvSDCardPlaybackView::event(QEvent* event) {
-    if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
-        wakeBars();
-    if (event->type() == QEvent::FocusIn) {
-        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
-        // The bars' buttons come next, and what is hidden gets no focus.
-        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason)
-            wakeBars();
-    }
-    return QWidget::event(event);
-}
-
-void KvSDCardPlaybackView::resizeEvent(QResizeEvent*) {
-    m_ui->setGeometry(rect());
-}
-
-void KvSDCardPlaybackView::keyPressEvent(QKeyEvent* event) {
-    KvVideoTimeLineView* timeLine = m_ui->timeLine();
-    if (event->key() == Qt::Key_Escape && window()->isFullScreen()) {
-        _onClickFull(false);
-    } else if (event->key() == Qt::Key_Space && m_device && !m_ui->isNoCardShown()) {
-        if (event->isAutoRepeat())
-            return;
-        wakeBars();
-        timeLine->setPlayChecked(!timeLine->isPlayChecked());
-        _onClickPlay(timeLine->isPlayChecked());
-    } else if (!passToTimeLine(event)) {
-        QWidget::keyPressEvent(event);
-    }
-}
-
-void KvSDCardPlaybackView::keyReleaseEvent(QKeyEvent* event) {
-    if (!passToTimeLine(event))
-        QWidget::keyReleaseEvent(event);
-}
-
-/// A key that the timeline does not want comes back here, as to its parent.
-bool KvSDCardPlaybackView::passToTimeLine(QKeyEvent* event) {
-    if (m_isPassingKey || !m_device || m_ui->isNoCardShown())
-        return false;
-    m_isPassingKey = true;
-    QCoreApplication::sendEvent(m_ui->timeLine()->timeLine(), event);
-    m_isPassingKey = false;
-    if (event->isAccepted() && event->type() == QEvent::KeyPress)
-        wakeBars();
-    return event->isAccepted();
 }

@@ -125,7 +125,6 @@ private:
     void startRecord();
     QString endRecord();
     void saveRecord();
-    QString usableFolder(QString (*folderOf)(const QString& uid));
     static qint64 nowMs();
 
     bool m_noSound = false;

@@ -5,11 +5,11 @@
 #include "device/tutk_device.h"
 #include "media/device_player.h"
 #include "render/video_view.h"
-#include "ui/dialogs/alert_dialog.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/logging.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/device_record_view.h"
+#include "ui/preview/media_folder.h"
 #include "ui/preview/tutk_device_ptz_view.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
@@ -87,26 +87,10 @@ void KvDevicePlayerView::_onClickUIPtzButton(bool) {
         setPtzShown(m_ui->ptzView()->isHidden());
 }
 
-QString KvDevicePlayerView::usableFolder(QString (*folderOf)(const QString& uid)) {
-    const QString folder = folderOf(m_device->uid());
-    if (KvFileUtils::exists(folder))
-        return folder;
-    KvAlertDialog question(orvelle::text("directory_not_exists_reset_to_default_path"), window());
-    if (question.execCentred(this) == 0 || !m_device)
-        return {};
-    KvFileUtils::resetMediaRoot();
-    return folderOf(m_device->uid());
-}
-
 QString KvDevicePlayerView::capture(const QString& name) {
-    const QString folder = m_device ? usableFolder(KvFileUtils::screenshotPath) : QString();
-    if (folder.isEmpty())
+    if (!m_device)
         return {};
-    const QString path = QStringLiteral("%1/%2.jpg").arg(folder, name);
-    if (m_ui->videoView()->snapshot(path))
-        return path;
-    m_toast.show(this, orvelle::text("screenshot_failed"));
-    return {};
+    return orvelle::saveSnapshot(*m_ui->videoView(), m_device->uid(), name, this, m_toast);
 }
 
 void KvDevicePlayerView::_onClickUICaptureButton(bool) {
@@ -127,7 +111,8 @@ void KvDevicePlayerView::_onClickUIRecordButton(bool) {
 }
 
 void KvDevicePlayerView::startRecord() {
-    const QString folder = usableFolder(KvFileUtils::videoPath);
+    const QString folder =
+        orvelle::usableMediaFolder(KvFileUtils::videoPath, m_device->uid(), this);
     // The question may have lasted longer than the stream.
     if (folder.isEmpty() || !m_player->isRunning())
         return;

@@ -4,14 +4,14 @@
 #include <QMouseEvent>
 #include <QPainter>
 
-#include "device/device.h"
+#include "device/tutk_device.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/info/device_info_view.h"
 #include "ui/logging.h"
 #include "ui/palette.h"
+#include "ui/playback/sdcard_playback_view.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/devices_preview_ui.h"
-#include "ui/preview/preview_page.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 
@@ -49,8 +49,10 @@ void KvDevicesPreview::connectChildren() {
     connect(m_ui->infoView(), &KvTUTKDeviceInfoView::clickBackButton, this,
             &Grid::_onClickInfoViewBackButton);
     connect(m_ui->infoView(), &KvTUTKDeviceInfoView::unbindDevice, this, &Grid::_onUnbindDevice);
-    connect(m_ui->playbackView(), &orvelle::PreviewPage::clickBackButton, this,
+    connect(m_ui->playbackView(), &KvSDCardPlaybackView::clickBackButton, this,
             &Grid::_onClickPlaybackViewBackButton);
+    connect(m_ui->playbackView(), &KvSDCardPlaybackView::requestFullscreen, this,
+            &Grid::_onPlaybackViewRequestFullscreen);
 }
 
 void KvDevicesPreview::connectLayoutButtons() {
@@ -173,12 +175,14 @@ int KvDevicesPreview::paintTile(int index, QPainter* painter, const QRect& rect)
 }
 
 bool KvDevicesPreview::isFullscreen() const {
-    return m_ui->fullscreenTile() != nullptr;
+    return m_ui->fullscreenTile() != nullptr ||
+           (!m_ui->playbackView()->isHidden() && m_ui->playbackView()->isFullscreen());
 }
 
 void KvDevicesPreview::exitsFullscreen() {
     qDebug("exitsFullscreen");
     m_ui->setFullscreenTile(nullptr);
+    m_ui->playbackView()->exitsFullscreen();
 }
 
 void KvDevicesPreview::_onPlayerViewThumbUpdate(KvDevicePlayerView*) {
@@ -232,7 +236,9 @@ void KvDevicesPreview::_onClickDeviceSDCardButton(KvDevicePlayerView* view) {
         alert.execCentred(view);
         return;
     }
-    KvDevice* device = view->device();
+    auto* device = qobject_cast<KvTUTKDevice*>(view->device());
+    if (!device)
+        return;
     stopTiles();
     m_ui->playbackView()->setDevice(device);
     m_ui->showPage(m_ui->playbackView());
@@ -240,12 +246,23 @@ void KvDevicesPreview::_onClickDeviceSDCardButton(KvDevicePlayerView* view) {
 
 void KvDevicesPreview::_onClickPlaybackViewBackButton() {
     m_ui->playbackView()->setDevice(nullptr);
+    const bool wasFullscreen = isFullscreen();
+    KvDevicePlayerView* tile = m_ui->fullscreenTile();
     m_ui->hidePage(m_ui->playbackView());
     qDebug("reply");
+    m_ui->setFullscreenTile(nullptr);
     reloadTiles();
+    // The window stays as it was only for the tile that it was full of before.
+    if (tile)
+        _onClickPlayerViewFullscreen(tile, true);
+    else if (wasFullscreen)
+        emit requestFullscreen(false);
 }
 
+/// A window that is left by way of the page is not full of a tile behind it.
 void KvDevicesPreview::_onPlaybackViewRequestFullscreen(bool fullscreen) {
+    if (!fullscreen)
+        m_ui->setFullscreenTile(nullptr);
     emit requestFullscreen(fullscreen);
 }
 

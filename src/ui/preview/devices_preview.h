@@ -11,10 +11,6 @@
 class KvDevicePlayerView;
 class KvDevicesPreviewUI;
 
-namespace orvelle {
-class PreviewPage;
-}
-
 /// The live pictures of one entry's cameras in a grid. Interface thread.
 ///
 /// The entry is borrowed; before a camera or an entry dies the owner says so with

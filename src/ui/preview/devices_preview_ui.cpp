@@ -4,8 +4,8 @@
 
 #include "ui/info/device_info_view.h"
 #include "ui/palette.h"
+#include "ui/playback/sdcard_playback_view.h"
 #include "ui/preview/device_player_view.h"
-#include "ui/preview/preview_page.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -48,9 +48,8 @@ KvDevicesPreviewUI::KvDevicesPreviewUI(QWidget* parent)
     m_bar = new KvWidget(this);
     m_title = new QLabel(m_bar);
     setUpBar();
-    using orvelle::PreviewPage;
     m_infoView = new KvTUTKDeviceInfoView(this);
-    m_playbackView = new PreviewPage(orvelle::text("replaying"), this);
+    m_playbackView = new KvSDCardPlaybackView(this);
     hidePage(m_infoView);
     hidePage(m_playbackView);
     setLayoutIndex(orvelle::kGrid1x1);

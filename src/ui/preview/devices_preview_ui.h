@@ -8,12 +8,9 @@
 
 class KvDevicePlayerView;
 class KvPushButton;
+class KvSDCardPlaybackView;
 class KvTUTKDeviceInfoView;
 class QLabel;
-
-namespace orvelle {
-class PreviewPage;
-}
 
 /// The widgets of KvDevicesPreview: the tiles, the row of layout buttons below them, and the
 /// pages that lie over both.
@@ -48,7 +45,7 @@ public:
     /// `layout` is below kLayoutButtons.
     KvPushButton* layoutButton(int layout) const;
     KvTUTKDeviceInfoView* infoView() const { return m_infoView; }
-    orvelle::PreviewPage* playbackView() const { return m_playbackView; }
+    KvSDCardPlaybackView* playbackView() const { return m_playbackView; }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -68,5 +65,5 @@ private:
     std::array<KvPushButton*, kLayoutButtons> m_layoutButtons{};
     QLabel* m_dragLabel = nullptr;  ///< only while a tile is dragged
     KvTUTKDeviceInfoView* m_infoView;
-    orvelle::PreviewPage* m_playbackView;
+    KvSDCardPlaybackView* m_playbackView;
 };

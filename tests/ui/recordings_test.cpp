@@ -1,0 +1,188 @@
+#include <QtTest>
+
+#include "device/device_messages.h"
+#include "support/suites.h"
+#include "ui/playback/recordings.h"
+
+using orvelle::ClickGuard;
+using orvelle::Recordings;
+using orvelle::SAvEvent_VBK;
+using Marks = QVector<KvTimeLineMark>;
+
+Q_DECLARE_METATYPE(QVector<SAvEvent_VBK>)
+
+namespace {
+
+const QDate kNovember(2024, 11, 1);
+
+int secondsOf(const QDate& day, int hour = 0, int minute = 0, int second = 0) {
+    return static_cast<int>(QDateTime(day, QTime(hour, minute, second)).toSecsSinceEpoch());
+}
+
+Marks filesFrom(int start, int count) {
+    Marks files;
+    for (int i = 0; i < count; ++i)
+        files.append({start + 60 * i, 60});
+    return files;
+}
+
+}  // namespace
+
+class RecordingsTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void list_becomesFilesOfAMinute_data() {
+        QTest::addColumn<QVector<SAvEvent_VBK>>("runs");
+        QTest::addColumn<QVector<int>>("starts");
+        using Runs = QVector<SAvEvent_VBK>;
+        QTest::newRow("run of five")
+            << Runs{{1000, 5}} << QVector<int>{1000, 1060, 1120, 1180, 1240};
+        QTest::newRow("two runs") << Runs{{5000, 1}, {1000, 2}} << QVector<int>{5000, 1000, 1060};
+        QTest::newRow("nothing") << Runs{} << QVector<int>{};
+        QTest::newRow("no files") << Runs{{1000, 0}} << QVector<int>{};
+        QTest::newRow("no time") << Runs{{0, 3}} << QVector<int>{};
+        QTest::newRow("last that fits") << Runs{{2147483587U, 1}} << QVector<int>{2147483587};
+        QTest::newRow("beyond all time")
+            << Runs{{2147483588U, 1}, {0xFFFFFFFFU, 1}, {7, 1}} << QVector<int>{7};
+    }
+    void list_becomesFilesOfAMinute() {
+        QFETCH(QVector<SAvEvent_VBK>, runs);
+        orvelle::SMsgAVIoctrlListEventResp_VBK list;
+        list.runs = runs;
+        QVector<int> starts;
+        for (const KvTimeLineMark& mark : orvelle::recordingsOf(list)) {
+            QCOMPARE(mark.duration, 60);
+            starts << mark.start;
+        }
+        QTEST(starts, "starts");
+    }
+
+    void absurdLists_areCapped() {
+        orvelle::SMsgAVIoctrlListEventResp_VBK list;
+        list.runs.fill({1700000000, list.kMaxRunMinutes}, 255);
+        QCOMPARE(orvelle::recordingsOf(list).size(), Recordings::kMaxMarks);
+    }
+
+    void sum_isCapped_andTheNewestStay() {
+        Recordings recordings;
+        const QDate newest = kNovember.addMonths(8);
+        for (QDate month = kNovember; month <= newest; month = month.addMonths(2)) {
+            recordings.ask(month);
+            recordings.answer(filesFrom(secondsOf(month.addMonths(-1)), 59 * 24 * 60));
+        }
+        QCOMPARE(recordings.all().size(), Recordings::kMaxMarks);
+        QVERIFY(recordings.indexOn(newest) >= 0);
+        QCOMPARE(recordings.indexOn(kNovember), -1);
+    }
+
+    void month_isAskedForOnce_untilAnother() {
+        Recordings recordings;
+        QVERIFY(recordings.ask(kNovember.addDays(29)));
+        QVERIFY(!recordings.ask(kNovember));
+        QVERIFY(recordings.ask(kNovember.addDays(-1)));
+        QVERIFY(recordings.ask(kNovember));
+        recordings.forgetMonths();
+        QVERIFY(recordings.ask(kNovember));
+    }
+
+    void answer_replacesItsTwoMonthsOnly() {
+        Recordings recordings;
+        const int november = secondsOf(kNovember, 10);
+        const int october = secondsOf({2024, 10, 31}, 23, 59);
+        const int august = secondsOf({2024, 8, 5});
+        QVERIFY(!recordings.answer(filesFrom(november, 2)));
+        QVERIFY(recordings.isEmpty());
+        recordings.ask(kNovember);
+        // The year 2001 was not asked for, and twice the same counts once.
+        QVERIFY(recordings.answer(filesFrom(november, 2) + filesFrom(1000000000, 1) +
+                                  filesFrom(october, 1) + filesFrom(november, 1)));
+        QCOMPARE(recordings.all(), filesFrom(october, 1) + filesFrom(november, 2));
+        recordings.select(2);
+        recordings.ask({2024, 9, 1});
+        QVERIFY(recordings.isAsking());
+        QVERIFY(recordings.answer(filesFrom(august, 1)));
+        QVERIFY(!recordings.isAsking());
+        QCOMPARE(recordings.all().size(), 4);
+        QCOMPARE(recordings.current(), 3);
+        recordings.ask(kNovember);
+        QVERIFY(recordings.answer({}));
+        QCOMPARE(recordings.all(), filesFrom(august, 1));
+        // What played is gone from the list; its neighbours are still known.
+        QCOMPARE(recordings.current(), -1);
+        QCOMPARE(recordings.previous(), 0);
+        QCOMPARE(recordings.next(), -1);
+    }
+
+    void moment_isFoundInItsFile_data() {
+        QTest::addColumn<int>("offset");
+        QTest::addColumn<int>("index");
+        QTest::newRow("before") << -1 << -1;
+        QTest::newRow("first second") << 0 << 0;
+        QTest::newRow("last second") << 59 << 0;
+        QTest::newRow("next file") << 60 << 1;
+        QTest::newRow("gap") << 120 << -1;
+        QTest::newRow("after the gap") << 600 << 2;
+        QTest::newRow("behind") << 660 << -1;
+    }
+    void moment_isFoundInItsFile() {
+        QFETCH(int, offset);
+        Recordings recordings;
+        const int start = secondsOf(kNovember, 23, 59);
+        recordings.ask(kNovember);
+        recordings.answer(filesFrom(start, 2) + filesFrom(start + 600, 1));
+        QTEST(recordings.indexAt(start + offset), "index");
+        QCOMPARE(recordings.indexOn(kNovember), 0);
+        QCOMPARE(recordings.indexOn(kNovember.addDays(1)), 1);
+        QCOMPARE(recordings.indexOn(kNovember.addDays(2)), -1);
+    }
+
+    void newest_playsByItselfOnce() {
+        Recordings recordings;
+        QCOMPARE(recordings.next(), -1);
+        recordings.ask(kNovember);
+        recordings.answer(filesFrom(secondsOf(kNovember), 3));
+        QCOMPARE(recordings.takeStart().index, 2);
+        QCOMPARE(recordings.takeStart().index, -1);
+        recordings.select(0);
+        QCOMPARE(recordings.previous(), -1);
+        QCOMPARE(recordings.next(), 1);
+    }
+
+    void awaitedDay_playsWhenItsMonthIsThere() {
+        Recordings recordings;
+        const QDate day(2024, 8, 5);
+        recordings.ask(kNovember);
+        recordings.ask(day);
+        recordings.awaitDay(day);
+        recordings.answer(filesFrom(secondsOf(kNovember), 1));
+        QCOMPARE(recordings.takeStart().index, -1);
+        recordings.answer(filesFrom(secondsOf(day, 7), 2));
+        QCOMPARE(recordings.takeStart().index, 0);
+        recordings.ask(kNovember);
+        recordings.awaitDay(kNovember.addDays(3));
+        recordings.answer({});
+        QVERIFY(recordings.takeStart().isMissing);
+        QVERIFY(!recordings.takeStart().isMissing);
+    }
+
+    void secondClick_passesAfterASecond_data() {
+        QTest::addColumn<QVector<qint64>>("clicks");
+        QTest::addColumn<int>("passed");
+        QTest::newRow("at once") << QVector<qint64>{0, 0} << 1;
+        QTest::newRow("too soon") << QVector<qint64>{5, 1004} << 1;
+        QTest::newRow("in time") << QVector<qint64>{5, 1005} << 2;
+        QTest::newRow("refused ones do not count") << QVector<qint64>{0, 600, 1200} << 2;
+    }
+    void secondClick_passesAfterASecond() {
+        QFETCH(QVector<qint64>, clicks);
+        ClickGuard guard;
+        int passed = 0;
+        for (const qint64 click : clicks)
+            passed += guard.accepts(click) ? 1 : 0;
+        QTEST(passed, "passed");
+    }
+};
+
+static const orvelle::test::RegisterSuite<RecordingsTest> kRecordingsTest;
+#include "recordings_test.moc"

@@ -1,0 +1,286 @@
+#include <QtTest>
+
+#include "device/tutk_device.h"
+#include "link/io_types.h"
+#include "media/base_player.h"
+#include "support/suites.h"
+#include "ui/playback/no_sdcard_view.h"
+#include "ui/playback/sdcard_playback_view.h"
+#include "ui/playback/video_time_line_view.h"
+#include "ui/widgets/click_label.h"
+#include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
+
+using UI = KvSDCardPlaybackViewUI;
+
+namespace {
+
+/// Connected as long as a test wants, without a link.
+class Camera : public KvTUTKDevice {
+public:
+    bool isConnected() const override { return isOn; }
+    bool isWorking() const override { return isOn; }
+
+    bool isOn = true;
+};
+
+/// Keeps what would go to the camera, and takes the camera's and the player's part.
+class View : public KvSDCardPlaybackView {
+public:
+    View() {
+        resize(800, 600);
+        show();
+        setDevice(&camera);
+    }
+    ~View() override { setDevice(nullptr); }
+
+    Camera camera;
+    QVector<uint32_t> asked;
+    QVector<int> months;  ///< the last ones of the lists asked for
+    QVector<qint64> played;
+    qint64 clock = 0;
+    orvelle::PlaybackEnd end = orvelle::PlaybackEnd::kNone;
+
+    void answer(uint32_t type, const QByteArray& payload) {
+        handleResponse(KvTUTKResponse(type, payload));
+        settle();
+    }
+    void answerCard(quint32 totalMiB) {
+        QByteArray payload(56, '\0');
+        qToLittleEndian(totalMiB, payload.data() + 40);
+        answer(IOTYPE_USER_IPCAM_DEVINFO_RESP, payload);
+    }
+    void answerList(quint32 start, quint32 count) {
+        QByteArray payload(12, '\0');
+        payload[0] = 1;
+        qToLittleEndian(start, payload.data() + 4);
+        qToLittleEndian(count, payload.data() + 8);
+        answer(IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP, payload);
+    }
+    /// A card with files from this morning's first minutes on, the last of which plays.
+    void openCard(quint32 files) {
+        answerCard(30000);
+        answerList(first(), files);
+    }
+    static quint32 first() { return quint32(QDate::currentDate().startOfDay().toSecsSinceEpoch()); }
+    void tell(int event) {
+        handlePlayerEvent(event, 0.0);
+        settle();
+    }
+    void settle() {
+        // An answer's slot raises a signal of its own.
+        QCoreApplication::sendPostedEvents(this);
+        QCoreApplication::sendPostedEvents(this);
+    }
+    void click(const char* accessibleName) {
+        const QString name = orvelle::text(accessibleName);
+        for (QPushButton* button : findChildren<QPushButton*>())
+            if (button->accessibleName() == name && button->isVisible())
+                return QTest::mouseClick(button, Qt::LeftButton);
+        QFAIL(accessibleName);
+    }
+    /// The file's number that was last asked to play, -1 for none.
+    int lastPlayed() const { return played.isEmpty() ? -1 : int(played.last() - first()) / 60; }
+    QStringList texts() const {
+        QStringList shown;
+        for (const QLabel* label : findChildren<QLabel*>())
+            if (label->isVisible())
+                shown << label->text();
+        return shown;
+    }
+    using KvSDCardPlaybackView::handlePlayerEvent;
+    using KvSDCardPlaybackView::ui;
+
+protected:
+    bool sendRequest(uint32_t type, const QByteArray& payload) override {
+        asked << type;
+        if (type == IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ)
+            months << payload.at(14);
+        return true;
+    }
+    int startPlayer(const QDateTime& start) override {
+        played << start.toSecsSinceEpoch();
+        return 0;
+    }
+    orvelle::PlaybackEnd playbackEnd() const override { return end; }
+    qint64 nowMs() const override { return clock; }
+};
+
+}  // namespace
+
+class SDCardPlaybackViewTest : public QObject {
+    Q_OBJECT
+
+private slots:
+    void newestFile_playsOnce_afterItsOwnRequests() {
+        View view;
+        view.answerList(View::first(), 5);
+        QVERIFY(view.played.isEmpty());
+        QVERIFY(view.ui()->isLoadingShown());
+        view.answerCard(30000);
+        view.answerCard(30000);
+        QCOMPARE(view.asked, (QVector<uint32_t>{IOTYPE_USER_IPCAM_DEVINFO_REQ,
+                                                IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ}));
+        QCOMPARE(view.months, QVector<int>{QDate::currentDate().month()});
+        view.answerList(View::first(), 5);
+        QCOMPARE(view.lastPlayed(), 4);
+        view.answerList(View::first(), 9);
+        QCOMPARE(view.played.size(), 1);
+        QCOMPARE(view.ui()->timeLine()->marks().size(), 5);
+        QVERIFY(view.ui()->isLoadingShown());
+        view.tell(KvBasePlayerFirstFrame);
+        QVERIFY(!view.ui()->isLoadingShown());
+    }
+
+    void clicksWithinASecond_moveByOneFile() {
+        View view;
+        view.openCard(9);
+        view.click("previous_recording");
+        view.click("previous_recording");
+        QCOMPARE(view.lastPlayed(), 7);
+        view.clock += 1000;
+        view.click("previous_recording");
+        QCOMPARE(view.lastPlayed(), 6);
+        view.tell(KvBasePlayerVideoEnded);
+        view.tell(KvBasePlayerVideoEnded);
+        QCOMPARE(view.lastPlayed(), 8);
+        view.click("next_recording");
+        QVERIFY(view.texts().contains(orvelle::text("no_more_files")));
+        QVERIFY(view.ui()->timeLine()->isPlayChecked());
+        view.tell(KvBasePlayerVideoEnded);
+        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
+        QCOMPARE(view.played.size(), 5);
+    }
+
+    void eventsOfTheFileBefore_areDropped() {
+        View view;
+        view.openCard(9);
+        view.handlePlayerEvent(KvBasePlayerVideoEnded, 0.0);
+        view.handlePlayerEvent(KvBasePlayerOpenFailed, 0.0);
+        view.handlePlayerEvent(KvBasePlayerFirstFrame, 0.0);
+        view.handlePlayerEvent(KvBasePlayerProgress, 30.0);
+        view.click("previous_recording");
+        view.settle();
+        QCOMPARE(view.lastPlayed(), 7);
+        QVERIFY(view.ui()->isLoadingShown());
+        QCOMPARE(view.ui()->timeLine()->value(), int(View::first()) + 7 * 60);
+        view.tell(KvBasePlayerFirstFrame);
+        view.handlePlayerEvent(KvBasePlayerProgress, 29.6);
+        view.settle();
+        QCOMPARE(view.ui()->timeLine()->value(), int(View::first()) + 7 * 60 + 30);
+    }
+
+    void picture_isHeldBetweenFiles() {
+        View view;
+        view.openCard(1);
+        view.tell(KvBasePlayerFirstFrame);
+        emit view.ui()->timeLine()->selectedTime(int(View::first()) + 30);
+        QCOMPARE(view.played.size(), 2);
+        QVERIFY(!view.ui()->isLoadingShown());
+        QTRY_VERIFY(view.ui()->isLoadingShown());
+    }
+
+    void space_pausesAndGoesOn() {
+        View view;
+        view.openCard(3);
+        QTest::keyClick(&view, Qt::Key_Space);
+        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
+        QTest::keyClick(&view, Qt::Key_Space);
+        QVERIFY(view.ui()->timeLine()->isPlayChecked());
+        QCOMPARE(view.played.size(), 1);
+    }
+
+    void failure_hasItsOwnText_data() {
+        QTest::addColumn<int>("end");
+        QTest::addColumn<QString>("key");
+        QTest::newRow("refused") << int(orvelle::PlaybackEnd::kRefused)
+                                 << "the_recording_could_not_be_played";
+        QTest::newRow("lost") << int(orvelle::PlaybackEnd::kLost)
+                              << "the_connection_to_the_camera_was_lost";
+    }
+    void failure_hasItsOwnText() {
+        QFETCH(int, end);
+        QFETCH(QString, key);
+        const QString reason = orvelle::text(qPrintable(key));
+        View view;
+        view.openCard(9);
+        view.end = orvelle::PlaybackEnd(end);
+        view.handlePlayerEvent(KvBasePlayerOpenFailed, 0.0);
+        view.tell(KvBasePlayerVideoEnded);
+        QVERIFY(view.texts().contains(reason));
+        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
+        QCOMPARE(view.played.size(), 1);
+        // It asks whether the card is still there, which changes nothing else.
+        QCOMPARE(view.asked.last(), uint32_t(IOTYPE_USER_IPCAM_DEVINFO_REQ));
+        view.answerCard(30000);
+        QVERIFY(view.texts().contains(reason));
+        QCOMPARE(view.months.size(), 1);
+        QTest::keyClick(&view, Qt::Key_Space);
+        QCOMPARE(view.lastPlayed(), 8);
+        QVERIFY(!view.texts().contains(reason));
+    }
+
+    void offlineCamera_isTold_andComesBack() {
+        View view;
+        view.openCard(9);
+        view.camera.isOn = false;
+        QTRY_VERIFY(view.texts().contains(orvelle::text("camera_offline")));
+        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
+        view.camera.isOn = true;
+        QTRY_VERIFY(!view.texts().contains(orvelle::text("camera_offline")));
+        view.clock += 1000;
+        view.click("play");
+        QCOMPARE(view.lastPlayed(), 8);
+    }
+
+    void pulledCard_endsPlaying() {
+        View view;
+        view.openCard(9);
+        view.answerCard(0);
+        QVERIFY(view.ui()->isNoCardShown());
+        QVERIFY(view.texts().contains(orvelle::text("no_sdcard")));
+        QVERIFY(view.ui()->timeLine()->marks().isEmpty());
+        QTest::keyClick(&view, Qt::Key_Space);
+        view.tell(KvBasePlayerVideoEnded);
+        QCOMPARE(view.played.size(), 1);
+        QSignalSpy back(&view, &KvSDCardPlaybackView::clickBackButton);
+        QTest::mouseClick(view.ui()->noSdcardView()->backLabel(), Qt::LeftButton);
+        QCOMPARE(back.count(), 1);
+        QVERIFY(!view.device());
+    }
+
+    void list_tellsOfAMissingCard() {
+        View view;
+        view.answerCard(30000);
+        view.answer(IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP, QByteArray("\0\1\0\0", 4));
+        QVERIFY(view.ui()->isNoCardShown() && !view.ui()->isLoadingShown());
+    }
+
+    void emptyCard_isTold() {
+        View view;
+        view.openCard(0);
+        QVERIFY(view.texts().contains(orvelle::text("no_recordings")));
+        QVERIFY(view.played.isEmpty() && !view.ui()->isLoadingShown());
+    }
+
+    void removedCamera_isForgotten_whilePlaying() {
+        View view;
+        view.openCard(9);
+        view.handlePlayerEvent(KvBasePlayerVideoEnded, 0.0);
+        view.handlePlayerEvent(KvBasePlayerOpenFailed, 0.0);
+        view.setDevice(nullptr);
+        view.answerCard(30000);
+        view.answerList(View::first(), 5);
+        QCOMPARE(view.played.size(), 1);
+        QCOMPARE(view.asked.size(), 2);
+        QVERIFY(view.ui()->timeLine()->marks().isEmpty());
+        QVERIFY(!view.texts().contains(orvelle::text("loading")));
+        // The same one again starts anew.
+        view.setDevice(&view.camera);
+        view.openCard(2);
+        QCOMPARE(view.lastPlayed(), 1);
+    }
+};
+
+static const orvelle::test::RegisterSuite<SDCardPlaybackViewTest> kSDCardPlaybackViewTest;
+#include "sdcard_playback_view_test.moc"
