@@ -79,7 +79,8 @@ void measureClosing(std::unique_ptr<GridWindow> grid, Report& report) {
 }  // namespace
 
 bool measureDelay(Workbench& bench) {
-    CameraSet cameras(QStringLiteral("BENCHDELAY"), kGridCameras, bench.clipSource("360p"));
+    CameraSet cameras(QStringLiteral("BENCHDELAY"), kGridCameras, bench.clipSource("360p"),
+                      CameraSet::Processes::kEach);
     CameraProcess added(bench.clipSource("360p")
                         << QStringLiteral("--uid") << QLatin1String(kAddedUid));
     if (!cameras.connectAll() || !added.start())

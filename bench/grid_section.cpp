@@ -20,6 +20,7 @@ struct Reading {
     ThreadUsage threads;
     double cameraCpuSeconds;
     std::vector<uint64_t> shown;
+    uint64_t compositions;
 };
 
 /// The sizes of one picture in turn, and the least of all tiles' paces.
@@ -30,7 +31,8 @@ public:
     double slowestFps() const { return m_slowestFps; }
 
     bool run(const char* size, const QStringList& source, const QString& aim) {
-        test::CameraSet cameras(QStringLiteral("BENCHGRID"), kGridCameras, source);
+        test::CameraSet cameras(QStringLiteral("BENCHGRID"), kGridCameras, source,
+                                test::CameraSet::Processes::kEach);
         if (!cameras.connectAll())
             return false;
         GridWindow grid(cameras.devices());
@@ -45,8 +47,8 @@ public:
 
 private:
     static Reading read(test::CameraSet& cameras, const GridWindow& grid) {
-        return {ProcessUsage::now(), ThreadUsage::now(), cameras.process().cpuSeconds(),
-                grid.picturesShown()};
+        return {ProcessUsage::now(), ThreadUsage::now(), cameras.cpuSeconds(), grid.picturesShown(),
+                grid.compositions()};
     }
 
     void measure(const QString& name, test::CameraSet& cameras, const GridWindow& grid,
@@ -64,6 +66,8 @@ private:
         const double seconds = after.process.wallSeconds - before.process.wallSeconds;
         add("grid_cameras_cpu_", name, "_pct",
             100.0 * (after.cameraCpuSeconds - before.cameraCpuSeconds) / seconds);
+        add("grid_compositions_", name, "_per_s",
+            static_cast<double>(after.compositions - before.compositions) / seconds);
         add("grid_rss_", name, "_mib", residentMib());
         reportFps(name, before.shown, after.shown, seconds);
     }

@@ -47,6 +47,9 @@ GridWindow::GridWindow(const std::vector<KvDevice*>& devices) : m_entry(listCame
     m_counts.resize(m_tiles.size());
     for (size_t i = 0; i < m_tiles.size(); ++i)
         count(i);
+    // Each view says so of its window.
+    QObject::connect(m_tiles.front()->findChild<KvVideoView*>(), &QOpenGLWidget::frameSwapped,
+                     &m_window, [this] { ++m_compositions; });
 }
 
 void GridWindow::count(size_t tile) {

@@ -36,6 +36,8 @@ public:
     /// By tile: new pictures that reached the screen since play(). A picture that was replaced
     /// before the window was drawn is not among them.
     std::vector<uint64_t> picturesShown() const;
+    /// How often the whole window was put together for the screen.
+    uint64_t compositions() const { return m_compositions; }
 
 private:
     struct Count {
@@ -49,6 +51,7 @@ private:
     MainWindow m_window;
     std::vector<KvDevicePlayerView*> m_tiles;
     std::vector<Count> m_counts;
+    uint64_t m_compositions = 0;
 };
 
 }  // namespace orvelle::bench

@@ -81,7 +81,8 @@ int picturesMissing(const KvDevice& camera) {
 }  // namespace
 
 bool measureRecording(Workbench& bench) {
-    CameraSet cameras(QStringLiteral("BENCHRECORD"), kGridCameras, bench.clipSource("360p"));
+    CameraSet cameras(QStringLiteral("BENCHRECORD"), kGridCameras, bench.clipSource("360p"),
+                      CameraSet::Processes::kEach);
     if (!cameras.connectAll())
         return false;
     GridWindow grid(cameras.devices());

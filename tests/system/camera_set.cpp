@@ -24,27 +24,39 @@ QStringList uidsOf(const QString& uid, int count) {
     return uids;
 }
 
-QStringList withAddress(const QString& uid, int count, QStringList arguments) {
-    arguments << QStringLiteral("--uid") << uid;
-    if (count > 1)
-        arguments << QStringLiteral("--cameras") << QString::number(count);
-    return arguments;
-}
-
 }  // namespace
 
-CameraSet::CameraSet(const QString& uid, int count, QStringList arguments)
-    : m_uids(uidsOf(uid, count)), m_process(withAddress(uid, count, std::move(arguments))) {}
+CameraSet::CameraSet(const QString& uid, int count, const QStringList& arguments,
+                     Processes processes)
+    : m_uids(uidsOf(uid, count)) {
+    const int share = processes == Processes::kEach ? 1 : count;
+    for (int i = 0; i < count; i += share) {
+        QStringList own = arguments;
+        own << QStringLiteral("--uid") << (share > 1 ? uid : m_uids[i]);
+        if (share > 1)
+            own << QStringLiteral("--cameras") << QString::number(share);
+        m_processes.push_back(std::make_unique<CameraProcess>(std::move(own)));
+    }
+}
 
 CameraSet::~CameraSet() {
     KvDeviceManager::release();
     LinkClient::instance().shutDown();
-    m_process.terminate();
+    for (const auto& process : m_processes)
+        process->terminate();
+}
+
+double CameraSet::cpuSeconds() const {
+    double sum = 0.0;
+    for (const auto& process : m_processes)
+        sum += process->cpuSeconds();
+    return sum;
 }
 
 bool CameraSet::connectAll() {
-    if (!m_process.start())
-        return false;
+    for (const auto& process : m_processes)
+        if (!process->start())
+            return false;
     KvDeviceManager* manager = KvDeviceManager::create();
     for (const QString& uid : m_uids) {
         auto device = std::make_unique<KvTUTKDevice>();

@@ -14,22 +14,30 @@ class KvDevice;
 
 namespace orvelle::test {
 
-/// Cameras of one process, all connected through the device manager. Interface thread.
+/// Cameras, all connected through the device manager. Interface thread.
 class CameraSet {
 public:
+    /// One process with one picture for all, or, as real cameras are, each by itself and out of
+    /// step with the others.
+    enum class Processes { kOne, kEach };
+
     /// `uid` is the first camera's; several get the endings 01, 02, ... `arguments` say what
     /// the cameras send.
-    CameraSet(const QString& uid, int count, QStringList arguments);
+    CameraSet(const QString& uid, int count, const QStringList& arguments,
+              Processes processes = Processes::kOne);
     ~CameraSet();  ///< closes the devices, then the cameras
 
     /// Starts the cameras and waits until every device is online; false after 30 s.
     bool connectAll();
     const std::vector<KvDevice*>& devices() const { return m_devices; }
-    CameraProcess& process() { return m_process; }
+    /// The first one.
+    CameraProcess& process() { return *m_processes.front(); }
+    /// CPU seconds that all processes have used so far.
+    double cpuSeconds() const;
 
 private:
     const QStringList m_uids;
-    CameraProcess m_process;
+    std::vector<std::unique_ptr<CameraProcess>> m_processes;
     std::vector<KvDevice*> m_devices;  ///< owned by the manager
 };
 
