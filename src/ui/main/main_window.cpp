@@ -93,7 +93,7 @@ void MainWindow::connectCameras() {
     connect(m_groupMenu, &KvDeviceGroupPopMenu::clickDeviceGroup, this,
             &MainWindow::_onClickDeviceGroupMenu);
     if (const KvDeviceManager* manager = KvDeviceManager::instance())
-        connect(manager, &KvDeviceManager::listChanged, this, &MainWindow::showEntries);
+        connect(manager, &KvDeviceManager::listChanged, this, &MainWindow::updateEntries);
 }
 
 void MainWindow::connectContent() {
@@ -200,6 +200,7 @@ void MainWindow::closeProgram() {
 void MainWindow::leave() {
     m_isClosing = true;
     releaseDevices();
-    KvAppCancelDialog(this).start();
+    m_ui->cameras()->freezeStates();
+    KvAppCancelDialog(this).start(m_ui->contentLeft());
     QCoreApplication::quit();
 }

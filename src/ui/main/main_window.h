@@ -75,6 +75,7 @@ private:
     /// Shows what the manager lists, and the welcome page.
     void refresh();
     void showEntries();
+    void updateEntries();
     void showGroup(KvDeviceGroup* group);
     void searchNetwork();
     void showAddOutcome(int status, orvelle::DeviceState failure);

@@ -75,6 +75,15 @@ void MainWindow::showEntries() {
     m_ui->showCameras(!groups.isEmpty());
 }
 
+/// What came or went by itself leaves alone what the user is at.
+void MainWindow::updateEntries() {
+    const QList<KvDeviceGroup*> groups = manager() ? manager()->groups() : QList<KvDeviceGroup*>();
+    if (groups.isEmpty() == m_ui->cameras()->isEmpty())
+        m_ui->cameras()->replaceGroups(groups);
+    else
+        showEntries();
+}
+
 void MainWindow::refresh() {
     releaseDevices();
     showEntries();
@@ -184,6 +193,7 @@ void MainWindow::renameCamera(KvDeviceGroup& entry) {
     if (!entry.save() || (device && !device->save()))
         reportUnsaved();
     m_ui->cameras()->updateGroup(&entry);
+    m_ui->preview()->updateNames();
 }
 
 void MainWindow::_onClickRemoveGroup(bool) {
@@ -204,7 +214,10 @@ void MainWindow::removeEntry(KvDeviceGroup* entry) {
         return;
     releaseDevices();
     log("start remove group\n", kLogInfo);
-    KvTUTKDeviceDeleteDialog(entry, this).execCentred(m_ui->contentLeft());
+    KvTUTKDeviceDeleteDialog dialog(entry, this);
+    dialog.execCentred(m_ui->contentLeft());
+    if (!dialog.areFilesGone())
+        reportUnsaved();
     refresh();
 }
 
@@ -217,7 +230,8 @@ void MainWindow::_onClickTopGroup(bool) {
     if (!isListed(m_menuEntry))
         return;
     m_menuEntry->setGroupIndex(-1);
-    manager()->reorderGroups();
+    if (!manager()->reorderGroups())
+        reportUnsaved();
     refresh();
 }
 

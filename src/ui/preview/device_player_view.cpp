@@ -126,6 +126,11 @@ void KvDevicePlayerView::setDevice(KvDevice* device) {
     emit startSignal();
 }
 
+void KvDevicePlayerView::updateName() {
+    m_ui->setName(m_device ? m_device->displayName() : QString());
+    updateState();
+}
+
 void KvDevicePlayerView::resetControls() {
     m_ui->ptzView()->setDevice(nullptr);
     m_ui->setButtonShown(UI::kQuality, false);
@@ -241,8 +246,10 @@ void KvDevicePlayerView::updateState() {
         m_ui->showCover(m_hasPicture ? orvelle::text("reconnecting") : orvelle::text("loading"));
     else
         m_ui->hideCover();
+    // A camera can be online and still give no picture.
+    const QString reason = m_device && m_device->isOnline() ? orvelle::text("reconnecting") : state;
     m_ui->showNotice(isWaiting && !m_hasPicture
-                         ? m_device->displayName() + QLatin1Char('\n') + state
+                         ? m_device->displayName() + QLatin1Char('\n') + reason
                          : QString());
 }
 

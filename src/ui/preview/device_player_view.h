@@ -30,6 +30,8 @@ public:
 
     /// Binds the tile to a camera (borrowed) and starts to play, or, with null, to none.
     void setDevice(KvDevice* device);
+    /// Shows the camera's name anew.
+    void updateName();
     KvDevice* device() const { return m_device; }
     /// Devices bound from now on are silent at first, and the sound button is not remembered.
     void setNoSound(bool noSound) { m_noSound = noSound; }
@@ -152,6 +154,7 @@ private:
     std::atomic<bool> m_openFailed{false};
     std::atomic<bool> m_firstPicture{false};
     std::atomic<bool> m_recordFailed{false};
+    std::atomic<bool> m_recordEnded{false};
 
     std::unique_ptr<KvDevicePlayer> m_player;  ///< last, so that it goes first
 };

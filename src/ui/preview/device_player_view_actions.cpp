@@ -26,6 +26,15 @@ QString timeStampName() {
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
 }
 
+// The clock may have been set back since a recording of that name.
+QString freeVideoPath(const QString& folder) {
+    const QString base = QStringLiteral("%1/%2").arg(folder, timeStampName());
+    QString path = base + QStringLiteral(".mp4");
+    for (int i = 2; KvFileUtils::fileExists(path); ++i)
+        path = QStringLiteral("%1-%2.mp4").arg(base).arg(i);
+    return path;
+}
+
 }  // namespace
 
 void KvDevicePlayerView::_onClickUISdcardButton(bool) {
@@ -67,7 +76,7 @@ void KvDevicePlayerView::_onClickUIVolumeButton(bool) {
     if (m_noSound || !m_tutkDevice)
         return;
     m_tutkDevice->setVolume(volume);
-    if (m_tutkDevice->save() < 0)
+    if (!m_tutkDevice->save())
         qCWarning(lcUi) << "the volume of" << m_device->uid() << "could not be saved";
 }
 
@@ -116,9 +125,10 @@ void KvDevicePlayerView::startRecord() {
     // The question may have lasted longer than the stream.
     if (folder.isEmpty() || !m_player->isRunning())
         return;
-    m_recordPath = QStringLiteral("%1/%2.mp4").arg(folder, timeStampName());
+    m_recordPath = freeVideoPath(folder);
     qDebug().noquote() << "start record path " << m_recordPath;
     m_recordFailed = false;
+    m_recordEnded = false;
     m_player->startRecord(m_recordPath, QStringLiteral("mp4"), kRecordLimitSeconds);
     KvPushButton* button = m_ui->button(UI::kRecord);
     button->setState(0);
@@ -166,7 +176,7 @@ void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
 
 /// The recording ended by itself: at its longest, or because it failed.
 void KvDevicePlayerView::_doHideRecordView() {
-    if (m_recordPath.isEmpty() || m_player->isRecording())
+    if (m_recordPath.isEmpty() || !m_recordEnded)
         return;
     const QString path = endRecord();
     const bool failed = m_recordFailed || path.isEmpty();

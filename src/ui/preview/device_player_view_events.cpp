@@ -67,9 +67,11 @@ int32_t KvDevicePlayerView::onRecordEvent(void* user, int32_t event, double seco
             break;
         case KvPlayerRecorder::kFailed:
             view->m_recordFailed = true;
+            view->m_recordEnded = true;
             emit view->hideRecordView();
             break;
         case KvPlayerRecorder::kEnded:
+            view->m_recordEnded = true;
             emit view->hideRecordView();
             break;
         default:

@@ -68,6 +68,10 @@ KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
         bar->setBackgroundColor(QColor(QLatin1String(orvelle::palette::kBar)));
         bar->hide();
     }
+    // A double click on them is none on the picture.
+    for (QWidget* part : {static_cast<QWidget*>(m_topBar), static_cast<QWidget*>(m_bottomBar),
+                          static_cast<QWidget*>(m_recordView)})
+        part->setAttribute(Qt::WA_NoMousePropagation);
     m_ptzView->hide();
     m_recordView->hide();
     setUpLabels();
@@ -146,7 +150,8 @@ void KvDevicePlayerViewUI::setMode(int mode) {
 }
 
 void KvDevicePlayerViewUI::setName(const QString& name) {
-    m_nameLabel->setToolTip(name);
+    m_name = name;
+    m_nameLabel->setToolTip(KvWidgetUtils::toolTipText(name));
     layOut();
 }
 
@@ -297,8 +302,7 @@ int KvDevicePlayerViewUI::placeFromRight(std::initializer_list<Button> buttons, 
 void KvDevicePlayerViewUI::layOutTopBar(const Measures& measures) {
     const int right =
         placeFromRight({kClose, kSettings, kSdCard}, width() - measures.margin, measures);
-    const QString name = m_nameLabel->toolTip();
-    const int nameWidth = m_nameLabel->fontMetrics().horizontalAdvance(name) + kRounding;
+    const int nameWidth = m_nameLabel->fontMetrics().horizontalAdvance(m_name) + kRounding;
     int left = measures.margin;
     int free = right - left;
     QVector<QLabel*> further;
@@ -311,7 +315,7 @@ void KvDevicePlayerViewUI::layOutTopBar(const Measures& measures) {
         }
     }
     const int shownWidth = qBound(0, free, nameWidth);
-    m_nameLabel->setText(m_nameLabel->fontMetrics().elidedText(name, Qt::ElideRight, shownWidth));
+    m_nameLabel->setText(m_nameLabel->fontMetrics().elidedText(m_name, Qt::ElideRight, shownWidth));
     m_nameLabel->setGeometry(left, 0, shownWidth, measures.barHeight);
     left += shownWidth + kLabelGap;
     for (QLabel* label : further) {

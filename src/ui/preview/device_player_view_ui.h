@@ -98,6 +98,7 @@ private:
     KvTUTKDevicePTZView* m_ptzView;
     KvWidget* m_topBar;
     QLabel* m_nameLabel;
+    QString m_name;
     QLabel* m_stateLabel;
     QLabel* m_dateTimeLabel;
     KvWidget* m_bottomBar;

@@ -28,6 +28,8 @@ KvDevicesPreview::KvDevicesPreview(QWidget* parent)
     : QWidget(parent), m_ui(new KvDevicesPreviewUI(this)) {
     setAttribute(Qt::WA_MouseTracking);
     m_toast.setMargins(kToastMargin, kToastBottom);
+    m_thumbTimer.setSingleShot(true);
+    connect(&m_thumbTimer, &QTimer::timeout, this, &KvDevicesPreview::_invokeThumbTimer);
     connectChildren();
     connectLayoutButtons();
 }
@@ -86,6 +88,12 @@ void KvDevicesPreview::reloadGroup() {
     }
     m_ui->setLayoutIndex(orvelle::usableLayout(m_group->layout(), m_group->devices().size()));
     reloadTiles();
+}
+
+void KvDevicesPreview::updateNames() {
+    m_ui->setTitle(m_group ? m_group->name() : QString());
+    for (KvDevicePlayerView* tile : m_ui->tiles())
+        tile->updateName();
 }
 
 void KvDevicesPreview::reloadTiles() {
@@ -185,11 +193,21 @@ void KvDevicesPreview::exitsFullscreen() {
     m_ui->playbackView()->exitsFullscreen();
 }
 
+/// The list hears of it once a second at most, and of the last one at any rate.
 void KvDevicesPreview::_onPlayerViewThumbUpdate(KvDevicePlayerView*) {
-    if (!m_group ||
-        (m_sinceThumbUpdate.isValid() && m_sinceThumbUpdate.elapsed() < kThumbIntervalMs))
-        return;
+    const qint64 elapsed =
+        m_sinceThumbUpdate.isValid() ? m_sinceThumbUpdate.elapsed() : qint64{kThumbIntervalMs};
+    if (elapsed >= kThumbIntervalMs)
+        _invokeThumbTimer();
+    else if (!m_thumbTimer.isActive())
+        m_thumbTimer.start(static_cast<int>(kThumbIntervalMs - elapsed));
+}
+
+void KvDevicesPreview::_invokeThumbTimer() {
     m_sinceThumbUpdate.start();
+    if (!m_group)
+        return;
+    m_group->setThumbnailReady(false);
     emit deviceGroupThumbUpdate(m_group);
 }
 
@@ -311,7 +329,8 @@ void KvDevicesPreview::chooseLayout(int layout) {
 
 void KvDevicesPreview::saveGroup() {
     if (!m_group->save())
-        qCWarning(lcUi) << "the entry" << m_group->key() << "could not be saved";
+        m_toast.show(this, orvelle::text("it_could_not_be_saved"), KvToast::kBottomCentre,
+                     orvelle::palette::kToastMs);
 }
 
 void KvDevicesPreview::resizeEvent(QResizeEvent*) {

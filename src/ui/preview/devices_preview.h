@@ -3,6 +3,7 @@
 #include <QElapsedTimer>
 #include <QPoint>
 #include <QPointer>
+#include <QTimer>
 #include <QWidget>
 
 #include "device/device_group.h"
@@ -27,6 +28,8 @@ public:
     KvDeviceGroup* group() const { return m_group; }
     /// Shows the entry anew after it was edited, in its layout if its cameras still fit.
     void reloadGroup();
+    /// Shows the names of entry and cameras anew.
+    void updateNames();
     /// Ends everything and hides the grid.
     void closePreview();
 
@@ -59,6 +62,7 @@ protected:
 
 private slots:
     void _onPlayerViewThumbUpdate(KvDevicePlayerView* view);
+    void _invokeThumbTimer();
     void _onClickPlayerViewShutdown(KvDevicePlayerView* view);
     void _onClickPlayerViewFullscreen(KvDevicePlayerView* view, bool fullscreen);
     void _onClickDeviceSettingButton(KvDevicePlayerView* view);
@@ -95,5 +99,6 @@ private:
     int m_dragIndex = -1;  ///< the pressed tile; it is dragged once the mouse has moved enough
     bool m_isDragging = false;
     QPoint m_pressPosition;
+    QTimer m_thumbTimer;  ///< runs while a report of new thumbnails is due
     QElapsedTimer m_sinceThumbUpdate;
 };

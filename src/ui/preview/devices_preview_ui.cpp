@@ -97,7 +97,8 @@ void KvDevicesPreviewUI::setFullscreenTile(KvDevicePlayerView* tile) {
 }
 
 void KvDevicesPreviewUI::setTitle(const QString& title) {
-    m_title->setToolTip(title);
+    m_titleText = title;
+    m_title->setToolTip(KvWidgetUtils::toolTipText(title));
     layOutBar();
 }
 
@@ -139,8 +140,7 @@ void KvDevicesPreviewUI::layOutBar() {
             (kBarHeight - kButtonSize) / 2, kButtonSize, kButtonSize);
     const int titleWidth = qMax(0, left - 2 * kMargin);
     m_title->setGeometry(kMargin, 0, titleWidth, kBarHeight);
-    m_title->setText(
-        m_title->fontMetrics().elidedText(m_title->toolTip(), Qt::ElideRight, titleWidth));
+    m_title->setText(m_title->fontMetrics().elidedText(m_titleText, Qt::ElideRight, titleWidth));
 }
 
 void KvDevicesPreviewUI::showPage(QWidget* page) {

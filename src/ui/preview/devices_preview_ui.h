@@ -61,6 +61,7 @@ private:
 
     std::vector<KvDevicePlayerView*> m_tiles;  ///< children, as all below
     KvWidget* m_bar;
+    QString m_titleText;
     QLabel* m_title;
     std::array<KvPushButton*, kLayoutButtons> m_layoutButtons{};
     QLabel* m_dragLabel = nullptr;  ///< only while a tile is dragged

@@ -3,6 +3,7 @@
 #include <QFile>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTextDocument>
 
 #include "ui/palette.h"
 #include "ui/widgets/push_button.h"
@@ -136,6 +137,13 @@ QFont KvWidgetUtils::font(int pixelSize) {
 
 void KvWidgetUtils::setFont(QWidget* widget, int pixelSize) {
     widget->setFont(font(pixelSize));
+}
+
+QString KvWidgetUtils::toolTipText(const QString& name) {
+    constexpr int kMaxCharacters = 80;
+    const bool isLong = name.size() > kMaxCharacters;
+    const QString text = isLong ? name.left(kMaxCharacters) + QChar(0x2026) : name;
+    return Qt::mightBeRichText(text) ? text.toHtmlEscaped() : text;
 }
 
 void KvWidgetUtils::setToolTip(QWidget* widget, const char* key) {

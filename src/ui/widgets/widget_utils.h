@@ -50,6 +50,8 @@ public:
 
     static QFont font(int pixelSize);
     static void setFont(QWidget* widget, int pixelSize);
+    /// A name as the text of a tooltip: never taken for markup, and never longer than a line.
+    static QString toolTipText(const QString& name);
     /// The text of `key` as tooltip and as accessible name.
     static void setToolTip(QWidget* widget, const char* key);
     /// Images, tooltip, accessible name and pointing hand of an image button.
