@@ -22,7 +22,7 @@ cameras=(
     "ORVELLEDEMO000000001|Gate|--scene 0 --type 1"
     "ORVELLEDEMO000000002|Car park|--scene 1 --codec hevc"
     "ORVELLEDEMO000000003|Workshop|--scene 2 --sound alaw"
-    "ORVELLEDEMO000000004|Garden|--scene 3"
+    "ORVELLEDEMO000000004|Garden|--scene 3 --sd build/demo/card"
     "ORVELLEDEMO000000005|Spare camera|--scene 4 --size 360p"
 )
 known=4
@@ -109,6 +109,14 @@ write_known_cameras() {
     write_entry "$devices/KvTUTKGroup/1.xml" 1 1 1 0 "$group_name" "${uids[@]}"
 }
 
+# What is on the card from an earlier demo stays; only what came due since is made.
+fill_card() {
+    [ -d "$demo/card" ] || echo "Filling a memory card with recordings of several days, once."
+    "$bin/orvelle-camera" --make-card "$demo/card" --uid "ORVELLEDEMO000000004" --scene 3 \
+        --bitrate 300000 >"$demo/make-card.log" 2>&1 ||
+        echo "No recordings could be made: $(cat "$demo/make-card.log")" >&2
+}
+
 start_cameras() {
     local uid name options camera
     for camera in "${cameras[@]}"; do
@@ -175,6 +183,7 @@ elif ! has_display; then
 fi
 
 (umask 077 && write_known_cameras)
+fill_card
 start_cameras
 "$bin/orvelle" >"$demo/client.log" 2>&1 &
 client_pid=$!

@@ -174,36 +174,39 @@ void CardStore::fail(int64_t startSec, const QString& reason) {
     m_isFaultLogged = wasLogged;
 }
 
+// On a disk that others filled nothing is removed unless that can help.
 bool CardStore::makeRoom(int64_t bytes) {
-    const auto used = [this] {
-        const std::lock_guard<std::mutex> lock(m_mutex);
-        return m_usedBytes;
+    const auto isShort = [this, bytes] {
+        const int64_t used = usedBytes();
+        return (used > 0 && used + bytes > m_quotaBytes) || availableBytes(m_directory) < bytes;
     };
-    while (used() + bytes > m_quotaBytes || availableBytes(m_directory) < bytes) {
-        const auto start = oldest();
-        if (!start && availableBytes(m_directory) >= bytes)
-            break;
-        if (!start || !remove(*start)) {
-            complain(QStringLiteral("is full"));
-            return false;
-        }
-    }
+    bool isPossible = availableBytes(m_directory) + usedBytes() >= bytes;
+    while (isPossible && isShort())
+        isPossible = removeOldest();
+    if (!isPossible)
+        complain(QStringLiteral("is full"));
     updateSpace();
-    return true;
+    return isPossible;
 }
 
-std::optional<int64_t> CardStore::oldest() const {
+int64_t CardStore::usedBytes() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    return m_bytes.empty() ? std::nullopt : std::optional<int64_t>(m_bytes.begin()->first);
+    return m_usedBytes;
 }
 
-bool CardStore::remove(int64_t startSec) {
+bool CardStore::removeOldest() {
+    int64_t startSec = 0;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_bytes.empty())
+            return false;
+        startSec = m_bytes.begin()->first;
+    }
     if (!removeFile(pathOf(recordingName(startSec))))
         return false;
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_bytes.find(startSec);
-    m_usedBytes -= found->second;
-    m_bytes.erase(found);
+    m_usedBytes -= m_bytes.begin()->second;
+    m_bytes.erase(m_bytes.begin());
     return true;
 }
 

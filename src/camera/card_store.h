@@ -69,8 +69,8 @@ private:
     void readDirectory();
     void recover(int64_t startSec);
     bool keep(int64_t startSec);
-    bool remove(int64_t startSec);
-    std::optional<int64_t> oldest() const;
+    int64_t usedBytes() const;
+    bool removeOldest();
     void updateSpace();
     void complain(const QString& fault);
     QString pathOf(const QString& name) const;

@@ -19,6 +19,7 @@ private slots:
         for (const char* name : {"loop.mp4", "loop.mkv", "loop.ts"})
             QTest::newRow(name) << QStringLiteral("-c copy");
         QTest::newRow("loop.h264") << QStringLiteral("-an -c copy");
+        QTest::newRow("still.jpg") << QStringLiteral("-an -frames:v 1");
     }
 
     void repeatedFile_goesOnWithoutASeam() {
