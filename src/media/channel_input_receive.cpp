@@ -90,9 +90,10 @@ void ChannelInput::receiveVideo(KvThread& thread) {
             noteVideoLoss(frame, gate);
         else if (frame.result == AV_ER_INCOMPLETE_FRAME)
             log("Incomplete video frame NO[%" PRIu32 "]\n", kLogInfo, frame.number);
-        else if (frame.result == AV_ER_DATA_NOREADY
-                     ? waitForVideo(thread) == Wait::kNothingLeft
-                     : !goesOnAfter("avRecvFrameData2", frame.result, kVideoKind, loop))
+        else if (frame.result == AV_ER_DATA_NOREADY) {
+            if (waitForVideo(thread) == Wait::kNothingLeft)
+                break;
+        } else if (!goesOnAfter("avRecvFrameData2", frame.result, kVideoKind, loop))
             break;
     }
 }

@@ -91,7 +91,7 @@ private:
     void interruptLogin();
     void receive();
     void askStop();
-    void leaveClient();
+    void tearDown();
     void fail(orvelle::PlaybackEnd reason, Event event);
 
     KvTUTKDevice* m_device = nullptr;  ///< fixed between open() and close(), as the three below
@@ -100,6 +100,9 @@ private:
     std::unique_ptr<KvTUTKPlaybackInputThread> m_openThread;
 
     QDateTime m_startTime;  ///< owner
+
+    std::unique_ptr<KvTUTKPlaybackInputThread> m_videoThread;  ///< open thread, as below
+    std::unique_ptr<KvTUTKPlaybackInputThread> m_audioThread;
 
     uint32_t m_frameCounter = 0;  ///< pictures since the client was started; its receive thread
 

@@ -42,7 +42,7 @@ void KvTUTKPlaybackInput::doOpen() {
         receive();
     qDebug("medias threads ended");
     askStop();
-    leaveClient();
+    tearDown();
 }
 
 bool KvTUTKPlaybackInput::awaitAnswer() {
@@ -120,13 +120,13 @@ void KvTUTKPlaybackInput::interruptLogin() {
 }
 
 void KvTUTKPlaybackInput::receive() {
-    KvTUTKPlaybackInputRecvVideoThread video(*this);
-    KvTUTKPlaybackInputRecvAudioThread audio(*this);
-    video.start();
-    audio.start();
+    m_videoThread = std::make_unique<KvTUTKPlaybackInputRecvVideoThread>(*this);
+    m_audioThread = std::make_unique<KvTUTKPlaybackInputRecvAudioThread>(*this);
+    m_videoThread->start();
+    m_audioThread->start();
     qDebug("KvTUTKPlaybackInput _start() ended");
-    video.waitForEnd();
-    audio.waitForEnd();
+    m_videoThread->waitForEnd();
+    m_audioThread->waitForEnd();
     PlaybackEnd none = PlaybackEnd::kNone;
     if (!m_exchange.isAbandoned())
         m_endReason.compare_exchange_strong(none, PlaybackEnd::kFinished);
@@ -140,7 +140,14 @@ void KvTUTKPlaybackInput::askStop() {
         m_exchange.wait(kStopAnswerMs);
 }
 
-void KvTUTKPlaybackInput::leaveClient() {
+void KvTUTKPlaybackInput::tearDown() {
+    qDebug("_stop");
+    qDebug("KvTUTKPlaybackInput _stop() video = %p, audio = %p",
+           static_cast<void*>(m_videoThread.get()), static_cast<void*>(m_audioThread.get()));
+    m_audioThread.reset();
+    qDebug("KvTUTKPlaybackInput _stop() release audio ended");
+    m_videoThread.reset();
+    qDebug("KvTUTKPlaybackInput _stop() release video ended");
     qDebug("KvTUTKPlaybackInput _uninit() _channel = %d, _channelId = %d", avIndex(),
            m_exchange.channel());
     if (isBound())
