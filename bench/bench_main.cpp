@@ -8,6 +8,7 @@
 #include "core/language.h"
 #include "media/device_inputs.h"
 #include "media/media_log.h"
+#include "platform/heap.h"
 #include "sections.h"
 #include "ui/widgets/focus_ring.h"
 #include "workbench.h"
@@ -91,6 +92,7 @@ int run(const QApplication& application) {
 }  // namespace orvelle::bench
 
 int main(int argc, char** argv) {
+    orvelle::keepHeapSmall();
     const QTemporaryDir data;
     qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");

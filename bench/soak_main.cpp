@@ -7,6 +7,7 @@
 #include "device/device.h"
 #include "latency_probe.h"
 #include "media/device_inputs.h"
+#include "platform/heap.h"
 #include "process_usage.h"
 #include "support/leak_check.h"
 #include "system/camera_set.h"
@@ -120,6 +121,7 @@ bool delayDoesNotGrow(int minutes) {
 
 /// orvelle-soak [CYCLES [MINUTES]]
 int main(int argc, char** argv) {
+    orvelle::keepHeapSmall();
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47822");
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));

@@ -93,6 +93,10 @@ void MainWindow::refresh() {
 void MainWindow::showGroup(KvDeviceGroup* group) {
     if (!isListed(group))
         return;
+    if (!group->firstDevice()) {
+        inform(text("no_camera_of_this_entry_is_known"));
+        return;
+    }
     m_ui->hideHelpMenu();
     m_ui->showPreview(true);
     m_ui->preview()->setGroup(group);

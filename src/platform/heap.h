@@ -1,0 +1,8 @@
+#pragma once
+
+namespace orvelle {
+
+/// Keeps the heap of a process with many threads small. To be called before the first of them.
+void keepHeapSmall();
+
+}  // namespace orvelle
