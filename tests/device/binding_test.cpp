@@ -5,7 +5,7 @@
 #include "device/device_remove_thread.h"
 #include "link/device_code.h"
 #include "support/suites.h"
-#include "test_camera.h"
+#include "support/test_camera.h"
 #include "test_tools.h"
 
 using orvelle::DeviceState;

@@ -1,7 +1,7 @@
 #include "device/device_manager.h"
 
 #include "support/suites.h"
-#include "test_camera.h"
+#include "support/test_camera.h"
 #include "test_tools.h"
 
 using orvelle::DeviceState;

@@ -4,7 +4,7 @@
 #include "device/tutk_device.h"
 #include "link/result_codes.h"
 #include "support/suites.h"
-#include "test_camera.h"
+#include "support/test_camera.h"
 
 using orvelle::DeviceState;
 using orvelle::test::deviceFor;
@@ -107,12 +107,12 @@ private slots:
             QVERIFY(device->sendIOCtrl(wanted.back(), &i, i % 5));
         }
         QVERIFY(!device->sendIOCtrl(1, nullptr, 4) && !device->sendIOCtrl(1, "x", -1));
-        QTRY_COMPARE(camera.types(), wanted);
+        QTRY_COMPARE(camera.commands(), wanted);
         QTRY_VERIFY(heard == 1 && device->mode() == 2);
-        camera.answer({7, 0, 0});
+        camera.answer(IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP, QByteArray("\7\0\0", 3));
         QTRY_VERIFY(heard == 2 && device->mode() == 2);
         device->removeListener(&listener);
-        camera.answer({5, 0, 0, 0, 1});
+        camera.answer(IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP, QByteArray("\5\0\0\0\1", 5));
         QTRY_VERIFY(device->mode() == 5 && heard == 2);
     }
 
@@ -133,7 +133,8 @@ private slots:
         QVERIFY(camera.start());
         QCOMPARE(device->ensureConnected(), 0);
         QVERIFY(device->isOnline() && device->sid() != firstSid);
-        QTRY_COMPARE(camera.types(), std::vector<uint32_t>{IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ});
+        QTRY_COMPARE(camera.commands(),
+                     std::vector<uint32_t>{IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ});
         device->uninit();
         QTRY_COMPARE(camera.clients(), 0);
         QVERIFY(device->state() == DeviceState::kClosed && lost == 1);
@@ -163,8 +164,8 @@ private slots:
         QCOMPARE(device->init(), 0);
         device->cancelInit();
         QVERIFY(KvTUTKDevice(*device).isConnected() && !KvTUTKDevice(*device).isWorking());
-        QTRY_VERIFY(camera.types().size() >= 3);
-        QCOMPARE(camera.types()[1], uint32_t(IOTYPE_USER_IPCAM_KEEPALIVE));
+        QTRY_VERIFY(camera.commands().size() >= 3);
+        QCOMPARE(camera.commands()[1], uint32_t(IOTYPE_USER_IPCAM_KEEPALIVE));
         QVERIFY(device->isOnline() && camera.wereLastEightZeros());
     }
 };

@@ -1,6 +1,6 @@
+#include "device_camera.h"
 #include "event_log.h"
 #include "support/encoded_clip.h"
-#include "test_camera.h"
 
 #include "media/device_inputs.h"
 #include "media/device_player.h"
@@ -30,7 +30,7 @@ struct OpenPlayer : KvDevicePlayer {
 /// A player on a camera that streams a clip and silence for ever, each 20 ms a picture and twice
 /// the sound that a device takes meanwhile, so that its writes block where there is a device.
 struct Rig {
-    test::TestCamera camera;
+    test::DeviceCamera camera;
     KvVideoView view;
     std::unique_ptr<test::EventLog> events;
     KvDevicePlayer player;

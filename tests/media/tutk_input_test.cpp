@@ -1,4 +1,4 @@
-#include "test_camera.h"
+#include "device_camera.h"
 
 #include "core/thread.h"
 #include "link/av.h"
@@ -15,7 +15,7 @@ constexpr uint16_t kAlaw = 0x8A;
 
 /// An input on a camera of its own; counts its end and what its tap gets.
 struct Rig {
-    test::TestCamera camera;
+    test::DeviceCamera camera;
     KvTUTKPreviewInput input;
     std::atomic<int> ends{0}, tapped{0};
 
