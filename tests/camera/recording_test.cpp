@@ -1,6 +1,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include "camera/card_maker.h"
 #include "camera/media_kit.h"
 #include "camera/minute_recorder.h"
 #include "camera/recording_name.h"
@@ -71,7 +72,6 @@ private slots:
         QTest::addColumn<int>("audio");
         QTest::newRow("h264, aac") << int(AV_CODEC_ID_H264) << int(AV_CODEC_ID_AAC);
         QTest::newRow("hevc, alaw") << int(AV_CODEC_ID_HEVC) << int(AV_CODEC_ID_PCM_ALAW);
-        QTest::newRow("silent") << int(AV_CODEC_ID_H264) << int(AV_CODEC_ID_NONE);
     }
 
     void stream_comesBackAsItWasSent() {
@@ -165,25 +165,22 @@ private slots:
     }
 
     void oldestRecordings_makeRoom_andNothingElse() {
-        // What a minute may take is 1.5 MB by the format, and far less in truth.
-        Card card(1'600'000);
+        Card card(2'500'000);
         const QString alien = QStringLiteral("20200913T122717Z.mkv.txt");
-        for (const QString& name : {recordingName(1'500'000'000), alien}) {
+        const QString old = recordingName(kFirst - 60), newer = recordingName(kFirst);
+        for (const QString& name : {alien, old, newer}) {
             QFile file(card.path(name));
             QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(1'000'000));
         }
-        card.store.format();
-        QCOMPARE(card.names(), QStringList(alien));
-        QFile old(card.path(recordingName(1'500'000'000)));
-        QVERIFY(old.open(QIODevice::WriteOnly) && old.resize(1'000'000));
-        CardStore again(card.directory.path(), 1'600'000);
-        again.refresh();
-        QCOMPARE(again.space().totalBytes, int64_t{1'600'000});
-        QCOMPARE(again.space().freeBytes, int64_t{600'000});
-        QVERIFY(again.makeRoom(600'000));
-        QCOMPARE(runsOf(again).size(), 1);
-        QVERIFY(again.makeRoom(600'001));
-        QCOMPARE(runsOf(again).size(), 0);
+        CardStore store(card.directory.path(), 2'500'000);
+        store.refresh();
+        QCOMPARE(store.space().totalBytes, int64_t{2'500'000});
+        QVERIFY(store.makeRoom(500'000));
+        QCOMPARE(card.names(), QStringList({old, newer, alien}));
+        QVERIFY(store.makeRoom(500'001));
+        QCOMPARE(card.names(), QStringList({newer, alien}));
+        QCOMPARE(store.space().freeBytes, int64_t{1'500'000});
+        QVERIFY(store.format());
         QCOMPARE(card.names(), QStringList(alien));
     }
 
@@ -198,18 +195,42 @@ private slots:
         QCOMPARE(warnings.value(), 1);
         const Runs runs = runsOf(card.store);
         QVERIFY(!runs.isEmpty() && runs.first().first > kFirst);
-        QVERIFY(!card.names().contains(unfinishedName(kFirst)));
         QVERIFY(card.directory.remove());
-        QCOMPARE(card.store.refresh(), CardStore::Presence::kAbsent);
-        QCOMPARE(card.store.refresh(), CardStore::Presence::kAbsent);
+        for (int look = 0; look < 3; ++look)
+            QCOMPARE(card.store.refresh(), CardStore::Presence::kAbsent);
         QCOMPARE(warnings.value(), 2);
-        QCOMPARE(card.store.space().totalBytes, int64_t{0});
         QVERIFY(!card.store.format() && QDir().mkpath(card.directory.path()));
         QCOMPARE(card.store.refresh(), CardStore::Presence::kNew);
         card.record(frames);
         card.recorder.close();
         QCOMPARE(runsOf(card.store), Runs({{kFirst, 2}}));
         QVERIFY(card.directory.remove());
+    }
+
+    void madeCard_showsTheTimesOfItsFiles_andIsOnlyToppedUp() {
+        Card card;
+        DemoFeedConfig config;
+        config.format = {128, 80, 2, 100'000};
+        config.audioCodec = AV_CODEC_ID_PCM_ALAW;
+        QCOMPARE(makeCard(card.directory.path(), 2, config), QString());
+        const QStringList names = card.names();
+        QVERIFY(names.size() >= 8 && names.size() <= 19);
+        for (const QString& name : names) {
+            const auto frames = read(card.path(name));
+            const int64_t startUs =
+                readRecordingName(name).value_or(RecordingName()).startSec * kSecond;
+            const auto pictures = test::decode(of(Medium::kVideo, frames));
+            QCOMPARE(pictures.size(), size_t(120));
+            for (size_t i = 0; i < pictures.size(); ++i)
+                QCOMPARE(test::clockOf(*pictures[i]).value_or(0),
+                         (uint64_t(startUs) + i * 500'000) & kPictureClockMask);
+            QVERIFY(of(Medium::kAudio, frames).size() > 1480);
+        }
+        const QFileInfo first(card.path(names.first()));
+        QVERIFY(QFile::remove(card.path(names.last())));
+        QCOMPARE(makeCard(card.directory.path(), 2, config), QString());
+        QCOMPARE(QFileInfo(first.filePath()).lastModified(), first.lastModified());
+        QVERIFY(card.names().size() >= names.size());
     }
 };
 
