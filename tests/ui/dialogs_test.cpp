@@ -15,8 +15,10 @@
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/dialogs/confirm_dialog.h"
 #include "ui/dialogs/directory_dialog.h"
+#include "ui/dialogs/file_downloader_dialog.h"
 #include "ui/dialogs/input_dialog.h"
 #include "ui/dialogs/media_path_dialog.h"
+#include "ui/dialogs/new_version_dialog.h"
 #include "ui/dialogs/version_dialog.h"
 #include "ui/widgets/placement.h"
 #include "ui/widgets/text.h"
@@ -72,7 +74,8 @@ private slots:
                  {maker<KvAlertDialog>(kLong, kNoParent), maker<KvConfirmDialog>(kLong, kNoParent),
                   maker<KvInputDialog>(kLong, kLong, kNoParent),
                   maker<KvDirectoryDialog>(kLong, kLongPath, kNoParent), maker<KvMediaPathDialog>(),
-                  maker<KvVersionDialog>()}) {
+                  maker<KvVersionDialog>(), maker<KvNewVersionDialog>(),
+                  maker<KvFileDownloaderDialog>()}) {
                 const auto dialog = make();
                 dialog->show();
                 checkParts(*dialog);

@@ -8,6 +8,7 @@
 #include <QPushButton>
 #include <QTextBlock>
 #include <QTextBrowser>
+#include <QTextTable>
 
 #include "core/language.h"
 #include "ui/logging.h"
@@ -24,7 +25,11 @@ constexpr int kHeadHeight = 44;
 constexpr int kCloseSize = 24;
 constexpr int kCloseMargin = 10;
 constexpr int kPageMargin = 24;
+constexpr int kScrollBarWidth = 24;  // at most; it comes after the pictures
 constexpr int kLineHeightPercent = 135;
+constexpr int kHeadingMargin = 18;
+constexpr int kTableMargin = 8;
+constexpr int kCellPadding = 6;
 constexpr qint64 kMaxBytes = 4 << 20;
 constexpr int kMaxPictureSide = 8192;
 
@@ -53,7 +58,7 @@ private:
         if (size.isEmpty() || size.width() > kMaxPictureSide || size.height() > kMaxPictureSide)
             return {};
         const double ratio = devicePixelRatioF();
-        const int room = qRound((viewport()->width() - 2 * kPageMargin) * ratio);
+        const int room = qRound((width() - 2 * kPageMargin - kScrollBarWidth) * ratio);
         QImage picture = reader.read();
         if (picture.width() > room)
             picture = picture.scaledToWidth(room, Qt::SmoothTransformation);
@@ -83,13 +88,32 @@ QString anchorOf(const QString& heading) {
     return anchor;
 }
 
-void setLineHeight(QTextDocument& page) {
+void setUpTables(QTextDocument& page) {
+    for (QTextFrame* frame : page.rootFrame()->childFrames()) {
+        auto* table = qobject_cast<QTextTable*>(frame);
+        if (!table)
+            continue;
+        QTextTableFormat format = table->format();
+        format.setCellPadding(kCellPadding);
+        format.setCellSpacing(0);
+        format.setBorderCollapse(true);
+        format.setBorderStyle(QTextFrameFormat::BorderStyle_Solid);
+        format.setBorderBrush(QColor(palette::kFrame));
+        format.setTopMargin(kTableMargin);
+        format.setBottomMargin(kTableMargin);
+        table->setFormat(format);
+    }
+}
+
+void setUpLines(QTextDocument& page) {
     for (QTextBlock block = page.begin(); block.isValid(); block = block.next()) {
         // It would stretch a picture's line as well.
         if (block.text().contains(QChar::ObjectReplacementCharacter))
             continue;
         QTextCursor cursor(block);
         QTextBlockFormat format = block.blockFormat();
+        if (format.headingLevel() > 1)
+            format.setTopMargin(kHeadingMargin);
         format.setLineHeight(kLineHeightPercent, QTextBlockFormat::ProportionalHeight);
         cursor.setBlockFormat(format);
     }
@@ -128,7 +152,8 @@ ManualDialog::ManualDialog(const QString& folder, const QSize& room, QWidget* pa
     }
     m_page->setMarkdown(QString::fromUtf8(file.readAll()));
     m_page->document()->setDocumentMargin(kPageMargin);
-    setLineHeight(*m_page->document());
+    setUpLines(*m_page->document());
+    setUpTables(*m_page->document());
     m_page->moveCursor(QTextCursor::Start);
 }
 

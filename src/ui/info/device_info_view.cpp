@@ -187,9 +187,7 @@ void KvTUTKDeviceInfoView::_invokeOnlineTimer() {
 void KvTUTKDeviceInfoView::_onClickUISdcardCleanupButton(bool) {
     if (m_totalSpace <= 0 || m_waiting != Waiting::kNo)
         return;
-    const QString question = text("sdcard_cleanup") + QStringLiteral("?\n") +
-                             text("formatting_deletes_all_recordings_on_the_card");
-    if (!agreed(question))
+    if (!agreed(text("format_the_card_with_all_its_recordings")))
         return;
     if (send(IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ, orvelle::FormatStorageRequest().encode()))
         waitFor(Waiting::kForCleanup);

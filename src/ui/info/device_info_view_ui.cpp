@@ -17,7 +17,7 @@ constexpr int kHeaderHeight = 44;
 constexpr int kMargin = 14;
 constexpr int kBackSize = 24;
 constexpr int kNoticeHeight = 36;
-constexpr int kColumnWidth = 560;
+constexpr int kColumnWidth = 500;
 constexpr int kSideMargin = 24;
 constexpr int kCardPadding = 20;
 constexpr int kCardGap = 12;
@@ -28,6 +28,7 @@ constexpr int kMinRowHeight = 22;
 constexpr int kCaptionWidth = 170;
 constexpr QSize kButtonSize(240, 40);
 constexpr int kButtonGap = 20;
+constexpr int kButtonLift = 8;
 constexpr int kBottomMargin = 20;
 constexpr int kCardRadius = 6;
 constexpr unsigned kCardFrame = 0xe4e4e4;
@@ -63,7 +64,7 @@ KvTUTKDeviceInfoViewUI::KvTUTKDeviceInfoViewUI(QWidget* parent)
     m_back->setCursor(Qt::PointingHandCursor);
     KvWidgetUtils::setToolTip(m_back, "back_to_live");
     m_title = makeLabel(this, kTitleFontPixels, colorStyle(kText));
-    m_title->setText(text("device_information"));
+    m_title->setText(text("settings"));
     m_notice = makeLabel(this, kFontPixels, colorStyle(kWarningText));
     m_notice->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     addCard("device_information", kCameraName,
@@ -179,7 +180,7 @@ void KvTUTKDeviceInfoViewUI::layOut() {
     const int frames = static_cast<int>(m_cards.size());
     const int fixed = kHeaderHeight + kNoticeHeight +
                       frames * (kHeadingHeight + kCardBottom + kCardGap) + kButtonSize.height() +
-                      kBottomMargin;
+                      kButtonLift + kBottomMargin;
     const int rowHeight = qBound(kMinRowHeight, (height() - fixed) / kRows, kRowHeight);
     int top = kHeaderHeight + kNoticeHeight;
     for (const Card& card : m_cards) {
@@ -188,6 +189,7 @@ void KvTUTKDeviceInfoViewUI::layOut() {
         layOutCard(card, rowHeight);
         top += height + kCardGap;
     }
+    top += kButtonLift;
     const int buttonLeft = left + (column - 2 * kButtonSize.width() - kButtonGap) / 2;
     m_cleanup->setGeometry({{buttonLeft, top}, kButtonSize});
     m_unbind->setGeometry({{buttonLeft + kButtonSize.width() + kButtonGap, top}, kButtonSize});
