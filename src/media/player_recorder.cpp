@@ -39,7 +39,6 @@ KvPlayerRecoderThread::KvPlayerRecoderThread(KvPlayerRecorder* recorder)
 
 void KvPlayerRecoderThread::run() {
     m_recorder->record(*this);
-    stop();
 }
 
 KvPlayerRecorder::KvPlayerRecorder(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder)
@@ -118,6 +117,8 @@ void KvPlayerRecorder::record(KvThread& thread) {
     qDebug("uninit record");
     if (file.close() < 0)
         outcome = Outcome::kSpoiled;
+    // Whoever hears of the end, on whatever thread, finds that nothing is being recorded.
+    thread.stop();
     qDebug("docallback");
     if (outcome != Outcome::kStopped)
         notify(kFailed);

@@ -68,6 +68,8 @@ int RecordingFile::create(const QString& path, const QString& formatName,
     m_format.reset(format);
     m_format->max_interleave_delta = kInterleaveUs;
     m_format->flush_packets = 1;
+    // No time is negative, and none may be moved: a track that begins later has to stay later.
+    m_format->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
     m_hasFragments = isFragmented(formatName);
     result = addVideo(video);
     if (result >= 0) {

@@ -69,9 +69,16 @@ int64_t RecordingSink::seekIn(void* sink, int64_t offset, int whence) {
 int RecordingSink::write(const uint8_t* bytes, int size) {
     if (m_error < 0)
         return m_error;
-    if (m_file.write(reinterpret_cast<const char*>(bytes), size) != size)
-        return fail(m_file.error() == QFileDevice::ResourceError ? AVERROR(ENOSPC) : AVERROR(EIO),
-                    m_file.errorString());
+    // A short count gives no reason; writing the rest does.
+    for (qint64 done = 0; done < size;) {
+        const qint64 written =
+            m_file.write(reinterpret_cast<const char*>(bytes) + done, size - done);
+        if (written <= 0)
+            return fail(
+                m_file.error() == QFileDevice::ResourceError ? AVERROR(ENOSPC) : AVERROR(EIO),
+                m_file.errorString());
+        done += written;
+    }
     if (m_index && m_index->append(bytes, static_cast<size_t>(size)) < 0)
         return fail(AVERROR_INVALIDDATA, QStringLiteral("a fragment that is none"));
     return size;

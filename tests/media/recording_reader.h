@@ -36,6 +36,9 @@ public:
     double durationSec() const { return static_cast<double>(m_format->duration) / 1e6; }
     int packets(size_t stream) const { return static_cast<int>(m_packets.at(stream).size()); }
     const AVPacket& first(size_t stream) const { return *m_packets.at(stream).front(); }
+    double sec(size_t stream, size_t packet) const {
+        return sec(stream, m_packets.at(stream).at(packet)->pts);
+    }
     double lastSec(size_t stream) const { return sec(stream, m_packets.at(stream).back()->pts); }
     double endSec(size_t stream) const {
         const AVPacket& last = *m_packets.at(stream).back();
@@ -45,6 +48,30 @@ public:
     /// The first channel of the second stream.
     std::vector<int16_t> decodeSound() const {
         std::vector<int16_t> samples;
+        decodeSound([&](const AVFrame& frame) { append(frame, samples); });
+        return samples;
+    }
+    /// When sound set in after at least a tenth of silence, in a stream of 8 kHz.
+    std::vector<double> burstSecs() const {
+        std::vector<double> bursts;
+        double quietSec = 1.0;
+        decodeSound([&](const AVFrame& frame) {
+            std::vector<int16_t> samples;
+            append(frame, samples);
+            for (size_t i = 0; i < samples.size(); ++i, quietSec += 1.0 / 8000) {
+                if (std::abs(samples[i]) < 4000)
+                    continue;
+                if (quietSec > 0.1)
+                    bursts.push_back(sec(1, frame.pts) + static_cast<double>(i) / 8000);
+                quietSec = 0.0;
+            }
+        });
+        return bursts;
+    }
+
+private:
+    template <class Take>
+    void decodeSound(Take take) const {
         const AVCodec* decoder = avcodec_find_decoder(codec(1).codec_id);
         const CodecContextPtr context(avcodec_alloc_context3(decoder));
         avcodec_parameters_to_context(context.get(), &codec(1));
@@ -53,12 +80,9 @@ public:
         for (const PacketPtr& packet : m_packets[1]) {
             avcodec_send_packet(context.get(), packet.get());
             while (avcodec_receive_frame(context.get(), frame.get()) == 0)
-                append(*frame, samples);
+                take(*frame);
         }
-        return samples;
     }
-
-private:
     bool readPacket() {
         PacketPtr packet(av_packet_alloc());
         if (av_read_frame(m_format.get(), packet.get()) < 0)
