@@ -31,7 +31,6 @@ public:
     Channel(const Channel&) = delete;
     Channel& operator=(const Channel&) = delete;
 
-    bool isOpen() const { return m_av >= 0; }
     int index() const { return m_av; }
 
     std::vector<EncodedFrame> frames(Medium medium) {
@@ -132,12 +131,6 @@ inline std::unique_ptr<Feed> demo(AVCodecID video = AV_CODEC_ID_H264,
     config.videoCodec = video;
     config.audioCodec = audio;
     return std::make_unique<DemoFeed>(config, nullptr);
-}
-
-/// Starts the transport of clients; each suite shuts it down.
-inline void startTransport() {
-    IOTC_Initialize2(0);
-    avInitialize(kMaxLinkChannels);
 }
 
 }  // namespace orvelle::test

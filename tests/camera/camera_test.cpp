@@ -14,7 +14,10 @@ class CameraTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { test::startTransport(); }
+    void initTestCase() {
+        IOTC_Initialize2(0);
+        avInitialize(kMaxLinkChannels);
+    }
     void cleanupTestCase() { LinkClient::instance().shutDown(); }
 
     void client_receivesH264AndAac() { receive(demo(AV_CODEC_ID_H264, AV_CODEC_ID_AAC)); }

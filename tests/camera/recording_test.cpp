@@ -28,10 +28,7 @@ Runs runsOf(const CardStore& store) {
 
 /// A card in a directory of its own with a recorder.
 struct Card {
-    explicit Card(int64_t quotaBytes = int64_t{1} << 30)
-        : store(directory.path(), quotaBytes), recorder(&store, kFormat) {
-        store.refresh();
-    }
+    Card() { store.refresh(); }
     void record(const std::vector<EncodedFrame>& frames) {
         for (const EncodedFrame& frame : frames)
             recorder.take(frame, kOriginUs);
@@ -40,8 +37,8 @@ struct Card {
     QStringList names() const { return QDir(directory.path()).entryList(QDir::Files); }
 
     QTemporaryDir directory;
-    CardStore store;
-    MinuteRecorder recorder;
+    CardStore store{directory.path(), int64_t{1} << 30};
+    MinuteRecorder recorder{&store, kFormat};
 };
 
 std::vector<EncodedFrame> read(const QString& path) {
@@ -165,7 +162,7 @@ private slots:
     }
 
     void oldestRecordings_makeRoom_andNothingElse() {
-        Card card(2'500'000);
+        Card card;
         const QString alien = QStringLiteral("20200913T122717Z.mkv.txt");
         const QString old = recordingName(kFirst - 60), newer = recordingName(kFirst);
         for (const QString& name : {alien, old, newer}) {
