@@ -145,7 +145,7 @@ void KvSDCardPlaybackView::releaseDevice() {
     m_ui->setStateText({});
     m_ui->timeLine()->setMarks({});
     _invokeDateTimeTimer();
-    m_ui->timeLine()->setValue(secondsNow());
+    m_ui->setMoment(secondsNow());
 }
 
 bool KvSDCardPlaybackView::sendRequest(uint32_t type, const QByteArray& payload) {
@@ -218,18 +218,18 @@ void KvSDCardPlaybackView::_onUpdateVideoInfo(const QVector<KvTimeLineMark>& mar
 
 void KvSDCardPlaybackView::_doUpdateMarks() {
     updateCover();
+    if (m_recordings.isEmpty())
+        m_ui->showNotice(orvelle::text("no_recordings"));
+    else if (m_ui->timeLine()->marks().isEmpty())
+        m_ui->showNotice({});
     m_ui->timeLine()->setMarks(m_recordings.all());
     if (m_calendar)
         m_calendar->setMarks(m_recordings.all());
-    if (m_recordings.isEmpty())
-        m_ui->showNotice(orvelle::text("no_recordings"));
     const orvelle::Recordings::Start start = m_recordings.takeStart();
     if (start.isMissing)
         m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
-    if (start.index < 0)
-        return;
-    m_ui->timeLine()->setValue(static_cast<int>(m_recordings.all().at(start.index).end()));
-    playFile(start.index);
+    if (start.index >= 0)
+        playFile(start.index);
 }
 
 void KvSDCardPlaybackView::awaitAnswer() {

@@ -116,8 +116,9 @@ private:
     void onConnectionChanged(bool isOnline);
     void showNoCard();
 
-    void playOnRequest(int index);
-    void playFile(int index);
+    /// From `from`, seconds since 1970, or, where that is not in the file, from its start.
+    void playOnRequest(int index, int from = 0);
+    void playFile(int index, int from = 0);
     void playAgain();
     void playDay(const QDate& day);
     void stopPlayer();
@@ -136,6 +137,7 @@ private:
     orvelle::ClickGuard m_clickGuard;
     InfoRequest m_infoRequest = InfoRequest::kNone;
     bool m_wasOnline = false;
+    int m_playedFrom = 0;       ///< seconds since 1970, where progress counts from
     bool m_isPlaying = false;   ///< a file is open, paused or not
     bool m_isLoading = false;   ///< it has shown no picture yet
     bool m_hasPicture = false;  ///< one of this camera's is on the screen

@@ -24,19 +24,20 @@ orvelle::PlaybackEnd KvSDCardPlaybackView::playbackEnd() const {
 }
 
 /// A click soon after another is one too many, as a camera needs its time to change files.
-void KvSDCardPlaybackView::playOnRequest(int index) {
+void KvSDCardPlaybackView::playOnRequest(int index, int from) {
     if (m_clickGuard.accepts(nowMs()))
-        playFile(index);
+        playFile(index, from);
 }
 
-void KvSDCardPlaybackView::playFile(int index) {
+void KvSDCardPlaybackView::playFile(int index, int from) {
     stopPlayer();
     const KvTimeLineMark mark = m_recordings.select(index);
+    m_playedFrom = mark.contains(from) ? from : mark.start;
     m_ui->showNotice({});
     if (!m_ui->timeLine()->isDragging())
-        m_ui->timeLine()->setValue(mark.start);
+        m_ui->setMoment(m_playedFrom);
     applyVolume();
-    if (startPlayer(QDateTime::fromSecsSinceEpoch(mark.start)) < 0) {
+    if (startPlayer(QDateTime::fromSecsSinceEpoch(m_playedFrom)) < 0) {
         failWith(orvelle::text("the_recording_could_not_be_played"));
         return;
     }
@@ -66,13 +67,12 @@ void KvSDCardPlaybackView::_doHideLoadingView() {
 }
 
 void KvSDCardPlaybackView::_doUpdateTimeLineView(double seconds) {
-    const int current = m_recordings.current();
     // Before its first picture, what comes is of the file before.
-    if (!m_isPlaying || m_isLoading || current < 0 || m_ui->timeLine()->isDragging())
+    if (!m_isPlaying || m_isLoading || m_ui->timeLine()->isDragging())
         return;
-    const int value = m_recordings.all().at(current).start + qRound(seconds);
-    if (value != m_ui->timeLine()->value())
-        m_ui->timeLine()->setValue(value);
+    const int moment = m_playedFrom + qRound(seconds);
+    if (moment != m_ui->timeLine()->value())
+        m_ui->setMoment(moment);
 }
 
 void KvSDCardPlaybackView::_doPlayNext() {
@@ -100,7 +100,7 @@ void KvSDCardPlaybackView::_doPlayFailed() {
 void KvSDCardPlaybackView::_onSelectedVideoTime(int time) {
     const int index = _findDateTimeIndex(QDateTime::fromSecsSinceEpoch(time));
     if (index >= 0)
-        playOnRequest(index);
+        playOnRequest(index, time);
     else
         m_toast.show(this, orvelle::text("no_more_files"));
 }
@@ -133,13 +133,14 @@ void KvSDCardPlaybackView::_onClickPlay(bool checked) {
 }
 
 void KvSDCardPlaybackView::playAgain() {
-    int index = m_recordings.indexAt(m_ui->timeLine()->value());
+    const int from = m_ui->timeLine()->value();
+    int index = m_recordings.indexAt(from);
     if (index < 0)
         index = m_recordings.current();
     if (index < 0)
         index = m_recordings.all().size() - 1;
     if (index >= 0)
-        playOnRequest(index);
+        playOnRequest(index, from);
     m_ui->timeLine()->setPlayChecked(m_isPlaying);
 }
 

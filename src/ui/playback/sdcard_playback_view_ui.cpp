@@ -1,6 +1,7 @@
 #include "ui/playback/sdcard_playback_view_ui.h"
 
 #include <QApplication>
+#include <QDateTime>
 #include <QLabel>
 
 #include <initializer_list>
@@ -24,6 +25,8 @@ constexpr int kBottomHeight = kTimeLineHeight + kButtonRowHeight;
 constexpr int kButtonSize = 24;
 constexpr int kGap = 16;
 constexpr int kMargin = 14;
+constexpr int kSoundLeft = 23;  // below the timeline's play button
+constexpr int kMomentWidth = 200;
 constexpr int kLabelGap = 12;
 constexpr QSize kBadgePadding(8, 3);
 constexpr QSize kNoticePadding(16, 10);
@@ -45,6 +48,7 @@ KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
       m_nameLabel(new QLabel(m_topBar)),
       m_stateLabel(new QLabel(m_topBar)),
       m_clockLabel(new QLabel(m_topBar)),
+      m_momentLabel(new QLabel(m_bottomBar)),
       m_timeLine(nullptr) {
     setObjectName(QStringLiteral("playback"));
     setAttribute(Qt::WA_StyledBackground);
@@ -69,7 +73,7 @@ KvSDCardPlaybackViewUI::~KvSDCardPlaybackViewUI() {
 }
 
 void KvSDCardPlaybackViewUI::setUpLabels() {
-    for (QLabel* label : {m_nameLabel, m_clockLabel})
+    for (QLabel* label : {m_nameLabel, m_clockLabel, m_momentLabel})
         label->setStyleSheet(QStringLiteral("QLabel{color:#ffffff;};"));
     m_stateLabel->setStyleSheet(
         QStringLiteral("QLabel{color:#ffffff;background:#00a7f9;border-radius:5px;};"));
@@ -77,7 +81,7 @@ void KvSDCardPlaybackViewUI::setUpLabels() {
         "QLabel{background-color:rgba(0, 0, 0, 184);border-radius:10px;color:#ffffff;};"));
     m_noticeLabel->setWordWrap(true);
     m_noticeLabel->hide();
-    for (QLabel* label : {m_nameLabel, m_clockLabel, m_noticeLabel})
+    for (QLabel* label : {m_nameLabel, m_clockLabel, m_momentLabel, m_noticeLabel})
         KvWidgetUtils::setFont(label, orvelle::palette::kFontPixels);
     KvWidgetUtils::setFont(m_stateLabel, orvelle::palette::kSmallFontPixels);
     for (QLabel* label : {m_stateLabel, m_noticeLabel})
@@ -109,7 +113,8 @@ void KvSDCardPlaybackViewUI::setUpButtons() {
 }
 
 void KvSDCardPlaybackViewUI::setName(const QString& name) {
-    m_nameLabel->setToolTip(name);
+    m_name = name;
+    m_nameLabel->setToolTip(KvWidgetUtils::toolTipText(name));
     layOutTopBar();
 }
 
@@ -122,6 +127,12 @@ void KvSDCardPlaybackViewUI::setStateText(const QString& state) {
 
 void KvSDCardPlaybackViewUI::setClockText(const QString& time) {
     m_clockLabel->setText(time);
+}
+
+void KvSDCardPlaybackViewUI::setMoment(int seconds) {
+    m_timeLine->setValue(seconds);
+    m_momentLabel->setText(
+        QDateTime::fromSecsSinceEpoch(seconds).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
 }
 
 void KvSDCardPlaybackViewUI::setOverlaid(bool overlaid) {
@@ -219,7 +230,7 @@ void KvSDCardPlaybackViewUI::layOutTopBar() {
                       m_stateLabel->fontMetrics().height() + 2 * kBadgePadding.height());
     const int free = qMax(0, clockLeft - left - badge.width() - 2 * kLabelGap);
     const QFontMetrics metrics = m_nameLabel->fontMetrics();
-    const QString name = metrics.elidedText(m_nameLabel->toolTip(), Qt::ElideRight, free);
+    const QString name = metrics.elidedText(m_name, Qt::ElideRight, free);
     m_nameLabel->setText(name);
     m_nameLabel->setGeometry(left, 0, metrics.horizontalAdvance(name), kTopHeight);
     m_stateLabel->setVisible(!m_stateLabel->text().isEmpty());
@@ -231,7 +242,9 @@ void KvSDCardPlaybackViewUI::layOutTopBar() {
 void KvSDCardPlaybackViewUI::layOutBottomBar() {
     m_timeLine->setGeometry(0, 0, width(), kTimeLineHeight);
     const int top = kTimeLineHeight + (kButtonRowHeight - kButtonSize) / 2;
-    m_buttons[kSound]->setGeometry(kMargin, top, kButtonSize, kButtonSize);
+    m_buttons[kSound]->setGeometry(kSoundLeft, top, kButtonSize, kButtonSize);
+    const int momentLeft = kSoundLeft + kButtonSize + kGap;
+    m_momentLabel->setGeometry(momentLeft, kTimeLineHeight, kMomentWidth, kButtonRowHeight);
     int right = width() - kMargin;
     for (const Button id : {kFullscreen, kToLive, kCapture, kCalendar}) {
         m_buttons.at(id)->setGeometry(right - kButtonSize, top, kButtonSize, kButtonSize);

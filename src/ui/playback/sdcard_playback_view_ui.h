@@ -36,6 +36,8 @@ public:
     void setName(const QString& name);
     void setStateText(const QString& state);
     void setClockText(const QString& time);
+    /// What is seen, seconds since 1970: on the timeline and in words.
+    void setMoment(int seconds);
 
     /// Full screen: the picture has the whole place, with the bars on it while they are visible.
     void setOverlaid(bool overlaid);
@@ -76,6 +78,7 @@ private:
     bool m_overlaid = false;
     bool m_barsVisible = true;  ///< without effect beside the picture
     bool m_noCardShown = false;
+    QString m_name;
 
     KvVideoView* m_videoView;  ///< children, as all below
     KvNoSdcardView* m_noSdcardView;
@@ -85,6 +88,7 @@ private:
     QLabel* m_nameLabel;
     QLabel* m_stateLabel;
     QLabel* m_clockLabel;
+    QLabel* m_momentLabel;
     KvVideoTimeLineView* m_timeLine;
     std::array<KvPushButton*, kButtonCount> m_buttons{};
 
