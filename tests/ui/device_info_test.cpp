@@ -109,8 +109,7 @@ private slots:
         QVERIFY(page.ui->cleanupButton()->isEnabled());
         page.answerInfo(0, 1023);
         QTRY_VERIFY(!page.ui->cleanupButton()->isEnabled());
-        for (const int size : {0, 3, 33, 43})
-            page.answer(kInfo, QByteArray(size, '\x7f'));
+        page.answer(kInfo, QByteArray(33, '\x7f'));
         page.answer(kWifi, QByteArray(1300, 'x'));
         QTRY_COMPARE(page.ui->value(UI::kMacAddress).size(), 1300 - 84);
     }
