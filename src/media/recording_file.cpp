@@ -198,7 +198,7 @@ int RecordingFile::writeSound(KvBasePlayerInputPacket& packet) {
     if (m_encoder.isOpen()) {
         const double cameraSec = packet.time();
         return m_encoder.push(
-            *packet.packet(), m_sound.clock.place(cameraSec),
+            *packet.packet(), m_sound.clock.place(cameraSec, m_video.clock),
             [this, cameraSec](AVPacket& encoded) { return writeEncoded(encoded, cameraSec); });
     }
     if (m_adts.isOpen() && !m_adts.apply(*packet.packet()))
@@ -231,7 +231,8 @@ int RecordingFile::writeEncoded(AVPacket& packet, double cameraSec) {
 bool RecordingFile::stamp(Track& track, const KvBasePlayerInputPacket& packet) {
     const double tickSec = av_q2d(track.stream->time_base);
     const double formerSec = track.clock.lineSec();
-    const double lineSec = track.clock.place(packet.time());
+    const Track& other = &track == &m_video ? m_sound : m_video;
+    const double lineSec = track.clock.place(packet.time(), other.clock);
     AVPacket& stamped = *packet.packet();
     stamped.stream_index = track.stream->index;
     stamped.pts = stamped.dts = static_cast<int64_t>(lineSec / tickSec);

@@ -9,6 +9,7 @@
 
 #include "frames/input_packet.h"
 #include "frames/parameter_sets.h"
+#include "media/recording_clock.h"
 #include "media/recording_movie.h"
 #include "recording_reader.h"
 #include "support/encoded_clip.h"
@@ -184,6 +185,27 @@ private slots:
         QCOMPARE(boxesOf(path), boxes);
         const RecordingReader reader(path);
         QCOMPARE(reader.packets(0), pictures);
+    }
+
+    void tracks_stayInStep_whenTheClockIsSet() {
+        for (const double setSec : {-500.0, -0.5, 3.0, 1e6}) {
+            RecordingClock picture, sound;
+            picture.start(100.0, 0.0);
+            sound.start(100.01, 0.01);
+            double pictureSec = 0.0, soundSec = 0.0;
+            for (int i = 1; i < 60; ++i) {
+                const double cameraSec = 100.0 + i * 0.05 + (i < 30 ? 0.0 : setSec);
+                const double former = std::max(pictureSec, soundSec);
+                // What came first before the setting comes first after it, or the other.
+                if (setSec < -1.0)
+                    soundSec = sound.place(cameraSec + 0.01, picture);
+                pictureSec = picture.place(cameraSec, sound);
+                if (setSec > -1.0)
+                    soundSec = sound.place(cameraSec + 0.01, picture);
+                QVERIFY(std::abs(soundSec - pictureSec - 0.01) < 1e-6 || i == 30);
+                QVERIFY(pictureSec > former - 0.02 && (pictureSec < former + 0.2 || setSec == 3.0));
+            }
+        }
     }
 
     void index_readsOrRefuses_whateverTheBytes() {
