@@ -37,7 +37,7 @@ KvNewVersionDialog::KvNewVersionDialog(QWidget* parent) : orvelle::MessageDialog
     setBody(body, kVersionHeight + kGap + kNotesHeight);
     setTabOrder(m_notes, primaryButton());
     setTabOrder(primaryButton(), secondaryButton());
-    secondaryButton()->setFocus();
+    secondaryButton()->setDefault(true);
     connect(primaryButton(), &QPushButton::clicked, this, &KvNewVersionDialog::_onClickOkButton);
     connect(secondaryButton(), &QPushButton::clicked, this,
             &KvNewVersionDialog::_onClickCancelButton);

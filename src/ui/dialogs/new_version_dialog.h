@@ -6,7 +6,7 @@ class QLabel;
 class QTextBrowser;
 
 /// Offers a newer version: download gives 1; later, close and Esc give 0. As it comes by itself,
-/// Enter means later at first.
+/// Enter means later, unless the download button has the focus.
 class KvNewVersionDialog : public orvelle::MessageDialog {
     Q_OBJECT
 
