@@ -55,6 +55,12 @@ std::set<int64_t> plannedStarts(int days, int64_t nowSec, const std::optional<in
     return starts;
 }
 
+/// One recording to be made.
+struct Minute {
+    int64_t startSec;
+    int64_t localDayUs;  ///< since midnight on the camera's clock
+};
+
 /// Makes recordings one after the other. One thread.
 class MinuteMaker {
 public:
@@ -64,12 +70,12 @@ public:
                   config.label.toStdString()),
           m_picture(makePicture(config.format.width, config.format.height)) {}
 
-    QString make(const QDir& directory, int64_t startSec);
+    QString make(const QDir& directory, const Minute& minute);
 
 private:
     QString prepare();
-    std::optional<EncodedFrame> shoot(int64_t startSec, int64_t index);
-    bool writeMinute(const QString& path, int64_t startSec);
+    std::optional<EncodedFrame> shoot(const Minute& minute, int64_t index);
+    bool writeMinute(const QString& path, const Minute& minute);
 
     const DemoFeedConfig& m_config;
     const DemoScene m_scene;
@@ -79,13 +85,13 @@ private:
     RecordingWriter m_writer;
 };
 
-QString MinuteMaker::make(const QDir& directory, int64_t startSec) {
+QString MinuteMaker::make(const QDir& directory, const Minute& minute) {
     const QString error = prepare();
     if (!error.isEmpty())
         return error;
-    const QString path = directory.filePath(unfinishedName(startSec));
-    if (writeMinute(path, startSec) &&
-        QFile::rename(path, directory.filePath(recordingName(startSec))))
+    const QString path = directory.filePath(unfinishedName(minute.startSec));
+    if (writeMinute(path, minute) &&
+        QFile::rename(path, directory.filePath(recordingName(minute.startSec))))
         return {};
     QFile::remove(path);
     return QStringLiteral("cannot write to %1").arg(directory.path());
@@ -112,26 +118,26 @@ QString MinuteMaker::prepare() {
     return {};
 }
 
-std::optional<EncodedFrame> MinuteMaker::shoot(int64_t startSec, int64_t index) {
+std::optional<EncodedFrame> MinuteMaker::shoot(const Minute& minute, int64_t index) {
     if (av_frame_make_writable(m_picture.get()) < 0)
         return {};
     const int64_t sinceStartUs = index * kSecondUs / m_config.format.framesPerSecond;
-    const int64_t wallUs = startSec * kSecondUs + sinceStartUs;
+    const int64_t wallUs = minute.startSec * kSecondUs + sinceStartUs;
     SceneTime time;
     time.sceneUs = wallUs;
-    time.localDayUs = localDayUs(wallUs, m_config.timezoneMinutes);
+    time.localDayUs = minute.localDayUs + sinceStartUs;
     time.stamp = static_cast<uint64_t>(wallUs);
     m_scene.draw(m_picture.get(), time, {});
     return m_video.encode(m_picture.get(), sinceStartUs, false);
 }
 
-bool MinuteMaker::writeMinute(const QString& path, int64_t startSec) {
+bool MinuteMaker::writeMinute(const QString& path, const Minute& minute) {
     const auto sound = m_sound.empty() ? std::nullopt : RecordedSound::of(m_sound.front());
     auto nextSound = m_sound.begin();
     bool isGood = true;
     const int64_t count = int64_t{kRecordingSec} * m_config.format.framesPerSecond;
     for (int64_t index = 0; index < count && isGood; ++index) {
-        const auto frame = shoot(startSec, index);
+        const auto frame = shoot(minute, index);
         if (!frame)
             continue;
         if (!m_writer.isOpen() && !m_writer.open(path, m_config.format, *frame, sound).isEmpty())
@@ -147,7 +153,7 @@ bool MinuteMaker::writeMinute(const QString& path, int64_t startSec) {
 struct Order {
     QDir directory;
     DemoFeedConfig config;
-    std::vector<int64_t> starts;
+    std::vector<Minute> minutes;
     std::atomic<size_t> next{0};  ///< orders nothing
 
     std::mutex mutex;  ///< guards error
@@ -160,11 +166,11 @@ public:
 
     void run() override {
         MinuteMaker maker(m_order->config);
-        for (size_t i = m_order->next++; i < m_order->starts.size(); i = m_order->next++) {
-            const QString error = maker.make(m_order->directory, m_order->starts[i]);
+        for (size_t i = m_order->next++; i < m_order->minutes.size(); i = m_order->next++) {
+            const QString error = maker.make(m_order->directory, m_order->minutes[i]);
             if (error.isEmpty())
                 continue;
-            m_order->next = m_order->starts.size();
+            m_order->next = m_order->minutes.size();
             const std::lock_guard<std::mutex> lock(m_order->mutex);
             m_order->error = error;
         }
@@ -185,7 +191,8 @@ QString makeCard(const QString& directory, int days, const DemoFeedConfig& confi
     const int64_t nowSec = QDateTime::currentSecsSinceEpoch();
     for (const int64_t startSec : plannedStarts(days, nowSec, config.timezoneMinutes)) {
         if (!order.directory.exists(recordingName(startSec)))
-            order.starts.push_back(startSec);
+            order.minutes.push_back(
+                {startSec, localDayUs(startSec * kSecondUs, config.timezoneMinutes)});
     }
     std::vector<std::unique_ptr<MakerThread>> makers;
     const int workers = std::clamp(QThread::idealThreadCount(), 1, kMaxWorkers);

@@ -28,11 +28,11 @@ QString unfinishedName(int64_t startSec) {
 std::optional<RecordingName> readRecordingName(const QString& name) {
     const bool isUnfinished = name.endsWith(kUnfinished);
     const QString finished = isUnfinished ? name.chopped(kUnfinished.size()) : name;
-    QDateTime start = QDateTime::fromString(finished, timeFormat());
-    start.setTimeSpec(Qt::UTC);
-    if (!start.isValid())
+    const QDate date = QDate::fromString(name.left(8), QStringLiteral("yyyyMMdd"));
+    const QTime time = QTime::fromString(name.mid(9, 6), QStringLiteral("HHmmss"));
+    if (!date.isValid() || !time.isValid())
         return {};
-    const int64_t startSec = start.toSecsSinceEpoch();
+    const int64_t startSec = QDateTime(date, time, Qt::UTC).toSecsSinceEpoch();
     if (startSec < 0 || startSec > std::numeric_limits<uint32_t>::max() ||
         recordingName(startSec) != finished)
         return {};
