@@ -61,6 +61,7 @@ private slots:
         Program second(QStringLiteral("--uid OTHER --port ") + port);
         QCOMPARE(second.endCode(), 4);
         QVERIFY(second.readAllStandardError().contains("camera OTHER cannot start: "));
+        QCOMPARE(Program(QStringLiteral("--uid MANY02")).endCode(), 4);
     }
 
     void program_makesAClip_andPlaysItOnce_withThePasswordOfAFile() {
