@@ -6,10 +6,7 @@
 
 using orvelle::ClickGuard;
 using orvelle::Recordings;
-using orvelle::SAvEvent_VBK;
 using Marks = QVector<KvTimeLineMark>;
-
-Q_DECLARE_METATYPE(QVector<SAvEvent_VBK>)
 
 namespace {
 
@@ -32,48 +29,30 @@ class RecordingsTest : public QObject {
     Q_OBJECT
 
 private slots:
-    void list_becomesFilesOfAMinute_data() {
-        QTest::addColumn<QVector<SAvEvent_VBK>>("runs");
-        QTest::addColumn<QVector<int>>("starts");
-        using Runs = QVector<SAvEvent_VBK>;
-        QTest::newRow("run of five")
-            << Runs{{1000, 5}} << QVector<int>{1000, 1060, 1120, 1180, 1240};
-        QTest::newRow("two runs") << Runs{{5000, 1}, {1000, 2}} << QVector<int>{5000, 1000, 1060};
-        QTest::newRow("nothing") << Runs{} << QVector<int>{};
-        QTest::newRow("no files") << Runs{{1000, 0}} << QVector<int>{};
-        QTest::newRow("no time") << Runs{{0, 3}} << QVector<int>{};
-        QTest::newRow("last that fits") << Runs{{2147483587U, 1}} << QVector<int>{2147483587};
-        QTest::newRow("beyond all time")
-            << Runs{{2147483588U, 1}, {0xFFFFFFFFU, 1}, {7, 1}} << QVector<int>{7};
-    }
     void list_becomesFilesOfAMinute() {
-        QFETCH(QVector<SAvEvent_VBK>, runs);
         orvelle::SMsgAVIoctrlListEventResp_VBK list;
-        list.runs = runs;
-        QVector<int> starts;
-        for (const KvTimeLineMark& mark : orvelle::recordingsOf(list)) {
-            QCOMPARE(mark.duration, 60);
-            starts << mark.start;
-        }
-        QTEST(starts, "starts");
+        // No files, no time, the last that fits, and one and all beyond.
+        list.runs = {{5000, 1},        {1000, 5},        {3000, 0},       {0, 3},
+                     {2147483587U, 1}, {2147483588U, 1}, {0xFFFFFFFFU, 1}};
+        const Marks files = filesFrom(5000, 1) + filesFrom(1000, 5) + filesFrom(2147483587, 1);
+        QCOMPARE(orvelle::recordingsOf(list), files);
     }
 
     void absurdLists_areCapped() {
         orvelle::SMsgAVIoctrlListEventResp_VBK list;
         list.runs.fill({1700000000, list.kMaxRunMinutes}, 255);
-        QCOMPARE(orvelle::recordingsOf(list).size(), Recordings::kMaxMarks);
-    }
-
-    void sum_isCapped_andTheNewestStay() {
+        Marks marks = orvelle::recordingsOf(list);
+        QCOMPARE(marks.size(), Recordings::kMaxMarks);
+        // The newest stay.
         Recordings recordings;
-        const QDate newest = kNovember.addMonths(8);
-        for (QDate month = kNovember; month <= newest; month = month.addMonths(2)) {
+        for (const QDate& month : {kNovember, kNovember.addMonths(3)}) {
             recordings.ask(month);
-            recordings.answer(filesFrom(secondsOf(month.addMonths(-1)), 59 * 24 * 60));
+            for (int i = 0; i < marks.size(); ++i)
+                marks[i].start = secondsOf(month.addMonths(-1)) + 30 * i;
+            recordings.answer(marks);
         }
         QCOMPARE(recordings.all().size(), Recordings::kMaxMarks);
-        QVERIFY(recordings.indexOn(newest) >= 0);
-        QCOMPARE(recordings.indexOn(kNovember), -1);
+        QCOMPARE(recordings.all().last().start, marks.last().start);
     }
 
     void month_isAskedForOnce_untilAnother() {

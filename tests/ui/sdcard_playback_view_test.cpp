@@ -1,12 +1,16 @@
 #include <QtTest>
 
 #include "device/tutk_device.h"
+#include "fake_device.h"
 #include "link/io_types.h"
 #include "media/base_player.h"
 #include "support/suites.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/playback/video_time_line_view.h"
+#include "ui/preview/device_player_view.h"
+#include "ui/preview/devices_preview.h"
+#include "ui/preview/devices_preview_ui.h"
 #include "ui/widgets/click_label.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
@@ -192,12 +196,12 @@ private slots:
     }
 
     void failure_hasItsOwnText_data() {
+        using orvelle::PlaybackEnd;
         QTest::addColumn<int>("end");
         QTest::addColumn<QString>("key");
-        QTest::newRow("refused") << int(orvelle::PlaybackEnd::kRefused)
+        QTest::newRow("refused") << int(PlaybackEnd::kRefused)
                                  << "the_recording_could_not_be_played";
-        QTest::newRow("lost") << int(orvelle::PlaybackEnd::kLost)
-                              << "the_connection_to_the_camera_was_lost";
+        QTest::newRow("lost") << int(PlaybackEnd::kLost) << "the_connection_to_the_camera_was_lost";
     }
     void failure_hasItsOwnText() {
         QFETCH(int, end);
@@ -250,18 +254,13 @@ private slots:
         QVERIFY(!view.device());
     }
 
-    void list_tellsOfAMissingCard() {
-        View view;
-        view.answerCard(30000);
-        view.answer(IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP, QByteArray("\0\1\0\0", 4));
-        QVERIFY(view.ui()->isNoCardShown() && !view.ui()->isLoadingShown());
-    }
-
-    void emptyCard_isTold() {
+    void emptyList_isTold() {
         View view;
         view.openCard(0);
         QVERIFY(view.texts().contains(orvelle::text("no_recordings")));
         QVERIFY(view.played.isEmpty() && !view.ui()->isLoadingShown());
+        view.answer(IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP, QByteArray("\0\1\0\0", 4));
+        QVERIFY(view.ui()->isNoCardShown());
     }
 
     void removedCamera_isForgotten_whilePlaying() {
@@ -280,6 +279,27 @@ private slots:
         view.setDevice(&view.camera);
         view.openCard(2);
         QCOMPARE(view.lastPlayed(), 1);
+    }
+
+    void cardButton_opensThePage_andBackTheGrid() {
+        Camera camera;
+        const auto entry = orvelle::test::entryOf(camera, QStringLiteral("entry"));
+        KvDevicesPreview grid;
+        grid.resize(800, 600);
+        grid.show();
+        grid.setGroup(entry.get());
+        const auto* grids = grid.findChild<KvDevicesPreviewUI*>();
+        KvDevicePlayerView* tile = grids->tiles()[0];
+        const KvSDCardPlaybackView* page = grids->playbackView();
+        emit tile->clickSDCardButton(tile);
+        QVERIFY(page->isVisible() && page->device() == &camera);
+        QTest::mouseClick(page->findChild<KvSDCardPlaybackViewUI*>()->button(UI::kToLive),
+                          Qt::LeftButton);
+        QVERIFY(page->isHidden() && !page->device() && tile->device() == &camera);
+        emit tile->clickSDCardButton(tile);
+        grid.releaseDevice(&camera);
+        QVERIFY(page->isHidden() && !page->device() && !tile->device());
+        grid.setGroup(nullptr);
     }
 };
 

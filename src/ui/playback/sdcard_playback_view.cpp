@@ -139,6 +139,9 @@ void KvSDCardPlaybackView::releaseDevice() {
     m_toast.remove();
     if (m_calendar)
         m_calendar->reject();
+    // The page is likely to be hidden next, and would take a button's focus with it.
+    if (m_ui->hasFocusInBars())
+        setFocus(Qt::OtherFocusReason);
     m_ui->showNotice({});
     m_ui->setNoCardShown(false);
     m_ui->setName({});

@@ -152,6 +152,9 @@ void KvSDCardPlaybackViewUI::setBarsVisible(bool visible) {
 
 void KvSDCardPlaybackViewUI::showBars() {
     const bool visible = m_barsVisible || !m_overlaid;
+    // Else the toolkit hands the focus to the next widget, wherever that is.
+    if ((!visible || m_noCardShown) && hasFocusInBars())
+        parentWidget()->setFocus(Qt::OtherFocusReason);
     m_topBar->setVisible(visible);
     m_bottomBar->setVisible(visible && !m_noCardShown);
 }
