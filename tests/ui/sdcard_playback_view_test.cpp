@@ -195,34 +195,29 @@ private slots:
         QCOMPARE(view.played.size(), 1);
     }
 
-    void failure_hasItsOwnText_data() {
-        using orvelle::PlaybackEnd;
-        QTest::addColumn<int>("end");
-        QTest::addColumn<QString>("key");
-        QTest::newRow("refused") << int(PlaybackEnd::kRefused)
-                                 << "the_recording_could_not_be_played";
-        QTest::newRow("lost") << int(PlaybackEnd::kLost) << "the_connection_to_the_camera_was_lost";
-    }
     void failure_hasItsOwnText() {
-        QFETCH(int, end);
-        QFETCH(QString, key);
-        const QString reason = orvelle::text(qPrintable(key));
-        View view;
-        view.openCard(9);
-        view.end = orvelle::PlaybackEnd(end);
-        view.handlePlayerEvent(KvBasePlayerOpenFailed, 0.0);
-        view.tell(KvBasePlayerVideoEnded);
-        QVERIFY(view.texts().contains(reason));
-        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
-        QCOMPARE(view.played.size(), 1);
-        // It asks whether the card is still there, which changes nothing else.
-        QCOMPARE(view.asked.last(), uint32_t(IOTYPE_USER_IPCAM_DEVINFO_REQ));
-        view.answerCard(30000);
-        QVERIFY(view.texts().contains(reason));
-        QCOMPARE(view.months.size(), 1);
-        QTest::keyClick(&view, Qt::Key_Space);
-        QCOMPARE(view.lastPlayed(), 8);
-        QVERIFY(!view.texts().contains(reason));
+        using orvelle::PlaybackEnd;
+        for (const auto end : {PlaybackEnd::kRefused, PlaybackEnd::kLost}) {
+            const QString reason =
+                orvelle::text(end == PlaybackEnd::kLost ? "the_connection_to_the_camera_was_lost"
+                                                        : "the_recording_could_not_be_played");
+            View view;
+            view.openCard(9);
+            view.end = end;
+            view.handlePlayerEvent(KvBasePlayerOpenFailed, 0.0);
+            view.tell(KvBasePlayerVideoEnded);
+            QVERIFY(view.texts().contains(reason));
+            QVERIFY(!view.ui()->timeLine()->isPlayChecked());
+            QCOMPARE(view.played.size(), 1);
+            // It asks whether the card is still there, which changes nothing else.
+            QCOMPARE(view.asked.last(), uint32_t(IOTYPE_USER_IPCAM_DEVINFO_REQ));
+            view.answerCard(30000);
+            QVERIFY(view.texts().contains(reason));
+            QCOMPARE(view.months.size(), 1);
+            QTest::keyClick(&view, Qt::Key_Space);
+            QCOMPARE(view.lastPlayed(), 8);
+            QVERIFY(!view.texts().contains(reason));
+        }
     }
 
     void offlineCamera_isTold_andComesBack() {
