@@ -1,11 +1,10 @@
 #include <algorithm>
 #include <limits>
 
+#include "grid_reading.h"
 #include "grid_window.h"
-#include "process_usage.h"
 #include "sections.h"
 #include "system/camera_set.h"
-#include "thread_usage.h"
 #include "workbench.h"
 
 namespace orvelle::bench {
@@ -13,15 +12,6 @@ namespace orvelle::bench {
 namespace {
 
 constexpr int kMeasureMs = 10000;
-
-/// One reading of everything that is measured over a time.
-struct Reading {
-    ProcessUsage process;
-    ThreadUsage threads;
-    double cameraCpuSeconds;
-    std::vector<uint64_t> shown;
-    uint64_t compositions;
-};
 
 /// The sizes of one picture in turn, and the least of all tiles' paces.
 class GridMeasurement {
@@ -46,46 +36,18 @@ public:
     }
 
 private:
-    static Reading read(test::CameraSet& cameras, const GridWindow& grid) {
-        return {ProcessUsage::now(), ThreadUsage::now(), cameras.cpuSeconds(), grid.picturesShown(),
-                grid.compositions()};
-    }
-
-    void measure(const QString& name, test::CameraSet& cameras, const GridWindow& grid,
+    void measure(const QString& name, const test::CameraSet& cameras, const GridWindow& grid,
                  const QString& aim) {
         test::runFor(kBarsGoneMs);
-        const Reading before = read(cameras, grid);
-        test::runFor(kMeasureMs);
-        const Reading after = read(cameras, grid);
-        add("grid_cpu_", name, "_pct", cpuPercent(before.process, after.process), aim);
-        const CpuSplit split = cpuSplit(before.threads, after.threads);
-        for (size_t i = 0; i < split.size(); ++i)
-            add("grid_cpu_",
-                name + QLatin1Char('_') + QLatin1String(workName(static_cast<Work>(i))), "_pct",
-                split[i]);
-        const double seconds = after.process.wallSeconds - before.process.wallSeconds;
-        add("grid_cameras_cpu_", name, "_pct",
-            100.0 * (after.cameraCpuSeconds - before.cameraCpuSeconds) / seconds);
-        add("grid_compositions_", name, "_per_s",
-            static_cast<double>(after.compositions - before.compositions) / seconds);
-        add("grid_rss_", name, "_mib", residentMib());
-        reportFps(name, before.shown, after.shown, seconds);
-    }
-
-    void reportFps(const QString& name, const std::vector<uint64_t>& before,
-                   const std::vector<uint64_t>& after, double seconds) {
-        std::vector<double> fps;
-        for (size_t i = 0; i < after.size(); ++i)
-            fps.push_back(static_cast<double>(after[i] - before[i]) / seconds);
+        const GridUsage usage = GridUsage::over(kMeasureMs, cameras, grid);
+        m_report.add(QStringLiteral("grid_cpu_%1_pct").arg(name), usage.cpuPct(), aim);
+        usage.addDetails(QStringLiteral("grid_") + name, m_report);
+        m_report.add(QStringLiteral("grid_%1_rss_mib").arg(name), residentMib());
+        const std::vector<double> fps = usage.fps();
         const auto [least, most] = std::minmax_element(fps.begin(), fps.end());
-        add("grid_fps_", name, "_min", *least);
-        add("grid_fps_", name, "_max", *most);
+        m_report.add(QStringLiteral("grid_%1_fps_min").arg(name), *least);
+        m_report.add(QStringLiteral("grid_%1_fps_max").arg(name), *most);
         m_slowestFps = std::min(m_slowestFps, *least);
-    }
-
-    void add(const char* prefix, const QString& name, const char* suffix, double value,
-             const QString& aim = {}) {
-        m_report.add(QLatin1String(prefix) + name + QLatin1String(suffix), value, aim);
     }
 
     Report& m_report;

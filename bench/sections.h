@@ -22,5 +22,7 @@ bool measureGrid(Workbench& bench);
 bool measureDelay(Workbench& bench);
 /// Sixteen recordings against the same streams just played.
 bool measureRecording(Workbench& bench);
+/// From choosing a moment on the timeline until the recording's first picture is on the screen.
+bool measurePlayback(Workbench& bench);
 
 }  // namespace orvelle::bench

@@ -13,17 +13,19 @@ QString Workbench::program(const char* name) {
     return QCoreApplication::applicationDirPath() + QLatin1Char('/') + QLatin1String(name);
 }
 
-QString Workbench::clip(const char* size) {
-    const QString file = m_directory.filePath(QLatin1String(size) + QStringLiteral(".mp4"));
+QString Workbench::clip(const char* size, int seconds) {
+    const QString file =
+        m_directory.filePath(QStringLiteral("%1-%2s.mp4").arg(QLatin1String(size)).arg(seconds));
     if (!QFile::exists(file))
-        QProcess::execute(program("orvelle-camera"),
-                          {QStringLiteral("--make-clip"), file, QStringLiteral("--seconds"),
-                           QStringLiteral("20"), QStringLiteral("--size"), QLatin1String(size)});
+        QProcess::execute(
+            program("orvelle-camera"),
+            {QStringLiteral("--make-clip"), file, QStringLiteral("--seconds"),
+             QString::number(seconds), QStringLiteral("--size"), QLatin1String(size)});
     return file;
 }
 
-QStringList Workbench::clipSource(const char* size) {
-    return {QStringLiteral("--source"), clip(size)};
+QStringList Workbench::clipSource(const char* size, int seconds) {
+    return {QStringLiteral("--source"), clip(size, seconds)};
 }
 
 double Workbench::cpuPercentFor(int ms) {
