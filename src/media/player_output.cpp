@@ -79,6 +79,7 @@ int KvPlayerOutput::showVideo(AVFrame* frame, double seconds) {
         return -1;
     const void* const shown = picture.get();
     view->showFrame(picture.release());
+    m_hasShown = true;
     stats().noteShown(seconds, av_gettime_relative());
     if (m_shownCount++ > 0) {
         notify(kPicture);
@@ -111,7 +112,7 @@ void KvPlayerOutput::doShowVideo(KvThread& thread) {
     // A stop also ends the stages before this one, which is not the end of the stream.
     if (thread.isStopped())
         notify(kStopped);
-    else if (m_shownCount > 0)
+    else if (m_hasShown)
         notify(kPicturesEnded);
     qDebug("Display video Ended");
 }

@@ -56,5 +56,7 @@ private:
     std::unique_ptr<KvPlayerOutputThread> m_audioThread;
 
     std::atomic<double> m_videoTime{-1.0};
-    uint32_t m_shownCount = 0;  ///< picture thread
+    // Picture thread.
+    uint32_t m_shownCount = 0;  ///< since start()
+    bool m_hasShown = false;    ///< ever: the end may come while the output is paused
 };

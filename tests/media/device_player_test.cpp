@@ -117,7 +117,9 @@ private slots:
         QCOMPARE(rig.events->count(KvBasePlayerOpenFailed), 1);
         rig.player.shutdown();
         QVERIFY(rig.camera.start());
-        QCOMPARE(rig.camera.device.ensureConnected(), 0);
+        // The loops of the lost session may still be ending.
+        auto& device = rig.camera.device;
+        QTRY_VERIFY(device.isWorking() || device.ensureConnected() == 0);
         QCOMPARE(rig.player.play(), 0);
         QTRY_COMPARE(rig.events->count(KvBasePlayerFirstFrame), 2);
     }

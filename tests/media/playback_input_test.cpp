@@ -330,12 +330,16 @@ private slots:
         player.setDevice(&camera.device);
         player.setStartTime(QDateTime::currentDateTime());
         QVERIFY(camera.connect());
-        for (const bool isLost : {false, true}) {
+        // Paused early or behind the last picture; then the recording ends or the camera is lost.
+        for (const auto& [isLast, isLost] :
+             {std::pair(false, false), {true, false}, {false, true}}) {
             QCOMPARE(player.play(), 0);
             QTRY_VERIFY(camera.isChannelOpen(kChannel));
             for (uint32_t i = 0; i < clip.size(); ++i)
                 QVERIFY(camera.send(kH264, clip[i].isKey, i, clip[i].bytes, kChannel));
             QTRY_VERIFY(events.count(KvBasePlayerFirstFrame) == 1);
+            if (isLast)
+                QTRY_COMPARE(player.stats().picturesShown, uint64_t{clip.size()});
             // Nothing is skipped, and what was shown is not shown again.
             player.pause();
             QVERIFY(!player.isRunning());
