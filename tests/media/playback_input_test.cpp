@@ -348,7 +348,8 @@ private slots:
             player.resume();
             QTRY_COMPARE(events.count(KvBasePlayerVideoEnded), 1);
             QCOMPARE(player.stats().picturesShown, uint64_t{clip.size()});
-            QCOMPARE(player.outputTime(), (clip.size() - 1) / 15.0);
+            if (!isLast)
+                QCOMPARE(player.outputTime(), (clip.size() - 1) / 15.0);
             QCOMPARE(events.count(KvBasePlayerOpenFailed), int{isLost});
             QVERIFY(player.endReason() == (isLost ? PlaybackEnd::kLost : PlaybackEnd::kFinished));
             player.shutdown();
