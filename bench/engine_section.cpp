@@ -12,8 +12,8 @@ using test::runFor;
 
 namespace {
 
-constexpr int kIdleMs = 10000;
-constexpr int kMeasureMs = 10000;
+constexpr int kIdleMs = 8000;
+constexpr int kMeasureMs = 8000;
 
 bool measureIdle(Report& report) {
     runFor(kSettleMs);

@@ -15,7 +15,7 @@ using test::runFor;
 
 namespace {
 
-constexpr int kMeasureMs = 10000;
+constexpr int kMeasureMs = 8000;
 constexpr int kSnapshots = 9;
 
 bool measureBareView(const CameraSet& cameras, Report& report) {

@@ -8,7 +8,7 @@ namespace orvelle::bench {
 
 namespace {
 
-constexpr int kLatencyMs = 60000;
+constexpr int kLatencyMs = 50000;
 
 }  // namespace
 
