@@ -128,6 +128,15 @@ void KvBasePlayer::stopRecord() {
     m_recorder.reset();
 }
 
+void KvBasePlayer::requestStopRecord() {
+    if (m_recorder)
+        m_recorder->requestStop();
+}
+
+QString KvBasePlayer::recordPath() const {
+    return m_recorder && m_recorder->hasFile() ? m_recorder->path() : QString();
+}
+
 bool KvBasePlayer::isRecording() {
     return m_recorder && m_recorder->isRecording();
 }

@@ -52,8 +52,14 @@ public:
     virtual void close();
     /// Replaces a recording in progress.
     virtual int startRecord(const QString& path, const QString& formatName, double limitSeconds);
+    /// Waits until the file is closed, which takes as long as its disk does.
     virtual void stopRecord();
+    /// Asks the recording to end without waiting; its last event says when its file is closed, and
+    /// stopRecord() still has to follow.
+    void requestStopRecord();
     virtual bool isRecording();
+    /// The file of the recording, whose name may have got a number; empty while there is none.
+    QString recordPath() const;
     virtual bool isInputRunning();
     virtual bool isRunning();
     virtual double outputTime();

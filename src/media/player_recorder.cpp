@@ -15,6 +15,7 @@ namespace {
 
 /// About a minute of a camera's packets: a disk that stands still longer has failed.
 constexpr int kMostPackets = 4096;
+constexpr int64_t kMostBytes = int64_t{64} << 20;
 constexpr int kWaitMs = 1000;
 /// The decoder needs a moment for the first key frame of a stream that has only just begun.
 constexpr int kParameterTries = 100;
@@ -100,11 +101,14 @@ void KvPlayerRecorder::tap(const KvBasePlayerInputPacket& packet) {
     const bool isKnown = isVideo(packet) || packet.mediaType() == KvBasePlayerInputPacket::kAudio;
     if (!isKnown || !hasBytes(packet))
         return;
-    auto copy = m_packets->size() < kMostPackets ? packet.deepCopy() : nullptr;
-    if (copy)
-        m_packets->put(std::move(copy));
-    else
+    const bool hasRoom = m_packets->size() < kMostPackets && m_queuedBytes < kMostBytes;
+    auto copy = hasRoom ? packet.deepCopy() : nullptr;
+    if (!copy) {
         m_isOverrun = true;
+        return;
+    }
+    m_queuedBytes += copy->packet()->size;
+    m_packets->put(std::move(copy));
 }
 
 void KvPlayerRecorder::record(KvThread& thread) {
@@ -134,6 +138,7 @@ KvPlayerRecorder::Outcome KvPlayerRecorder::copyPackets(KvThread& thread, Record
             m_packets->waitForItem(kWaitMs);
             continue;
         }
+        m_queuedBytes -= packet->packet()->size;
         if (!file.isOpen()) {
             if (!isVideo(*packet))
                 m_soundSample = std::move(packet);
@@ -175,6 +180,7 @@ int KvPlayerRecorder::begin(KvThread& thread, RecordingFile& file,
         return result;
     std::lock_guard<std::mutex> lock(m_pathMutex);
     m_path = file.path();
+    m_hasFile = true;
     return 0;
 }
 

@@ -67,7 +67,8 @@ public:
     /// As configured; from kCreated on the file really written, whose name may have got a number.
     /// Any thread.
     QString path() const;
-    double limitSeconds() const { return m_limitSec; }
+    /// Whether the file was created, so that path() is its own. Any thread.
+    bool hasFile() const { return m_hasFile; }
 
 private:
     friend class KvPlayerRecoderThread;
@@ -102,7 +103,9 @@ private:
 
     /// The queue was full, so a packet is missing; set by the tap, read by the recorder's thread.
     std::atomic<bool> m_isOverrun{false};
+    std::atomic<int64_t> m_queuedBytes{0};  ///< bounds what a standing disk costs; orders nothing
 
+    std::atomic<bool> m_hasFile{false};
     mutable std::mutex m_pathMutex;  ///< guards the one below
     QString m_path;
 };

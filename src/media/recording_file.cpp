@@ -187,6 +187,7 @@ int RecordingFile::writeVideo(KvBasePlayerInputPacket& packet) {
     qDebug("write video pts = %lld, duration = %lld, time = %.2lf, srcTime = %.3lf",
            static_cast<long long>(stamped.pts), static_cast<long long>(stamped.duration),
            static_cast<double>(stamped.pts) * av_q2d(m_video.stream->time_base), packet.time());
+    m_hasPicture = m_hasPicture || (isWritten && packet.isKey());
     return isWritten ? hold(m_video, *packet.packet()) : 0;
 }
 
@@ -283,6 +284,8 @@ int RecordingFile::close() {
     ends[3] = av_write_trailer(m_format.get());
     // The trailer may well report success after the disk has refused a write.
     const int result = m_sink->finish();
+    if (!m_hasPicture)
+        m_sink->discard();
     release();
     const int* failed = std::find_if(std::begin(ends), std::end(ends), [](int e) { return e < 0; });
     return result < 0 || failed == std::end(ends) ? result : *failed;

@@ -45,7 +45,8 @@ public:
     int writeSound(KvBasePlayerInputPacket& packet);
     double recordedSec() const { return m_video.clock.lineSec(); }
 
-    /// Ends the file; 0 or the first error since it was created.
+    /// Ends the file; 0 or the first error since it was created. A file without a picture that can
+    /// be decoded is of no use and is deleted.
     int close();
 
 private:
@@ -83,6 +84,7 @@ private:
     AdtsFilter m_adts;
     RecordingSoundEncoder m_encoder;
     QString m_path;
+    bool m_hasPicture = false;  ///< one that can be decoded by itself
     bool m_hasRefused = false;  ///< a packet was left out, and that was logged
 };
 

@@ -123,8 +123,13 @@ bool RecordingSink::appendMovie(uint64_t end) {
     // Nothing was recorded that a player could show.
     if (movie.empty())
         return true;
-    if (!putAt(end, movie) || !KvFileUtils::syncFile(m_file.fileName()))
+    if (!putAt(end, movie))
         return false;
+    // What was written before may have failed on its way to the disk.
+    if (!KvFileUtils::syncFile(m_file.fileName())) {
+        fail(AVERROR(EIO), QStringLiteral("the disk does not keep it"));
+        return false;
+    }
     BoxWriter header;
     header.u32(1);  // the size follows the type
     header.u32(boxType("mdat"));

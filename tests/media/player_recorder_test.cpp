@@ -141,11 +141,27 @@ private slots:
         QFile taken(rig.dir.filePath(QStringLiteral("clip.mp4")));
         QVERIFY(taken.open(QIODevice::WriteOnly) && taken.write("precious") == 8);
         taken.close();
-        QVERIFY(rig.begin(encodeClip({})[0]));
+        const EncodedPicture key = encodeClip({})[0];
+        QVERIFY(rig.begin(key));
+        rig.cameraSec += kStepSec;
+        rig.give(key);
+        QTRY_VERIFY(rig.events.lastValue > 0.0);
         rig.recorder.stop();
         QCOMPARE(rig.recorder.path(), rig.dir.filePath(QStringLiteral("clip-2.mp4")));
         QVERIFY(QFileInfo(rig.recorder.path()).size() > 0);
         QCOMPARE(taken.size(), qint64{8});
+    }
+
+    void recording_leavesNoFile_whenNothingInItCouldBeShown() {
+        Rig rig;
+        const std::vector<EncodedPicture> clip = encodeClip({});
+        QVERIFY(rig.begin(clip[0]));
+        rig.cameraSec += kStepSec;
+        rig.give(clip[1]);
+        QTRY_VERIFY(rig.events.lastValue > 0.0);
+        rig.recorder.stop();
+        QCOMPARE(rig.events.take(R::kProgress), (Events{R::kCreated, R::kEnded}));
+        QVERIFY(rig.recorder.hasFile() && QDir(rig.dir.path()).isEmpty());
     }
 
     void recording_fails_whenItCannotGoOn() {

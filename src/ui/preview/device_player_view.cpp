@@ -167,10 +167,7 @@ void KvDevicePlayerView::requestStop() {
 
 void KvDevicePlayerView::closePlayer() {
     m_stallTimer.stop();
-    // What was recorded up to here is kept.
-    if (const QString path = endRecord(); !path.isEmpty())
-        m_toast.show(this, orvelle::text("the_video_you_recorded_is_save_to") + QLatin1Char('\n') +
-                               QDir::toNativeSeparators(path));
+    closeRecord();
     m_player->shutdown();
     m_openFailed = false;
     m_firstPicture = false;

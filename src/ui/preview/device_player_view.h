@@ -124,9 +124,14 @@ private:
     void setVolume(double volume);
     void updateState();
     void wakeBars();
+    /// What becomes of a recording that ends.
+    enum class RecordEnd { kByItself, kSave, kDiscard };
     void startRecord();
+    void requestRecordEnd(RecordEnd end);
     QString endRecord();
+    void closeRecord();
     void saveRecord();
+    void tellRecordEnd(const QString& path);
     static qint64 nowMs();
 
     bool m_noSound = false;
@@ -134,9 +139,10 @@ private:
     KvDevice* m_device = nullptr;          ///< borrowed; the manager owns it
     KvTUTKDevice* m_tutkDevice = nullptr;  ///< the same, when it is one with a command channel
     KvDevicePlayerViewUI* const m_ui;      ///< child
-    QString m_recordPath;                  ///< of the recording in progress, else empty
-    bool m_isLoading = false;              ///< the player runs and has shown no picture yet
-    bool m_hasPicture = false;             ///< one of this camera's is on the screen
+    QString m_recordPath;                  ///< as asked for; empty without a recording
+    RecordEnd m_recordEnd = RecordEnd::kByItself;  ///< as asked for
+    bool m_isLoading = false;                      ///< the player runs and has shown no picture yet
+    bool m_hasPicture = false;                     ///< one of this camera's is on the screen
     QTimer m_checkTimer;
     QTimer m_stallTimer;
     QTimer m_barsTimer;

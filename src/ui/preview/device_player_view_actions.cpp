@@ -26,15 +26,6 @@ QString timeStampName() {
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
 }
 
-// The clock may have been set back since a recording of that name.
-QString freeVideoPath(const QString& folder) {
-    const QString base = QStringLiteral("%1/%2").arg(folder, timeStampName());
-    QString path = base + QStringLiteral(".mp4");
-    for (int i = 2; KvFileUtils::fileExists(path); ++i)
-        path = QStringLiteral("%1-%2.mp4").arg(base).arg(i);
-    return path;
-}
-
 }  // namespace
 
 void KvDevicePlayerView::_onClickUISdcardButton(bool) {
@@ -125,7 +116,7 @@ void KvDevicePlayerView::startRecord() {
     // The question may have lasted longer than the stream.
     if (folder.isEmpty() || !m_player->isRunning())
         return;
-    m_recordPath = freeVideoPath(folder);
+    m_recordPath = QStringLiteral("%1/%2.mp4").arg(folder, timeStampName());
     qDebug().noquote() << "start record path " << m_recordPath;
     m_recordFailed = false;
     m_recordEnded = false;
@@ -137,27 +128,17 @@ void KvDevicePlayerView::startRecord() {
     m_ui->setRecordShown(true);
 }
 
-/// Ends a recording; the path of its file, or empty when there was none.
-QString KvDevicePlayerView::endRecord() {
-    if (m_recordPath.isEmpty())
-        return {};
-    m_player->stopRecord();
-    KvPushButton* button = m_ui->button(UI::kRecord);
-    button->setState(1);
-    KvWidgetUtils::setToolTip(button, textKey("record_video"));
+/// Nobody waits for the disk here: the recording's last event goes on.
+void KvDevicePlayerView::requestRecordEnd(RecordEnd end) {
+    if (m_recordPath.isEmpty() || m_recordEnd != RecordEnd::kByItself)
+        return;
+    m_recordEnd = end;
     m_ui->setRecordShown(false);
-    const QString path = std::exchange(m_recordPath, QString());
-    return KvFileUtils::fileExists(path) ? path : QString();
+    m_player->requestStopRecord();
 }
 
 void KvDevicePlayerView::saveRecord() {
-    const QString path = endRecord();
-    if (path.isEmpty()) {
-        m_toast.show(this, orvelle::text("recording_failed"));
-        return;
-    }
-    KvDirectoryDialog(orvelle::text("the_video_you_recorded_is_save_to"), path, window())
-        .execCentred(this);
+    requestRecordEnd(RecordEnd::kSave);
 }
 
 void KvDevicePlayerView::_onClickSaveRecordButton(bool) {
@@ -165,22 +146,63 @@ void KvDevicePlayerView::_onClickSaveRecordButton(bool) {
 }
 
 void KvDevicePlayerView::_onClickCancelRecordButton(bool) {
-    const QString path = endRecord();
-    if (!path.isEmpty() && !KvFileUtils::removeFile(path))
-        qCWarning(lcUi) << path << "could not be removed";
+    requestRecordEnd(RecordEnd::kDiscard);
 }
 
 void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
     m_ui->recordView()->setTime(seconds);
 }
 
-/// The recording ended by itself: at its longest, or because it failed.
 void KvDevicePlayerView::_doHideRecordView() {
     if (m_recordPath.isEmpty() || !m_recordEnded)
         return;
+    const RecordEnd end = m_recordEnd;
     const QString path = endRecord();
-    const bool failed = m_recordFailed || path.isEmpty();
-    m_toast.show(this, failed ? orvelle::text("recording_failed")
-                              : orvelle::text("the_video_you_recorded_is_save_to") +
-                                    QLatin1Char('\n') + QDir::toNativeSeparators(path));
+    if (end == RecordEnd::kDiscard) {
+        if (!path.isEmpty() && !KvFileUtils::removeFile(path))
+            qCWarning(lcUi) << path << "could not be removed";
+    } else if (end == RecordEnd::kSave && !path.isEmpty() && !m_recordFailed) {
+        KvDirectoryDialog(orvelle::text("the_video_you_recorded_is_save_to"), path, window())
+            .execCentred(this);
+    } else {
+        tellRecordEnd(path);
+    }
+}
+
+/// Ends a recording; the path of its file, or empty when there is none.
+QString KvDevicePlayerView::endRecord() {
+    if (m_recordPath.isEmpty())
+        return {};
+    const QString path = m_player->recordPath();
+    m_player->stopRecord();
+    m_recordPath.clear();
+    m_recordEnd = RecordEnd::kByItself;
+    KvPushButton* button = m_ui->button(UI::kRecord);
+    button->setState(1);
+    KvWidgetUtils::setToolTip(button, textKey("record_video"));
+    m_ui->setRecordShown(false);
+    return KvFileUtils::fileExists(path) ? path : QString();
+}
+
+/// The stream ends under the recording: what was recorded up to here is kept, unless it was to go.
+void KvDevicePlayerView::closeRecord() {
+    if (m_recordPath.isEmpty())
+        return;
+    const RecordEnd end = m_recordEnd;
+    const QString path = endRecord();
+    if (end == RecordEnd::kDiscard)
+        KvFileUtils::removeFile(path);
+    else
+        tellRecordEnd(path);
+}
+
+void KvDevicePlayerView::tellRecordEnd(const QString& path) {
+    if (path.isEmpty()) {
+        m_toast.show(this, m_recordFailed ? orvelle::text("recording_failed")
+                                          : orvelle::text("recording_too_short"));
+        return;
+    }
+    const QString what = m_recordFailed ? orvelle::text("the_recording_ended_early_it_is_saved_to")
+                                        : orvelle::text("the_video_you_recorded_is_save_to");
+    m_toast.show(this, what + QLatin1Char('\n') + QDir::toNativeSeparators(path));
 }
