@@ -160,6 +160,7 @@ private:
     std::atomic<bool> m_openFailed{false};
     std::atomic<bool> m_firstPicture{false};
     std::atomic<bool> m_recordFailed{false};
+    std::atomic<int> m_recordSecond{0};  ///< last told to the interface
     std::atomic<bool> m_recordEnded{false};
 
     std::unique_ptr<KvDevicePlayer> m_player;  ///< last, so that it goes first

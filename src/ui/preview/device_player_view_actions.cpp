@@ -119,12 +119,12 @@ void KvDevicePlayerView::startRecord() {
     m_recordPath = QStringLiteral("%1/%2.mp4").arg(folder, timeStampName());
     qDebug().noquote() << "start record path " << m_recordPath;
     m_recordFailed = false;
+    m_recordSecond = 0;
     m_recordEnded = false;
     m_player->startRecord(m_recordPath, QStringLiteral("mp4"), kRecordLimitSeconds);
     KvPushButton* button = m_ui->button(UI::kRecord);
     button->setState(0);
     KvWidgetUtils::setToolTip(button, textKey("stop_recording"));
-    m_ui->recordView()->setTime(0.0);
     m_ui->setRecordShown(true);
 }
 
@@ -150,7 +150,7 @@ void KvDevicePlayerView::_onClickCancelRecordButton(bool) {
 }
 
 void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
-    m_ui->recordView()->setTime(seconds);
+    m_ui->setRecordTime(seconds);
 }
 
 void KvDevicePlayerView::_doHideRecordView() {

@@ -63,7 +63,10 @@ int32_t KvDevicePlayerView::onRecordEvent(void* user, int32_t event, double seco
     auto* view = static_cast<KvDevicePlayerView*>(user);
     switch (event) {
         case KvPlayerRecorder::kProgress:
-            emit view->updateRecordTimeSignal(seconds);
+            // It comes with every packet, and whole seconds are shown.
+            if (view->m_recordSecond.exchange(static_cast<int>(seconds)) !=
+                static_cast<int>(seconds))
+                emit view->updateRecordTimeSignal(seconds);
             break;
         case KvPlayerRecorder::kFailed:
             view->m_recordFailed = true;

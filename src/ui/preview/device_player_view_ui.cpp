@@ -31,6 +31,7 @@ constexpr int kInset = 8;
 constexpr QSize kNoticePadding(12, 6);
 // The bit rate's distances from the corner of the picture.
 constexpr QRect kSpeedPlace(-85, -35, 80, 30);
+constexpr QRect kCompactSpeedPlace(-71, -27, 66, 22);
 
 int textWidth(const QLabel& label) {
     return label.fontMetrics().horizontalAdvance(label.text());
@@ -86,6 +87,8 @@ KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
     connect(m_videoView, &KvVideoView::updateAsyncSignal, this, [this] {
         if (m_speedTimer.isActive())
             applySpeedText();
+        if (!m_recordView->isHidden())
+            m_recordView->setTime(m_recordSeconds);
     });
 }
 
@@ -235,6 +238,8 @@ void KvDevicePlayerViewUI::applySpeedText() {
 }
 
 void KvDevicePlayerViewUI::setRecordShown(bool shown) {
+    m_recordSeconds = 0.0;
+    m_recordView->setTime(m_recordSeconds);
     m_recordView->setVisible(shown);
 }
 
@@ -270,6 +275,7 @@ void KvDevicePlayerViewUI::layOut() {
         m_loadingView.setGeometry(rect());
     for (QLabel* label : {m_nameLabel, m_stateLabel, m_dateTimeLabel})
         KvWidgetUtils::setFont(label, now.fontPixels);
+    KvWidgetUtils::setFont(m_speedLabel, now.fontPixels);
     m_topBar->setGeometry(0, 0, width(), now.barHeight);
     m_bottomBar->setGeometry(0, height() - now.barHeight, width(), now.barHeight);
     layOutTopBar(now);
@@ -342,7 +348,7 @@ void KvDevicePlayerViewUI::placeSpeedLabel() {
                   static_cast<int>(video.y() + video.height() * (scaleY * 0.5 + 0.5)));
     if (m_barsVisible)
         corner.setY(qMin(corner.y(), m_bottomBar->y()));
-    const QRect place = kSpeedPlace.translated(corner);
+    const QRect place = (m_mode == kLarge ? kSpeedPlace : kCompactSpeedPlace).translated(corner);
     if (m_speedLabel->geometry() != place)
         m_speedLabel->setGeometry(place);
 }

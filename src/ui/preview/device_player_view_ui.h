@@ -57,6 +57,8 @@ public:
     /// Empty for none. The text changes with the next repaint of the picture.
     void setSpeedText(const QString& text);
     void setRecordShown(bool shown);
+    /// The time, too, changes with the next repaint of the picture.
+    void setRecordTime(double seconds) { m_recordSeconds = seconds; }
 
     KvPushButton* button(Button button) const { return m_buttons.at(button); }
     KvVideoView* videoView() const { return m_videoView; }
@@ -89,6 +91,7 @@ private:
     bool m_barsVisible = false;
     std::array<bool, kButtonCount> m_shown;
     QString m_speedText;
+    double m_recordSeconds = 0.0;
     QTimer m_dateTimeTimer;  ///< runs while the bars are shown
     QTimer m_speedTimer;
 
