@@ -1,4 +1,5 @@
 #include "plain_decoding.h"
+#include "platform/heap.h"
 #include "process_usage.h"
 #include "sections.h"
 #include "system/camera_set.h"
@@ -53,6 +54,7 @@ bool measureBareViews(const CameraSet& cameras, Report& report) {
                QStringLiteral("<= 100"));
     report.add(QStringLiteral("dropped_frames_16x360p"),
                static_cast<double>(grid.picturesLost() - lostBefore), QStringLiteral("0"));
+    giveBackHeap();  // as the client does once a minute
     report.add(QStringLiteral("rss_16x360p_mib"), residentMib(), QStringLiteral("<= 300"));
     return true;
 }

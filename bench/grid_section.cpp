@@ -3,6 +3,7 @@
 
 #include "grid_reading.h"
 #include "grid_window.h"
+#include "platform/heap.h"
 #include "sections.h"
 #include "system/camera_set.h"
 #include "workbench.h"
@@ -42,6 +43,7 @@ private:
         const GridUsage usage = GridUsage::over(kMeasureMs, cameras, grid);
         m_report.add(QStringLiteral("grid_cpu_%1_pct").arg(name), usage.cpuPct(), aim);
         usage.addDetails(QStringLiteral("grid_") + name, m_report);
+        giveBackHeap();  // as the client does once a minute
         m_report.add(QStringLiteral("grid_%1_rss_mib").arg(name), residentMib());
         const std::vector<double> fps = usage.fps();
         const auto [least, most] = std::minmax_element(fps.begin(), fps.end());

@@ -1,9 +1,16 @@
 #include "app/application.h"
 
+#include "platform/heap.h"
 #include "platform/native_message.h"
 #include "ui/main/main_window.h"
 
 static KvApplication* s_instance = nullptr;
+
+namespace {
+
+constexpr int kHeapIntervalMs = 60'000;
+
+}  // namespace
 
 KvApplication::KvApplication(int& argc, char** argv) : QApplication(argc, argv) {
     s_instance = this;
@@ -13,6 +20,9 @@ KvApplication::KvApplication(int& argc, char** argv) : QApplication(argc, argv) 
     setFallbackSessionManagementEnabled(false);
     connect(this, &QGuiApplication::commitDataRequest, this, &QCoreApplication::quit,
             Qt::QueuedConnection);
+    // A window of cameras stays open for days, and streams come and go in it.
+    connect(&m_heapTimer, &QTimer::timeout, this, [] { orvelle::giveBackHeap(); });
+    m_heapTimer.start(kHeapIntervalMs);
 }
 
 KvApplication::~KvApplication() {

@@ -3,6 +3,7 @@
 #include <QAbstractNativeEventFilter>
 #include <QApplication>
 #include <QPointer>
+#include <QTimer>
 
 class MainWindow;
 
@@ -29,4 +30,5 @@ public:
 
 private:
     QPointer<MainWindow> m_mainWindow;
+    QTimer m_heapTimer;
 };

@@ -16,4 +16,10 @@ void keepHeapSmall() {
 #endif
 }
 
+void giveBackHeap() {
+#ifdef __GLIBC__
+    malloc_trim(0);
+#endif
+}
+
 }  // namespace orvelle
