@@ -1,5 +1,7 @@
 #include <QtTest>
 
+#include <limits>
+
 #include "device/device_messages.h"
 #include "support/suites.h"
 #include "ui/playback/recordings.h"
@@ -11,6 +13,7 @@ using Marks = QVector<KvTimeLineMark>;
 namespace {
 
 const QDate kNovember(2024, 11, 1);
+constexpr int kForever = std::numeric_limits<int>::max();
 
 int secondsOf(const QDate& day, int hour = 0, int minute = 0, int second = 0) {
     return static_cast<int>(QDateTime(day, QTime(hour, minute, second)).toSecsSinceEpoch());
@@ -35,24 +38,25 @@ private slots:
         list.runs = {{5000, 1},        {1000, 5},        {3000, 0},       {0, 3},
                      {2147483587U, 1}, {2147483588U, 1}, {0xFFFFFFFFU, 1}};
         const Marks files = filesFrom(5000, 1) + filesFrom(1000, 5) + filesFrom(2147483587, 1);
-        QCOMPARE(orvelle::recordingsOf(list), files);
+        const Marks runs = orvelle::runsOf(list);
+        QCOMPARE(orvelle::filesOf(runs, 0, kForever), files);
+        QCOMPARE(orvelle::filesOf(runs, 1001, 1181), filesFrom(1060, 3));
     }
 
     void absurdLists_areCapped() {
         orvelle::SMsgAVIoctrlListEventResp_VBK list;
         list.runs.fill({1700000000, list.kMaxRunMinutes}, 255);
-        Marks marks = orvelle::recordingsOf(list);
-        QCOMPARE(marks.size(), Recordings::kMaxMarks);
+        const Marks runs = orvelle::runsOf(list);
+        QCOMPARE(runs.size(), 255);
+        QCOMPARE(orvelle::filesOf(runs, 0, kForever).size(), Recordings::kMaxMarks);
         // The newest stay.
         Recordings recordings;
         for (const QDate& month : {kNovember, kNovember.addMonths(3)}) {
             recordings.ask(month);
-            for (int i = 0; i < marks.size(); ++i)
-                marks[i].start = secondsOf(month.addMonths(-1)) + 30 * i;
-            recordings.answer(marks);
+            QVERIFY(recordings.answer({{secondsOf(month.addMonths(-1)), 61 * 86400}}));
         }
         QCOMPARE(recordings.all().size(), Recordings::kMaxMarks);
-        QCOMPARE(recordings.all().last().start, marks.last().start);
+        QCOMPARE(recordings.all().last().start, secondsOf({2025, 3, 2}) - 60);
     }
 
     void month_isAskedForOnce_untilAnother() {
@@ -93,6 +97,41 @@ private slots:
         QCOMPARE(recordings.next(), -1);
     }
 
+    void lateAnswer_isNotTakenForAnothers() {
+        const Marks late = filesFrom(secondsOf(kNovember), 2);
+        const Marks fitting = filesFrom(secondsOf({2024, 6, 5}), 1);
+        Recordings recordings;
+        QCOMPARE(recordings.earliest(), qint64(1));
+        recordings.ask(kNovember);
+        recordings.giveUp();
+        recordings.ask({2024, 7, 1});
+        QVERIFY(!recordings.answer(late));
+        QVERIFY(recordings.isAsking() && recordings.isEmpty());
+        QVERIFY(recordings.answer(late + fitting));
+        QCOMPARE(recordings.all(), fitting);
+        QCOMPARE(recordings.earliest(), qint64(secondsOf({2024, 6, 1})));
+        // One that got no answer does not keep the next from its own.
+        recordings.ask(kNovember);
+        recordings.ask({2024, 7, 1});
+        QVERIFY(recordings.answer(fitting));
+        QVERIFY(!recordings.isAsking());
+        QVERIFY(!recordings.answer(late));
+    }
+
+    void quietRequest_isNotWaitedFor() {
+        Recordings recordings;
+        QVERIFY(recordings.askAgain(kNovember, true));
+        QVERIFY(!recordings.isAsking());
+        QVERIFY(!recordings.askAgain(kNovember, false));
+        recordings.giveUpQuiet();
+        QVERIFY(recordings.isAsking());
+        QVERIFY(recordings.answer({}));
+        recordings.askAgain(kNovember, true);
+        recordings.giveUpQuiet();
+        QVERIFY(!recordings.answer({}));
+        QVERIFY(recordings.ask(kNovember));
+    }
+
     void moment_isFoundInItsFile() {
         Recordings recordings;
         const int start = secondsOf(kNovember, 23, 59);
@@ -102,6 +141,9 @@ private slots:
                                              {120, -1}, {600, 2}, {659, 2}, {660, -1}};
         for (const auto& [offset, index] : found)
             QCOMPARE(recordings.indexAt(start + offset), index);
+        QCOMPARE(recordings.indexEndingAfter(start + 59), 0);
+        QCOMPARE(recordings.indexEndingAfter(start + 120), 2);
+        QCOMPARE(recordings.indexEndingAfter(start + 660), -1);
         QCOMPARE(recordings.indexOn(kNovember), 0);
         QCOMPARE(recordings.indexOn(kNovember.addDays(1)), 1);
         QCOMPARE(recordings.indexOn(kNovember.addDays(2)), -1);
@@ -141,6 +183,7 @@ private slots:
         QVERIFY(guard.accepts(5));
         QVERIFY(!guard.accepts(5));
         QVERIFY(!guard.accepts(1004));
+        QCOMPARE(guard.remaining(1004), qint64(1));
         // Refused ones do not count.
         QVERIFY(guard.accepts(1005));
     }

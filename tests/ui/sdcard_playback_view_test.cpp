@@ -5,6 +5,7 @@
 #include "link/io_types.h"
 #include "media/base_player.h"
 #include "support/suites.h"
+#include "ui/dialogs/alert_dialog.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/playback/video_time_line_view.h"
@@ -22,10 +23,15 @@ namespace {
 /// Connected as long as a test wants, without a link.
 class Camera : public KvTUTKDevice {
 public:
-    bool isConnected() const override { return isOn; }
+    bool isConnected() const override {
+        const bool isLost = askedUntilLost == 0;
+        askedUntilLost -= askedUntilLost > 0;
+        return isOn && !isLost;
+    }
     bool isWorking() const override { return isOn; }
 
     bool isOn = true;
+    mutable int askedUntilLost = -1;  ///< -1 for never
 };
 
 /// Keeps what would go to the camera, and takes the camera's and the player's part.
@@ -43,6 +49,7 @@ public:
     QVector<int> months;  ///< the last ones of the lists asked for
     QVector<qint64> played;
     qint64 clock = 0;
+    int patience = 10000;
     orvelle::PlaybackEnd end = orvelle::PlaybackEnd::kNone;
 
     void answer(uint32_t type, const QByteArray& payload) {
@@ -60,6 +67,10 @@ public:
         qToLittleEndian(start, payload.data() + 4);
         qToLittleEndian(count, payload.data() + 8);
         answer(IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP, payload);
+    }
+    void tick(qint64 ms) {
+        clock += ms;
+        QMetaObject::invokeMethod(this, "_invokeDateTimeTimer");
     }
     /// A card with files from this morning's first minutes on, the last of which plays.
     void openCard(quint32 files) {
@@ -107,6 +118,7 @@ protected:
         return 0;
     }
     orvelle::PlaybackEnd playbackEnd() const override { return end; }
+    int answerMs() const override { return patience; }
     qint64 nowMs() const override { return clock; }
 };
 
@@ -131,6 +143,9 @@ private slots:
         view.answerList(View::first(), 9);
         QCOMPARE(view.played.size(), 1);
         QCOMPARE(view.ui()->timeLine()->marks().size(), 5);
+        const QDate month(QDate::currentDate().year(), QDate::currentDate().month(), 1);
+        QCOMPARE(qint64(view.ui()->timeLine()->minimum()),
+                 month.addMonths(-1).startOfDay().toSecsSinceEpoch());
         QVERIFY(view.ui()->isLoadingShown());
         view.tell(KvBasePlayerFirstFrame);
         QVERIFY(!view.ui()->isLoadingShown());
@@ -149,11 +164,103 @@ private slots:
         view.tell(KvBasePlayerVideoEnded);
         QCOMPARE(view.lastPlayed(), 8);
         view.click("next_recording");
+        view.clock += 1000;
+        view.click("next_recording");
+        view.click("next_recording");
+        QCOMPARE(view.months.size(), 2);
+        view.answerList(View::first(), 9);
         QVERIFY(view.texts().contains(orvelle::text("no_more_files")));
         QVERIFY(view.ui()->timeLine()->isPlayChecked());
-        view.tell(KvBasePlayerVideoEnded);
-        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
         QCOMPARE(view.played.size(), 5);
+    }
+
+    void end_asksForNewerFiles() {
+        const QString text = orvelle::text("no_more_files");
+        View view;
+        view.openCard(9);
+        view.tell(KvBasePlayerFirstFrame);
+        view.tell(KvBasePlayerVideoEnded);
+        QVERIFY(!view.ui()->timeLine()->isPlayChecked() && !view.texts().contains(text));
+        view.answerList(View::first(), 11);
+        QCOMPARE(view.lastPlayed(), 9);
+        // Dropped behind the end: from there on.
+        emit view.ui()->timeLine()->selectedTime(int(View::first()) + 11 * 60 + 30);
+        view.answerList(View::first(), 12);
+        QCOMPARE(view.played.last(), qint64(View::first()) + 11 * 60 + 30);
+        view.tell(KvBasePlayerFirstFrame);
+        view.patience = 1;
+        view.tell(KvBasePlayerVideoEnded);
+        QTRY_VERIFY(view.texts().contains(text));
+        QCOMPARE(view.played.size(), 3);
+    }
+
+    void present_isRefreshedQuietly() {
+        View view;
+        view.openCard(9);
+        view.tell(KvBasePlayerFirstFrame);
+        view.tick(59999);
+        QCOMPARE(view.months.size(), 1);
+        view.tick(1);
+        QCOMPARE(view.months, (QVector<int>{QDate::currentDate().month(), view.months.first()}));
+        QTest::qWait(0);
+        QVERIFY(!view.ui()->isLoadingShown());
+        view.answerList(View::first(), 10);
+        QCOMPARE(view.ui()->timeLine()->marks().size(), 10);
+        QCOMPARE(view.played.size(), 1);
+        // What comes much later belongs to nothing any more.
+        view.tick(60000);
+        view.tick(10000);
+        view.answerList(View::first(), 11);
+        QCOMPARE(view.ui()->timeLine()->marks().size(), 10);
+        view.ui()->setMoment(int(View::first()) - 40 * 86400);
+        view.tick(60000);
+        QCOMPARE(view.months.size(), 3);
+    }
+
+    void lastChoiceWithinASecond_isPlayedAfterIt() {
+        View view;
+        view.openCard(9);
+        view.tell(KvBasePlayerFirstFrame);
+        for (const int minute : {1, 3, 5})
+            emit view.ui()->timeLine()->selectedTime(int(View::first()) + minute * 60 + 7);
+        view.tell(KvBasePlayerFirstFrame);
+        view.handlePlayerEvent(KvBasePlayerProgress, 30.0);
+        view.settle();
+        QCOMPARE(view.ui()->timeLine()->value(), int(View::first()) + 5 * 60 + 7);
+        QCOMPARE(view.lastPlayed(), 1);
+        view.clock += 1000;
+        QTRY_COMPARE(view.played.size(), 3);
+        QCOMPARE(view.played.last(), qint64(View::first()) + 5 * 60 + 7);
+    }
+
+    void heldKey_isForgotten_whenItIsLetGoElsewhere() {
+        for (const auto type : {QEvent::FocusOut, QEvent::WindowDeactivate}) {
+            View view;
+            view.openCard(9);
+            QTest::keyPress(&view, Qt::Key_Right);
+            QVERIFY(view.ui()->timeLine()->isDragging());
+            QFocusEvent left(QEvent::FocusOut);
+            QEvent deactivated(type);
+            QCoreApplication::sendEvent(&view, type == QEvent::FocusOut ? &left : &deactivated);
+            QVERIFY(!view.ui()->timeLine()->isDragging());
+        }
+    }
+
+    void pause_neitherSilencesTheWait_norTheEnd() {
+        const QString reason = orvelle::text("the_camera_does_not_answer");
+        View view;
+        view.openCard(9);
+        view.click("previous_recording");
+        view.tell(KvBasePlayerFirstFrame);
+        view.patience = 1;
+        QMetaObject::invokeMethod(&view, "_onClickCalendar", Q_ARG(QDate, QDate(2020, 2, 2)));
+        view.click("pause");
+        QTRY_VERIFY(view.texts().contains(reason));
+        QVERIFY(!view.ui()->isLoadingShown());
+        view.tell(KvBasePlayerVideoEnded);
+        QCOMPARE(view.lastPlayed(), 7);
+        view.click("play");
+        QCOMPARE(view.lastPlayed(), 8);
     }
 
     void eventsOfTheFileBefore_areDropped() {
@@ -249,6 +356,30 @@ private slots:
         QVERIFY(!view.device());
     }
 
+    void wayBack_isNeverCovered() {
+        View view;
+        view.answerCard(30000);
+        view.click("previous_recording");
+        QVERIFY(view.texts().contains(orvelle::text("no_more_files")));
+        view.answerCard(0);
+        QVERIFY(!view.texts().contains(orvelle::text("no_more_files")));
+        const auto isFree = [&view](const QWidget* way) {
+            const QPoint middle = way->mapTo(&view, way->rect().center());
+            return way->isVisible() && view.childAt(middle) == way;
+        };
+        QVERIFY(isFree(view.ui()->noSdcardView()->backLabel()));
+        // Text and sign both stand in the middle.
+        view.camera.isOn = false;
+        view.tick(0);
+        QVERIFY(!view.ui()->isNoCardShown());
+        view.camera.isOn = true;
+        view.tick(0);
+        for (const bool isFull : {false, true}) {
+            view.ui()->setOverlaid(isFull);
+            QVERIFY(view.ui()->isLoadingShown() && isFree(view.ui()->button(UI::kBack)));
+        }
+    }
+
     void emptyList_isTold() {
         View view;
         view.openCard(0);
@@ -294,6 +425,19 @@ private slots:
         emit tile->clickSDCardButton(tile);
         grid.releaseDevice(&camera);
         QVERIFY(page->isHidden() && !page->device() && !tile->device());
+        grid.setGroup(nullptr);
+        // Lost between the click and the page.
+        grid.setGroup(entry.get());
+        camera.askedUntilLost = 1;
+        bool isTold = false;
+        QTimer::singleShot(0, &grid, [&] {
+            auto* alert = qobject_cast<KvAlertDialog*>(QApplication::activeModalWidget());
+            isTold = alert && tile->device() == &camera;
+            if (alert)
+                alert->reject();
+        });
+        emit tile->clickSDCardButton(tile);
+        QVERIFY(isTold && page->isHidden() && tile->isVisible());
         grid.setGroup(nullptr);
     }
 };

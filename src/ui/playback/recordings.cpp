@@ -3,7 +3,6 @@
 #include <QDateTime>
 
 #include <algorithm>
-#include <iterator>
 #include <limits>
 #include <utility>
 
@@ -29,23 +28,34 @@ bool startsBefore(const KvTimeLineMark& mark, qint64 time) {
     return mark.start < time;
 }
 
-auto firstFrom(const QVector<KvTimeLineMark>& marks, qint64 time) {
-    return std::lower_bound(marks.cbegin(), marks.cend(), time, startsBefore);
+template <class Marks>
+auto firstFrom(Marks& marks, qint64 time) {
+    return std::lower_bound(marks.begin(), marks.end(), time, startsBefore);
 }
 
 }  // namespace
 
-QVector<KvTimeLineMark> recordingsOf(const SMsgAVIoctrlListEventResp_VBK& list) {
+QVector<KvTimeLineMark> runsOf(const SMsgAVIoctrlListEventResp_VBK& list) {
     QVector<KvTimeLineMark> found;
     for (const SAvEvent_VBK& run : list.runs) {
-        const qint64 end = qint64(run.start) + qint64(run.num) * kFileSeconds;
-        if (run.start == 0 || end > std::numeric_limits<int>::max())
-            continue;
-        for (qint64 start = run.start; start < end && found.size() < Recordings::kMaxMarks;
-             start += kFileSeconds)
-            found.append({static_cast<int>(start), kFileSeconds});
+        const qint64 duration = qint64(run.num) * kFileSeconds;
+        if (run.start != 0 && duration > 0 &&
+            run.start + duration <= std::numeric_limits<int>::max())
+            found.append({static_cast<int>(run.start), static_cast<int>(duration)});
     }
     return found;
+}
+
+QVector<KvTimeLineMark> filesOf(const QVector<KvTimeLineMark>& runs, qint64 start, qint64 end) {
+    QVector<KvTimeLineMark> files;
+    for (const KvTimeLineMark& run : runs) {
+        const qint64 skipped = qMax<qint64>(0, start - run.start + kFileSeconds - 1) / kFileSeconds;
+        const qint64 last = qMin(end, run.end());
+        for (qint64 file = run.start + skipped * kFileSeconds;
+             file < last && files.size() < Recordings::kMaxMarks; file += kFileSeconds)
+            files.append({static_cast<int>(file), kFileSeconds});
+    }
+    return files;
 }
 
 bool Recordings::ask(const QDate& month) {
@@ -53,8 +63,31 @@ bool Recordings::ask(const QDate& month) {
     if (first == m_lastAsked)
         return false;
     m_lastAsked = first;
-    m_asked.append(first);
+    m_asked.append({first, false});
     return true;
+}
+
+bool Recordings::askAgain(const QDate& month, bool isQuiet) {
+    const QDate first = firstOfMonth(month);
+    for (Request& request : m_asked) {
+        if (request.month != first)
+            continue;
+        request.isQuiet = request.isQuiet && isQuiet;
+        return false;
+    }
+    m_asked.append({first, isQuiet});
+    return true;
+}
+
+bool Recordings::isAsking() const {
+    return std::any_of(m_asked.cbegin(), m_asked.cend(),
+                       [](const Request& request) { return !request.isQuiet; });
+}
+
+void Recordings::giveUpQuiet() {
+    m_asked.erase(std::remove_if(m_asked.begin(), m_asked.end(),
+                                 [](const Request& request) { return request.isQuiet; }),
+                  m_asked.end());
 }
 
 void Recordings::giveUp() {
@@ -67,25 +100,33 @@ Recordings::Span Recordings::spanAskedFor(const QDate& month) {
     return {startOf(month.addMonths(-1)), startOf(month.addMonths(1))};
 }
 
-bool Recordings::answer(const QVector<KvTimeLineMark>& list) {
-    if (m_asked.isEmpty())
-        return false;
-    const Span span = spanAskedFor(m_asked.takeFirst());
-    QVector<KvTimeLineMark> merged;
-    const auto isWithin = [&span](const KvTimeLineMark& mark, int margin) {
-        return mark.start >= span.start - margin && mark.start < span.end + margin;
-    };
-    std::copy_if(m_all.cbegin(), m_all.cend(), std::back_inserter(merged),
-                 [&](const KvTimeLineMark& mark) { return !isWithin(mark, 0); });
-    std::copy_if(list.cbegin(), list.cend(), std::back_inserter(merged),
-                 [&](const KvTimeLineMark& mark) { return isWithin(mark, kZoneSeconds); });
-    std::sort(merged.begin(), merged.end());
-    merged.erase(std::unique(merged.begin(), merged.end(),
-                             [](const auto& a, const auto& b) { return a.start == b.start; }),
-                 merged.end());
-    m_all = merged;
+bool Recordings::answer(const QVector<KvTimeLineMark>& runs) {
+    for (int i = 0; i < m_asked.size(); ++i) {
+        const Span span = spanAskedFor(m_asked.at(i).month);
+        const auto files = filesOf(runs, span.start - kZoneSeconds, span.end + kZoneSeconds);
+        if (files.isEmpty() && !runs.isEmpty())
+            continue;
+        m_asked.remove(0, i + 1);
+        replace(span, files);
+        return true;
+    }
+    return false;
+}
+
+void Recordings::replace(const Span& span, const QVector<KvTimeLineMark>& files) {
+    m_all.erase(firstFrom(m_all, span.start), firstFrom(m_all, span.end));
+    m_all += files;
+    std::sort(m_all.begin(), m_all.end());
+    m_all.erase(std::unique(m_all.begin(), m_all.end(),
+                            [](const auto& a, const auto& b) { return a.start == b.start; }),
+                m_all.end());
     limit();
-    return true;
+    m_earliestAsked = m_earliestAsked < 0 ? span.start : qMin(m_earliestAsked, span.start);
+}
+
+qint64 Recordings::earliest() const {
+    const qint64 asked = qMax<qint64>(1, m_earliestAsked);
+    return m_all.isEmpty() ? asked : qMin<qint64>(asked, m_all.first().start);
 }
 
 /// The oldest go: a card overwrites those first, too.
@@ -103,6 +144,11 @@ int Recordings::indexAt(qint64 time) const {
     return static_cast<int>(std::prev(after) - m_all.cbegin());
 }
 
+int Recordings::indexEndingAfter(qint64 time) const {
+    const auto found = firstFrom(m_all, time - kFileSeconds + 1);
+    return found == m_all.cend() ? -1 : static_cast<int>(found - m_all.cbegin());
+}
+
 int Recordings::indexOn(const QDate& day) const {
     const auto first = firstFrom(m_all, startOf(day));
     if (first == m_all.cend() || first->start >= startOf(day.addDays(1)))
@@ -112,7 +158,9 @@ int Recordings::indexOn(const QDate& day) const {
 
 bool Recordings::mayCome(const QDate& day) const {
     const QDate month = firstOfMonth(day);
-    return m_asked.contains(month) || m_asked.contains(month.addMonths(1));
+    return std::any_of(m_asked.cbegin(), m_asked.cend(), [&month](const Request& request) {
+        return request.month == month || request.month == month.addMonths(1);
+    });
 }
 
 Recordings::Start Recordings::takeStart() {
@@ -136,6 +184,10 @@ const KvTimeLineMark& Recordings::select(int index) {
     return m_all.at(index);
 }
 
+qint64 Recordings::currentEnd() const {
+    return m_currentStart < 0 ? 0 : qint64(m_currentStart) + kFileSeconds;
+}
+
 int Recordings::previous() const {
     if (m_currentStart < 0)
         return -1;
@@ -150,10 +202,14 @@ int Recordings::next() const {
 }
 
 bool ClickGuard::accepts(qint64 now) {
-    if (m_last >= 0 && now - m_last < kIntervalMs)
+    if (remaining(now) > 0)
         return false;
     m_last = now;
     return true;
+}
+
+qint64 ClickGuard::remaining(qint64 now) const {
+    return m_last < 0 ? 0 : qMax<qint64>(0, m_last + kIntervalMs - now);
 }
 
 }  // namespace orvelle

@@ -6,7 +6,6 @@
 #include <chrono>
 #include <limits>
 
-#include "device/device_messages.h"
 #include "device/tutk_device.h"
 #include "media/tutk_player.h"
 #include "render/video_view.h"
@@ -26,7 +25,6 @@ namespace {
 constexpr QSize kLeastSize(660, 500);
 constexpr int kClockMs = 1000;
 constexpr int kCoverDelayMs = 500;
-constexpr int kAnswerMs = 10000;
 constexpr int kBarsMs = 3000;
 constexpr int kFutureSeconds = 3600;
 constexpr int kToastBottom = 120;  // above the bar with the timeline
@@ -48,10 +46,10 @@ KvSDCardPlaybackView::KvSDCardPlaybackView(QWidget* parent)
     m_player->setCallback(this, onPlayerEvent);
     m_clockTimer.setInterval(kClockMs);
     m_coverTimer.setInterval(kCoverDelayMs);
-    m_answerTimer.setInterval(kAnswerMs);
     m_barsTimer.setInterval(kBarsMs);
-    for (QTimer* timer : {&m_coverTimer, &m_answerTimer, &m_barsTimer})
+    for (QTimer* timer : {&m_coverTimer, &m_answerTimer, &m_barsTimer, &m_choiceTimer})
         timer->setSingleShot(true);
+    m_choiceTimer.setTimerType(Qt::PreciseTimer);
     m_clicker.setTarget(m_ui->videoView());
     m_toast.setMargins(0, kToastBottom);
     connectSignals();
@@ -83,6 +81,7 @@ void KvSDCardPlaybackView::connectSignals() {
     connect(&m_clockTimer, &QTimer::timeout, this, &View::_invokeDateTimeTimer);
     connect(&m_coverTimer, &QTimer::timeout, this, &View::updateCover);
     connect(&m_answerTimer, &QTimer::timeout, this, &View::onNoAnswer);
+    connect(&m_choiceTimer, &QTimer::timeout, this, &View::playPendingChoice);
     connect(&m_barsTimer, &QTimer::timeout, this, &View::hideBars);
     connect(&m_clicker, &KvClicker::doubleClick, this, &View::_onDoubleClickVideoView);
 }
@@ -119,6 +118,7 @@ void KvSDCardPlaybackView::setDevice(KvTUTKDevice* device) {
     setFullscreen(window()->isFullScreen());
     device->addListener(this, onResponse);
     m_clockTimer.start();
+    m_listAskedMs = nowMs();
     requestCardInfo(InfoRequest::kOpening);
 }
 
@@ -131,6 +131,7 @@ void KvSDCardPlaybackView::releaseDevice() {
     // What the camera and the player told before is of no interest any more.
     QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
     m_clockTimer.stop();
+    m_choiceTimer.stop();
     m_recordings.clear();
     m_infoRequest = InfoRequest::kNone;
     m_hasPicture = false;
@@ -146,118 +147,41 @@ void KvSDCardPlaybackView::releaseDevice() {
     m_ui->setNoCardShown(false);
     m_ui->setName({});
     m_ui->setStateText({});
-    m_ui->timeLine()->setMarks({});
+    showMarks();
     _invokeDateTimeTimer();
     m_ui->setMoment(secondsNow());
 }
 
-bool KvSDCardPlaybackView::sendRequest(uint32_t type, const QByteArray& payload) {
-    return m_device->sendIOCtrl(type, payload.constData(), payload.size());
-}
-
-void KvSDCardPlaybackView::requestCardInfo(InfoRequest request) {
-    const QByteArray payload(4, '\0');
-    const bool isSent = sendRequest(IOTYPE_USER_IPCAM_DEVINFO_REQ, payload);
-    m_infoRequest = isSent ? request : InfoRequest::kNone;
-    if (request != InfoRequest::kOpening)
-        return;
-    if (isSent)
-        awaitAnswer();
-    else
-        failWith(orvelle::text("the_camera_does_not_answer"));
-}
-
-/// Others ask for the same, and only the answer to its own request starts the list.
-void KvSDCardPlaybackView::_doUpdateSDCard() {
-    if (!m_device)
-        return;
-    const InfoRequest request = std::exchange(m_infoRequest, InfoRequest::kNone);
-    if (m_totalMiB <= 0) {
-        showNoCard();
-        return;
-    }
-    const bool isNew = request == InfoRequest::kOpening || m_ui->isNoCardShown();
-    m_ui->setNoCardShown(false);
-    m_ui->setStateText(orvelle::text("replaying"));
-    if (isNew) {
-        m_recordings.forgetMonths();
-        requestFiles(QDate::currentDate());
-    }
-    updateCover();
-}
-
-void KvSDCardPlaybackView::showNoCard() {
-    stopPlayer();
-    m_recordings.clear();
-    m_ui->timeLine()->setMarks({});
-    m_ui->showNotice({});
-    m_ui->setStateText(orvelle::text("no_sdcard"));
-    m_ui->setNoCardShown(true);
-    if (m_calendar)
-        m_calendar->reject();
-    updateCover();
-}
-
-void KvSDCardPlaybackView::requestFiles(const QDate& day) {
-    if (!m_device)
-        return;
-    qDebug() << "_requestFiles -> " << day;
-    qDebug() << "_requestDateTime -> " << m_recordings.lastAsked();
-    if (!m_recordings.ask(day)) {
-        qDebug("no _requestFiles");
-        return;
-    }
-    const auto request = orvelle::SMsgAVIoctrlListEventReq::forMonth(day);
-    if (sendRequest(IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ, request.encode()))
-        awaitAnswer();
-    else
-        onNoAnswer();
-}
-
-void KvSDCardPlaybackView::_onUpdateVideoInfo(const QVector<KvTimeLineMark>& marks) {
-    if (m_device && m_recordings.answer(marks))
-        emit updateMarksSignal();
-}
-
-void KvSDCardPlaybackView::_doUpdateMarks() {
-    updateCover();
-    if (m_recordings.isEmpty())
-        m_ui->showNotice(orvelle::text("no_recordings"));
-    else if (m_ui->timeLine()->marks().isEmpty())
-        m_ui->showNotice({});
-    m_ui->timeLine()->setMarks(m_recordings.all());
-    if (m_calendar)
-        m_calendar->setMarks(m_recordings.all());
-    const orvelle::Recordings::Start start = m_recordings.takeStart();
-    if (start.isMissing)
-        m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
-    if (start.index >= 0)
-        playFile(start.index);
-}
-
 void KvSDCardPlaybackView::awaitAnswer() {
-    m_answerTimer.start();
+    m_answerTimer.start(answerMs());
     if (m_hasPicture && !m_ui->isLoadingShown())
         m_coverTimer.start();
     updateCover();
 }
 
+/// The first picture of a paused file is not.
+bool KvSDCardPlaybackView::isAwaitingAnswer() const {
+    return (m_isLoading && !isPaused()) || m_recordings.isAsking() ||
+           m_infoRequest == InfoRequest::kOpening;
+}
+
 /// A picture that is on the screen is held for a moment before the sign covers it.
 void KvSDCardPlaybackView::updateCover() {
-    const bool isWaiting =
-        m_isLoading || m_recordings.isAsking() || m_infoRequest == InfoRequest::kOpening;
-    if (!isWaiting) {
+    const bool isAwaiting = isAwaitingAnswer();
+    if (!isAwaiting)
         m_answerTimer.stop();
+    if (!isAwaiting && !m_isLoading)
         m_coverTimer.stop();
-    }
-    m_ui->setLoadingShown(isWaiting && !m_coverTimer.isActive());
+    m_ui->setLoadingShown((isAwaiting || m_isLoading) && !m_coverTimer.isActive());
 }
 
 void KvSDCardPlaybackView::onNoAnswer() {
     m_recordings.giveUp();
     m_infoRequest = InfoRequest::kNone;
     const QString reason = orvelle::text("the_camera_does_not_answer");
-    if (m_isPlaying && !m_isLoading) {
+    if (m_newerThan >= 0) {
+        endSearch();
+    } else if (m_isPlaying && (isPaused() || !m_isLoading)) {
         m_toast.show(this, reason);
         updateCover();
     } else {
@@ -265,8 +189,11 @@ void KvSDCardPlaybackView::onNoAnswer() {
     }
 }
 
+/// The reason takes the place of whatever was there, the sign of a missing card included: both
+/// stand in the middle, and the way back is there, too.
 void KvSDCardPlaybackView::failWith(const QString& reason) {
     stopPlayer();
+    m_ui->setNoCardShown(false);
     m_ui->showNotice(reason);
     updateCover();
 }
@@ -281,12 +208,15 @@ void KvSDCardPlaybackView::_invokeDateTimeTimer() {
         onConnectionChanged(isOnline);
     if (!isOnline)
         m_ui->setStateText(orvelle::deviceStateText(*m_device));
+    else
+        refreshQuietly();
 }
 
 void KvSDCardPlaybackView::onConnectionChanged(bool isOnline) {
     if (!isOnline) {
         m_recordings.giveUp();
         m_infoRequest = InfoRequest::kNone;
+        m_choiceTimer.stop();
         failWith(orvelle::text("camera_offline"));
         return;
     }

@@ -52,7 +52,8 @@ signals:
     void updateTimeLineViewSignal(double seconds);
     void playNextSignal();
     void playFailedSignal();
-    void updateVideoInfo(const QVector<KvTimeLineMark>& marks);
+    /// Whole runs of files, which are many only once they are taken apart.
+    void updateVideoInfo(const QVector<KvTimeLineMark>& runs);
     void requestFullscreen(bool fullscreen);
 
 protected:
@@ -65,6 +66,8 @@ protected:
     virtual bool sendRequest(uint32_t type, const QByteArray& payload);
     virtual int startPlayer(const QDateTime& start);
     virtual orvelle::PlaybackEnd playbackEnd() const;
+    /// In which a camera answers, if at all.
+    virtual int answerMs() const { return 10000; }
     /// Of a steady clock.
     virtual qint64 nowMs() const;
 
@@ -75,7 +78,7 @@ protected:
     KvSDCardPlaybackViewUI* ui() const { return m_ui; }
 
 private slots:
-    void _onUpdateVideoInfo(const QVector<KvTimeLineMark>& marks);
+    void _onUpdateVideoInfo(const QVector<KvTimeLineMark>& runs);
     void _onClickBackButton(bool);
     void _onClickCalendarButton(bool);
     void _onClickCalendar(QDate date);
@@ -112,18 +115,28 @@ private:
     void releaseDevice();
     void requestCardInfo(InfoRequest request);
     void requestFiles(const QDate& day);
+    bool sendListRequest(const QDate& day);
+    void refreshQuietly();
+    void lookForNewer(qint64 time);
+    void endSearch();
+    void showMarks();
     void onNoAnswer();
     void onConnectionChanged(bool isOnline);
     void showNoCard();
 
     /// From `from`, seconds since 1970, or, where that is not in the file, from its start.
-    void playOnRequest(int index, int from = 0);
+    bool playOnRequest(int index, int from = 0);
     void playFile(int index, int from = 0);
+    void playChoice(int time);
+    void playPendingChoice();
+    bool isTimeLineTaken() const;
+    bool isPaused() const;
     void playAgain();
     void playDay(const QDate& day);
     void stopPlayer();
     void failWith(const QString& reason);
     void awaitAnswer();
+    bool isAwaitingAnswer() const;
     void updateCover();
     void applyVolume();
     void setFullscreen(bool fullscreen);
@@ -137,6 +150,9 @@ private:
     orvelle::ClickGuard m_clickGuard;
     InfoRequest m_infoRequest = InfoRequest::kNone;
     bool m_wasOnline = false;
+    qint64 m_listAskedMs = 0;   ///< of the steady clock
+    qint64 m_newerThan = -1;    ///< a file behind it plays once the list has come; -1 for none
+    int m_pendingChoice = 0;    ///< plays when m_choiceTimer ends
     int m_playedFrom = 0;       ///< seconds since 1970, where progress counts from
     bool m_isPlaying = false;   ///< a file is open, paused or not
     bool m_isLoading = false;   ///< it has shown no picture yet
@@ -145,6 +161,7 @@ private:
     QTimer m_clockTimer;
     QTimer m_coverTimer;   ///< runs while a picture is held without a cover
     QTimer m_answerTimer;  ///< runs while something is awaited from the camera
+    QTimer m_choiceTimer;
     QTimer m_barsTimer;
     KvClicker m_clicker;
     KvToast m_toast;

@@ -24,9 +24,36 @@ orvelle::PlaybackEnd KvSDCardPlaybackView::playbackEnd() const {
 }
 
 /// A click soon after another is one too many, as a camera needs its time to change files.
-void KvSDCardPlaybackView::playOnRequest(int index, int from) {
-    if (m_clickGuard.accepts(nowMs()))
-        playFile(index, from);
+bool KvSDCardPlaybackView::playOnRequest(int index, int from) {
+    if (!m_clickGuard.accepts(nowMs()))
+        return false;
+    m_choiceTimer.stop();
+    playFile(index, from);
+    return true;
+}
+
+/// Of the moments that are chosen too soon after another the last one is played, a little later.
+void KvSDCardPlaybackView::playChoice(int time) {
+    const int index = m_recordings.indexAt(time);
+    if (index < 0 || playOnRequest(index, time))
+        return;
+    m_pendingChoice = time;
+    if (!m_ui->timeLine()->isDragging())
+        m_ui->setMoment(time);
+    m_choiceTimer.start(static_cast<int>(m_clickGuard.remaining(nowMs())));
+}
+
+void KvSDCardPlaybackView::playPendingChoice() {
+    playChoice(m_pendingChoice);
+}
+
+/// By the user, so that what plays must not move it.
+bool KvSDCardPlaybackView::isTimeLineTaken() const {
+    return m_ui->timeLine()->isDragging() || m_choiceTimer.isActive();
+}
+
+bool KvSDCardPlaybackView::isPaused() const {
+    return m_isPlaying && !m_ui->timeLine()->isPlayChecked();
 }
 
 void KvSDCardPlaybackView::playFile(int index, int from) {
@@ -34,7 +61,7 @@ void KvSDCardPlaybackView::playFile(int index, int from) {
     const KvTimeLineMark mark = m_recordings.select(index);
     m_playedFrom = mark.contains(from) ? from : mark.start;
     m_ui->showNotice({});
-    if (!m_ui->timeLine()->isDragging())
+    if (!isTimeLineTaken())
         m_ui->setMoment(m_playedFrom);
     applyVolume();
     if (startPlayer(QDateTime::fromSecsSinceEpoch(m_playedFrom)) < 0) {
@@ -55,6 +82,7 @@ void KvSDCardPlaybackView::stopPlayer() {
     m_ended = false;
     m_isPlaying = false;
     m_isLoading = false;
+    m_newerThan = -1;
     m_ui->timeLine()->setPlayChecked(false);
 }
 
@@ -68,7 +96,7 @@ void KvSDCardPlaybackView::_doHideLoadingView() {
 
 void KvSDCardPlaybackView::_doUpdateTimeLineView(double seconds) {
     // Before its first picture, what comes is of the file before.
-    if (!m_isPlaying || m_isLoading || m_ui->timeLine()->isDragging())
+    if (!m_isPlaying || m_isLoading || isTimeLineTaken())
         return;
     const int moment = m_playedFrom + qRound(seconds);
     if (moment != m_ui->timeLine()->value())
@@ -76,7 +104,8 @@ void KvSDCardPlaybackView::_doUpdateTimeLineView(double seconds) {
 }
 
 void KvSDCardPlaybackView::_doPlayNext() {
-    if (!m_ended.exchange(false))
+    // The end that meets a pause waits for the user to go on.
+    if (isPaused() || !m_ended.exchange(false))
         return;
     const int next = m_recordings.next();
     if (next >= 0) {
@@ -84,8 +113,7 @@ void KvSDCardPlaybackView::_doPlayNext() {
         return;
     }
     stopPlayer();
-    updateCover();
-    m_toast.show(this, orvelle::text("no_more_files"));
+    lookForNewer(m_recordings.currentEnd());
 }
 
 void KvSDCardPlaybackView::_doPlayFailed() {
@@ -98,11 +126,12 @@ void KvSDCardPlaybackView::_doPlayFailed() {
 }
 
 void KvSDCardPlaybackView::_onSelectedVideoTime(int time) {
-    const int index = _findDateTimeIndex(QDateTime::fromSecsSinceEpoch(time));
-    if (index >= 0)
-        playOnRequest(index, time);
+    m_newerThan = -1;
+    m_choiceTimer.stop();
+    if (_findDateTimeIndex(QDateTime::fromSecsSinceEpoch(time)) >= 0)
+        playChoice(time);
     else
-        m_toast.show(this, orvelle::text("no_more_files"));
+        lookForNewer(time);
 }
 
 void KvSDCardPlaybackView::_onClickPrev() {
@@ -115,14 +144,16 @@ void KvSDCardPlaybackView::_onClickPrev() {
 void KvSDCardPlaybackView::_onClickNext() {
     if (const int index = m_recordings.next(); index >= 0)
         playOnRequest(index);
-    else
-        m_toast.show(this, orvelle::text("no_more_files"));
+    else if (m_clickGuard.accepts(nowMs()))
+        lookForNewer(m_recordings.currentEnd());
 }
 
 void KvSDCardPlaybackView::_onClickPlay(bool checked) {
     if (m_isPlaying && !checked) {
         m_player->pause();
-        m_answerTimer.stop();
+        updateCover();
+    } else if (m_isPlaying && m_ended) {
+        _doPlayNext();
     } else if (m_isPlaying) {
         m_player->resume();
         if (m_isLoading)
@@ -181,7 +212,7 @@ void KvSDCardPlaybackView::playDay(const QDate& day) {
     qDebug() << "calendar date = " << day << ", index = " << index;
     if (index >= 0) {
         m_recordings.awaitDay({});
-        playOnRequest(index);
+        playChoice(m_recordings.all().at(index).start);
         return;
     }
     requestFiles(day);

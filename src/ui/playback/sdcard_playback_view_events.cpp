@@ -60,5 +60,5 @@ void KvSDCardPlaybackView::handleResponse(const KvTUTKResponse& response) {
         emit updateSDCardSignal();
         return;
     }
-    emit updateVideoInfo(orvelle::recordingsOf(list));
+    emit updateVideoInfo(orvelle::runsOf(list));
 }

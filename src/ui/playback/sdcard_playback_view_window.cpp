@@ -59,6 +59,10 @@ void KvSDCardPlaybackView::hideBars() {
 bool KvSDCardPlaybackView::event(QEvent* event) {
     if (event->type() == QEvent::HoverEnter || event->type() == QEvent::HoverMove)
         wakeBars();
+    // A key that is let go elsewhere must not hold the timeline for ever.
+    if ((event->type() == QEvent::FocusOut && !m_isPassingKey) ||
+        event->type() == QEvent::WindowDeactivate)
+        m_ui->timeLine()->timeLine()->cancelKeys();
     if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
         // The bars' buttons come next, and what is hidden gets no focus.

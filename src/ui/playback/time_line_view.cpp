@@ -189,8 +189,13 @@ void KvTimeLineView::keyReleaseEvent(QKeyEvent* event) {
     emit valueChangeEnded(value());
 }
 
-void KvTimeLineView::focusOutEvent(QFocusEvent* event) {
+void KvTimeLineView::cancelKeys() {
     m_heldKey = 0;
+    update();
+}
+
+void KvTimeLineView::focusOutEvent(QFocusEvent* event) {
+    cancelKeys();
     QWidget::focusOutEvent(event);
 }
 

@@ -42,6 +42,9 @@ public:
     /// Whether the user moves it, or has zoomed just now: what plays must not move it then.
     bool isDragging() const { return m_dragging || m_heldKey != 0 || m_zoomHold.isActive(); }
 
+    /// Forgets a held key, whose release will not come here.
+    void cancelKeys();
+
     QSize sizeHint() const override;
 
 signals:

@@ -86,6 +86,7 @@ private:
     void stopTiles();
     void unbindTiles();
     void hidePages();
+    void alertOffline(KvDevicePlayerView* view);
     void chooseLayout(int layout);
     void saveGroup();
     bool canDrag() const;
