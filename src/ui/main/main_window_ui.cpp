@@ -95,6 +95,8 @@ void MainWindowUI::setUpTitleBar() {
 }
 
 void MainWindowUI::setUpSideBar() {
+    // Shows where parts meet within a pixel of a scaled screen.
+    m_central->setBackgroundColor(0xf6f6f6, 255);
     m_sideBar->setBackgroundColor(0xf6f6f6, 255);
     m_camerasPanel->setBackgroundColor(0xffffff, 255);
     KvWidgetUtils::setUpImageButton(m_allCameras, QStringLiteral("allcamera"), "split_screen");
