@@ -68,6 +68,10 @@ class DialogsTest : public QObject {
 
 private slots:
     void dialog_isWhole_inBothLanguages() {
+        // The folder's path, of any length, is part of a dialog.
+        const QTemporaryDir disk;
+        KvConfigure().setString(orvelle::settings::kMediaRoot,
+                                QStringLiteral("%1/%2/%2").arg(disk.path(), kLong));
         for (const char* language : {"chinese", "english"}) {
             KvLanguage::load(QLatin1String(language));
             for (const MakeDialog& make :
@@ -81,6 +85,7 @@ private slots:
                 checkParts(*dialog);
             }
         }
+        KvConfigure().remove(orvelle::settings::kMediaRoot);
     }
 
     void result_followsTheWayOut() {
