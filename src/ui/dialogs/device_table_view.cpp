@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kCheckWidth = 48;
 constexpr int kRowHeight = 44;
+constexpr int kHeaderHeight = 28;
 
 void drawCheckBox(QPainter& painter, const QRect& area, Qt::CheckState state) {
     QStyle* style = QApplication::style();
@@ -39,10 +40,18 @@ QString tableStyle() {
     return QStringLiteral(
                "QTableView{border:1px solid %1;gridline-color:#e6e6e6;background:#ffffff;"
                "selection-background-color:%2;selection-color:#000000;outline:none;}"
-               "QHeaderView::section{background:%3;border:none;border-bottom:1px solid %1;}"
                "QTableCornerButton::section{background:%3;border:none;border-bottom:1px solid %1;}")
         .arg(QLatin1String(orvelle::palette::kFrame), QLatin1String(orvelle::palette::kAccentTint),
              QLatin1String(orvelle::palette::kSideBar));
+}
+
+QString headerStyle() {
+    return QStringLiteral(
+               "QHeaderView{background:%2;border:none;}"
+               "QHeaderView::section{color:%3;background:%2;border:none;padding:0 8px;"
+               "border-bottom:1px solid %1;}")
+        .arg(QLatin1String(orvelle::palette::kFrame), QLatin1String(orvelle::palette::kSideBar),
+             QLatin1String(orvelle::palette::kText));
 }
 
 }  // namespace
@@ -108,6 +117,11 @@ KvTUTKDeviceTableView::KvTUTKDeviceTableView(QWidget* parent)
     m_header->setSectionResizeMode(KvDeviceTableModel::kCheckColumn, QHeaderView::Fixed);
     m_header->resizeSection(KvDeviceTableModel::kCheckColumn, kCheckWidth);
     m_header->setSectionResizeMode(KvDeviceTableModel::kCameraColumn, QHeaderView::Stretch);
+    for (QHeaderView* header : {static_cast<QHeaderView*>(m_header), verticalHeader()}) {
+        header->setStyleSheet(headerStyle());
+        KvWidgetUtils::setFont(header, orvelle::palette::kSmallFontPixels);
+    }
+    m_header->setFixedHeight(kHeaderHeight);
     verticalHeader()->setDefaultSectionSize(kRowHeight);
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     connect(m_model, &KvDeviceTableModel::onAllCheckedChanged, this,

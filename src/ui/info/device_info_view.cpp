@@ -21,6 +21,11 @@ constexpr int kOnlineIntervalMs = 1000;
 constexpr int kNoResult = -1;
 constexpr int kQuestionBytes = 4;
 
+/// A camera without a network card of its own says noughts.
+bool isNoAddress(QString mac) {
+    return mac.remove(QLatin1Char(':')).remove(QLatin1Char('0')).isEmpty();
+}
+
 }  // namespace
 
 KvTUTKDeviceInfoView::KvTUTKDeviceInfoView(QWidget* parent) : QWidget(parent), m_ui(new UI(this)) {
@@ -138,7 +143,7 @@ void KvTUTKDeviceInfoView::_onUpdateNetworkInfo(int round, const QString& ssid, 
         return;
     m_ui->setValue(UI::kNetworkName, ssid);
     m_ui->setValue(UI::kIpAddress, ip);
-    m_ui->setValue(UI::kMacAddress, mac);
+    m_ui->setValue(UI::kMacAddress, isNoAddress(mac) ? QString() : mac);
     answered();
 }
 

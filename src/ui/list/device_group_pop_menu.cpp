@@ -4,6 +4,7 @@
 #include <QMenu>
 
 #include "ui/palette.h"
+#include "ui/widgets/menu_style.h"
 #include "ui/widgets/widget_utils.h"
 
 namespace {
@@ -36,6 +37,7 @@ KvDeviceGroupPopMenu::~KvDeviceGroupPopMenu() = default;
 
 void KvDeviceGroupPopMenu::setGroups(const QList<KvDeviceGroup*>& groups) {
     m_menu = std::make_unique<QMenu>();
+    m_menu->setStyleSheet(orvelle::menuStyle());
     for (KvDeviceGroup* group : groups) {
         auto* action = new KvDeviceGroupAction(group, m_menu.get());
         connect(action, &KvDeviceGroupAction::clickDeviceGroup, this,

@@ -1,12 +1,14 @@
 #include "ui/main/entry_menu.h"
 
 #include "ui/palette.h"
+#include "ui/widgets/menu_style.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
 namespace orvelle {
 
 EntryMenu::EntryMenu(QWidget* parent) : QMenu(parent) {
+    setStyleSheet(menuStyle());
     m_top = addAction(text("top"));
     addSeparator();
     m_edit = addAction(QString());

@@ -15,6 +15,8 @@ namespace {
 constexpr QColor kDiscColour(255, 255, 255, 127);
 constexpr QColor kIdleColour(255, 255, 255);
 constexpr QColor kTurningColour(255, 224, 18);
+constexpr QColor kOutlineColour(0, 0, 0, 130);  // or a bright sky swallows disc and arrows
+constexpr double kOutlineWidth = 0.025;         // in shares of the disc's radius
 // In shares of the disc's radius, seen from its centre.
 constexpr double kTipDistance = 0.86;
 constexpr double kBaseDistance = 0.62;
@@ -136,12 +138,13 @@ void KvTUTKDevicePTZView::hideEvent(QHideEvent* event) {
 void KvTUTKDevicePTZView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(kDiscColour);
+    painter.setPen(kOutlineColour);
     painter.setBrush(kDiscColour);
     const QSizeF disc((width() - 1) / 2 * 2, (height() - 1) / 2 * 2);
     painter.drawEllipse(QRectF(QPointF(0.5, 0.5), disc));
 
-    painter.setPen(Qt::NoPen);
+    painter.setPen(
+        QPen(kOutlineColour, kOutlineWidth, Qt::SolidLine, Qt::SquareCap, Qt::RoundJoin));
     painter.translate(0.5 + disc.width() / 2, 0.5 + disc.height() / 2);
     painter.scale(disc.width() / 2, disc.height() / 2);
     const QPolygonF arrow{QVector<QPointF>{

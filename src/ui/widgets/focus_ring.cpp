@@ -67,12 +67,17 @@ void FocusRing::install() {
 }
 
 bool FocusRing::eventFilter(QObject* watched, QEvent* event) {
+    if (event->type() == QEvent::KeyPress)
+        m_isMouseInUse = false;
+    else if (event->type() == QEvent::MouseButtonPress)
+        m_isMouseInUse = true;
     if (event->type() != QEvent::FocusIn || !watched->isWidgetType())
         return false;
     auto* widget = static_cast<QWidget*>(watched);
     const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
     // A field shows its focus with its cursor.
-    if (isByKeyboard(reason) && !widget->isWindow() && !qobject_cast<QLineEdit*>(widget))
+    if (isByKeyboard(reason) && !m_isMouseInUse && !widget->isWindow() &&
+        !qobject_cast<QLineEdit*>(widget))
         showAround(widget);
     else if (!isReturn(reason) || (m_frame && m_frame->widget() != widget))
         hide();

@@ -23,6 +23,8 @@ private:
     void showAround(QWidget* widget);
     void hide();
 
+    /// What a click hides hands its focus on as if Tab had been pressed.
+    bool m_isMouseInUse = false;
     QPointer<QFocusFrame> m_frame;  ///< a sibling of the widget, so it may go with a window
 };
 
