@@ -18,7 +18,7 @@ stop_desk() {
 
 start_screen() {
     local number
-    Xvfb -displayfd 3 -screen 0 "${ORVELLE_SCREEN:-1920x1080x24}" -nolisten tcp \
+    Xvfb -displayfd 3 -screen 0 "${ORVELLE_SCREEN:-1920x1080x24}" -dpi 96 -nolisten tcp \
         3>"$desk_dir/display" >"$desk_dir/xvfb.log" 2>&1 &
     desk_pids+=($!)
     for _ in $(seq 100); do

@@ -7,6 +7,8 @@ top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
 # shellcheck source=tools/desk.sh
 . tools/desk.sh
+# shellcheck source=tools/demo_data.sh
+. tools/demo_data.sh
 
 bin=${ORVELLE_BIN:-$top/build/release/bin}
 demo=$top/build/demo
@@ -58,43 +60,6 @@ has_display() {
     [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]
 }
 
-# write_camera FILE ID UID NAME
-write_camera() {
-    cat >"$1" <<XML
-<?xml version="1.0" encoding="UTF-8"?>
-<KvTUTKDevice>
-    <deviceId>$2</deviceId>
-    <name>$4</name>
-    <ip></ip>
-    <uid>$3</uid>
-    <password>$password</password>
-    <port>0</port>
-    <mode>0</mode>
-    <volume>1</volume>
-</KvTUTKDevice>
-XML
-}
-
-# write_entry FILE ID TYPE LAYOUT INDEX NAME UID...
-write_entry() {
-    local file=$1 id=$2 type=$3 layout=$4 index=$5 name=$6
-    shift 6
-    {
-        cat <<XML
-<?xml version="1.0" encoding="UTF-8"?>
-<KvDeviceGroup>
-    <groupId>$id</groupId>
-    <type>$type</type>
-    <layout>$layout</layout>
-    <groupIndex>$index</groupIndex>
-    <name>$name</name>
-    <uids count="$#">
-XML
-        printf '        <uid>%s</uid>\n' "$@"
-        printf '    </uids>\n</KvDeviceGroup>\n'
-    } >"$file"
-}
-
 # Whatever the user did in an earlier demo stays; only what is missing is written.
 write_known_cameras() {
     local devices=$XDG_DATA_HOME/Orvelle/Devices uids=() uid name options index
@@ -102,7 +67,7 @@ write_known_cameras() {
     mkdir -p "$devices/KvTUTK" "$devices/KvTUTKGroup"
     for ((index = 0; index < known; ++index)); do
         IFS='|' read -r uid name options <<<"${cameras[index]}"
-        write_camera "$devices/KvTUTK/$uid.xml" $((index + 1)) "$uid" "$name"
+        write_camera "$devices/KvTUTK/$uid.xml" $((index + 1)) "$uid" "$name" "$password"
         write_entry "$devices/KvTUTKGroup/$uid.xml" -1 0 0 $((index + 1)) "$name" "$uid"
         uids+=("$uid")
     done
