@@ -20,6 +20,7 @@ using UI = KvDevicePlayerViewUI;
 
 namespace {
 
+constexpr int kPathToastMs = 5000;  // a path takes longer to read
 constexpr double kRecordLimitSeconds = 3600.0;
 
 QString timeStampName() {
@@ -204,5 +205,6 @@ void KvDevicePlayerView::tellRecordEnd(const QString& path) {
     }
     const QString what = m_recordFailed ? orvelle::text("the_recording_ended_early_it_is_saved_to")
                                         : orvelle::text("the_video_you_recorded_is_save_to");
-    m_toast.show(this, what + QLatin1Char('\n') + QDir::toNativeSeparators(path));
+    m_toast.show(this, what + QLatin1Char('\n') + QDir::toNativeSeparators(path),
+                 KvToast::kBottomCentre, kPathToastMs);
 }
