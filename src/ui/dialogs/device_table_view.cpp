@@ -4,9 +4,11 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QScrollBar>
 
 #include "ui/dialogs/device_table_model.h"
 #include "ui/palette.h"
+#include "ui/widgets/scroll_bar_style.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
@@ -40,7 +42,8 @@ QString tableStyle() {
     return QStringLiteral(
                "QTableView{border:1px solid %1;gridline-color:#e6e6e6;background:#ffffff;"
                "selection-background-color:%2;selection-color:#000000;outline:none;}"
-               "QTableCornerButton::section{background:%3;border:none;border-bottom:1px solid %1;}")
+               "QTableView QTableCornerButton::section{background:%3;border:none;border-bottom:1px "
+               "solid %1;}")
         .arg(QLatin1String(orvelle::palette::kFrame), QLatin1String(orvelle::palette::kAccentTint),
              QLatin1String(orvelle::palette::kSideBar));
 }
@@ -110,6 +113,7 @@ KvTUTKDeviceTableView::KvTUTKDeviceTableView(QWidget* parent)
     setModel(m_model);
     setItemDelegate(new KvDeviceItemDelegate(this));
     setStyleSheet(tableStyle());
+    verticalScrollBar()->setStyleSheet(QLatin1String(orvelle::kScrollBarStyle));
     KvWidgetUtils::setFont(this, orvelle::palette::kSmallFontPixels);
     setSelectionMode(QAbstractItemView::SingleSelection);
     setTabKeyNavigation(false);

@@ -6,6 +6,7 @@
 #include <QImageReader>
 #include <QLabel>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTextBlock>
 #include <QTextBrowser>
 #include <QTextTable>
@@ -13,6 +14,7 @@
 #include "core/language.h"
 #include "ui/logging.h"
 #include "ui/palette.h"
+#include "ui/widgets/scroll_bar_style.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
@@ -138,6 +140,7 @@ ManualDialog::ManualDialog(const QString& folder, const QSize& room, QWidget* pa
 
     m_page->setStyleSheet(QStringLiteral("QTextBrowser{color:%1;border:none;background:#ffffff;}")
                               .arg(QLatin1String(palette::kText)));
+    m_page->verticalScrollBar()->setStyleSheet(QLatin1String(kScrollBarStyle));
     KvWidgetUtils::setFont(m_page, palette::kFontPixels);
     m_page->setGeometry(1, kHeadHeight, width() - 2, height() - kHeadHeight - 1);
     m_page->setOpenLinks(false);

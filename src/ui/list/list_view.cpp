@@ -9,6 +9,7 @@
 
 #include "ui/list/base_adapter.h"
 #include "ui/list/lv_item_view.h"
+#include "ui/widgets/scroll_bar_style.h"
 #include "ui/widgets/widget.h"
 
 namespace {
@@ -16,12 +17,6 @@ namespace {
 constexpr int kMargin = 10;
 constexpr int kSpacing = 10;
 constexpr int kScrollStep = 30;
-constexpr char kScrollBarStyle[] =
-    "QScrollBar:vertical{background:#ffffff;border:none;margin:0;width:8px;}"
-    "QScrollBar::handle:vertical{background:#c4c4c4;border-radius:4px;min-height:32px;}"
-    "QScrollBar::handle:vertical:hover{background:#9c9c9c;}"
-    "QScrollBar::add-line:vertical,QScrollBar::sub-line:vertical{height:0;}"
-    "QScrollBar::add-page:vertical,QScrollBar::sub-page:vertical{background:none;}";
 
 }  // namespace
 
@@ -39,7 +34,7 @@ KvListView::KvListView(QWidget* parent)
     setFocusPolicy(Qt::StrongFocus);
     setStyleSheet(QStringLiteral("QScrollArea{background:#ffffff};"));
     verticalScrollBar()->setSingleStep(kScrollStep);
-    verticalScrollBar()->setStyleSheet(QLatin1String(kScrollBarStyle));
+    verticalScrollBar()->setStyleSheet(QLatin1String(orvelle::kScrollBarStyle));
 }
 
 void KvListView::setAdapter(KvBaseAdapter* adapter) {
