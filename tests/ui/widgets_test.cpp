@@ -299,6 +299,11 @@ private slots:
         QCOMPARE(shownRing(window)->widget(), buttons.at(2));
         buttons.at(0)->setFocus(Qt::MouseFocusReason);
         QVERIFY(!shownRing(window));
+        // A button that goes with the click hands the focus on as Tab does.
+        connect(buttons.at(0), &QPushButton::clicked, buttons.at(0), &QWidget::hide);
+        QTest::mouseClick(buttons.at(0), Qt::LeftButton);
+        QVERIFY(buttons.at(1)->hasFocus());
+        QVERIFY(!shownRing(window));
     }
 
 private:
