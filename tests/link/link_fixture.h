@@ -54,7 +54,9 @@ public:
     /// As "<type in hex>:<payload>".
     QVector<QByteArray> controls() const {
         std::lock_guard<std::mutex> lock(m_mutex);
-        return m_controls;
+        QVector<QByteArray> copy = m_controls;
+        copy.detach();  // else the two would share their count outside the lock
+        return copy;
     }
 
     /// A frame of `size` bytes; from 8 bytes on it begins with the time of its sending.
