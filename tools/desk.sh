@@ -22,7 +22,7 @@ start_screen() {
         3>"$desk_dir/display" >"$desk_dir/xvfb.log" 2>&1 &
     desk_pids+=($!)
     for _ in $(seq 100); do
-        number=$(cat "$desk_dir/display")
+        number=$(cat "$desk_dir/display" 2>/dev/null || true)
         [ -n "$number" ] && break
         sleep 0.1
     done

@@ -194,8 +194,11 @@ shot() {
         "$out/$1$ending.png"
 }
 
-# entry NUMBER [BUTTON]: clicks a line of the list, counted from 0
-entry() { click 190 $((220 + 132 * $1)) "${2:-1}"; }
+# entry NUMBER [BUTTON]: clicks a line of the list, counted from 0; the fifth is half hidden
+entry() {
+    local y=$((215 + 129 * $1))
+    click 190 $((y < HEIGHT - 20 ? y : HEIGHT - 20)) "${2:-1}"
+}
 layout() { click_corner $((226 - 40 * $1)) 20; }
 
 first_start() {
@@ -371,7 +374,7 @@ closing() {
     shot close
     # The dialog is gone too soon for a picture of a running program.
     xdotool key Return
-    sleep 0.08
+    sleep 0.03
     kill -STOP "$client_pid"
     if [ -n "$(window)" ]; then shot exiting; fi
     kill -CONT "$client_pid"
