@@ -29,7 +29,6 @@ cameras=(
 garden=ORVELLEDEMO000000014
 # Two cameras, with 01 and 02 at the end: one to be added, one whose password is not known.
 pair=ORVELLESPARE000000
-spare=${pair}01
 locked=${pair}02
 unreachable=ORVELLEDEMO000000015
 # Each of them stands for three cameras, with 01 to 03 at the end of its UID.
