@@ -35,9 +35,7 @@ constexpr unsigned kCardFrame = 0xe4e4e4;
 
 QString imageButtonStyle(const char* name, const char* color) {
     return KvWidgetUtils::buttonStyle(KvWidgetUtils::imagesOf(QLatin1String(name))) +
-           QStringLiteral(
-               "\nQPushButton{color:%1;}QPushButton:hover{color:#ffffff;}"
-               "QPushButton:disabled{color:%2;}")
+           QStringLiteral("\nQPushButton{color:%1;}QPushButton:disabled{color:%2;}")
                .arg(QLatin1String(color), QLatin1String(orvelle::palette::kDisabled));
 }
 
