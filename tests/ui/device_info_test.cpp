@@ -6,6 +6,7 @@
 #include "device/tutk_request.h"
 #include "fake_device.h"
 #include "link/io_types.h"
+#include "support/byte_fields.h"
 #include "support/suites.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/info/device_info_view.h"
@@ -43,9 +44,9 @@ public:
     void answerInfo(uint32_t total, uint32_t free) {
         QByteArray bytes(56, '\0');
         bytes.replace(0, 5, "CAM-X");
-        qToLittleEndian(0xFF0A0001, bytes.data() + 32);
-        qToLittleEndian(total, bytes.data() + 40);
-        qToLittleEndian(free, bytes.data() + 44);
+        orvelle::test::putU32(bytes, 32, 0xFF0A0001);
+        orvelle::test::putU32(bytes, 40, total);
+        orvelle::test::putU32(bytes, 44, free);
         answer(kInfo, bytes);
     }
     void answerWifi() {

@@ -4,6 +4,7 @@
 #include "fake_device.h"
 #include "link/io_types.h"
 #include "media/base_player.h"
+#include "support/byte_fields.h"
 #include "support/suites.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/playback/no_sdcard_view.h"
@@ -58,14 +59,14 @@ public:
     }
     void answerCard(quint32 totalMiB) {
         QByteArray payload(56, '\0');
-        qToLittleEndian(totalMiB, payload.data() + 40);
+        orvelle::test::putU32(payload, 40, totalMiB);
         answer(IOTYPE_USER_IPCAM_DEVINFO_RESP, payload);
     }
     void answerList(quint32 start, quint32 count) {
         QByteArray payload(12, '\0');
         payload[0] = 1;
-        qToLittleEndian(start, payload.data() + 4);
-        qToLittleEndian(count, payload.data() + 8);
+        orvelle::test::putU32(payload, 4, start);
+        orvelle::test::putU32(payload, 8, count);
         answer(IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP, payload);
     }
     void tick(qint64 ms) {
