@@ -64,7 +64,6 @@ GridUsage usageOfRecording(const CameraSet& cameras, const GridWindow& grid) {
     clickInEach(grid, recordButton);
     runFor(kBeginMs);
     const GridUsage usage = GridUsage::over(kMeasureMs, cameras, grid);
-    const DialogCloser closer;
     clickInEach(grid, saveButton);
     return usage;
 }
@@ -103,6 +102,7 @@ bool measureRecording(Workbench& bench) {
     if (!grid.play(kPlayTimeoutMs))
         return false;
     runFor(kBarsGoneMs);
+    const DialogCloser closer;  // saving goes on by itself, and ends with a dialog
     std::vector<GridUsage> playing;
     std::vector<GridUsage> recording;
     for (int run = 0; run < kRuns; ++run) {
