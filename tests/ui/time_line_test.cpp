@@ -207,7 +207,7 @@ private slots:
         } cases[] = {
             {minutes(kNoon - 60 * 25000, 50000), 12, 0, 598},
             {minutes(kNoon - 120 * 12500, 25000, 120), 17280, 0, 598},
-            {{{kNoon + 60, 1}}, 17280, 301, 301},
+            {{{kNoon + 60, 1}}, 17280, 301, 302},
             {{{kNoon + 100, -60}, {kNoon - 60, 120}, {kNoon - 45, 10}}, 12, 225, 374},
         };
         for (const auto& each : cases) {

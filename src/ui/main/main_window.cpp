@@ -188,6 +188,7 @@ void MainWindow::closeProgram() {
     if (m_isClosing)
         return;
     m_isClosing = true;
+    m_ui->hideHelpMenu();
     KvConfirmDialog question(
         orvelle::text("are_you_sure_you_want_to_close_the_orvelle_pc_application"), this);
     if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {

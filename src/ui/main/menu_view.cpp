@@ -57,20 +57,46 @@ void KvMenuView::openLanguages(bool open) {
 
 void KvMenuView::showEvent(QShowEvent*) {
     raise();
-    m_help->setFocus(Qt::PopupFocusReason);
+    m_help->setFocus(Qt::TabFocusReason);
 }
 
 void KvMenuView::hideEvent(QHideEvent*) {
     openLanguages(false);
 }
 
+/// The focus goes round in the menu for as long as that is open.
+bool KvMenuView::focusNextPrevChild(bool next) {
+    QList<KvMenuLabel*> shown;
+    for (KvMenuLabel* label : {m_help, m_language, m_english, m_chinese}) {
+        if (!label->isHidden())
+            shown.append(label);
+    }
+    const int now = shown.indexOf(qobject_cast<KvMenuLabel*>(focusWidget()));
+    const int index = (now + (next ? 1 : shown.size() - 1)) % shown.size();
+    shown[index]->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+    return true;
+}
+
 void KvMenuView::keyPressEvent(QKeyEvent* event) {
-    if (event->key() == Qt::Key_Escape)
-        hide();
-    else if (event->key() == Qt::Key_Down || event->key() == Qt::Key_Up)
-        focusNextPrevChild(event->key() == Qt::Key_Down);
-    else
-        QWidget::keyPressEvent(event);
+    switch (event->key()) {
+        case Qt::Key_Escape:
+            hide();
+            break;
+        case Qt::Key_Down:
+        case Qt::Key_Up:
+            focusNextPrevChild(event->key() == Qt::Key_Down);
+            break;
+        case Qt::Key_Right:
+            openLanguages(true);
+            m_english->setFocus(Qt::TabFocusReason);
+            break;
+        case Qt::Key_Left:
+            openLanguages(false);
+            m_language->setFocus(Qt::TabFocusReason);
+            break;
+        default:
+            QWidget::keyPressEvent(event);
+    }
 }
 
 void KvMenuView::_onClickHelp() {

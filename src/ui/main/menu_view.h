@@ -4,7 +4,7 @@
 
 class KvMenuLabel;
 
-/// The help menu of the title bar: manual and language. Esc hides it. Interface thread.
+/// The help menu of the title bar: manual and language. Its keys are the arrows, Enter and Esc. Interface thread.
 class KvMenuView : public QWidget {
     Q_OBJECT
 
@@ -24,6 +24,7 @@ protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 
 private slots:
     void _onClickHelp();

@@ -171,6 +171,7 @@ void KvDevicePlayerViewUI::setBarsVisible(bool visible) {
     m_barsVisible = visible;
     m_topBar->setVisible(visible);
     m_bottomBar->setVisible(visible);
+    placeRecordView();
     if (visible) {
         _invokeDateTimeTimer();
         m_dateTimeTimer.start();
@@ -181,7 +182,8 @@ void KvDevicePlayerViewUI::setBarsVisible(bool visible) {
 }
 
 bool KvDevicePlayerViewUI::hasFocusInBars() const {
-    return std::any_of(m_buttons.begin(), m_buttons.end(),
+    return m_recordView->hasFocusInButtons() ||
+           std::any_of(m_buttons.begin(), m_buttons.end(),
                        [](const KvPushButton* button) { return button->hasFocus(); });
 }
 
@@ -281,13 +283,18 @@ void KvDevicePlayerViewUI::layOut() {
     layOutTopBar(now);
     layOutBottomBar(now);
 
-    const QSize record = m_recordView->sizeWithin(width() - 2 * kInset);
-    m_recordView->setGeometry(
-        QRect(QPoint((width() - record.width()) / 2, now.barHeight + kInset), record));
+    placeRecordView();
     const int ptz = qMin(kMaxPtzSize, height() - 2 * now.barHeight - kInset);
     m_ptzView->setGeometry(kInset, (height() - ptz) / 2, ptz, ptz);
     placeSpeedLabel();
     placeNotice();
+}
+
+void KvDevicePlayerViewUI::placeRecordView() {
+    m_recordView->setButtonsVisible(m_barsVisible);
+    const QSize size = m_recordView->sizeWithin(width() - 2 * kInset);
+    m_recordView->setGeometry(
+        QRect(QPoint((width() - size.width()) / 2, measures().barHeight + kInset), size));
 }
 
 int KvDevicePlayerViewUI::placeFromRight(std::initializer_list<Button> buttons, int right,

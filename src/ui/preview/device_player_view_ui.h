@@ -83,6 +83,7 @@ private:
     void layOutBottomBar(const Measures& measures);
     int placeFromRight(std::initializer_list<Button> buttons, int right, const Measures& measures);
     void placeSpeedLabel();
+    void placeRecordView();
     void placeNotice();
     void applySpeedText();
     void raiseControls();

@@ -63,6 +63,15 @@ void KvDeviceRecordView::setTime(double seconds) {
     m_time->setText(QString::asprintf("%02d:%02d:%02d", whole / 3600, whole / 60 % 60, whole % 60));
 }
 
+void KvDeviceRecordView::setButtonsVisible(bool visible) {
+    m_cancelButton->setVisible(visible);
+    m_saveButton->setVisible(visible);
+}
+
+bool KvDeviceRecordView::hasFocusInButtons() const {
+    return m_cancelButton->hasFocus() || m_saveButton->hasFocus();
+}
+
 int KvDeviceRecordView::buttonWidth(const QPushButton& button) {
     return button.fontMetrics().horizontalAdvance(button.text()) + 2 * kButtonPadding;
 }
@@ -72,8 +81,9 @@ int KvDeviceRecordView::wordWidth() const {
 }
 
 QSize KvDeviceRecordView::sizeWithin(int maxWidth) const {
-    const int needed = 2 * kMargin + kLightSize + 3 * kGap + textWidth(*m_time) +
-                       buttonWidth(*m_cancelButton) + buttonWidth(*m_saveButton);
+    int needed = 2 * kMargin + kLightSize + kGap + textWidth(*m_time);
+    for (const QPushButton* button : {m_cancelButton, m_saveButton})
+        needed += button->isHidden() ? 0 : kGap + buttonWidth(*button);
     const bool hasWord = needed + wordWidth() <= maxWidth;
     return {hasWord ? needed + wordWidth() : needed, kHeight};
 }

@@ -13,6 +13,10 @@ public:
     explicit KvDeviceRecordView(QWidget* parent = nullptr);
 
     void setTime(double seconds);
+    /// They come and go with the bars: each picture below paints anew what lies on it. The size
+    /// changes, too.
+    void setButtonsVisible(bool visible);
+    bool hasFocusInButtons() const;
     /// The size in which nothing is cut off, no wider than `maxWidth` allows.
     QSize sizeWithin(int maxWidth) const;
 
