@@ -353,6 +353,7 @@ private slots:
             QCOMPARE(events.count(KvBasePlayerOpenFailed), int{isLost});
             QVERIFY(player.endReason() == (isLost ? PlaybackEnd::kLost : PlaybackEnd::kFinished));
             player.shutdown();
+            QTRY_VERIFY(!camera.isChannelOpen(kChannel));  // the next one uses the same
             (void)events.take();
         }
     }
