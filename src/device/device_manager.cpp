@@ -43,6 +43,14 @@ KvDeviceManager* KvDeviceManager::create() {
     return s_instance;
 }
 
+void KvDeviceManager::leave(std::unique_ptr<KvThread> worker, const QObject* listener) {
+    if (!worker)
+        return;
+    QObject::disconnect(worker.get(), nullptr, listener, nullptr);
+    if (KvDeviceManager* manager = instance())
+        manager->m_reaper.take(std::move(worker));
+}
+
 KvDeviceManager* KvDeviceManager::instance() {
     return s_instance;
 }

@@ -31,25 +31,16 @@ KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
 }
 
 KvTUTKDeviceAddDialog::~KvTUTKDeviceAddDialog() {
-    leaveThread();
+    KvDeviceManager::leave(std::move(m_thread), this);
 }
 
 void KvTUTKDeviceAddDialog::start(const QString& code) {
-    leaveThread();
+    KvDeviceManager::leave(std::move(m_thread), this);
     m_status = kNotFinished;
     m_thread = std::make_unique<Thread>(code);
     connect(m_thread.get(), &Thread::updateDeviceStatusSignal, this,
             &KvTUTKDeviceAddDialog::updateDeviceStatusSignal);
     m_thread->start(QThread::InheritPriority);
-}
-
-void KvTUTKDeviceAddDialog::leaveThread() {
-    if (!m_thread)
-        return;
-    disconnect(m_thread.get(), nullptr, this, nullptr);
-    if (KvDeviceManager* manager = KvDeviceManager::instance())
-        manager->reaper().take(std::move(m_thread));
-    m_thread.reset();
 }
 
 void KvTUTKDeviceAddDialog::_doUpdateDeviceStatus(int status) {
@@ -80,7 +71,7 @@ void KvTUTKDeviceAddDialog::_onClickCancelButton(bool) {
 
 void KvTUTKDeviceAddDialog::reject() {
     m_status = kCancelled;
-    leaveThread();
+    KvDeviceManager::leave(std::move(m_thread), this);
     QDialog::reject();
 }
 

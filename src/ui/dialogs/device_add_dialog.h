@@ -46,8 +46,6 @@ private slots:
     void _onClickCancelButton(bool);
 
 private:
-    void leaveThread();
-
     QPushButton* m_cancel;  ///< child
     int m_status = kNotFinished;
     orvelle::DeviceState m_failure = orvelle::DeviceState::kNeverTried;

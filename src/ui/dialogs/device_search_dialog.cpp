@@ -57,7 +57,7 @@ KvTUTKDeviceSearchDialog::KvTUTKDeviceSearchDialog(QWidget* parent)
 }
 
 KvTUTKDeviceSearchDialog::~KvTUTKDeviceSearchDialog() {
-    leaveThread();
+    KvDeviceManager::leave(std::move(m_thread), this);
 }
 
 void KvTUTKDeviceSearchDialog::setUpButtons() {
@@ -78,7 +78,7 @@ void KvTUTKDeviceSearchDialog::setUpButtons() {
 }
 
 void KvTUTKDeviceSearchDialog::search() {
-    leaveThread();
+    KvDeviceManager::leave(std::move(m_thread), this);
     m_table->devices()->setDevices({});
     m_thread = std::make_unique<TUTKDeviceSearchThread>(kSearchMs);
     connect(m_thread.get(), &QThread::finished, this, &KvTUTKDeviceSearchDialog::_onSearchEnded);
@@ -86,15 +86,6 @@ void KvTUTKDeviceSearchDialog::search() {
     m_search->setEnabled(false);
     m_loading->showOver(this, tableArea());
     updateNotice();
-}
-
-void KvTUTKDeviceSearchDialog::leaveThread() {
-    if (!m_thread)
-        return;
-    disconnect(m_thread.get(), nullptr, this, nullptr);
-    if (KvDeviceManager* manager = KvDeviceManager::instance())
-        manager->reaper().take(std::move(m_thread));
-    m_thread.reset();
 }
 
 void KvTUTKDeviceSearchDialog::_onSearchEnded() {

@@ -32,7 +32,6 @@ private slots:
 private:
     void setUpButtons();
     void search();
-    void leaveThread();
     void updateNotice();
     QRect tableArea() const;
 
