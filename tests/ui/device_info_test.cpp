@@ -210,7 +210,7 @@ private slots:
             QTest::keyClick(page->findChild<UI*>()->unbindButton(), Qt::Key_Space);
             QCOMPARE(unbound.count(&m_camera), choice);
         }
-        grid.releaseDevice(&m_camera);
+        grid.setGroup(nullptr);
         QVERIFY(page->isHidden() && !page->device());
     }
 

@@ -424,9 +424,8 @@ private slots:
                           Qt::LeftButton);
         QVERIFY(page->isHidden() && !page->device() && tile->device() == &camera);
         emit tile->clickSDCardButton(tile);
-        grid.releaseDevice(&camera);
-        QVERIFY(page->isHidden() && !page->device() && !tile->device());
         grid.setGroup(nullptr);
+        QVERIFY(page->isHidden() && !page->device() && !tile->device());
         // Lost between the click and the page.
         grid.setGroup(entry.get());
         camera.askedUntilLost = 1;

@@ -137,29 +137,6 @@ void KvDevicesPreview::closePreview() {
     emit requestFullscreen(false);
 }
 
-void KvDevicesPreview::releaseDevice(const KvDevice* device) {
-    if (!device)
-        return;
-    endDrag();
-    if (m_ui->infoView()->device() == device)
-        _onClickInfoViewBackButton();
-    if (m_ui->playbackView()->device() == device)
-        _onClickPlaybackViewBackButton();
-    for (KvDevicePlayerView* tile : m_ui->tiles()) {
-        if (tile->device() != device)
-            continue;
-        if (m_ui->fullscreenTile() == tile)
-            _onClickPlayerViewFullscreen(tile, false);
-        tile->setDevice(nullptr);
-        tile->hide();
-    }
-}
-
-void KvDevicesPreview::releaseGroup(const KvDeviceGroup* group) {
-    if (group && group == m_group)
-        closePreview();
-}
-
 int KvDevicesPreview::tileAt(int x, int y) const {
     if (!m_group)
         return -1;

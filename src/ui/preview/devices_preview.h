@@ -14,8 +14,8 @@ class KvDevicesPreviewUI;
 
 /// The live pictures of one entry's cameras in a grid. Interface thread.
 ///
-/// The entry is borrowed; before a camera or an entry dies the owner says so with
-/// releaseDevice() or releaseGroup().
+/// The entry is borrowed; before it or one of its cameras dies the owner takes it away with
+/// setGroup(nullptr).
 class KvDevicesPreview : public QWidget {
     Q_OBJECT
 public:
@@ -32,11 +32,6 @@ public:
     void updateNames();
     /// Ends everything and hides the grid.
     void closePreview();
-
-    /// Lets go of a camera wherever it is shown; its place stays empty.
-    void releaseDevice(const KvDevice* device);
-    /// Closes the preview when it shows this entry.
-    void releaseGroup(const KvDeviceGroup* group);
 
     /// Index of the shown tile whose picture's area contains the point, or -1.
     int tileAt(int x, int y) const;
