@@ -29,18 +29,24 @@ constexpr QLatin1Char kGap(' ');
 /// Closes the modal dialogs that come up, and remembers of which kind they were.
 class Clerk : public QObject {
 public:
-    Clerk() { startTimer(20); }
+    Clerk() { qApp->installEventFilter(this); }
     QStringList seen;
     bool isAgreeing = true;  ///< to questions
 
-protected:
-    void timerEvent(QTimerEvent*) override {
-        auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+    bool eventFilter(QObject* shown, QEvent* event) override {
+        auto* dialog = event->type() == QEvent::Show ? qobject_cast<QDialog*>(shown) : nullptr;
         if (!dialog)
-            return;
+            return false;
         seen.append(QLatin1String(dialog->metaObject()->className()));
         const bool isQuestion = qobject_cast<KvAlertDialog*>(dialog) != nullptr;
-        isQuestion&& isAgreeing ? dialog->accept() : dialog->reject();
+        // Later: the dialog's own loop has not begun.
+        QMetaObject::invokeMethod(
+            dialog,
+            [dialog, isAccepted = isQuestion && isAgreeing] {
+                isAccepted ? dialog->accept() : dialog->reject();
+            },
+            Qt::QueuedConnection);
+        return false;
     }
 };
 
@@ -158,7 +164,7 @@ void TileActionsTest::snapshot_isSaved_alsoWhenItsFolderIsGone() {
     KvConfigure().setString(orvelle::settings::kMediaRoot, QStringLiteral("/proc/nowhere"));
     m_clerk.isAgreeing = false;
     capture->click();
-    QCOMPARE(m_clerk.seen.takeLast(), QStringLiteral("KvAlertDialog"));
+    QCOMPARE(m_clerk.seen.join(kGap), QStringLiteral("KvDirectoryDialog KvAlertDialog"));
     m_clerk.seen.clear();
     m_clerk.isAgreeing = true;
     capture->click();
