@@ -1,3 +1,5 @@
+#include <future>
+
 #include "plain_decoding.h"
 #include "platform/heap.h"
 #include "process_usage.h"
@@ -28,15 +30,16 @@ bool measureIdle(Report& report) {
 }
 
 bool measureUndrawn(const CameraSet& cameras, const QString& clip, Report& report) {
-    double client = 0.0;
-    {
-        WatchGrid grid(cameras.devices(), WatchGrid::Drawing::kOff);
-        if (!grid.play(kPlayTimeoutMs))
-            return false;
-        runFor(kSettleMs);
-        client = Workbench::cpuPercentFor(kMeasureMs);
-    }
-    const double plain = plainDecodingCpuPercent(clip, kGridCameras, kMeasureMs / 1000);
+    WatchGrid grid(cameras.devices(), WatchGrid::Drawing::kOff);
+    if (!grid.play(kPlayTimeoutMs))
+        return false;
+    runFor(kSettleMs);
+    // At the same time: what a core gets done changes from second to second on shared machines.
+    auto decoding = std::async(std::launch::async, plainDecodingCpuPercent, clip, kGridCameras,
+                               kMeasureMs / 1000);
+    const double both = Workbench::cpuPercentFor(kMeasureMs);
+    const double plain = decoding.get();
+    const double client = both - plain;
     report.add(QStringLiteral("cpu_16x360p_nodraw_pct"), client);
     report.add(QStringLiteral("cpu_16x360p_plain_decoding_pct"), plain);
     report.add(QStringLiteral("cpu_16x360p_nodraw_ratio"), client / plain,
