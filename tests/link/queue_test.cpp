@@ -61,6 +61,7 @@ private slots:
     void mediaQueue_sendsSoundFirst_betweenFragments();
     void mediaQueue_dropsWholeGroups_whenOld_data();
     void mediaQueue_dropsWholeGroups_whenOld();
+    void mediaQueue_awaitsKey_whenFrameRefused();
     void frameQueue_reportsGapOnce_andGoesOnAtKey_data();
     void frameQueue_reportsGapOnce_andGoesOnAtKey();
     void frameQueue_forgetsOldest_whenSoundOverflows();
@@ -127,6 +128,19 @@ void QueueTest::mediaQueue_dropsWholeGroups_whenOld() {
         queue.pushVideo({0x4E, uint8_t(kind == 'K'), 0}, frameOf(2000), atMs);
     QTEST(lastFragments(atMs), "sentThen");
     QCOMPARE(counters.videoFramesSent + counters.videoFramesDropped, uint64_t(pushed.size() + 4));
+}
+
+// A whole group that grows old in front of the refused frame does not make up for it.
+void QueueTest::mediaQueue_awaitsKey_whenFrameRefused() {
+    ServerCounters counters;
+    MediaQueue queue(counters);
+    queue.pushVideo({0x4E, 1, 0}, frameOf(5), 0);
+    queue.pushVideo({0x4E, 1, 0}, frameOf(5), 500);
+    queue.skipVideo();
+    QCOMPARE(takeAll(queue, 601), QByteArray("v1.0"));
+    queue.pushVideo({0x4E, 0, 0}, frameOf(5), 602);
+    queue.pushVideo({0x4E, 1, 0}, frameOf(5), 603);
+    QCOMPARE(takeAll(queue, 603), QByteArray("v4.0"));
 }
 
 void QueueTest::frameQueue_reportsGapOnce_andGoesOnAtKey_data() {

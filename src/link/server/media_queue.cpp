@@ -53,7 +53,8 @@ void MediaQueue::dropGroupAt(size_t position) {
     const auto first = m_video.begin() + static_cast<std::ptrdiff_t>(position);
     const auto last =
         std::find_if(first + 1, m_video.end(), [](const Item& item) { return item.isKey; });
-    m_awaitsKey = last == m_video.end();
+    // Only ever set here: dropping this group does not make up for a frame refused behind it.
+    m_awaitsKey = m_awaitsKey || last == m_video.end();
     m_counters.videoFramesDropped += static_cast<uint64_t>(last - first);
     m_video.erase(first, last);
 }
