@@ -47,8 +47,9 @@ void KvDeviceManager::leave(std::unique_ptr<KvThread> worker, const QObject* lis
     if (!worker)
         return;
     QObject::disconnect(worker.get(), nullptr, listener, nullptr);
-    if (KvDeviceManager* manager = instance())
-        manager->m_reaper.take(std::move(worker));
+    orvelle::WorkerReaper waiting;  // its end waits
+    KvDeviceManager* const manager = instance();
+    (manager ? manager->m_reaper : waiting).take(std::move(worker));
 }
 
 KvDeviceManager* KvDeviceManager::instance() {

@@ -91,6 +91,24 @@ private slots:
         QVERIFY(m_manager->groups().isEmpty() && !m_files.has("BINDCAM1"));
     }
 
+    void worker_isWaitedFor_whenThereIsNoManager() {
+        struct Slow : KvThread {
+            explicit Slow(std::atomic<bool>& end) : KvThread(QStringLiteral("slow")), m_end(end) {}
+            void run() override {
+                sleepUnlessStopped(30000);
+                msleep(50);
+                m_end = true;
+            }
+            std::atomic<bool>& m_end;
+        };
+        KvDeviceManager::release();
+        std::atomic<bool> hasEnded{false};
+        auto worker = std::make_unique<Slow>(hasEnded);
+        worker->start();
+        KvDeviceManager::leave(std::move(worker), this);
+        QVERIFY(hasEnded);
+    }
+
     void success_countsEvenWhenNobodyWaits_andRemovalUndoesIt() {
         TestCamera camera(kUid);
         QVERIFY(camera.start());
