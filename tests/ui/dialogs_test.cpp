@@ -94,7 +94,7 @@ private slots:
         const MakeDialog input = maker<KvInputDialog>(QString(), QString(), kNoParent);
         const struct {
             const MakeDialog& make;
-            const char* button;  // or none, for the key
+            const char* button;  // clicked, or with a key the one that has the focus
             Qt::Key key;
             int result;
         } ways[] = {{alert, "ok", {}, 1},
@@ -102,6 +102,7 @@ private slots:
                     {alert, "close", {}, 0},
                     {alert, "", Qt::Key_Return, 1},
                     {alert, "", Qt::Key_Escape, 0},
+                    {alert, "close", Qt::Key_Return, 0},
                     {confirm, "confirm", {}, 1},
                     {confirm, "cancel", {}, 0},
                     {confirm, "", Qt::Key_Enter, 1},
@@ -115,9 +116,12 @@ private slots:
             QSignalSpy finished(dialog.get(), &QDialog::finished);
             dialog->show();
             QVERIFY(QTest::qWaitForWindowActive(dialog.get()));
-            if (*way.button)
-                button(*dialog, way.button)->click();
-            else
+            QPushButton* pressed = button(*dialog, way.button);
+            if (way.key == 0)
+                pressed->click();
+            else if (*way.button)
+                pressed->setFocus();
+            if (way.key != 0)
                 QTest::keyClick(dialog->focusWidget(), way.key);
             QCOMPARE(finished.value(0).value(0), QVariant(way.result));
         }

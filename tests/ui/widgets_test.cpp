@@ -78,13 +78,15 @@ private slots:
         QVERIFY(toast.view());
     }
 
-    void toastDialog_closesByItself() {
+    void toastDialog_closesByItselfOrByKey() {
         QWidget parent;
         parent.setGeometry(100, 100, 600, 400);
         KvToastDialog dialog(&parent);
         dialog.setPaddings(50, 8);
         dialog.setText(kText);
         QCOMPARE(dialog.run(30), int(QDialog::Accepted));
+        QTimer::singleShot(0, &dialog, [&dialog] { QTest::keyClick(&dialog, Qt::Key_Space); });
+        QCOMPARE(dialog.run(1000000), int(QDialog::Accepted));
     }
 
     void animation_turnsWithoutEnd_andStopsUpright() {
@@ -206,8 +208,8 @@ private slots:
     void pushButton_showsTheImageOfItsState() {
         KvPushButton button;
         button.resize(24, 24);
-        const auto first = KvWidgetUtils::imagesOf(QStringLiteral("voice"));
-        const auto second = KvWidgetUtils::imagesOf(QStringLiteral("voiceoff"));
+        const auto first = KvWidgetUtils::imagesOf(QStringLiteral("minimized"));
+        const auto second = KvWidgetUtils::imagesOf(QStringLiteral("maximized"));
         QVERIFY(!first.hover.isEmpty() && first.pressed.isEmpty() && first.disabled.isEmpty());
         button.setImages(first, second);
         const QImage unchecked = imageOf(button);
@@ -291,12 +293,18 @@ private slots:
         }
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
+        QTest::mouseClick(&window, Qt::LeftButton);
         QVERIFY(!shownRing(window));
         QTest::keyClick(&window, Qt::Key_Tab);
         QVERIFY(shownRing(window));
         QCOMPARE(shownRing(window)->geometry(), buttons.at(1)->geometry().adjusted(-3, -3, 3, 3));
         QTest::keyClick(&window, Qt::Key_Tab);
         QCOMPARE(shownRing(window)->widget(), buttons.at(2));
+        buttons.at(2)->setStyleSheet(QStringLiteral("color:red"));
+        QVERIFY(shownRing(window));
+        // As after a dialog that was opened and closed by keys.
+        buttons.at(1)->setFocus();
+        QCOMPARE(shownRing(window)->widget(), buttons.at(1));
         buttons.at(0)->setFocus(Qt::MouseFocusReason);
         QVERIFY(!shownRing(window));
         // A button that goes with the click hands the focus on as Tab does.

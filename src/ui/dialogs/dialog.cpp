@@ -1,9 +1,11 @@
 #include "ui/dialogs/dialog.h"
 
+#include <QKeyEvent>
 #include <QMouseEvent>
 #include <QtDebug>
 
 #include "ui/widgets/placement.h"
+#include "ui/widgets/widget_utils.h"
 
 KvDialog::KvDialog(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint) {
     setStyleSheet(QStringLiteral("QDialog{background-color:white; border: 1px solid #CCCCCC;}"));
@@ -17,6 +19,11 @@ int KvDialog::execCentred(const QWidget* over, int leftInset) {
     if (over)
         orvelle::centreOver(*this, *over, leftInset);
     return exec();
+}
+
+void KvDialog::keyPressEvent(QKeyEvent* event) {
+    if (!KvWidgetUtils::clickByEnter(*this, *event))
+        QDialog::keyPressEvent(event);
 }
 
 void KvDialog::mousePressEvent(QMouseEvent* event) {

@@ -4,7 +4,8 @@
 #include <QPoint>
 
 /// The base of the program's dialogs: without a frame of the window system, white with a thin
-/// outline, dragged with the mouse by any free place. Interface thread.
+/// outline, dragged with the mouse by any free place. Enter presses the button that has the focus,
+/// else the default one. Interface thread.
 class KvDialog : public QDialog {
     Q_OBJECT
 
@@ -20,6 +21,7 @@ public:
     int execCentred(const QWidget* over, int leftInset = 0);
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;

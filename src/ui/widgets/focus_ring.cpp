@@ -33,6 +33,11 @@ public:
         setStyle(style);
     }
 
+    // A button that changes its images on being pressed has a new style, and still the focus.
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        return event->type() != QEvent::StyleChange && QFocusFrame::eventFilter(watched, event);
+    }
+
 protected:
     // A dark line with a light one inside stands out from every ground.
     void paintEvent(QPaintEvent*) override {
@@ -43,17 +48,6 @@ protected:
         painter.drawRect(rect());
     }
 };
-
-bool isByKeyboard(Qt::FocusReason reason) {
-    return reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason ||
-           reason == Qt::ShortcutFocusReason;
-}
-
-// The focus comes back to where it was when its window does.
-bool isReturn(Qt::FocusReason reason) {
-    return reason == Qt::ActiveWindowFocusReason || reason == Qt::PopupFocusReason ||
-           reason == Qt::MenuBarFocusReason;
-}
 
 }  // namespace
 
@@ -66,20 +60,27 @@ void FocusRing::install() {
         new FocusRing(qApp);
 }
 
+bool FocusRing::isKeyboardInUse() {
+    const auto* ring = qApp->findChild<FocusRing*>();
+    return ring && ring->m_isKeyboardInUse;
+}
+
 bool FocusRing::eventFilter(QObject* watched, QEvent* event) {
-    if (event->type() == QEvent::KeyPress)
-        m_isMouseInUse = false;
-    else if (event->type() == QEvent::MouseButtonPress)
-        m_isMouseInUse = true;
+    if (event->type() == QEvent::KeyPress) {
+        m_isKeyboardInUse = true;
+    } else if (event->type() == QEvent::MouseButtonPress && m_isKeyboardInUse) {
+        m_isKeyboardInUse = false;
+        hide();
+    }
     if (event->type() != QEvent::FocusIn || !watched->isWidgetType())
         return false;
     auto* widget = static_cast<QWidget*>(watched);
     const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
     // A field shows its focus with its cursor.
-    if (isByKeyboard(reason) && !m_isMouseInUse && !widget->isWindow() &&
+    if (m_isKeyboardInUse && reason != Qt::MouseFocusReason && !widget->isWindow() &&
         !qobject_cast<QLineEdit*>(widget))
         showAround(widget);
-    else if (!isReturn(reason) || (m_frame && m_frame->widget() != widget))
+    else
         hide();
     return false;
 }

@@ -6,14 +6,17 @@
 
 namespace orvelle {
 
-/// Draws a ring round the widget that the keyboard has reached with Tab or a shortcut; a click
-/// hides it again. One object watches all windows of the program. Interface thread.
+/// Draws a ring round the widget that has the focus, however it came by it, for as long as the
+/// keyboard is in use; a click hides it again. One object watches all windows of the program.
+/// Interface thread.
 class FocusRing : public QObject {
     Q_OBJECT
 
 public:
     /// Installs one on the application object, which owns it.
     static void install();
+    /// A key was the last that was pressed, not a button of the mouse.
+    static bool isKeyboardInUse();
 
     bool eventFilter(QObject* watched, QEvent* event) override;
 
@@ -23,8 +26,7 @@ private:
     void showAround(QWidget* widget);
     void hide();
 
-    /// What a click hides hands its focus on as if Tab had been pressed.
-    bool m_isMouseInUse = false;
+    bool m_isKeyboardInUse = false;
     QPointer<QFocusFrame> m_frame;  ///< a sibling of the widget, so it may go with a window
 };
 

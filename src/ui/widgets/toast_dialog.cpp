@@ -1,5 +1,6 @@
 #include "ui/widgets/toast_dialog.h"
 
+#include <QKeyEvent>
 #include <QLabel>
 
 #include "ui/palette.h"
@@ -50,4 +51,10 @@ int KvToastDialog::run(int ms, int leftInset) {
 
 void KvToastDialog::mouseReleaseEvent(QMouseEvent*) {
     accept();
+}
+
+void KvToastDialog::keyPressEvent(QKeyEvent* event) {
+    // The one that led here may still be down.
+    if (!event->isAutoRepeat())
+        accept();
 }

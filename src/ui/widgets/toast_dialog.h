@@ -6,7 +6,7 @@
 class QLabel;
 
 /// A message that covers the program for a while: modal, without buttons, closed by its timer, a
-/// click or Esc. Interface thread.
+/// click or a key. Interface thread.
 class KvToastDialog : public QDialog {
     Q_OBJECT
 
@@ -20,6 +20,7 @@ public:
     int run(int ms, int leftInset = 0);
 
 protected:
+    void keyPressEvent(QKeyEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
 
 private:

@@ -1,6 +1,7 @@
 #include "ui/widgets/widget_utils.h"
 
 #include <QFile>
+#include <QKeyEvent>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QTextDocument>
@@ -160,4 +161,14 @@ void KvWidgetUtils::setUpImageButton(QPushButton* button, const QString& name, c
         button->setStyleSheet(buttonStyle(images));
     button->setCursor(Qt::PointingHandCursor);
     setToolTip(button, key);
+}
+
+bool KvWidgetUtils::clickByEnter(const QWidget& window, const QKeyEvent& event) {
+    auto* button = qobject_cast<QAbstractButton*>(window.focusWidget());
+    if (!button || (event.key() != Qt::Key_Return && event.key() != Qt::Key_Enter))
+        return false;
+    // A key that is held down was meant for what had the focus before.
+    if (!event.isAutoRepeat())
+        button->click();
+    return true;
 }

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+class QKeyEvent;
 class QLineEdit;
 class QPushButton;
 class QWidget;
@@ -56,4 +57,7 @@ public:
     static void setToolTip(QWidget* widget, const char* key);
     /// Images, tooltip, accessible name and pointing hand of an image button.
     static void setUpImageButton(QPushButton* button, const QString& name, const char* key);
+    /// For keys that no widget of a window took: Enter presses the button that has the focus, as
+    /// Space does. False when there is none, or the key is another one.
+    static bool clickByEnter(const QWidget& window, const QKeyEvent& event);
 };
