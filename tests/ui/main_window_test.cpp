@@ -2,6 +2,7 @@
 
 #include <QDir>
 #include <QPushButton>
+#include <QSet>
 
 #include "core/configure.h"
 #include "core/file_utils.h"
@@ -12,10 +13,13 @@
 #include "ui/dialogs/device_table_model.h"
 #include "ui/dialogs/device_table_view.h"
 #include "ui/list/cameras_view.h"
+#include "ui/list/device_search_view.h"
+#include "ui/list/list_view.h"
 #include "ui/main/guide_view.h"
 #include "ui/main/main_window_ui.h"
 #include "ui/main/menu_view.h"
 #include "ui/main/restart_hook.h"
+#include "ui/playback/video_time_line_view.h"
 #include "ui/preview/devices_preview.h"
 
 using orvelle::test::entryOf;
@@ -60,8 +64,10 @@ private slots:
         emit ui->cameras()->clickDevice(entry);
         QTRY_VERIFY(ui->isPreviewShown());
         QCOMPARE(ui->preview()->group(), entry);
+        QVERIFY(ui->welcomePage()->isHidden());
         ui->preview()->closePreview();
-        QVERIFY(!ui->isPreviewShown());
+        QVERIFY(!ui->isPreviewShown() && !ui->welcomePage()->isHidden());
+        QCOMPARE(window.focusWidget(), ui->cameras()->findChild<KvListView*>());
         // A click that was queued before its entry went away.
         emit ui->cameras()->clickDevice(entry);
         QVERIFY(m_manager->removeGroup(entry));
@@ -77,7 +83,11 @@ private slots:
         window.findChild<KvGuideView*>()->hide();
         window.show();
         QVERIFY(QTest::qWaitForWindowActive(&window));
-        window.findChild<MainWindowUI*>()->helpButton()->click();
+        window.findChild<MainWindowUI*>()->helpButton()->setFocus();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Escape);
+        QCOMPARE(window.focusWidget(), window.findChild<MainWindowUI*>()->helpButton());
+        QTest::keyClick(window.focusWidget(), Qt::Key_Return);
         // Round the menu and into the languages, of which the second is Chinese.
         for (const Qt::Key key :
              {Qt::Key_Down, Qt::Key_Down, Qt::Key_Up, Qt::Key_Right, Qt::Key_Down, Qt::Key_Return})
@@ -86,6 +96,14 @@ private slots:
         QCOMPARE(restarts, 1);
         QCOMPARE(KvConfigure().getString(orvelle::settings::kLanguage, {}),
                  QStringLiteral("chinese"));
+    }
+
+    void tab_reachesEveryButton() {
+        addEntry();
+        MainWindow window;
+        QVERIFY(areButtonsReached(window));
+        KvVideoTimeLineView timeLine;
+        QVERIFY(areButtonsReached(timeLine));
     }
 
     void closing_asksOnce_andGoesOnWhenDeclined() {
@@ -122,6 +140,26 @@ private slots:
     }
 
 private:
+    static bool areButtonsReached(QWidget& window) {
+        if (auto* guide = window.findChild<KvGuideView*>())
+            guide->hide();
+        window.show();
+        if (!QTest::qWaitForWindowActive(&window))
+            return false;
+        QSet<QPushButton*> missing;
+        for (QPushButton* button : window.findChildren<QPushButton*>()) {
+            if (button->isVisible() && (button->focusPolicy() & Qt::TabFocus))
+                missing += button;
+        }
+        for (int keys = 2 * missing.size() + 10; keys > 0; --keys) {
+            QTest::keyClick(&window, Qt::Key_Tab);
+            missing.remove(qobject_cast<QPushButton*>(window.focusWidget()));
+        }
+        for (const QPushButton* button : qAsConst(missing))
+            qWarning() << button->accessibleName() << "is out of reach";
+        return missing.isEmpty();
+    }
+
     void addEntry() {
         auto device = std::make_unique<FakeDevice>(QStringLiteral("WINDOWCAM1"));
         KvDevice& camera = *device;

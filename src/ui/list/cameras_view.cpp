@@ -1,5 +1,6 @@
 #include "ui/list/cameras_view.h"
 
+#include <QCursor>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSet>
@@ -149,6 +150,19 @@ void KvCamerasView::selectGroup(KvDeviceGroup* group) {
     m_selected = group;
     m_ui->list()->clearSelection();
     m_ui->list()->selectItem(m_ui->adapter()->indexOf(group));
+}
+
+void KvCamerasView::focusList() {
+    m_ui->list()->setFocus();
+}
+
+QPoint KvCamerasView::menuPosition(const KvDeviceGroup* group) const {
+    const QPoint mouse = QCursor::pos();
+    const int index = m_ui->adapter()->indexOf(group);
+    const KvLVItemView* item = m_ui->list()->itemViews().value(index, nullptr);
+    if (!item || item->rect().contains(item->mapFromGlobal(mouse)))
+        return mouse;
+    return item->mapToGlobal(item->rect().center());
 }
 
 void KvCamerasView::_onClickDevice(KvLVItemView* view) {

@@ -9,6 +9,7 @@
 
 #include "ui/list/base_adapter.h"
 #include "ui/list/lv_item_view.h"
+#include "ui/widgets/focus_ring.h"
 #include "ui/widgets/scroll_bar_style.h"
 #include "ui/widgets/widget.h"
 
@@ -149,6 +150,10 @@ void KvListView::_onRightClickItemView(KvLVItemView* view, int x, int y) {
 
 void KvListView::keyPressEvent(QKeyEvent* event) {
     KvLVItemView* view = currentView();
+    if (view && event->key() == Qt::Key_F10 && event->modifiers() == Qt::ShiftModifier) {
+        openMenu();
+        return;
+    }
     if (!view || (event->modifiers() & ~Qt::KeypadModifier)) {
         QScrollArea::keyPressEvent(event);
         return;
@@ -202,9 +207,13 @@ int KvListView::itemsAPage() const {
 }
 
 void KvListView::contextMenuEvent(QContextMenuEvent* event) {
+    if (event->reason() == QContextMenuEvent::Keyboard && currentView())
+        openMenu();
+}
+
+void KvListView::openMenu() {
     KvLVItemView* view = currentView();
-    if (event->reason() != QContextMenuEvent::Keyboard || !view)
-        return;
+    ensureWidgetVisible(view, 0, kMargin);
     const QPoint centre = view->rect().center();
     if (!m_isMultiSelect)
         selectOnly(view);
@@ -214,7 +223,7 @@ void KvListView::contextMenuEvent(QContextMenuEvent* event) {
 void KvListView::focusInEvent(QFocusEvent* event) {
     QScrollArea::focusInEvent(event);
     const bool byKeyboard =
-        event->reason() == Qt::TabFocusReason || event->reason() == Qt::BacktabFocusReason;
+        event->reason() != Qt::MouseFocusReason && orvelle::FocusRing::isKeyboardInUse();
     showRing(byKeyboard);
     if (byKeyboard && currentView())
         ensureWidgetVisible(currentView(), 0, kMargin);

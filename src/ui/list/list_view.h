@@ -58,6 +58,7 @@ private:
     void selectOnly(const KvLVItemView* view);
     KvLVItemView* currentView() const { return m_itemViews.value(m_current, nullptr); }
     bool moveByKey(int key);
+    void openMenu();
     int itemsAPage() const;
     void setCurrent(int index);
     void showRing(bool visible);

@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QCoreApplication>
+#include <QKeyEvent>
 #include <QPushButton>
 #include <QScreen>
 #include <QtDebug>
@@ -21,6 +22,7 @@
 #include "ui/widgets/click_label.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
+#include "ui/widgets/widget_utils.h"
 
 namespace {
 
@@ -46,6 +48,7 @@ MainWindow::MainWindow(QWidget* parent)
     connectCameras();
     connectContent();
     refresh();
+    m_ui->focusStart();
     lookForUpdate();
 }
 
@@ -134,6 +137,11 @@ bool MainWindow::event(QEvent* event) {
         m_ui->layOut();
     }
     return handled;
+}
+
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    if (!KvWidgetUtils::clickByEnter(*this, *event))
+        QMainWindow::keyPressEvent(event);
 }
 
 void MainWindow::_onRequestFullscreen(bool fullscreen) {

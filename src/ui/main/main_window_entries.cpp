@@ -1,4 +1,3 @@
-#include <QCursor>
 #include <QtDebug>
 
 #include "core/log.h"
@@ -139,7 +138,7 @@ void MainWindow::_onRightClickDevice(KvDeviceGroup* group, int, int) {
     }
     m_entryMenu->setGroupType(group->type());
     m_menuEntry = group;
-    m_entryMenu->exec(QCursor::pos());
+    m_entryMenu->exec(m_ui->cameras()->menuPosition(group));
 }
 
 void MainWindow::_onClickDeviceItemEdit(KvDeviceGroup* group) {
@@ -150,7 +149,7 @@ void MainWindow::_onClickDeviceItemEdit(KvDeviceGroup* group) {
         return;
     }
     m_groupMenu->setGroups(groupsWith(*group));
-    m_groupMenu->open(QCursor::pos());
+    m_groupMenu->open(m_ui->cameras()->menuPosition(group));
 }
 
 void MainWindow::_onClickEditGroup(bool) {

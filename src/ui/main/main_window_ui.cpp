@@ -76,7 +76,8 @@ MainWindowUI::MainWindowUI(QWidget* window)
     setUpSideBar();
     m_preview->hide();
     m_helpMenu->hide();
-    setTabOrder(lastFocusIn(m_preview), m_help);
+    setTabOrder(lastFocusIn(m_preview), m_logo);
+    setTabOrder(m_logo, m_help);
     setTabOrder(m_help, m_minimise);
     setTabOrder(m_minimise, m_maximise);
     setTabOrder(m_maximise, m_close);
@@ -86,6 +87,8 @@ MainWindowUI::MainWindowUI(QWidget* window)
 void MainWindowUI::setUpTitleBar() {
     m_logo->setStyleSheet(
         KvWidgetUtils::labelImageStyle(KvWidgetUtils::image(QStringLiteral("logo_white"))));
+    m_logo->setFocusPolicy(Qt::TabFocus);
+    m_logo->setAccessibleName(orvelle::text("current_version"));
     m_title->setStyleSheet(KvWidgetUtils::labelColorStyle(0xffffff));
     KvWidgetUtils::setFont(m_title, kTitlePixels);
     KvWidgetUtils::setUpImageButton(m_minimise, QStringLiteral("minimized"), "minimize_window");
@@ -132,9 +135,21 @@ void MainWindowUI::showCameras(bool visible) {
 }
 
 void MainWindowUI::showPreview(bool visible) {
+    const bool wasShown = m_previewShown;
     m_previewShown = visible;
     m_preview->setVisible(visible);
+    // What it covers is out of the keyboard's reach as well.
+    m_welcomePage->setVisible(!visible);
     layOut();
+    if (wasShown && !visible)
+        focusStart();
+}
+
+void MainWindowUI::focusStart() {
+    if (m_camerasShown)
+        m_cameras->focusList();
+    else
+        m_welcomePage->setFocus();
 }
 
 void MainWindowUI::toggleHelpMenu() {

@@ -26,6 +26,8 @@ public:
     bool areCamerasShown() const { return m_camerasShown; }
     /// The preview grid in front of the welcome page.
     void showPreview(bool visible);
+    /// Where the keyboard begins while nothing is watched: the list, or the field for a code.
+    void focusStart();
     bool isPreviewShown() const { return m_previewShown; }
     void toggleHelpMenu();
     void hideHelpMenu();

@@ -56,9 +56,19 @@ void KvMenuLabel::setFlag(int flag) {
 void KvMenuLabel::applyStyle() {
     const char* color = m_flag ? palette::kAccentPressed : "#666666";
     m_text->setStyleSheet(
-        QStringLiteral("QLabel{color:%1;background:#ffffff;padding:0 8px;}QLabel:hover{"
+        QStringLiteral("QLabel{color:%1;background:%3;padding:0 8px;}QLabel:hover{"
                        "background:%2;}")
-            .arg(QLatin1String(color), QLatin1String(palette::kAccentTint)));
+            .arg(QLatin1String(color), QLatin1String(palette::kAccentTint),
+                 QLatin1String(hasFocus() ? palette::kAccentTint : "#ffffff")));
+}
+
+// There is no room for a ring between the entries.
+void KvMenuLabel::focusInEvent(QFocusEvent*) {
+    applyStyle();
+}
+
+void KvMenuLabel::focusOutEvent(QFocusEvent*) {
+    applyStyle();
 }
 
 void KvMenuLabel::resizeEvent(QResizeEvent*) {

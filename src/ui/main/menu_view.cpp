@@ -57,11 +57,14 @@ void KvMenuView::openLanguages(bool open) {
 
 void KvMenuView::showEvent(QShowEvent*) {
     raise();
+    m_opener = window()->focusWidget();
     m_help->setFocus(Qt::TabFocusReason);
 }
 
 void KvMenuView::hideEvent(QHideEvent*) {
     openLanguages(false);
+    if (m_opener && isAncestorOf(window()->focusWidget()))
+        m_opener->setFocus(Qt::PopupFocusReason);
 }
 
 /// The focus goes round in the menu for as long as that is open.

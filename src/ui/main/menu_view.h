@@ -1,10 +1,12 @@
 #pragma once
 
+#include <QPointer>
 #include <QWidget>
 
 class KvMenuLabel;
 
-/// The help menu of the title bar: manual and language. Its keys are the arrows, Enter and Esc. Interface thread.
+/// The help menu of the title bar: manual and language. Its keys are the arrows, Enter and Esc.
+/// Interface thread.
 class KvMenuView : public QWidget {
     Q_OBJECT
 
@@ -39,4 +41,5 @@ private:
     KvMenuLabel* m_language;
     KvMenuLabel* m_english;
     KvMenuLabel* m_chinese;
+    QPointer<QWidget> m_opener;  ///< where the keyboard was before, and goes back to
 };

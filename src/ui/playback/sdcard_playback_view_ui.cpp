@@ -1,6 +1,5 @@
 #include "ui/playback/sdcard_playback_view_ui.h"
 
-#include <QApplication>
 #include <QDateTime>
 #include <QLabel>
 
@@ -160,8 +159,9 @@ void KvSDCardPlaybackViewUI::showBars() {
 }
 
 bool KvSDCardPlaybackViewUI::hasFocusInBars() const {
-    const QWidget* focused = QApplication::focusWidget();
-    return focused && (m_topBar->isAncestorOf(focused) || m_bottomBar->isAncestorOf(focused));
+    // The window's own, which is where the focus comes back to from a dialog.
+    const QWidget* focused = window()->focusWidget();
+    return m_topBar->isAncestorOf(focused) || m_bottomBar->isAncestorOf(focused);
 }
 
 void KvSDCardPlaybackViewUI::setLoadingShown(bool shown) {

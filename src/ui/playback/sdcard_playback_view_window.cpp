@@ -5,6 +5,7 @@
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/playback/time_line_view.h"
 #include "ui/playback/video_time_line_view.h"
+#include "ui/widgets/focus_ring.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -66,7 +67,7 @@ bool KvSDCardPlaybackView::event(QEvent* event) {
     if (event->type() == QEvent::FocusIn) {
         const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
         // The bars' buttons come next, and what is hidden gets no focus.
-        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason)
+        if (reason != Qt::MouseFocusReason && orvelle::FocusRing::isKeyboardInUse())
             wakeBars();
     }
     return QWidget::event(event);

@@ -52,7 +52,6 @@ KvVideoTimeLineView::KvVideoTimeLineView(QWidget* parent)
     m_timeLine = new KvTimeLineView(this);
     m_increase = makeButton(this, images("increase", "increase_over"), textKey("zoom_in"));
     m_reduce = makeButton(this, images("reduce", "reduce_over"), textKey("zoom_out"));
-    setFocusProxy(m_timeLine);
     connectChildren();
     const int level = KvConfigure().getInt(orvelle::settings::kTimeLineLevel, 0);
     m_timeLine->setSecondsPerStep(orvelle::secondsPerStepOf(level, m_timeLine->stepsPerMajor()));

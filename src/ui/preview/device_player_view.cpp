@@ -15,6 +15,7 @@
 #include "ui/list/device_state_text.h"
 #include "ui/preview/device_record_view.h"
 #include "ui/preview/tutk_device_ptz_view.h"
+#include "ui/widgets/focus_ring.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -343,7 +344,7 @@ bool KvDevicePlayerView::event(QEvent* event) {
         case QEvent::FocusIn: {
             const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
             // The bars' buttons come next, and what is hidden gets no focus.
-            if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason)
+            if (reason != Qt::MouseFocusReason && orvelle::FocusRing::isKeyboardInUse())
                 wakeBars();
             break;
         }
@@ -376,6 +377,8 @@ void KvDevicePlayerView::resizeEvent(QResizeEvent*) {
 void KvDevicePlayerView::keyPressEvent(QKeyEvent* event) {
     if (event->key() == Qt::Key_Escape && window()->isFullScreen())
         _onClickUIFullscreenButton(false);
+    else if (event->key() == Qt::Key_Escape && m_ui->ptzView()->hasFocus())
+        setPtzShown(false);
     else
         QWidget::keyPressEvent(event);
 }

@@ -3,8 +3,6 @@
 #include <QLabel>
 #include <QTime>
 
-#include <algorithm>
-
 #include "render/video_view.h"
 #include "ui/palette.h"
 #include "ui/preview/device_record_view.h"
@@ -182,9 +180,10 @@ void KvDevicePlayerViewUI::setBarsVisible(bool visible) {
 }
 
 bool KvDevicePlayerViewUI::hasFocusInBars() const {
-    return m_recordView->hasFocusInButtons() ||
-           std::any_of(m_buttons.begin(), m_buttons.end(),
-                       [](const KvPushButton* button) { return button->hasFocus(); });
+    // The window's own, which is where the focus comes back to from a dialog.
+    const QWidget* focused = window()->focusWidget();
+    return m_topBar->isAncestorOf(focused) || m_bottomBar->isAncestorOf(focused) ||
+           m_recordView->isAncestorOf(focused);
 }
 
 void KvDevicePlayerViewUI::setButtonShown(Button button, bool shown) {

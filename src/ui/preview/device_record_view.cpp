@@ -68,10 +68,6 @@ void KvDeviceRecordView::setButtonsVisible(bool visible) {
     m_saveButton->setVisible(visible);
 }
 
-bool KvDeviceRecordView::hasFocusInButtons() const {
-    return m_cancelButton->hasFocus() || m_saveButton->hasFocus();
-}
-
 int KvDeviceRecordView::buttonWidth(const QPushButton& button) {
     return button.fontMetrics().horizontalAdvance(button.text()) + 2 * kButtonPadding;
 }

@@ -16,7 +16,6 @@ public:
     /// They come and go with the bars: each picture below paints anew what lies on it. The size
     /// changes, too.
     void setButtonsVisible(bool visible);
-    bool hasFocusInButtons() const;
     /// The size in which nothing is cut off, no wider than `maxWidth` allows.
     QSize sizeWithin(int maxWidth) const;
 

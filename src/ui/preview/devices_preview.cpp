@@ -10,6 +10,7 @@
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/devices_preview_ui.h"
+#include "ui/widgets/focus_ring.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 
@@ -196,7 +197,9 @@ void KvDevicesPreview::_onClickPlayerViewFullscreen(KvDevicePlayerView* view, bo
         view->setFocus(Qt::OtherFocusReason);
         m_ui->setFullscreenTile(view);
     } else {
-        view->clearFocus();
+        // The keyboard goes on from where it is.
+        if (!orvelle::FocusRing::isKeyboardInUse())
+            view->clearFocus();
         m_ui->setFullscreenTile(nullptr);
     }
     emit requestFullscreen(fullscreen);
@@ -206,6 +209,7 @@ void KvDevicesPreview::_onClickDeviceSettingButton(KvDevicePlayerView* view) {
     if (!view->device() || !view->device()->isOnline())
         return;
     qDebug("_onClickDeviceSettingButton");
+    m_pageOpener = view;
     m_ui->infoView()->setDevice(view->device());
     m_ui->showPage(m_ui->infoView());
 }
@@ -213,6 +217,7 @@ void KvDevicesPreview::_onClickDeviceSettingButton(KvDevicePlayerView* view) {
 void KvDevicesPreview::_onClickInfoViewBackButton() {
     m_ui->infoView()->setDevice(nullptr);
     m_ui->hidePage(m_ui->infoView());
+    focusPageOpener();
 }
 
 void KvDevicesPreview::_onUnbindDevice(KvDevice* device) {
@@ -233,6 +238,7 @@ void KvDevicesPreview::_onClickDeviceSDCardButton(KvDevicePlayerView* view) {
     m_ui->playbackView()->setDevice(device);
     // It may have been lost since it was asked.
     if (m_ui->playbackView()->device()) {
+        m_pageOpener = view;
         m_ui->showPage(m_ui->playbackView());
         return;
     }
@@ -246,6 +252,11 @@ void KvDevicesPreview::alertOffline(KvDevicePlayerView* view) {
     alert.execCentred(view);
 }
 
+void KvDevicesPreview::focusPageOpener() {
+    if (m_pageOpener)
+        m_pageOpener->setFocus(Qt::OtherFocusReason);
+}
+
 void KvDevicesPreview::_onClickPlaybackViewBackButton() {
     m_ui->playbackView()->setDevice(nullptr);
     const bool wasFullscreen = isFullscreen();
@@ -254,6 +265,7 @@ void KvDevicesPreview::_onClickPlaybackViewBackButton() {
     qDebug("reply");
     m_ui->setFullscreenTile(nullptr);
     reloadTiles();
+    focusPageOpener();
     // The window stays as it was only for the tile that it was full of before.
     if (tile)
         _onClickPlayerViewFullscreen(tile, true);

@@ -82,6 +82,8 @@ private:
     void unbindTiles();
     void hidePages();
     void alertOffline(KvDevicePlayerView* view);
+    /// The keyboard goes on where the page was opened from.
+    void focusPageOpener();
     void chooseLayout(int layout);
     void saveGroup();
     bool canDrag() const;
@@ -95,6 +97,7 @@ private:
     int m_dragIndex = -1;  ///< the pressed tile; it is dragged once the mouse has moved enough
     bool m_isDragging = false;
     QPoint m_pressPosition;
-    QTimer m_thumbTimer;  ///< runs while a report of new thumbnails is due
+    QTimer m_thumbTimer;                         ///< runs while a report of new thumbnails is due
+    KvDevicePlayerView* m_pageOpener = nullptr;  ///< the tile, child of the interface
     QElapsedTimer m_sinceThumbUpdate;
 };

@@ -144,6 +144,7 @@ void KvDevicesPreviewUI::layOutBar() {
 }
 
 void KvDevicesPreviewUI::showPage(QWidget* page) {
+    setGridEnabled(false);
     page->setGeometry(rect());
     page->show();
     page->raise();
@@ -154,6 +155,14 @@ void KvDevicesPreviewUI::hidePage(QWidget* page) {
     page->clearFocus();
     page->hide();
     page->setGeometry(QRect());
+    setGridEnabled(m_infoView->isHidden() && m_playbackView->isHidden());
+}
+
+/// What a page covers is out of the keyboard's reach as well.
+void KvDevicesPreviewUI::setGridEnabled(bool enabled) {
+    for (KvDevicePlayerView* tile : m_tiles)
+        tile->setEnabled(enabled);
+    m_bar->setEnabled(enabled);
 }
 
 void KvDevicesPreviewUI::showDragLabel(const QPixmap& pixmap, const QPoint& centre) {

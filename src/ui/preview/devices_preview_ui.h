@@ -53,6 +53,7 @@ protected:
 private:
     void setUpBar();
     void layOutBar();
+    void setGridEnabled(bool enabled);
     void place(KvDevicePlayerView* tile, const QRect& area, int controlMode);
 
     int m_layoutIndex = orvelle::kGrid1x1;
