@@ -223,6 +223,24 @@ private slots:
         }
     }
 
+    void labels_areWhole_whereverTheLineStands() {
+        for (int level = 0; level < kTimeLevels; ++level)
+            for (int percent = 0; percent < 100; ++percent) {
+                const int step = secondsPerStepOf(level, 5);
+                const QImage image =
+                    makeLine(kNoon + step * 5 * percent / 100, step)->grab().toImage();
+                const auto isWritten = [&image](int from, int to) {
+                    for (int x = from; x <= to; ++x)
+                        for (int y = (kSize.height() + 25) / 2 + 1; y < kSize.height() - 2; ++y)
+                            if (x != kMiddle && qGreen(image.pixel(x, y)) > 100)
+                                return true;
+                    return false;
+                };
+                QVERIFY(isWritten(2, kSize.width() - 4));
+                QVERIFY(!isWritten(1, 1) && !isWritten(kSize.width() - 3, kSize.width() - 3));
+            }
+    }
+
     void absurdValues_neitherOverflowNorHang() {
         for (const int value : {kMin, 0, kMax})
             for (const int scale : {kMin, 1, kMax}) {

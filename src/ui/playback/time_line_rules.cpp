@@ -138,12 +138,12 @@ qint64 TimeScale::valueFor(qint64 time, qint64 x) const {
 }
 
 std::vector<TimeTick> visibleTicks(const TimeScale& scale, int stepsPerMajor, int minimum,
-                                   int maximum, int overhang) {
+                                   int maximum) {
     const qint64 step = scale.secondsPerStep;
     const qint64 major = step * stepsPerMajor;
     const qint64 turn = lastMajorBefore(scale.value, major);
-    const qint64 first = std::max(kEarliest, scale.timeAt(-overhang) - 1);
-    const qint64 last = std::min(kLatest, scale.timeAt(scale.width + overhang) + 1);
+    const qint64 first = std::max(kEarliest, scale.timeAt(0) - 1);
+    const qint64 last = std::min(kLatest, scale.timeAt(scale.width) + 1);
     std::vector<TimeTick> ticks;
     for (qint64 begin = first; begin < last;) {
         const qint64 end = endOfOffset(begin, last);

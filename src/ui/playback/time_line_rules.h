@@ -70,11 +70,11 @@ struct TimeTick {
     bool isMajor = false;
 };
 
-/// The ticks of the band and of `overhang` pixels on both sides, at round local times; where the
-/// clock is changed they are round on both sides. Up to the last major tick before the value the
-/// minimum holds, behind it the maximum, and there 0 means none at all.
+/// The ticks of the band, at round local times; where the clock is changed they are round on both
+/// sides. Up to the last major tick before the value the minimum holds, behind it the maximum, and
+/// there 0 means none at all.
 std::vector<TimeTick> visibleTicks(const TimeScale& scale, int stepsPerMajor, int minimum,
-                                   int maximum, int overhang = 0);
+                                   int maximum);
 
 /// "HH:mm", with the day in front at midnight.
 QString tickLabel(const TimeTick& tick);

@@ -30,7 +30,6 @@ constexpr int kMinorLength = 15;
 constexpr int kLeastMark = 2;  // a minute among days would not be seen
 constexpr int kLabelPixels = 9;
 constexpr int kLabelHeight = 11;
-constexpr int kLabelWidth = 80;  // more than the longest
 constexpr int kMomentPixels = 11;
 constexpr int kMomentHeight = 15;
 constexpr int kMomentPadding = 6;
@@ -213,8 +212,7 @@ void KvTimeLineView::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::black);
     painter.setBrush(kGround);
     painter.drawRect(0, 0, width() - 2, height() - 2);
-    const auto ticks =
-        orvelle::visibleTicks(scale(), m_stepsPerMajor, m_minimum, m_maximum, kLabelWidth / 2);
+    const auto ticks = orvelle::visibleTicks(scale(), m_stepsPerMajor, m_minimum, m_maximum);
     paintTicks(painter, ticks);
     paintMarks(painter);
     // Above the marks, which would leave nothing of so small a print.
@@ -259,9 +257,13 @@ void KvTimeLineView::paintLabels(QPainter& painter, const std::vector<TimeTick>&
     for (const TimeTick& tick : ticks) {
         if (!tick.isMajor)
             continue;
-        const int left = static_cast<int>(scale.xOf(tick.time)) - kLabelWidth / 2;
-        painter.drawText(QRect(left, top, kLabelWidth, kLabelHeight), Qt::AlignCenter,
-                         orvelle::tickLabel(tick));
+        const QString label = orvelle::tickLabel(tick);
+        const int labelWidth = painter.fontMetrics().horizontalAdvance(label);
+        const QRect area(static_cast<int>(scale.xOf(tick.time)) - labelWidth / 2, top, labelWidth,
+                         kLabelHeight);
+        // A cut hour would be read as another one.
+        if (area.left() > 1 && area.right() < width() - 3)
+            painter.drawText(area, Qt::AlignCenter, label);
     }
 }
 
