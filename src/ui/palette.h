@@ -16,6 +16,8 @@ constexpr char kWarningText[] = "#d1343a";
 constexpr char kFocusRing[] = "#0a4f86";
 constexpr char kFrame[] = "#cccccc";
 constexpr char kDisabled[] = "#bbbbbb";
+constexpr char kDisabledGround[] = "#e9e9e9";
+constexpr char kDisabledText[] = "#8a8a8a";
 constexpr char kBar[] = "#393736";  ///< behind white text over a picture
 
 constexpr char kFontFamily[] = "Microsoft YaHei";

@@ -94,9 +94,10 @@ QString KvWidgetUtils::primaryButtonStyle(int radius) {
     return QStringLiteral(
                "QPushButton{background:%1;border-radius:%2px;color:#ffffff;outline:none;}"
                "QPushButton:hover{background:%3;}QPushButton:pressed{background:%4;}"
-               "QPushButton:disabled{background:%5;}")
+               "QPushButton:disabled{background:%5;color:%6;}")
         .arg(QLatin1String(kAccent), QString::number(radius), QLatin1String(kAccentHover),
-             QLatin1String(kAccentPressed), QLatin1String(kDisabled));
+             QLatin1String(kAccentPressed), QLatin1String(kDisabledGround),
+             QLatin1String(kDisabledText));
 }
 
 QString KvWidgetUtils::secondaryButtonStyle(int radius) {
@@ -106,9 +107,9 @@ QString KvWidgetUtils::secondaryButtonStyle(int radius) {
                "border:1px solid %1;outline:none;}"
                "QPushButton:hover{background:%3;}"
                "QPushButton:pressed{color:%4;border-color:%4;}"
-               "QPushButton:disabled{color:%5;border-color:%5;}")
+               "QPushButton:disabled{color:%5;border-color:%6;}")
         .arg(QLatin1String(kAccent), QString::number(radius), QLatin1String(kAccentTint),
-             QLatin1String(kAccentPressed), QLatin1String(kDisabled));
+             QLatin1String(kAccentPressed), QLatin1String(kDisabledText), QLatin1String(kFrame));
 }
 
 QString KvWidgetUtils::lineEditStyle() {
