@@ -273,6 +273,29 @@ private slots:
         QVERIFY(!grid.preview.group() && grid.preview.isHidden());
     }
 
+    void buttons_areOff_whileTheyDoNothing() {
+        FakeDevice device(QStringLiteral("CAM"), FakeDevice::State::kUnreachable);
+        KvDevicePlayerView tile;
+        const auto* ui = tile.findChild<KvDevicePlayerViewUI*>();
+        using UI = KvDevicePlayerViewUI;
+        const auto off = [ui] {
+            QVector<int> buttons;
+            for (const UI::Button button :
+                 {UI::kSdCard, UI::kSettings, UI::kClose, UI::kPlay, UI::kSound, UI::kRecord,
+                  UI::kCapture, UI::kPtz, UI::kFullscreen})
+                if (!ui->button(button)->isEnabled())
+                    buttons << button;
+            return buttons;
+        };
+        tile.setDevice(&device);
+        const QVector<int> withoutPicture{UI::kPlay, UI::kSound, UI::kRecord, UI::kCapture,
+                                          UI::kPtz};
+        QCOMPARE(off(), QVector<int>{UI::kSettings} + withoutPicture);
+        device.setState(FakeDevice::State::kOnline);
+        QTRY_COMPARE(off(), withoutPicture);
+        tile.setDevice(nullptr);
+    }
+
     void thumbUpdates_areGathered() {
         Grid grid(2, orvelle::kGrid2x2);
         QSignalSpy updated(&grid.preview, &KvDevicesPreview::deviceGroupThumbUpdate);

@@ -239,6 +239,7 @@ void KvDevicePlayerView::_doHideLoading() {
 void KvDevicePlayerView::updateState() {
     const QString state = m_device ? orvelle::deviceStateText(*m_device) : QString();
     m_ui->setStateText(state);
+    updateButtons();
     const bool isWaiting = m_checkTimer.isActive();
     if (m_isLoading || (isWaiting && m_hasPicture))
         m_ui->showCover(m_hasPicture ? orvelle::text("reconnecting") : orvelle::text("loading"));
@@ -249,6 +250,17 @@ void KvDevicePlayerView::updateState() {
     m_ui->showNotice(isWaiting && !m_hasPicture
                          ? m_device->displayName() + QLatin1Char('\n') + reason
                          : QString());
+}
+
+/// What needs a picture waits for the first, so that the buttons do not come and go with every
+/// attempt to reach a camera.
+void KvDevicePlayerView::updateButtons() {
+    const bool isPlaying = m_player->isRunning() && !m_isLoading;
+    for (const UI::Button button : {UI::kSound, UI::kCapture, UI::kPtz})
+        m_ui->setButtonEnabled(button, isPlaying);
+    m_ui->setButtonEnabled(UI::kRecord, isPlaying || !m_recordPath.isEmpty());
+    m_ui->setButtonEnabled(UI::kPlay, !m_isLoading && m_player->isInputRunning());
+    m_ui->setButtonEnabled(UI::kSettings, m_device && m_device->isOnline());
 }
 
 QString KvDevicePlayerView::qualityImage(int quality, int version) {

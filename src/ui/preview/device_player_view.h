@@ -123,6 +123,7 @@ private:
     void setPtzShown(bool shown);
     void setVolume(double volume);
     void updateState();
+    void updateButtons();
     void wakeBars();
     /// What becomes of a recording that ends.
     enum class RecordEnd { kByItself, kSave, kDiscard };

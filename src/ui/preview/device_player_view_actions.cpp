@@ -53,6 +53,7 @@ void KvDevicePlayerView::_onClickUIPlayButton(bool) {
         m_player->resume();
         showPlaying(true);
     }
+    updateButtons();
 }
 
 /// The camera decides the quality; the button only shows it.
@@ -182,6 +183,7 @@ QString KvDevicePlayerView::endRecord() {
     button->setState(1);
     KvWidgetUtils::setToolTip(button, textKey("record_video"));
     m_ui->setRecordShown(false);
+    updateButtons();
     return KvFileUtils::fileExists(path) ? path : QString();
 }
 

@@ -141,6 +141,17 @@ void KvDevicePlayerViewUI::setUpButtons() {
     setImages(kPlay, "play", "suspend");
     setImages(kSound, "voice", "voiceoff");
     setImages(kFullscreen, "fullscreen", "cancel_fullscreen");
+
+    // What is switched on has the colour of the layout that is chosen.
+    const auto lit = [](const char* name) {
+        orvelle::ButtonImages images = KvWidgetUtils::imagesOf(QLatin1String(name));
+        images.normal = images.hover;
+        return images;
+    };
+    m_buttons[kRecord]->setImages(lit("video"), KvWidgetUtils::imagesOf(QStringLiteral("video")));
+    m_buttons[kRecord]->setState(1);
+    m_buttons[kPtz]->setImages(KvWidgetUtils::imagesOf(QStringLiteral("platform")),
+                               lit("platform"));
 }
 
 void KvDevicePlayerViewUI::setMode(int mode) {
@@ -191,6 +202,16 @@ void KvDevicePlayerViewUI::setButtonShown(Button button, bool shown) {
         return;
     m_shown.at(button) = shown;
     layOut();
+}
+
+void KvDevicePlayerViewUI::setButtonEnabled(Button id, bool enabled) {
+    KvPushButton* button = m_buttons.at(id);
+    if (button->isEnabledTo(this) == enabled)
+        return;
+    if (button->hasFocus())
+        parentWidget()->setFocus(Qt::OtherFocusReason);
+    button->setEnabled(enabled);
+    button->setCursor(enabled ? Qt::PointingHandCursor : Qt::ArrowCursor);
 }
 
 void KvDevicePlayerViewUI::setQualityImage(const QString& name) {

@@ -46,6 +46,8 @@ public:
     bool hasFocusInBars() const;
     /// Buttons that only some cameras have.
     void setButtonShown(Button button, bool shown);
+    /// Buttons that do nothing at present look like it, and hand the keyboard to the tile.
+    void setButtonEnabled(Button button, bool enabled);
     /// ":/resources/NAME_normal.png", in all states of the quality button.
     void setQualityImage(const QString& name);
 
