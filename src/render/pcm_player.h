@@ -39,8 +39,8 @@ public:
     /// Closes the device.
     void stop();
 
-    /// Blocks until the device took all bytes or interrupt() was called (0); `length` at once when
-    /// muted; -1 without a device.
+    /// Blocks until the device took all bytes, interrupt() was called or the sound was muted (0);
+    /// `length` at once when muted before; -1 without a device.
     int write(const void* data, int length);
     /// The same for one decoded frame, converted where it differs from the device's format: 0, or
     /// -1 without a format or for a frame that makes no sense.

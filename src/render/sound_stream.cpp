@@ -159,8 +159,23 @@ void SoundStream::serve() {
     if (isNew)
         publish(isWanted && arm() && (isMuted() || startOutput()), serial);
     if (m_output)
-        m_output->setVolume(std::clamp(m_volume.load(), 0.0f, 1.0f));
+        m_output->setVolume(outputVolume());
+    if (isMuted())
+        dropPending();
     pump();
+}
+
+qreal SoundStream::outputVolume() const {
+    return std::clamp(m_volume.load(), 0.0f, 1.0f);
+}
+
+// A writer that is blocked when the sound is muted must not have the device opened again.
+void SoundStream::dropPending() {
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        m_pendingBytes = 0;
+    }
+    m_changed.notify_all();
 }
 
 bool SoundStream::arm() {
@@ -182,6 +197,7 @@ bool SoundStream::arm() {
 bool SoundStream::startOutput() {
     m_output = std::make_unique<QAudioOutput>(m_audioFormat);
     m_output->setBufferSize(m_audioFormat.bytesForDuration(kDeviceBufferMs * 1000));
+    m_output->setVolume(outputVolume());
     m_device = m_output->start();
     connect(m_output.get(), &QAudioOutput::stateChanged, this, &SoundStream::onStateChanged);
     if (!m_device || m_output->error() == QAudio::FatalError ||

@@ -37,8 +37,8 @@ public:
     bool open(const std::optional<QAudioFormat>& format);
     /// Never blocks. Any thread.
     void close();
-    /// Blocks until the device took all bytes, interrupt() or the device's loss: false when there
-    /// is no device. One thread at a time.
+    /// Blocks until the device took all bytes, interrupt(), muting or the device's loss: false when
+    /// there is no device. One thread at a time.
     bool write(const void* data, int length);
     /// Asks for a lost device again, now and then. Any thread.
     void reopenIfDue();
@@ -69,6 +69,8 @@ private:
     bool arm();
     bool startOutput();
     void stopOutput();
+    qreal outputVolume() const;
+    void dropPending();
     void pump();
     bool hasPending() const;
     int takeChunk(int maxBytes, const char** data);

@@ -51,18 +51,27 @@ private slots:
         QTRY_COMPARE(m_server.streamCount(), 0);
     }
 
-    void blockedWrite_ends_whenInterruptedOrStopped() {
+    void blockedWrite_ends_whenInterruptedOrStoppedOrMuted() {
         const std::vector<char> minute(48000 * 4 * 60);
-        for (const bool stop : {false, true}) {
+        const std::tuple<void (*)(KvPcmPlayer&), int, int, int> cases[] = {
+            {[](KvPcmPlayer& player) { player.interrupt(); }, 0, 0, 1},
+            {[](KvPcmPlayer& player) { player.stop(); }, -1, -1, 0},
+            {[](KvPcmPlayer& player) { player.setVolume(0.0f); }, 0, 8, 0},
+        };
+        for (const auto& [end, result, next, streams] : cases) {
             KvPcmPlayer player;
             QCOMPARE(player.start(), 0);
-            int result = 1;
-            std::thread writer([&] { result = player.write(minute.data(), int(minute.size())); });
-            QTRY_COMPARE(m_server.streamCount(), 1);
-            stop ? player.stop() : player.interrupt();
+            std::atomic<int> written{1};
+            std::thread writer([&] { written = player.write(minute.data(), int(minute.size())); });
+            const bool isPlaying = QTest::qWaitFor([&] { return m_server.streamCount() == 1; });
+            end(player);
+            const bool hasEnded = QTest::qWaitFor([&] { return written != 1; });
+            player.interrupt();
             writer.join();
-            QCOMPARE(result, stop ? -1 : 0);
-            QCOMPARE(player.write(minute.data(), 8), stop ? -1 : 0);
+            QVERIFY(isPlaying && hasEnded);
+            QCOMPARE(written.load(), result);
+            QTRY_COMPARE(m_server.streamCount(), streams);
+            QCOMPARE(player.write(minute.data(), 8), next);
         }
     }
 
