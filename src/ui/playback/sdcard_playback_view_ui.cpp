@@ -164,6 +164,10 @@ bool KvSDCardPlaybackViewUI::hasFocusInBars() const {
     return m_topBar->isAncestorOf(focused) || m_bottomBar->isAncestorOf(focused);
 }
 
+bool KvSDCardPlaybackViewUI::isMouseInBars() const {
+    return m_topBar->underMouse() || m_bottomBar->underMouse();
+}
+
 void KvSDCardPlaybackViewUI::setLoadingShown(bool shown) {
     if (m_loadingView.isOver() == shown)
         return;

@@ -45,6 +45,7 @@ public:
     void setBarsVisible(bool visible);
     /// Whether the keyboard is at something in the bars.
     bool hasFocusInBars() const;
+    bool isMouseInBars() const;
 
     /// Darkens the picture below a turning sign.
     void setLoadingShown(bool shown);

@@ -51,7 +51,8 @@ void KvSDCardPlaybackView::hideBars() {
     // The timeline keeps the focus of a click; its keys reach it from here as well.
     if (m_ui->timeLine()->timeLine()->hasFocus())
         setFocus(Qt::OtherFocusReason);
-    if (m_ui->hasFocusInBars() || QApplication::mouseButtons() != Qt::NoButton)
+    if (m_ui->hasFocusInBars() || m_ui->isMouseInBars() ||
+        QApplication::mouseButtons() != Qt::NoButton)
         wakeBars();
     else
         m_ui->setBarsVisible(false);

@@ -374,7 +374,7 @@ void KvDevicePlayerView::wakeBars() {
 }
 
 void KvDevicePlayerView::_invokeMouseTimer() {
-    if (m_device && m_ui->hasFocusInBars()) {
+    if (m_device && (m_ui->hasFocusInBars() || m_ui->isMouseInBars())) {
         m_barsTimer.start();
         return;
     }

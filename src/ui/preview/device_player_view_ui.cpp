@@ -197,6 +197,10 @@ bool KvDevicePlayerViewUI::hasFocusInBars() const {
            m_recordView->isAncestorOf(focused);
 }
 
+bool KvDevicePlayerViewUI::isMouseInBars() const {
+    return m_topBar->underMouse() || m_bottomBar->underMouse();
+}
+
 void KvDevicePlayerViewUI::setButtonShown(Button button, bool shown) {
     if (m_shown.at(button) == shown)
         return;

@@ -44,6 +44,7 @@ public:
     bool areBarsVisible() const { return m_barsVisible; }
     /// Whether the keyboard is at one of the bars' buttons.
     bool hasFocusInBars() const;
+    bool isMouseInBars() const;
     /// Buttons that only some cameras have.
     void setButtonShown(Button button, bool shown);
     /// Buttons that do nothing at present look like it, and hand the keyboard to the tile.
