@@ -66,10 +66,6 @@ bool KvTUTKDevice::equals(const KvDevice* other) const {
     return other && other->type() == type() && other->uid() == m_uid;
 }
 
-bool KvTUTKDevice::hasSameUid(const KvDevice* other) const {
-    return other && other->uid() == m_uid;
-}
-
 KvBasePlayerInput* KvTUTKDevice::createInput() {
     const orvelle::DeviceInputFactory factory = orvelle::deviceInputFactory();
     return factory ? factory(*this) : nullptr;
