@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QPainter>
+#include <QTimer>
 
 #include "ui/palette.h"
 #include "ui/widgets/animation_view.h"
@@ -17,6 +18,8 @@ constexpr int kPictureLift = 180;
 constexpr QSize kLabelSize(260, 30);
 constexpr int kLabelBottom = 80;
 constexpr int kLabelPixels = 15;
+constexpr int kActivationMs = 500;  // at most; a program behind others gets none
+constexpr int kActivationPollMs = 10;
 
 // The picture is drawn white, for dark grounds; here it lies on white.
 QPixmap turningPicture() {
@@ -41,6 +44,19 @@ BusyDialog::BusyDialog(const QString& text, QWidget* parent)
     KvWidgetUtils::setFont(m_label, kLabelPixels);
 }
 
+/// A window that goes before the window manager is done with its coming may leave the keyboard
+/// with none at all.
+void BusyDialog::done(int result) {
+    if (!isVisible() || isActiveWindow() || m_sinceShown.elapsed() >= kActivationMs) {
+        KvDialog::done(result);
+        return;
+    }
+    QTimer::singleShot(kActivationPollMs, this, [this, result] {
+        if (isVisible())
+            done(result);
+    });
+}
+
 void BusyDialog::resizeEvent(QResizeEvent*) {
     m_animation->setGeometry((width() - kPictureSize) / 2, (height() - kPictureLift) / 2,
                              kPictureSize, kPictureSize);
@@ -49,6 +65,7 @@ void BusyDialog::resizeEvent(QResizeEvent*) {
 }
 
 void BusyDialog::showEvent(QShowEvent*) {
+    m_sinceShown.start();
     m_animation->start();
 }
 

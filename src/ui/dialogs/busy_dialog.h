@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QElapsedTimer>
+
 #include "ui/dialogs/dialog.h"
 
 class KvAnimationView;
@@ -14,6 +16,8 @@ class BusyDialog : public KvDialog {
 
 public:
     void reject() override {}
+    /// Waits for the dialog to be the active window, half a second at most.
+    void done(int result) override;
 
 protected:
     BusyDialog(const QString& text, QWidget* parent);
@@ -25,6 +29,7 @@ protected:
 private:
     KvAnimationView* m_animation;  ///< child, as the label
     QLabel* m_label;
+    QElapsedTimer m_sinceShown;
 };
 
 }  // namespace orvelle

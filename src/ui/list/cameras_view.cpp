@@ -153,7 +153,8 @@ void KvCamerasView::selectGroup(KvDeviceGroup* group) {
 }
 
 void KvCamerasView::focusList() {
-    m_ui->list()->setFocus();
+    QWidget* list = m_ui->list();
+    (list->isHidden() ? m_ui->filter() : list)->setFocus();
 }
 
 QPoint KvCamerasView::menuPosition(const KvDeviceGroup* group) const {

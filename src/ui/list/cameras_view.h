@@ -33,7 +33,8 @@ public:
     int mode() const { return m_mode; }
     /// Highlights an entry as if it had been clicked; null for none.
     void selectGroup(KvDeviceGroup* group);
-    /// No focus proxy: the Tab key would pass over what comes before one.
+    /// The list, or the field above while that is empty. No focus proxy: the Tab key would pass
+    /// over what comes before one.
     void focusList();
     /// On the screen, for the menu of an entry: the mouse when it is there, else the item's middle.
     QPoint menuPosition(const KvDeviceGroup* group) const;

@@ -107,6 +107,9 @@ void KvCamerasViewUI::closeModeMenu() {
 }
 
 void KvCamerasViewUI::showNotice(const QString& text) {
+    // Else the toolkit hands the focus to the next widget, wherever that is.
+    if (!text.isEmpty() && window()->focusWidget() == m_list)
+        m_filter->setFocus();
     m_notice->setText(text);
     m_notice->setVisible(!text.isEmpty());
     m_list->setVisible(text.isEmpty());

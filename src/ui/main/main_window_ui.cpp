@@ -129,9 +129,12 @@ void MainWindowUI::_onClickGuideViewOkButton() {
 }
 
 void MainWindowUI::showCameras(bool visible) {
+    const bool focusGoes = !visible && m_camerasPanel->isAncestorOf(window()->focusWidget());
     m_camerasShown = visible;
     m_allCameras->setState(visible ? 1 : 0);
     layOut();
+    if (focusGoes)
+        focusStart();
 }
 
 void MainWindowUI::showPreview(bool visible) {
