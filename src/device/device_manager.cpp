@@ -232,10 +232,11 @@ void KvDeviceManager::clearDevices() {
     log("KvDeviceManager clearDevices ended\n", kLogInfo);
 }
 
-int KvDeviceManager::lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs) {
+int KvDeviceManager::lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs,
+                               const std::function<bool()>& isStopped) {
     IOTC_Initialize2(0);
     std::vector<LanSearchRecord> records(kMaxSearchRecords);
-    const int found = IOTC_Lan_Search2(records.data(), kMaxSearchRecords, timeoutMs);
+    const int found = IOTC_Lan_Search2(records.data(), kMaxSearchRecords, timeoutMs, isStopped);
     const int count = std::clamp(found, 0, kMaxSearchRecords);
     std::transform(records.begin(), records.begin() + count, std::back_inserter(result), deviceOf);
     return count;

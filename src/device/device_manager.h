@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <vector>
@@ -104,8 +105,9 @@ public:
     static void setMaxGroupId(int id);
 
     /// Asks the local network for cameras for `timeoutMs`; returns how many were appended to
-    /// `result`. Blocks.
-    int lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs);
+    /// `result`. Blocks, unless `isStopped` becomes true.
+    int lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs,
+                  const std::function<bool()>& isStopped = {});
 
 signals:
     /// A worker's camera or entry came or went; on the interface thread.

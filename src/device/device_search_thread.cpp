@@ -7,5 +7,5 @@ TUTKDeviceSearchThread::TUTKDeviceSearchThread(int timeoutMs)
 
 void TUTKDeviceSearchThread::run() {
     if (KvDeviceManager* manager = KvDeviceManager::instance())
-        manager->lanSearch(m_result, m_timeoutMs);
+        manager->lanSearch(m_result, m_timeoutMs, [this] { return isStopped(); });
 }

@@ -6,7 +6,8 @@
 #include "core/thread.h"
 #include "device/tutk_device.h"
 
-/// Asks the local network for cameras, once. The results may be read when it has ended.
+/// Asks the local network for cameras, once; stop() cuts it short. The results may be read when
+/// it has ended.
 class TUTKDeviceSearchThread : public KvThread {
 public:
     explicit TUTKDeviceSearchThread(int timeoutMs);

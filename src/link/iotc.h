@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 /// Sessions to cameras by UID, and the search for cameras on the local network.
 ///
@@ -46,5 +47,7 @@ int IOTC_Connect_Stop_BySID(int sid);
 void IOTC_Session_Close(int sid);
 
 /// Asks the local network for cameras during `timeoutMs`; returns how many of the at most
-/// `maxRecords` records were filled. Blocks.
-int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs);
+/// `maxRecords` records were filled. Blocks; `isStopped`, asked on the calling thread, ends it
+/// within 20 ms.
+int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs,
+                     const std::function<bool()>& isStopped = {});

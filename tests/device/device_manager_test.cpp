@@ -1,5 +1,8 @@
 #include "device/device_manager.h"
 
+#include <QPointer>
+
+#include "device/device_search_thread.h"
 #include "support/suites.h"
 #include "support/test_camera.h"
 #include "test_tools.h"
@@ -74,6 +77,14 @@ private slots:
             QTRY_VERIFY(!device->isOnline());
             QVERIFY(camera.start());
         }
+    }
+
+    void search_isCutShort_whenLeftBehind() {
+        auto search = std::make_unique<TUTKDeviceSearchThread>(60000);
+        const QPointer<KvThread> running(search.get());
+        search->start();
+        KvDeviceManager::leave(std::move(search), this);
+        QTRY_VERIFY(!running);
     }
 
     void sixteenCameras_areFoundConnectedAndClosed() {

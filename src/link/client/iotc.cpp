@@ -69,13 +69,15 @@ void IOTC_Session_Close(int sid) {
     LinkClient::instance().closeSession(sid);
 }
 
-int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs) {
+int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs,
+                     const std::function<bool()>& isStopped) {
     if (!records || maxRecords < 1)
         return AV_ER_INVALID_ARG;
     const int64_t endMs = orvelle::steadyMilliseconds() + timeoutMs;
     orvelle::LanQuery query{{}};
     int count = 0;
-    while (count < maxRecords && orvelle::steadyMilliseconds() < endMs) {
+    while (count < maxRecords && orvelle::steadyMilliseconds() < endMs &&
+           !(isStopped && isStopped())) {
         const auto answer = query.next(kSearchSliceMs);
         if (!answer)
             continue;
