@@ -106,6 +106,15 @@ private slots:
         QVERIFY(areButtonsReached(timeLine));
     }
 
+    void buttons_haveNames() {
+        const MainWindow window;
+        for (const QPushButton* button : window.findChildren<QPushButton*>()) {
+            if (button->focusPolicy() & Qt::TabFocus)
+                QVERIFY2(!button->text().isEmpty() || !button->accessibleName().isEmpty(),
+                         qPrintable(button->styleSheet()));
+        }
+    }
+
     void closing_asksOnce_andGoesOnWhenDeclined() {
         addEntry();
         MainWindow window;

@@ -3,6 +3,7 @@
 
 #include "fake_device.h"
 #include "support/suites.h"
+#include "ui/info/device_info_view.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/devices_preview.h"
 #include "ui/preview/devices_preview_ui.h"
@@ -259,6 +260,23 @@ private slots:
         QCOMPARE(tile->geometry(), before);
         QCOMPARE(grid.shown().size(), 4);
         QCOMPARE(grid.group->layout(), int(orvelle::kGrid2x2));
+    }
+
+    void tab_reachesHiddenBars_butNothingUnderAPage() {
+        Grid grid(1, orvelle::kGrid1x1);
+        QVERIFY(QTest::qWaitForWindowActive(&grid.preview));
+        KvDevicePlayerView* tile = grid.ui->tiles()[0];
+        tile->setFocus();
+        tile->findChild<KvDevicePlayerViewUI*>()->setBarsVisible(false);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QVERIFY(tile->isAncestorOf(QApplication::focusWidget()));
+        emit tile->clickSettingButton(tile);
+        for (int i = 0; i < 20; ++i) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+            QVERIFY(grid.ui->infoView()->isAncestorOf(QApplication::focusWidget()));
+        }
+        emit grid.ui->infoView()->clickBackButton();
+        QVERIFY(tile->hasFocus());
     }
 
     void cameras_areLetGo_withTheirEntry() {

@@ -74,6 +74,13 @@ bool KvSDCardPlaybackView::event(QEvent* event) {
     return QWidget::event(event);
 }
 
+/// The bars may have left since the focus came.
+bool KvSDCardPlaybackView::focusNextPrevChild(bool next) {
+    if (orvelle::FocusRing::isKeyboardInUse())
+        wakeBars();
+    return QWidget::focusNextPrevChild(next);
+}
+
 void KvSDCardPlaybackView::resizeEvent(QResizeEvent*) {
     m_ui->setGeometry(rect());
 }

@@ -382,6 +382,13 @@ void KvDevicePlayerView::_invokeMouseTimer() {
     m_ui->setBarsVisible(false);
 }
 
+/// The bars may have left since the focus came.
+bool KvDevicePlayerView::focusNextPrevChild(bool next) {
+    if (orvelle::FocusRing::isKeyboardInUse())
+        wakeBars();
+    return QWidget::focusNextPrevChild(next);
+}
+
 void KvDevicePlayerView::resizeEvent(QResizeEvent*) {
     m_ui->setGeometry(rect());
 }

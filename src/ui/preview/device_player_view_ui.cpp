@@ -71,6 +71,7 @@ KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
     for (QWidget* part : {static_cast<QWidget*>(m_topBar), static_cast<QWidget*>(m_bottomBar),
                           static_cast<QWidget*>(m_recordView)})
         part->setAttribute(Qt::WA_NoMousePropagation);
+    m_ptzView->setAccessibleName(orvelle::text("platform"));
     m_ptzView->hide();
     m_recordView->hide();
     setUpLabels();
@@ -164,6 +165,8 @@ void KvDevicePlayerViewUI::setMode(int mode) {
 void KvDevicePlayerViewUI::setName(const QString& name) {
     m_name = name;
     m_nameLabel->setToolTip(KvWidgetUtils::toolTipText(name));
+    // Of the tile, which takes the focus.
+    parentWidget()->setAccessibleName(name);
     layOut();
 }
 
