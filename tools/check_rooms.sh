@@ -6,7 +6,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 declare -A may=(
     [platform]="platform"
     [core]="core platform"
-    [link]="link core"
+    [link]="link core platform"
     [frames]="frames core"
     [device]="device link core"
     [render]="render frames core"

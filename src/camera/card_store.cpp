@@ -4,12 +4,9 @@
 #include <QFile>
 #include <QFileInfo>
 
-#include <sys/stat.h>
-#include <sys/statvfs.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 
 #include "camera/camera_log.h"
 #include "camera/recording_name.h"
@@ -20,10 +17,10 @@ namespace orvelle {
 namespace {
 
 int64_t availableBytes(const QString& directory) {
-    struct statvfs status = {};
-    if (statvfs(QFile::encodeName(directory).constData(), &status) != 0)
-        return 0;
-    return static_cast<int64_t>(status.f_bavail) * static_cast<int64_t>(status.f_frsize);
+    std::error_code error;
+    const auto space =
+        std::filesystem::space(std::filesystem::u8path(directory.toStdString()), error);
+    return error ? 0 : static_cast<int64_t>(space.available);
 }
 
 // True too when it was gone already.
@@ -82,7 +79,7 @@ std::optional<Recording> CardStore::find(int64_t atSec) const {
 }
 
 CardStore::Presence CardStore::refresh() {
-    const std::optional<Identity> now = identity();
+    const auto now = writableFolderIdentity(m_directory.toStdString());
     if (!now) {
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
@@ -99,15 +96,6 @@ CardStore::Presence CardStore::refresh() {
         readDirectory();
     updateSpace();
     return isNew ? Presence::kNew : Presence::kSame;
-}
-
-std::optional<CardStore::Identity> CardStore::identity() const {
-    struct stat status = {};
-    const QByteArray path = QFile::encodeName(m_directory);
-    if (stat(path.constData(), &status) != 0 || !S_ISDIR(status.st_mode) ||
-        access(path.constData(), R_OK | W_OK | X_OK) != 0)
-        return {};
-    return Identity(status.st_dev, status.st_ino);
 }
 
 void CardStore::readDirectory() {

@@ -6,8 +6,9 @@
 #include <map>
 #include <mutex>
 #include <optional>
-#include <utility>
 #include <vector>
+
+#include "platform/folder_identity.h"
 
 namespace orvelle {
 
@@ -63,9 +64,6 @@ public:
     bool format();
 
 private:
-    using Identity = std::pair<uint64_t, uint64_t>;  ///< device and file number
-
-    std::optional<Identity> identity() const;
     void readDirectory();
     void recover(int64_t startSec);
     bool keep(int64_t startSec);
@@ -79,7 +77,7 @@ private:
     const int64_t m_quotaBytes;
 
     // Owned by the card thread.
-    Identity m_identity;
+    FolderIdentity m_identity;
     bool m_isFaultLogged = false;
 
     mutable std::mutex m_mutex;  ///< guards the fields below

@@ -1,5 +1,7 @@
 #include "camera/media_source.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
 #include <utility>
 
@@ -35,8 +37,15 @@ QString errorText(int code) {
     return QString::fromUtf8(text);
 }
 
+/// Where the host or the user's name begins; -1 in the path of a file.
+int authorityBegin(const QString& url) {
+    static const QRegularExpression kScheme(QStringLiteral("^[A-Za-z][A-Za-z0-9+.-]*://"));
+    const QRegularExpressionMatch match = kScheme.match(url);
+    return match.hasMatch() ? match.capturedEnd() : -1;
+}
+
 bool isRtsp(const QString& url) {
-    return url.startsWith(QLatin1String("rtsp"), Qt::CaseInsensitive);
+    return authorityBegin(url) >= 0 && url.startsWith(QLatin1String("rtsp"), Qt::CaseInsensitive);
 }
 
 // FFmpeg's name for single pictures, chosen by the suffix.
@@ -56,10 +65,19 @@ int64_t durationUs(const AVPacket& packet, const AVStream& stream) {
 }  // namespace
 
 QString withoutCredentials(const QString& url) {
-    const int begin = url.indexOf(QLatin1String("//"));
-    const int pathBegin = begin < 0 ? -1 : url.indexOf(QLatin1Char('/'), begin + 2);
-    const int at = begin < 0 ? -1 : url.lastIndexOf(QLatin1Char('@'), pathBegin);
-    return at > begin ? QString(url.left(begin + 2) + url.mid(at + 1)) : url;
+    const int begin = authorityBegin(url);
+    if (begin < 0)
+        return url;
+    const int pathBegin = url.indexOf(QLatin1Char('/'), begin);
+    const QString host = url.mid(begin, pathBegin < 0 ? -1 : pathBegin - begin);
+    const int colon = host.indexOf(QLatin1Char(':'));
+    // What is no port belongs to a password, whose slash ought to have been escaped.
+    bool isPort = colon < 0;
+    if (!isPort)
+        host.midRef(colon + 1).toUShort(&isPort);
+    const bool isWholeHost = isPort || host.contains(QLatin1Char('@'));
+    const int at = url.lastIndexOf(QLatin1Char('@'), isWholeHost ? pathBegin : -1);
+    return at >= begin ? QString(url.left(begin) + url.mid(at + 1)) : url;
 }
 
 MediaSource::MediaSource(MediaSourceConfig config) : m_config(std::move(config)) {}

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "link/wire/wire.h"
-
-#include <netinet/in.h>
+#include "platform/datagram_socket.h"
 
 #include <optional>
 #include <string>
@@ -23,9 +22,6 @@ class LanQuery {
 public:
     /// An empty UID asks every camera. Without a usable socket the query just stays unanswered.
     explicit LanQuery(const std::string& uid);
-    ~LanQuery();
-    LanQuery(const LanQuery&) = delete;
-    LanQuery& operator=(const LanQuery&) = delete;
 
     /// Sends what is due, then waits up to `waitMs` for one answer.
     std::optional<LanAnswer> next(int waitMs);
@@ -35,7 +31,7 @@ private:
     std::optional<LanAnswer> receive();
 
     const SearchQuery m_query;
-    int m_socket = -1;
+    DatagramSocket m_socket;
     int m_queriesSent = 0;
     int64_t m_nextQueryMs = 0;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "link/wire/wire.h"
+#include "platform/datagram_socket.h"
 
 namespace orvelle {
 
@@ -9,13 +10,10 @@ namespace orvelle {
 class SearchResponder {
 public:
     SearchResponder(std::string uid, std::string deviceName, uint16_t linkPort);
-    ~SearchResponder();
-    SearchResponder(const SearchResponder&) = delete;
-    SearchResponder& operator=(const SearchResponder&) = delete;
 
     /// False when the port cannot be had; the camera is then found by its address only.
     bool open(uint16_t discoveryPort, bool isLoopbackOnly);
-    int descriptor() const { return m_socket; }
+    const DatagramSocket& socket() const { return m_socket; }
 
     /// Answers every query that waits, up to a bound.
     void answerWaiting();
@@ -24,7 +22,7 @@ private:
     const std::string m_uid;
     const std::string m_deviceName;
     const uint16_t m_linkPort;
-    int m_socket = -1;
+    DatagramSocket m_socket;
 };
 
 }  // namespace orvelle

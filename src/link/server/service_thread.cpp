@@ -42,8 +42,8 @@ ServiceThread::ServiceThread(const LinkServerConfig& config, LinkServerListener*
       m_counters(counters) {
     m_epoll.watch(m_listeningSocket, SRT_EPOLL_IN | SRT_EPOLL_ERR);
     const int readable = SRT_EPOLL_IN;
-    if (m_search.descriptor() >= 0)
-        srt_epoll_add_ssock(m_epoll.id(), m_search.descriptor(), &readable);
+    if (m_search.socket().isOpen())
+        srt_epoll_add_ssock(m_epoll.id(), m_search.socket().descriptor(), &readable);
 }
 
 void ServiceThread::run() {

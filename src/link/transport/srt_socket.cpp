@@ -1,7 +1,5 @@
 #include "link/transport/srt_socket.h"
 
-#include <arpa/inet.h>
-
 #include <utility>
 
 #include <srt/logging_api.h>

@@ -1,8 +1,7 @@
 #pragma once
 
 #include "link/wire/wire.h"
-
-#include <netinet/in.h>
+#include "platform/ipv4.h"
 
 #include <optional>
 #include <string>

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "platform/ipv4.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace orvelle {
+
+/// A UDP socket over IPv4 whose calls do not block. One thread at a time.
+class DatagramSocket {
+public:
+    /// The system's own number: an int, on Windows as wide as a pointer.
+    using Descriptor = decltype(::socket(0, 0, 0));
+    static constexpr Descriptor kNone = static_cast<Descriptor>(-1);
+
+    DatagramSocket();  ///< not open when the system gives none; all calls then fail
+    ~DatagramSocket();
+    DatagramSocket(const DatagramSocket&) = delete;
+    DatagramSocket& operator=(const DatagramSocket&) = delete;
+
+    bool isOpen() const { return m_descriptor != kNone; }
+    Descriptor descriptor() const { return m_descriptor; }
+
+    bool allowBroadcast();
+    /// To an address and port that other programs of this machine may be bound to as well.
+    bool bindShared(const sockaddr_in& address);
+
+    bool send(const void* bytes, size_t size, const sockaddr_in& to);
+    /// Size of the next datagram, of which what does not fit is lost; -1 when none waits.
+    int receive(void* bytes, size_t size, sockaddr_in& from);
+    /// False when none came within `ms`, which are waited for without a socket, too.
+    bool waitForDatagram(int ms);
+
+private:
+    bool setOption(int option);
+
+    Descriptor m_descriptor = kNone;
+};
+
+/// Of every network that is up, but the loopback and lines with one other end. Directed ones: the
+/// all-ones address fails on a machine without a default route.
+std::vector<in_addr> networkBroadcasts();
+
+/// Reaches the programs of this machine that are bound to it or to every address.
+in_addr loopbackBroadcast();
+
+}  // namespace orvelle

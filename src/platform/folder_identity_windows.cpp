@@ -1,0 +1,25 @@
+#include "platform/folder_identity.h"
+
+#include "platform/windows_text.h"
+
+#include <windows.h>
+
+namespace orvelle {
+
+std::optional<FolderIdentity> writableFolderIdentity(const std::string& path) {
+    // Opened for adding files, so that a folder without that right is none.
+    const HANDLE folder = CreateFileW(wideText(path).c_str(), FILE_LIST_DIRECTORY | FILE_ADD_FILE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
+    if (folder == INVALID_HANDLE_VALUE)
+        return {};
+    BY_HANDLE_FILE_INFORMATION information = {};
+    const bool isRead = GetFileInformationByHandle(folder, &information) != 0;
+    CloseHandle(folder);
+    if (!isRead || !(information.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY))
+        return {};
+    const uint64_t high = information.nFileIndexHigh;
+    return FolderIdentity(information.dwVolumeSerialNumber, high << 32 | information.nFileIndexLow);
+}
+
+}  // namespace orvelle
