@@ -14,7 +14,6 @@
 #include <QDir>
 #include <QImage>
 #include <QLabel>
-#include <QSignalSpy>
 #include <QtTest>
 
 using orvelle::test::CameraSet;
@@ -87,9 +86,10 @@ void TileActionsTest::initTestCase() {
 void TileActionsTest::init() {
     if (m_tile->device())
         m_tile->setDevice(nullptr);
-    QSignalSpy pictures(m_tile.get(), &KvDevicePlayerView::hideLoadingSignal);
+    QTRY_VERIFY(!ui()->button(Tile::kRecord)->isEnabled());
     m_tile->setDevice(m_cameras->devices().front());
-    QTRY_VERIFY_WITH_TIMEOUT(pictures.count() > 0, kPatienceMs);
+    // With the first picture.
+    QTRY_VERIFY_WITH_TIMEOUT(ui()->button(Tile::kRecord)->isEnabled(), kPatienceMs);
     m_clerk.seen.clear();
 }
 
