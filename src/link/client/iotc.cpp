@@ -5,7 +5,6 @@
 #include "link/clock.h"
 #include "link/result_codes.h"
 
-
 #include <algorithm>
 #include <cstring>
 
