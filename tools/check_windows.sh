@@ -22,7 +22,7 @@ echo 'enum { LOG_CRIT = 2, LOG_ERR, LOG_WARNING, LOG_NOTICE, LOG_DEBUG = 7 };' \
 
 flags=(-std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Werror
     -DUNICODE -DWIN32_LEAN_AND_MEAN -DNOMINMAX -D_WIN32_WINNT=0x0601 -DQT_USE_QSTRINGBUILDER
-    '-DORVELLE_DATA_FOLDER="x"' '-DORVELLE_UPDATE_SERVER="x"' '-DORVELLE_VERSION="1"'
+    '-DORVELLE_DATA_FOLDER="x"' '-DORVELLE_DOC_FOLDER="x"' '-DORVELLE_UPDATE_SERVER="x"' '-DORVELLE_VERSION="1"'
     -I src -isystem "$headers")
 for folder in "$headers"/Qt*; do
     flags+=(-isystem "$folder")
