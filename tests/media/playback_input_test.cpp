@@ -8,10 +8,9 @@
 #include "media/tutk_player.h"
 #include "render/video_view.h"
 #include "support/suites.h"
+#include "support/zone_guard.h"
 
 #include <QtEndian>
-
-#include <ctime>
 
 using namespace orvelle;
 using Packet = KvBasePlayerInputPacket;
@@ -106,11 +105,6 @@ struct Rig {
 class PlaybackInputTest : public QObject {
     Q_OBJECT
 private slots:
-    void cleanup() {
-        qunsetenv("TZ");
-        tzset();
-    }
-
     void recordingTime_isTheInstant_inEveryZone() {
         // The computer's zone, a time of its clock or with an offset, and the same in UTC.
         for (const auto& [zone, local, utc] :
@@ -123,8 +117,7 @@ private slots:
               {"Europe/Berlin", "2026-10-25T02:30:00+01:00", "2026-10-25T01:30:00"},
               {"Asia/Kathmandu", "2026-01-01T05:44:59", "2025-12-31T23:59:59"},
               {"America/St_Johns", "2026-07-01T23:00:00", "2026-07-02T01:30:00"}}) {
-            qputenv("TZ", zone);
-            tzset();
+            const test::ZoneGuard guard(zone);
             const auto given = QDateTime::fromString(QLatin1String(local), Qt::ISODate);
             const auto start = QDateTime::fromSecsSinceEpoch(given.toSecsSinceEpoch());
             for (const int32_t baseMinute : {0, 480, -60, 345, -150, INT32_MAX, INT32_MIN}) {
