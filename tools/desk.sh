@@ -44,6 +44,7 @@ start_sound() {
         [ -S "$socket" ] && break
         sleep 0.1
     done
+    [ -S "$socket" ] || { cat "$desk_dir/pulse.log" >&2; return 1; }
     export PULSE_SERVER=unix:$socket
 }
 

@@ -2,6 +2,8 @@
 
 #include <QMessageBox>
 
+#include <optional>
+
 #include "app/application.h"
 #include "app/language_choice.h"
 #include "core/file_utils.h"
@@ -72,6 +74,7 @@ int runMainWindow(KvApplication& application) {
 }  // namespace
 
 int runOrvelle(int argc, char** argv) {
+    std::optional<HeldQuitSignals> heldQuitSignals(std::in_place);
     // Sizes are in logical pixels, whatever the screen's density; images come at twice the size.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -84,6 +87,7 @@ int runOrvelle(int argc, char** argv) {
     setRestartHook(&KvApplication::restart);
     FocusRing::install();
     const QuitSignals quitSignals([] { QCoreApplication::quit(); });
+    heldQuitSignals.reset();
     const SuspendWatch suspendWatch([] { KvApplication::restart(); });
 
     // The lock comes before the services: a second copy must not touch the cameras.

@@ -110,18 +110,22 @@ void KvDeviceManager::stopInitThread() {
 
 void KvDeviceManager::stopProcedure() {
     log("KvDeviceManager release thread began\n", kLogInfo);
-    std::unique_ptr<KvDeviceManagerThread> thread;
-    {
-        const std::lock_guard<std::mutex> lock(m_threadMutex);
-        thread = std::move(m_initThread);
-    }
-    if (thread) {
+    std::unique_lock<std::mutex> lock(m_threadMutex);
+    if (const auto thread = std::move(m_initThread)) {
+        ++m_endingThreads;
+        lock.unlock();
         thread->stop();
         // A cancel that comes just before an attempt begins is lost, hence the repetition.
         do
             cancelCurrentDevice();
         while (!thread->waitForEnd(kCancelRepeatMs));
+        lock.lock();
+        --m_endingThreads;
+        m_threadEnded.notify_all();
     }
+    // Another caller may have taken the thread and still wait for its end.
+    m_threadEnded.wait(lock, [this] { return m_endingThreads == 0; });
+    lock.unlock();
     log("KvDeviceManager release thread ended\n", kLogInfo);
 }
 

@@ -5,6 +5,7 @@
 #include <QString>
 
 #include <atomic>
+#include <condition_variable>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -137,9 +138,11 @@ private:
     Timing m_timing;
     const std::shared_ptr<orvelle::RoundSignal> m_roundSignal;
 
-    std::mutex m_threadMutex;  ///< guards m_initThread and m_pauses
+    std::mutex m_threadMutex;  ///< guards the next three
     std::unique_ptr<KvDeviceManagerThread> m_initThread;
-    int m_pauses = 0;  ///< the thread runs only when there is none
+    int m_pauses = 0;         ///< the thread runs only when there is none
+    int m_endingThreads = 0;  ///< that were stopped and are waited for
+    std::condition_variable m_threadEnded;
 
     mutable std::mutex m_devicesMutex;  ///< the device lock: no device comes or goes
     mutable std::mutex m_listMutex;     ///< guards m_devices; writers also hold the device lock

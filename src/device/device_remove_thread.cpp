@@ -30,9 +30,11 @@ void KvTUTKDeviceRemoveThread::run() {
         m_pause.emplace(*manager);
         QMetaObject::invokeMethod(this, "_doHandOver", Qt::QueuedConnection);
         if (waitForHandOver()) {
-            m_areFilesGone = m_entry->removeFile();
+            if (!m_entry->removeFile())
+                m_areFilesGone = false;
             if (m_device) {
-                m_areFilesGone = m_device->removeFile() && m_areFilesGone;
+                if (!m_device->removeFile())
+                    m_areFilesGone = false;
                 m_device->requestStop();
                 m_device->uninit();
             }

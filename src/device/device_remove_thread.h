@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
@@ -27,7 +28,7 @@ public:
     void run() override;
     void stop() override;
 
-    /// Once ended: false when a file stayed, so that the entry comes back at the next start.
+    /// False once a file stayed, so that the entry comes back at the next start. Any thread.
     bool areFilesGone() const { return m_areFilesGone; }
 
 signals:
@@ -49,7 +50,7 @@ private:
     std::unique_ptr<KvDeviceGroup> m_entry;
     std::unique_ptr<KvDevice> m_device;
 
-    bool m_areFilesGone = true;                       ///< worker's, then the interface thread's
+    std::atomic<bool> m_areFilesGone{true};
     std::optional<orvelle::InitThreadPause> m_pause;  ///< worker's, then the interface thread's
     bool m_isFinished = false;                        ///< owned by the interface thread
 };

@@ -1,11 +1,11 @@
 #include "core/log.h"
+#include "core/thread.h"
 #include "core/timer.h"
-#include "device/command_threads.h"
 #include "device/logging.h"
 #include "device/tutk_device.h"
 #include "link/av.h"
-#include "link/io_types.h"
 #include "link/iotc.h"
+#include "link/limits.h"
 #include "link/result_codes.h"
 
 using orvelle::kLogInfo;
@@ -13,7 +13,6 @@ using orvelle::log;
 
 namespace {
 
-constexpr char kAccount[] = "admin";
 constexpr uint32_t kLoginTimeoutSec = 3;
 
 }  // namespace
@@ -124,7 +123,7 @@ int KvTUTKDevice::login(int sid) {
     log("init tutk avClientStart2(%d)\n", kLogInfo, sid);
     uint32_t serviceType = 0;
     int resend = 0;
-    const int avIndex = avClientStart2(sid, kAccount, m_password.toUtf8().constData(),
+    const int avIndex = avClientStart2(sid, orvelle::kLinkAccount, m_password.toUtf8().constData(),
                                        kLoginTimeoutSec, &serviceType, m_channel, &resend);
     log("init tutk avClientStart2(%d) = %d\n", kLogInfo, sid, avIndex);
     if (avIndex >= 0)

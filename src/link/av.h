@@ -24,7 +24,7 @@ int avInitialize(int maxChannels);
 int avClientStart2(int sid, const char* account, const char* password, uint32_t timeoutSec,
                    uint32_t* serviceType, uint8_t channel, int* resend);
 
-/// Closes a channel; the camera sees an orderly goodbye. Blocks for at most 200 ms.
+/// Closes a channel; the camera sees an orderly goodbye, which is not waited for.
 void avClientStop(int avIndex);
 
 /// Ends pending logins (LINK_ER_ABORTED) and waiting receives (AV_ER_TIMEOUT) of every channel of

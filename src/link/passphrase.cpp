@@ -17,7 +17,7 @@ constexpr size_t kMaxCached = 64;
 
 using CacheKey = std::tuple<std::string, std::string, std::string>;
 
-std::mutex g_cacheMutex;  // guards cache()
+std::mutex s_cacheMutex;  // guards cache()
 
 std::map<CacheKey, std::string>& cache() {
     static std::map<CacheKey, std::string> instance;
@@ -44,7 +44,7 @@ std::optional<std::string> derivePassphrase(const std::string& uid, const std::s
                                             const std::string& password) {
     const CacheKey key{uid, account, password};
     {
-        std::lock_guard<std::mutex> lock(g_cacheMutex);
+        std::lock_guard<std::mutex> lock(s_cacheMutex);
         const auto known = cache().find(key);
         if (known != cache().end())
             return known->second;
@@ -60,7 +60,7 @@ std::optional<std::string> derivePassphrase(const std::string& uid, const std::s
         return std::nullopt;
 
     std::string phrase = hex(derived);
-    std::lock_guard<std::mutex> lock(g_cacheMutex);
+    std::lock_guard<std::mutex> lock(s_cacheMutex);
     if (cache().size() >= kMaxCached)
         cache().clear();
     cache().emplace(key, phrase);

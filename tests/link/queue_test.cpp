@@ -155,6 +155,8 @@ void QueueTest::frameQueue_reportsGapOnce_andGoesOnAtKey_data() {
     QTest::newRow("gap") << QVector<int>{1, 5, 6} << 10 << QByteArray("1 gap2 5 6") << 3;
     QTest::newRow("wraps") << QVector<int>{-2, -1, 0, 2} << 10
                            << QByteArray("4294967294 4294967295 0 gap1 2") << 1;
+    QTest::newRow("backwards") << QVector<int>{5, 5, 6, 3} << 10 << QByteArray("5 gap6 5 6 gap7 3")
+                               << 0;
     QTest::newRow("too many") << many << 10
                               << QByteArray(
                                      "120 121 122 123 124 125 126 127 128 "

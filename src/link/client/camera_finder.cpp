@@ -27,15 +27,14 @@ public:
     std::optional<sockaddr_in> step() {
         if (const auto answer = m_lan.next(kSliceMs))
             return answer->address;
-        if (!m_probe || !m_probe->isPending())
+        if (!m_probe)
             return std::nullopt;
         m_probe->advance();
         if (m_probe->isPending())
             return std::nullopt;
         m_probeResult = m_probe->result();
-        if (m_probeResult == 0)
-            return m_configured;
-        return std::nullopt;
+        m_probe.reset();
+        return m_probeResult == 0 ? std::optional(m_configured) : std::nullopt;
     }
 
     bool isOver(int64_t elapsedMs) const {
@@ -64,6 +63,8 @@ private:
         if (socket.isOpen())
             m_probe.emplace(m_epoll, std::move(socket),
                             CallerSocket::Settings{request, {}, m_configured});
+        else
+            m_probeResult = LINK_ER_NETWORK;
     }
 
     const std::string m_uid;
@@ -71,7 +72,7 @@ private:
     SrtEpoll m_epoll;
     sockaddr_in m_configured{};
     std::optional<CallerSocket> m_probe;
-    int m_probeResult = 0;  // negative once the configured host has refused
+    int m_probeResult = 0;  // negative once the configured host has refused or cannot be asked
 };
 
 }  // namespace

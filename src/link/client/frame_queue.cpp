@@ -1,5 +1,6 @@
 #include "link/client/frame_queue.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace orvelle {
@@ -47,7 +48,8 @@ FrameQueue::Next FrameQueue::pop(LinkFrame* frame, uint32_t* number) {
     const uint32_t next = m_frames.front().number;
     if (m_hasExpected && next != m_expected) {
         *number = m_expected;
-        m_lost += next - m_expected;
+        // A camera that counts backwards has lost nothing, but its pictures do not follow either.
+        m_lost += static_cast<uint32_t>(std::max(0, static_cast<int32_t>(next - m_expected)));
         m_expected = next;
         return Next::Gap;
     }

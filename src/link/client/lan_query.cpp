@@ -5,6 +5,7 @@
 #include "link/link_log.h"
 
 #include <random>
+#include <vector>
 
 namespace orvelle {
 

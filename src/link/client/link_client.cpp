@@ -24,13 +24,6 @@ bool bindTo(const SrtSocket& socket, uint16_t port) {
     return srt_bind(socket.id(), asSockaddr(*address), sizeof *address) == 0;
 }
 
-uint16_t boundPort(const SrtSocket& socket) {
-    sockaddr_in address{};
-    int size = sizeof address;
-    srt_getsockname(socket.id(), reinterpret_cast<sockaddr*>(&address), &size);
-    return ntohs(address.sin_port);
-}
-
 template <class Map>
 typename Map::mapped_type findIn(const Map& map, int key) {
     const auto found = map.find(key);
@@ -148,7 +141,7 @@ SrtSocket LinkClient::makeCallerSocket(SocketUse use) {
         qCWarning(lcLink, "no local port: %s", srt_getlasterror_str());
         return {};
     }
-    m_localPort = boundPort(socket);
+    m_localPort = localPort(socket.id());
     return socket;
 }
 

@@ -2,14 +2,13 @@
 
 #include "link/client/login.h"
 #include "link/client/receiver.h"
-#include "link/iotc.h"
 
 #include <map>
 
 namespace orvelle {
 
 /// The client side of the link in this process: all sessions and channels, the shared local port
-/// and the receive thread. iotc.h and av.h are thin words for it. Any thread.
+/// and the receive thread. iotc.h and av.h are thin wrappers around it. Any thread.
 class LinkClient {
 public:
     /// Built at first use; ended by shutDown() or at the end of the process.

@@ -8,8 +8,8 @@
 
 namespace orvelle {
 
-/// The one thread ("link-client") that reads the sockets of all sessions, pings every camera
-/// twice a second and ends sessions whose camera fell silent or said goodbye.
+/// The one thread ("link-client") that reads the sockets of all sessions, pings every camera once
+/// a second and ends sessions whose camera fell silent or said goodbye.
 ///
 /// Owner: LinkClient. It sleeps on a condition while no socket is open.
 class ClientReceiver : public KvThread {

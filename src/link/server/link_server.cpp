@@ -2,6 +2,7 @@
 
 #include "link/clock.h"
 #include "link/environment.h"
+#include "link/limits.h"
 #include "link/link_log.h"
 #include "link/passphrase.h"
 #include "link/result_codes.h"
@@ -16,7 +17,6 @@ namespace orvelle {
 namespace {
 
 constexpr int kBacklog = 64;
-constexpr char kAccount[] = "admin";
 
 }  // namespace
 
@@ -66,7 +66,7 @@ int LinkServer::Impl::start() {
     const auto address = ipv4Address(host, m_config.port);
     if (!address || m_config.password.empty())
         return AV_ER_INVALID_ARG;
-    const auto passphrase = derivePassphrase(m_config.uid, kAccount, m_config.password);
+    const auto passphrase = derivePassphrase(m_config.uid, kLinkAccount, m_config.password);
     if (!passphrase)
         return AV_ER_INVALID_ARG;
 
@@ -101,12 +101,8 @@ bool LinkServer::Impl::listen(const sockaddr_in& address) {
         srt_bind(m_socket.id(), asSockaddr(address), sizeof address) < 0 ||
         srt_listen(m_socket.id(), kBacklog) < 0)
         return false;
-    sockaddr_in bound{};
-    int size = sizeof bound;
-    if (srt_getsockname(m_socket.id(), reinterpret_cast<sockaddr*>(&bound), &size) < 0)
-        return false;
-    m_port = ntohs(bound.sin_port);
-    return true;
+    m_port = localPort(m_socket.id());
+    return m_port != 0;
 }
 
 void LinkServer::Impl::stop() {

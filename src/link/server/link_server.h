@@ -26,7 +26,7 @@ struct LinkServerConfig {
 
 struct LinkServerStats {
     uint64_t videoFramesSent = 0;
-    uint64_t videoFramesDropped = 0;  ///< whole frames dropped since the path was too slow
+    uint64_t videoFramesDropped = 0;  ///< whole frames, as the path was too slow
     uint64_t audioFramesSent = 0;
     int clients = 0;
 };

@@ -1,14 +1,10 @@
 #include "link/server/listener_gate.h"
 
+#include "link/limits.h"
+
 #include <utility>
 
 namespace orvelle {
-
-namespace {
-
-constexpr char kAccount[] = "admin";
-
-}  // namespace
 
 ListenerGate::ListenerGate(std::string uid, std::string passphrase, const ClientTable& clients)
     : m_uid(std::move(uid)), m_passphrase(std::move(passphrase)), m_clients(clients) {}
@@ -27,7 +23,7 @@ int ListenerGate::judge(const char* streamId) const {
         return kRejectUnknownUid;
     if (request->purpose == StreamPurpose::Probe)
         return kRejectProbeFound;
-    if (request->account != kAccount)
+    if (request->account != kLinkAccount)
         return kRejectAccount;
     if (request->purpose == StreamPurpose::Control && m_clients.isFull())
         return kRejectTooManyClients;

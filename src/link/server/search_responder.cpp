@@ -1,5 +1,7 @@
 #include "link/server/search_responder.h"
 
+#include "link/wire/wire.h"
+
 #include <utility>
 
 namespace orvelle {

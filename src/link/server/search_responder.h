@@ -1,7 +1,9 @@
 #pragma once
 
-#include "link/wire/wire.h"
 #include "platform/datagram_socket.h"
+
+#include <cstdint>
+#include <string>
 
 namespace orvelle {
 

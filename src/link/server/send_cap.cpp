@@ -6,7 +6,7 @@ namespace orvelle {
 
 namespace {
 
-constexpr int64_t kLeastStart = 8'000'000;
+constexpr int64_t kMinStart = 8'000'000;
 constexpr int64_t kFloor = 200'000;
 
 constexpr double kBackOff = 0.8;           // of what got through when the path was full
@@ -35,16 +35,16 @@ double bitsPerSecondOf(int64_t bytes, const SendCap::Sample& sample) {
 }  // namespace
 
 SendCap::SendCap(int64_t nominalBitsPerSecond)
-    : m_start(std::max(kLeastStart, 2 * nominalBitsPerSecond)), m_cap(m_start) {}
+    : m_start(std::max(kMinStart, 2 * nominalBitsPerSecond)), m_cap(m_start) {}
 
 bool SendCap::isQueueing(const Sample& sample) {
     if (sample.ackedBytes == 0)
         return false;  // the round trip is an old one
-    if (m_leastRoundTripMs <= 0 || sample.roundTripMs < m_leastRoundTripMs)
-        m_leastRoundTripMs = sample.roundTripMs;
+    if (m_minRoundTripMs <= 0 || sample.roundTripMs < m_minRoundTripMs)
+        m_minRoundTripMs = sample.roundTripMs;
     else
-        m_leastRoundTripMs *= kRoundTripDrift;
-    return sample.roundTripMs > m_leastRoundTripMs + kQueuedMs;
+        m_minRoundTripMs *= kRoundTripDrift;
+    return sample.roundTripMs > m_minRoundTripMs + kQueuedMs;
 }
 
 bool SendCap::isLosing(const Sample& sample) {
@@ -73,7 +73,7 @@ void SendCap::backOff(double factor) {
 void SendCap::grow(const Sample& sample) {
     const auto cap = static_cast<double>(m_cap);
     const bool isSpotless =
-        sample.lostPackets == 0 && sample.roundTripMs < m_leastRoundTripMs + kSpotlessMs;
+        sample.lostPackets == 0 && sample.roundTripMs < m_minRoundTripMs + kSpotlessMs;
     const bool isProven =
         sample.isBacklogged || bitsPerSecondOf(sample.sentBytes, sample) >= kUsedShare * cap;
     if (!isProven && !(isSpotless && m_cap >= m_start))

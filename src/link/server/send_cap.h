@@ -35,7 +35,7 @@ private:
 
     const int64_t m_start;
     int64_t m_cap;
-    double m_leastRoundTripMs = 0;
+    double m_minRoundTripMs = 0;
     double m_ackedRate = 0;  ///< bits per second, smoothed since repairs come in bursts
     int m_hold = 0;          ///< updates until the cap may grow again
     int m_lossySamples = 0;  ///< in a row

@@ -92,6 +92,13 @@ SendResult sendMessage(SRTSOCKET socket, const EncodedMessage& message) {
     return srt_getlasterror(nullptr) == SRT_EASYNCSND ? SendResult::Full : SendResult::Broken;
 }
 
+uint16_t localPort(SRTSOCKET socket) {
+    sockaddr_in address{};
+    int size = sizeof address;
+    const bool isKnown = srt_getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0;
+    return isKnown ? ntohs(address.sin_port) : uint16_t{0};
+}
+
 size_t unsentBytes(SRTSOCKET socket) {
     size_t bytes = 0;
     return srt_getsndbuffer(socket, nullptr, &bytes) < 0 ? 0 : bytes;

@@ -72,6 +72,9 @@ enum class SendResult { Sent, Full, Broken };
 /// Reliable and in order; never blocks.
 SendResult sendMessage(SRTSOCKET socket, const EncodedMessage& message);
 
+/// The UDP port that a bound socket uses; 0 for another one.
+uint16_t localPort(SRTSOCKET socket);
+
 /// Bytes that the peer has not acknowledged yet.
 size_t unsentBytes(SRTSOCKET socket);
 
