@@ -17,7 +17,6 @@ using Request = orvelle::PlaybackExchange::Request;
 
 namespace {
 
-constexpr char kAccount[] = "admin";
 constexpr uint32_t kLoginTimeoutSec = 10;
 /// How often a wait for the camera looks whether the session is still there.
 constexpr int kLookMs = 500;
@@ -103,10 +102,11 @@ int KvTUTKPlaybackInput::openClient(int channel) {
     uint32_t serviceType = 0;
     int resend = 0;
     m_loginChannel = channel;
-    const int index = m_exchange.isAbandoned()
-                          ? LINK_ER_ABORTED
-                          : avClientStart2(m_sid, kAccount, password.constData(), kLoginTimeoutSec,
-                                           &serviceType, static_cast<uint8_t>(channel), &resend);
+    const int index =
+        m_exchange.isAbandoned()
+            ? LINK_ER_ABORTED
+            : avClientStart2(m_sid, orvelle::kLinkAccount, password.constData(), kLoginTimeoutSec,
+                             &serviceType, static_cast<uint8_t>(channel), &resend);
     m_loginChannel = -1;
     return index;
 }
