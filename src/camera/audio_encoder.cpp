@@ -73,7 +73,7 @@ int AudioEncoder::sampleRate() const {
 // Times follow the sample count; only a real gap in the input moves them.
 void AudioEncoder::encode(const float* samples, int count, int64_t timeUs, const Emit& deliver) {
     const int64_t expectedUs = m_pendingTimeUs + durationUs(m_pending.size());
-    if (std::llabs(timeUs - expectedUs) > kMaxTimeErrorUs)
+    if (timeUs != AV_NOPTS_VALUE && std::llabs(timeUs - expectedUs) > kMaxTimeErrorUs)
         m_pendingTimeUs = timeUs - durationUs(m_pending.size());
     m_pending.insert(m_pending.end(), samples, samples + count);
     while (m_pending.size() >= size_t(m_samplesPerFrame))

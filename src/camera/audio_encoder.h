@@ -25,7 +25,8 @@ public:
     int sampleRate() const;
     int samplesPerFrame() const { return m_samplesPerFrame; }
 
-    /// Appends mono samples of full scale +-1 whose first one was taken at `timeUs`; hands over
+    /// Appends mono samples of full scale +-1 whose first one was taken at `timeUs`, or that
+    /// follow those before (AV_NOPTS_VALUE: so do all but the first block of a packet); hands over
     /// each frame that became complete.
     void encode(const float* samples, int count, int64_t timeUs, const Emit& deliver);
 
