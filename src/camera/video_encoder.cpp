@@ -61,7 +61,6 @@ QString VideoEncoder::open(AVCodecID codec, const FeedFormat& format) {
     m_context.reset();
     m_times.clear();
     m_pictureCount = 0;
-    m_keyDue = false;
     const AVCodec* encoder = avcodec_find_encoder(codec);
     if (!encoder)
         return QStringLiteral("no %1 encoder in this FFmpeg")
@@ -78,9 +77,10 @@ QString VideoEncoder::open(AVCodecID codec, const FeedFormat& format) {
 }
 
 std::optional<EncodedFrame> VideoEncoder::encode(AVFrame* picture, int64_t timeUs, bool forceKey) {
+    if (!isOpen())
+        return {};
     picture->pts = m_pictureCount++;
-    picture->pict_type = forceKey || m_keyDue ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
-    m_keyDue = false;
+    picture->pict_type = forceKey ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
     if (avcodec_send_frame(m_context.get(), picture) < 0) {
         qCWarning(lcCamera, "a picture could not be encoded");
         return {};
@@ -108,13 +108,15 @@ std::optional<EncodedFrame> VideoEncoder::takePacket() {
     return {};
 }
 
-// The encoder takes the new rate with the next picture.
+// Not every encoder takes another rate on its way. The next picture is a key frame.
 void VideoEncoder::lowerRate() {
-    const int64_t lower = std::max(kMinBitsPerSecond, int64_t{m_context->bit_rate} / 2);
+    FeedFormat lower = m_format;
+    lower.bitsPerSecond = std::max(kMinBitsPerSecond, m_format.bitsPerSecond / 2);
     qCWarning(lcCamera, "a frame was too large; encoding at %lld bit/s from here",
-              static_cast<long long>(lower));
-    setRate(m_context.get(), lower);
-    m_keyDue = true;
+              static_cast<long long>(lower.bitsPerSecond));
+    const QString fault = open(m_context->codec_id, lower);
+    if (!fault.isEmpty())
+        qCWarning(lcCamera, "%s", qPrintable(fault));
 }
 
 }  // namespace orvelle

@@ -36,7 +36,6 @@ private:
     FeedFormat m_format;
     std::deque<int64_t> m_times;  ///< of the pictures that are inside the encoder
     int64_t m_pictureCount = 0;
-    bool m_keyDue = false;
 };
 
 }  // namespace orvelle

@@ -1,4 +1,6 @@
+#include <algorithm>
 #include <cmath>
+#include <random>
 
 #include "camera/audio_encoder.h"
 #include "camera/demo_scene.h"
@@ -17,6 +19,27 @@ class EncodersTest : public QObject {
 private slots:
     void h264_hasNoDelayAndKeysOnTimeAndRequest() { encodeVideo(AV_CODEC_ID_H264); }
     void hevc_hasNoDelayAndKeysOnTimeAndRequest() { encodeVideo(AV_CODEC_ID_HEVC); }
+
+    void noise_isEncodedAtALowerRate_data() {
+        QTest::addColumn<int>("codec");
+        QTest::newRow("h264") << int(AV_CODEC_ID_H264);
+        QTest::newRow("hevc") << int(AV_CODEC_ID_HEVC);
+    }
+
+    void noise_isEncodedAtALowerRate() {
+        QFETCH(int, codec);
+        VideoEncoder encoder;
+        QCOMPARE(encoder.open(AVCodecID(codec), {1920, 1080, 15, 50'000'000}), QString());
+        const FramePtr picture = makePicture(1920, 1080);
+        std::minstd_rand random(1);
+        std::optional<EncodedFrame> frame;
+        for (int i = 0; i < 12 && !frame; ++i) {
+            std::generate_n(picture->data[0], picture->linesize[0] * 1080, random);
+            frame = encoder.encode(picture.get(), i * 66'667, false);
+        }
+        QVERIFY(frame && frame->isKey);
+        QVERIFY(encoder.format().bitsPerSecond < 50'000'000);
+    }
 
     void aac_keepsPitchAndTimes() { encodeSound(AV_CODEC_ID_AAC, 16'000); }
     void alaw_keepsPitchAndTimes() { encodeSound(AV_CODEC_ID_PCM_ALAW, 8'000); }
@@ -58,7 +81,9 @@ private:
         std::vector<float> samples(size_t(rate) / 50 + 3);  // fills no frame evenly
         for (int64_t first = 0; first < 2 * rate; first += int64_t(samples.size())) {
             tone.fill(samples);
-            encoder.encode(samples.data(), int(samples.size()), first * 1'000'000 / rate,
+            const bool isTimed = first % 2 == 0;
+            encoder.encode(samples.data(), int(samples.size()),
+                           isTimed ? first * 1'000'000 / rate : AV_NOPTS_VALUE,
                            [&out](const EncodedFrame& frame) { out.frameReady(frame); });
         }
         const auto frames = out.frames(Medium::kAudio);
