@@ -3,6 +3,7 @@
 # client and in a group, the fifth is there to be added by its code. Ends all of it when the
 # window closes.
 set -euo pipefail
+here=$PWD # where the screenshot's name belongs
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 cd "$top"
 # shellcheck source=tools/desk.sh
@@ -31,7 +32,7 @@ known=4
 
 screenshot=
 case ${1:-} in
-    --screenshot) screenshot=${2:?"--screenshot needs a file name"} ;;
+    --screenshot) screenshot=$(cd "$here" && realpath -m -- "${2:?"--screenshot needs a file name"}") ;;
     '') ;;
     *) echo "usage: ./dev run [--screenshot FILE]" >&2; exit 2 ;;
 esac
