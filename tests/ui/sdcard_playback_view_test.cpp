@@ -264,6 +264,16 @@ private slots:
         QCOMPARE(view.lastPlayed(), 8);
     }
 
+    void pause_beforeTheFirstPicture_stillAwaitsIt() {
+        View view;
+        view.openCard(9);
+        view.patience = 1;
+        view.click("previous_recording");
+        view.click("pause");
+        QTRY_VERIFY(view.texts().contains(orvelle::text("the_camera_does_not_answer")));
+        QVERIFY(!view.ui()->isLoadingShown());
+    }
+
     void eventsOfTheFileBefore_areDropped() {
         View view;
         view.openCard(9);

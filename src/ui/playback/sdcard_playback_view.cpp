@@ -159,20 +159,18 @@ void KvSDCardPlaybackView::awaitAnswer() {
     updateCover();
 }
 
-/// The first picture of a paused file is not.
 bool KvSDCardPlaybackView::isAwaitingAnswer() const {
-    return (m_isLoading && !isPaused()) || m_recordings.isAsking() ||
-           m_infoRequest == InfoRequest::kOpening;
+    return m_isLoading || m_recordings.isAsking() || m_infoRequest == InfoRequest::kOpening;
 }
 
 /// A picture that is on the screen is held for a moment before the sign covers it.
 void KvSDCardPlaybackView::updateCover() {
     const bool isAwaiting = isAwaitingAnswer();
-    if (!isAwaiting)
+    if (!isAwaiting) {
         m_answerTimer.stop();
-    if (!isAwaiting && !m_isLoading)
         m_coverTimer.stop();
-    m_ui->setLoadingShown((isAwaiting || m_isLoading) && !m_coverTimer.isActive());
+    }
+    m_ui->setLoadingShown(isAwaiting && !m_coverTimer.isActive());
 }
 
 void KvSDCardPlaybackView::onNoAnswer() {
@@ -181,7 +179,7 @@ void KvSDCardPlaybackView::onNoAnswer() {
     const QString reason = orvelle::text("the_camera_does_not_answer");
     if (m_newerThan >= 0) {
         endSearch();
-    } else if (m_isPlaying && (isPaused() || !m_isLoading)) {
+    } else if (m_isPlaying && !m_isLoading) {
         m_toast.show(this, reason);
         updateCover();
     } else {

@@ -91,6 +91,8 @@ void KvSDCardPlaybackView::_doHideLoadingView() {
         return;
     m_isLoading = false;
     m_hasPicture = true;
+    if (isPaused())
+        m_player->pause();
     updateCover();
 }
 
@@ -148,7 +150,10 @@ void KvSDCardPlaybackView::_onClickNext() {
         lookForNewer(m_recordings.currentEnd());
 }
 
+/// A pause before the first picture begins with it, as there would be nothing to see.
 void KvSDCardPlaybackView::_onClickPlay(bool checked) {
+    if (m_isLoading)
+        return;
     if (m_isPlaying && !checked) {
         m_player->pause();
         updateCover();
@@ -156,8 +161,6 @@ void KvSDCardPlaybackView::_onClickPlay(bool checked) {
         _doPlayNext();
     } else if (m_isPlaying) {
         m_player->resume();
-        if (m_isLoading)
-            awaitAnswer();
     } else if (checked) {
         playAgain();
     }
