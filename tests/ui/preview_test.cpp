@@ -1,3 +1,4 @@
+#include <QDialog>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -5,6 +6,7 @@
 #include "support/suites.h"
 #include "ui/info/device_info_view.h"
 #include "ui/preview/device_player_view.h"
+#include "ui/preview/device_record_view.h"
 #include "ui/preview/devices_preview.h"
 #include "ui/preview/devices_preview_ui.h"
 #include "ui/preview/grid_layout.h"
@@ -277,6 +279,27 @@ private slots:
         }
         emit grid.ui->infoView()->clickBackButton();
         QVERIFY(tile->hasFocus());
+    }
+
+    void focus_staysInTheTile_whenItsControlGoes() {
+        Grid grid(2, orvelle::kGrid2x2);
+        QVERIFY(QTest::qWaitForWindowActive(&grid.preview));
+        KvDevicePlayerView* tile = grid.ui->tiles()[0];
+        auto* ui = tile->findChild<KvDevicePlayerViewUI*>();
+        ui->setBarsVisible(true);
+        ui->setRecordShown(true);
+        ui->recordView()->saveButton()->setFocus();
+        ui->setRecordShown(false);
+        QCOMPARE(grid.preview.focusWidget(), tile);
+        // A dialog has the keyboard, and the tile gets it back.
+        KvPushButton* settings = ui->button(KvDevicePlayerViewUI::kSettings);
+        settings->setFocus();
+        QDialog dialog(&grid.preview);
+        dialog.show();
+        QVERIFY(QTest::qWaitForWindowActive(&dialog));
+        grid.owned[0]->setState(FakeDevice::State::kUnreachable);
+        QTRY_VERIFY(!settings->isEnabled());
+        QCOMPARE(grid.preview.focusWidget(), tile);
     }
 
     void cameras_areLetGo_withTheirEntry() {

@@ -322,7 +322,7 @@ void KvDevicePlayerView::setPtzShown(bool shown) {
     QWidget* pad = m_ui->ptzView();
     m_ui->button(UI::kPtz)->setState(shown ? 1 : 0);
     // Else the toolkit hands the focus to the next widget, wherever that is.
-    if (!shown && pad->hasFocus())
+    if (!shown && window()->focusWidget() == pad)
         setFocus(Qt::OtherFocusReason);
     pad->setFocusPolicy(shown ? Qt::StrongFocus : Qt::NoFocus);
     pad->setVisible(shown);

@@ -215,7 +215,8 @@ void KvDevicePlayerViewUI::setButtonEnabled(Button id, bool enabled) {
     KvPushButton* button = m_buttons.at(id);
     if (button->isEnabledTo(this) == enabled)
         return;
-    if (button->hasFocus())
+    // Also behind a dialog, from which the focus comes back here.
+    if (window()->focusWidget() == button)
         parentWidget()->setFocus(Qt::OtherFocusReason);
     button->setEnabled(enabled);
     button->setCursor(enabled ? Qt::PointingHandCursor : Qt::ArrowCursor);
@@ -267,6 +268,9 @@ void KvDevicePlayerViewUI::applySpeedText() {
 }
 
 void KvDevicePlayerViewUI::setRecordShown(bool shown) {
+    // Else the toolkit hands the focus to the next widget, wherever that is.
+    if (!shown && m_recordView->isAncestorOf(window()->focusWidget()))
+        parentWidget()->setFocus(Qt::OtherFocusReason);
     m_recordSeconds = 0.0;
     m_recordView->setTime(m_recordSeconds);
     m_recordView->setVisible(shown);
