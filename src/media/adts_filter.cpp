@@ -1,7 +1,5 @@
 #include "media/adts_filter.h"
 
-#include <utility>
-
 namespace orvelle {
 
 namespace {

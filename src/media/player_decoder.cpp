@@ -12,10 +12,10 @@ using orvelle::OpenCodec;
 namespace {
 
 /// Decoded pictures that may wait for the output: more would be delay.
-constexpr int kMostPictures = 3;
+constexpr int kMaxPictures = 3;
 /// Sound that may wait, in seconds: above the first, the oldest goes until the second is left.
 /// The first outlasts the bursts of a lossy path; the second keeps the device fed.
-constexpr double kMostSoundSec = 0.5;
+constexpr double kMaxSoundSec = 0.5;
 constexpr double kSoundLeftSec = 0.15;
 /// Waits end by signals; this only bounds a missed one.
 constexpr int kWaitMs = 1000;
@@ -154,14 +154,14 @@ void KvPlayerDecoder::wakeReaders() {
 void KvPlayerDecoder::decodeVideo(const KvThread& thread) {
     m_keyFrameSeen = false;
     while (!thread.isStopped()) {
-        if (!m_videoFrames->waitForSpace(kMostPictures - 1, kWaitMs))
+        if (!m_videoFrames->waitForSpace(kMaxPictures - 1, kWaitMs))
             continue;
-        const bool mayComeMore = input()->isRunning();
+        const bool moreMayCome = input()->isRunning();
         KvBasePlayerInputPacket* packet = nullptr;
         if (input()->readVideoPacket(&packet) == 0) {
             handleVideoPacket(*packet);
             input()->releaseVideoPacket(packet);
-        } else if (mayComeMore) {
+        } else if (moreMayCome) {
             input()->waitForVideoPacket(thread, kWaitMs);
         } else {
             break;
@@ -238,12 +238,12 @@ void KvPlayerDecoder::passPicture(double timeSec) {
 
 void KvPlayerDecoder::decodeAudio(const KvThread& thread) {
     while (!thread.isStopped()) {
-        const bool mayComeMore = input()->isRunning();
+        const bool moreMayCome = input()->isRunning();
         KvBasePlayerInputPacket* packet = nullptr;
         if (input()->readAudioPacket(&packet) == 0) {
             handleAudioPacket(*packet);
             input()->releaseAudioPacket(packet);
-        } else if (mayComeMore) {
+        } else if (moreMayCome) {
             input()->waitForAudioPacket(thread, kWaitMs);
         } else {
             break;
@@ -304,7 +304,7 @@ void KvPlayerDecoder::passSound(double timeSec) {
 
 void KvPlayerDecoder::boundSound(double frameSec) {
     // Two frames may always wait, however long they are.
-    const int most = std::max(2, static_cast<int>(kMostSoundSec / frameSec));
+    const int most = std::max(2, static_cast<int>(kMaxSoundSec / frameSec));
     const int left = std::max(1, static_cast<int>(kSoundLeftSec / frameSec));
     if (m_audioFrames->size() <= most)
         return;

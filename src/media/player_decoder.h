@@ -7,8 +7,8 @@
 #include "frames/decoder_frame.h"
 #include "frames/mutex_queue.h"
 #include "media/base_player_decoder.h"
-#include "media/codec_opener.h"
 #include "media/error_run.h"
+#include "media/open_codec.h"
 #include "media/video_frame_filter.h"
 
 class KvBasePlayerInputPacket;

@@ -14,8 +14,8 @@ using orvelle::StreamParameters;
 namespace {
 
 /// About a minute of a camera's packets: a disk that stands still longer has failed.
-constexpr int kMostPackets = 4096;
-constexpr int64_t kMostBytes = int64_t{64} << 20;
+constexpr int kMaxPackets = 4096;
+constexpr int64_t kMaxBytes = int64_t{64} << 20;
 constexpr int kWaitMs = 1000;
 /// The decoder needs a moment for the first key frame of a stream that has only just begun.
 constexpr int kParameterTries = 100;
@@ -55,11 +55,10 @@ void KvPlayerRecorder::setCallback(void* user, EventCallback callback) {
 }
 
 void KvPlayerRecorder::configure(const QString& path, const QString& formatName,
-                                 double limitSeconds) {
+                                 double /*limitSeconds*/) {
     std::lock_guard<std::mutex> lock(m_pathMutex);
     m_path = path;
     m_formatName = formatName;
-    m_limitSec = limitSeconds;
 }
 
 QString KvPlayerRecorder::path() const {
@@ -101,7 +100,7 @@ void KvPlayerRecorder::tap(const KvBasePlayerInputPacket& packet) {
     const bool isKnown = isVideo(packet) || packet.mediaType() == KvBasePlayerInputPacket::kAudio;
     if (!isKnown || !hasBytes(packet))
         return;
-    const bool hasRoom = m_packets->size() < kMostPackets && m_queuedBytes < kMostBytes;
+    const bool hasRoom = m_packets->size() < kMaxPackets && m_queuedBytes < kMaxBytes;
     auto copy = hasRoom ? packet.deepCopy() : nullptr;
     if (!copy) {
         m_isOverrun = true;

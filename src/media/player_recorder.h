@@ -52,7 +52,7 @@ public:
     KvPlayerRecorder(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder);
     ~KvPlayerRecorder() override;
 
-    /// Both before start(). `formatName` is FFmpeg's ("mp4"); the limit is the owner's to keep.
+    /// Both before start(). `formatName` is FFmpeg's ("mp4"). The limit ends nothing by itself.
     void setCallback(void* user, EventCallback callback);
     void configure(const QString& path, const QString& formatName, double limitSeconds);
 
@@ -93,8 +93,7 @@ private:
 
     KvBasePlayerInput* const m_input;
     KvBasePlayerDecoder* const m_decoder;
-    QString m_formatName;  ///< fixed while the thread runs, as the five below
-    double m_limitSec = 0.0;
+    QString m_formatName;  ///< fixed while the thread runs, as the four below
     void* m_user = nullptr;
     EventCallback m_callback = nullptr;
     std::unique_ptr<PacketQueue> m_packets;
@@ -103,7 +102,7 @@ private:
 
     /// The queue was full, so a packet is missing; set by the tap, read by the recorder's thread.
     std::atomic<bool> m_isOverrun{false};
-    std::atomic<int64_t> m_queuedBytes{0};  ///< bounds what a standing disk costs; orders nothing
+    std::atomic<int64_t> m_queuedBytes{0};  ///< bounds what a stalled disk costs; orders nothing
 
     std::atomic<bool> m_hasFile{false};
     mutable std::mutex m_pathMutex;  ///< guards the one below

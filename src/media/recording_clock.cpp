@@ -5,7 +5,7 @@ namespace orvelle {
 namespace {
 
 /// Further apart than this, the tracks have clocks of their own.
-constexpr double kMostApartSec = 1.0;
+constexpr double kMaxApartSec = 1.0;
 
 }  // namespace
 
@@ -30,7 +30,7 @@ double RecordingClock::place(double cameraSec, const RecordingClock& other) {
 
 double RecordingClock::originAfterSetting(double cameraSec, const RecordingClock& other) const {
     const double aheadSec = cameraSec - other.m_originSec - m_lineSec;
-    const bool hasFollowed = other.m_isStarted && aheadSec >= 0.0 && aheadSec < kMostApartSec;
+    const bool hasFollowed = other.m_isStarted && aheadSec >= 0.0 && aheadSec < kMaxApartSec;
     return hasFollowed ? other.m_originSec : cameraSec - (m_lineSec + m_stepSec);
 }
 

@@ -22,7 +22,7 @@ constexpr char kFragmentUs[] = "1000000";
 constexpr char kFragmentFlags[] =
     "frag_keyframe+empty_moov+default_base_moof+frag_discont+skip_trailer";
 /// The lowest rate of MP3 in these files; less belongs to a later version of the format.
-constexpr int kLeastMp3Rate = 16000;
+constexpr int kMinMp3Rate = 16000;
 
 /// The decoder's own time base where it resolves the camera's milliseconds.
 AVRational timeBaseFor(const StreamParameters& source) {
@@ -144,7 +144,7 @@ bool RecordingFile::canCopySound(const AVCodecParameters& sound) const {
         return false;
     // Fragments of other sound hold single samples, which no player seeks in.
     return !m_hasFragments || sound.codec_id == AV_CODEC_ID_AAC ||
-           (sound.codec_id == AV_CODEC_ID_MP3 && sound.sample_rate >= kLeastMp3Rate);
+           (sound.codec_id == AV_CODEC_ID_MP3 && sound.sample_rate >= kMinMp3Rate);
 }
 
 int RecordingFile::openFile(const QString& path) {

@@ -14,8 +14,8 @@ namespace {
 
 constexpr uint64_t kHeaderBytes = 8;
 /// A second of packets needs a few kilobytes.
-constexpr uint64_t kMostTableBytes = 16 * 1024 * 1024;
-constexpr uint32_t kMostSamples = 1024 * 1024;
+constexpr uint64_t kMaxTableBytes = 16 * 1024 * 1024;
+constexpr uint32_t kMaxSamples = 1024 * 1024;
 
 constexpr uint32_t kMovie = boxType("moov");
 constexpr uint32_t kFragment = boxType("moof");
@@ -63,7 +63,7 @@ bool RecordingIndex::beginBox() {
     m_boxBytes = header.u32();
     m_type = header.u32();
     return m_type != 0 && m_boxBytes >= kHeaderBytes &&
-           (!isRead(m_type) || m_boxBytes <= kMostTableBytes);
+           (!isRead(m_type) || m_boxBytes <= kMaxTableBytes);
 }
 
 bool RecordingIndex::endBox() {
@@ -92,13 +92,13 @@ bool RecordingIndex::readMovie() {
     m_movieOffset = m_boxStart;
     BoxReader boxes = movie();
     boxes.skip(kHeaderBytes);
-    const BoxReader standards = boxes.find(boxType("mvex"));
+    const BoxReader defaults = boxes.find(boxType("mvex"));
     for (Box box; boxes.next(box);) {
         if (box.type == boxType("trak") && !readTrack(box.body))
             return false;
     }
-    m_standards.resize(m_tracks.size(), Sample{});
-    BoxReader reader = standards;
+    m_defaults.resize(m_tracks.size(), Sample{});
+    BoxReader reader = defaults;
     for (Box box; reader.next(box);) {
         if (box.type != boxType("trex"))
             continue;
@@ -108,7 +108,7 @@ bool RecordingIndex::readMovie() {
         const uint32_t ticks = box.body.u32(), size = box.body.u32(), flags = box.body.u32();
         for (size_t i = 0; i < m_tracks.size(); ++i) {
             if (m_tracks[i].id == id)
-                m_standards[i] = {ticks, size, flags};
+                m_defaults[i] = {ticks, size, flags};
         }
     }
     return boxes.isGood() && reader.isGood() && !m_tracks.empty();
@@ -151,22 +151,22 @@ bool RecordingIndex::readTrackFragment(BoxReader fragment) {
     if (track == m_tracks.end() || (flags & kHasBaseOffset))
         return false;
     Run run{static_cast<size_t>(track - m_tracks.begin()), 0, 0, {}};
-    Sample standard = m_standards[run.track];
+    Sample defaults = m_defaults[run.track];
     if (flags & kHasDescription)
         header.skip(4);
     if (flags & kHasTicks)
-        standard.ticks = header.u32();
+        defaults.ticks = header.u32();
     if (flags & kHasSize)
-        standard.size = header.u32();
+        defaults.size = header.u32();
     if (flags & kHasFlags)
-        standard.flags = header.u32();
+        defaults.flags = header.u32();
     BoxReader time = fragment.find(boxType("tfdt"));
     run.startTicks = version(time.u32()) == 0 ? time.u32() : time.u64();
     BoxReader boxes = fragment;
     for (Box box; boxes.next(box);) {
         if (box.type != boxType("trun"))
             continue;
-        if (!readRun(box.body, run, standard))
+        if (!readRun(box.body, run, defaults))
             return false;
         for (const Sample& sample : m_runs.back().samples)
             run.startTicks += sample.ticks;
@@ -174,16 +174,16 @@ bool RecordingIndex::readTrackFragment(BoxReader fragment) {
     return header.isGood() && time.isGood() && boxes.isGood();
 }
 
-bool RecordingIndex::readRun(BoxReader table, Run run, const Sample& standard) {
+bool RecordingIndex::readRun(BoxReader table, Run run, const Sample& defaults) {
     const uint32_t flags = table.u32();
     const uint32_t count = table.u32();
-    if (!(flags & kRunHasOffset) || count > kMostSamples)
+    if (!(flags & kRunHasOffset) || count > kMaxSamples)
         return false;
     run.offset = m_boxStart + table.u32();
     const bool hasFirstFlags = flags & kRunHasFirstFlags;
     const uint32_t firstFlags = hasFirstFlags ? table.u32() : 0;
     for (uint32_t i = 0; i < count && table.isGood(); ++i) {
-        Sample sample = standard;
+        Sample sample = defaults;
         if (flags & kRunHasTicks)
             sample.ticks = table.u32();
         if (flags & kRunHasSize)

@@ -62,12 +62,12 @@ private:
     bool readTrack(BoxReader track);
     bool readFragment();
     bool readTrackFragment(BoxReader fragment);
-    bool readRun(BoxReader table, Run run, const Sample& standard);
+    bool readRun(BoxReader table, Run run, const Sample& defaults);
     bool takeRuns();
     void take(const Run& run);
 
     std::vector<RecordedTrack> m_tracks;
-    std::vector<Sample> m_standards;  ///< of each track, where a fragment names none
+    std::vector<Sample> m_defaults;  ///< of each track, for fields that a fragment leaves out
     std::vector<uint8_t> m_movie;
     uint64_t m_movieOffset = 0;
     uint64_t m_wholeBytes = 0;

@@ -14,7 +14,7 @@ namespace {
 /// Several seconds of sound, or the tables of a fragment with every packet that a second can bring:
 /// these are patched while they are in the buffer, since the file itself is only written forwards.
 constexpr int kBufferBytes = 256 * 1024;
-constexpr int kMostNames = 1000;
+constexpr int kMaxNames = 1000;
 
 QString numbered(const QFileInfo& file, int number) {
     const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
@@ -48,7 +48,7 @@ int RecordingSink::create(const QString& path, Layout layout) {
 
 /// No two recordings take the same name, as only one of them can create the file.
 bool RecordingSink::openFree(const QString& path) {
-    for (int number = 1; number <= kMostNames; ++number) {
+    for (int number = 1; number <= kMaxNames; ++number) {
         m_file.setFileName(number == 1 ? path : numbered(QFileInfo(path), number));
         if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
             return true;
@@ -80,7 +80,7 @@ int RecordingSink::write(const uint8_t* bytes, int size) {
         done += written;
     }
     if (m_index && m_index->append(bytes, static_cast<size_t>(size)) < 0)
-        return fail(AVERROR_INVALIDDATA, QStringLiteral("a fragment that is none"));
+        return fail(AVERROR_INVALIDDATA, QStringLiteral("malformed fragment"));
     return size;
 }
 

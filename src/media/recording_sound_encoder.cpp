@@ -15,9 +15,9 @@ namespace orvelle {
 
 namespace {
 
-constexpr int kMostChannels = 2;
+constexpr int kMaxChannels = 2;
 constexpr int64_t kBitsPerSample = 3;
-constexpr int64_t kFewestBitsPerSec = 24'000, kMostBitsPerSec = 128'000;
+constexpr int64_t kMinBitsPerSec = 24'000, kMaxBitsPerSec = 128'000;
 /// The longest difference between samples and packet times that is not a gap in the sound.
 constexpr double kGapSec = 0.2;
 /// The share of that difference that each block makes good: slow enough to smooth stamps that
@@ -73,12 +73,12 @@ bool RecordingSoundEncoder::openEncoder(const StreamParameters& source) {
     m_encoder.reset(codec ? avcodec_alloc_context3(codec) : nullptr);
     if (!m_encoder)
         return false;
-    const int channels = std::clamp(source.codec->ch_layout.nb_channels, 1, kMostChannels);
+    const int channels = std::clamp(source.codec->ch_layout.nb_channels, 1, kMaxChannels);
     m_encoder->sample_fmt = AV_SAMPLE_FMT_FLTP;
     m_encoder->sample_rate = rateFor(*codec, source.codec->sample_rate);
     av_channel_layout_default(&m_encoder->ch_layout, channels);
     m_encoder->bit_rate = std::clamp(kBitsPerSample * m_encoder->sample_rate * channels,
-                                     kFewestBitsPerSec, kMostBitsPerSec);
+                                     kMinBitsPerSec, kMaxBitsPerSec);
     m_encoder->time_base = {1, m_encoder->sample_rate};
     m_encoder->thread_count = 1;
     m_encoder->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

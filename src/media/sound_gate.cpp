@@ -25,7 +25,7 @@ void SoundGate::pictureRefused() {
 
 bool SoundGate::offer(std::unique_ptr<Packet> sound) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_held.size() >= kMostHeld)
+    if (m_held.size() >= kMaxHeld)
         return false;
     m_held.push_back(std::move(sound));
     pass();

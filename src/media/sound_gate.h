@@ -19,7 +19,7 @@ public:
     using Packet = KvBasePlayerInputPacket;
 
     /// More sound than a minute holds; of what is beyond, none is kept.
-    static constexpr size_t kMostHeld = 6000;
+    static constexpr size_t kMaxHeld = 6000;
 
     explicit SoundGate(OwningQueue<Packet>& passed) : m_passed(passed) {}
 

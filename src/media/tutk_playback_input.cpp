@@ -138,7 +138,7 @@ void KvTUTKPlaybackInput::channelEnded(MediaKind kind) {
 
 void KvTUTKPlaybackInput::boundVideo(const KvThread& thread) {
     const auto isFull = [this] {
-        return videoQueue().size() >= kMostPictures || videoQueue().bytes() >= kMostBytes;
+        return videoQueue().size() >= kMaxPictures || videoQueue().bytes() >= kMaxBytes;
     };
     while (isFull() && !isOver(thread)) {
         const int waiting = videoQueue().size();

@@ -35,8 +35,8 @@ class KvTUTKPlaybackInput : public orvelle::ChannelInput {
     Q_OBJECT
 public:
     /// More than a minute at 30 pictures a second holds, or at 8 Mbit/s.
-    static constexpr int kMostPictures = 1800;
-    static constexpr int64_t kMostBytes = 64 * 1024 * 1024;
+    static constexpr int kMaxPictures = 1800;
+    static constexpr int64_t kMaxBytes = 64 * 1024 * 1024;
     static constexpr double kPicturesPerSec = 15.0;
 
     explicit KvTUTKPlaybackInput(QObject* parent = nullptr);

@@ -7,10 +7,10 @@
 #include <optional>
 #include <vector>
 
-#include "frames/ffmpeg_ptr.h"
 #include "render/sound_format.h"
 
 class KvAudioConverter;
+struct AVFrame;
 
 namespace orvelle {
 class SoundStream;

@@ -14,11 +14,12 @@
 
 namespace orvelle {
 
-static constexpr auto kWish = QEvent::User;
-static constexpr auto kRetirement = static_cast<QEvent::Type>(QEvent::User + 1);
 namespace {
 
 Q_LOGGING_CATEGORY(lcRender, "orvelle.render")
+
+constexpr auto kRequest = QEvent::User;
+constexpr auto kRetirement = static_cast<QEvent::Type>(QEvent::User + 1);
 
 using std::chrono::milliseconds;
 
@@ -49,7 +50,7 @@ bool SoundStream::open(const std::optional<QAudioFormat>& format) {
     m_isClosed = false;
     m_isWanted = true;
     m_wantedFormat = format;
-    const int serial = ++m_wishSerial;
+    const int serial = ++m_requestSerial;
     m_sinceOpened.start();
     lock.unlock();
     wake();
@@ -65,7 +66,7 @@ void SoundStream::close() {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_isClosed = true;
         m_isWanted = false;
-        ++m_wishSerial;
+        ++m_requestSerial;
     }
     m_changed.notify_all();
     wake();
@@ -93,7 +94,7 @@ void SoundStream::reopenIfDue() {
         if (!m_isWanted || !m_isClosed || m_sinceOpened.elapsed() < kReopenIntervalMs)
             return;
         m_sinceOpened.start();
-        ++m_wishSerial;
+        ++m_requestSerial;
     }
     wake();
 }
@@ -120,7 +121,7 @@ void SoundStream::wake() {
     tsanAcquire(&SoundThread::instance());
     if (m_isWakePending.exchange(true))
         return;
-    post(kWish);
+    post(kRequest);
 }
 
 void SoundStream::retire() {
@@ -137,7 +138,7 @@ bool SoundStream::event(QEvent* event) {
     tsanAcquire(this);
     if (event->type() == kRetirement)
         deleteLater();
-    if (event->type() != kWish)
+    if (event->type() != kRequest)
         return QObject::event(event);
     m_isWakePending = false;
     serve();
@@ -150,7 +151,7 @@ void SoundStream::serve() {
     bool isWanted;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        serial = m_wishSerial;
+        serial = m_requestSerial;
         isNew = serial != m_servedSerial;
         isWanted = m_isWanted;
     }
@@ -291,7 +292,7 @@ void SoundStream::publish(bool isOpen, int serial) {
         std::lock_guard<std::mutex> lock(m_mutex);
         m_servedSerial = serial;
         SoundThread::instance().isResponsive = true;
-        if (serial == m_wishSerial)
+        if (serial == m_requestSerial)
             m_isClosed = !isOpen;
     }
     m_changed.notify_all();

@@ -95,8 +95,8 @@ private:
     mutable std::mutex m_mutex;  ///< guards everything below; pairs it with m_changed
     std::condition_variable m_changed;
     std::optional<QAudioFormat> m_wantedFormat;
-    int m_wishSerial = 0;    ///< counts the wishes
-    int m_servedSerial = 0;  ///< the last wish that was carried out
+    int m_requestSerial = 0;  ///< counts what was asked: open, close, reopen
+    int m_servedSerial = 0;   ///< the last request that was carried out
     QElapsedTimer m_sinceOpened;
     SoundFormat m_format;
     const char* m_pending = nullptr;  ///< the blocked writer's remaining bytes

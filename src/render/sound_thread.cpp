@@ -30,6 +30,7 @@ void SoundThread::acquire() {
     if (!m_isEnded)
         return;
     m_isEnded = false;
+    // Under the lock, which run() has no more use for.
     waitForEnd();
     start();
 }

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kTimeoutMs = 30'000;  // without a byte
 constexpr qint64 kReadBufferBytes = 1 << 20;
-constexpr qint64 kMostBytes = qint64{2} << 30;
+constexpr qint64 kMaxBytes = qint64{2} << 30;
 constexpr qint64 kChunkBytes = 64 * 1024;
 constexpr qint64 kCheckedPartBytes = 4 << 20;  // a few milliseconds' work
 
@@ -122,7 +122,7 @@ void FileDownloader::takeArrived() {
     const QVariant length = m_reply->header(QNetworkRequest::ContentLengthHeader);
     m_total = length.isValid() ? length.toLongLong() : -1;
     while (m_reply->bytesAvailable() > 0) {
-        if (m_received > kMostBytes) {
+        if (m_received > kMaxBytes) {
             qCWarning(lcUpdate) << m_address << "gives more than an installer can be";
             end(Outcome::kFailed);
             return;

@@ -296,18 +296,18 @@ private slots:
     }
 
     void pausedQueue_isBounded_andLosesNothing() {
-        constexpr uint64_t kMost = KvTUTKPlaybackInput::kMostPictures;
+        constexpr uint64_t kMax = KvTUTKPlaybackInput::kMaxPictures;
         Rig rig;
         QVERIFY(rig.open() && rig.isPlaying());
         const auto received = [&rig] { return rig.input.stats().videoFramesReceived.load(); };
-        for (uint32_t sent = 0; sent < kMost + 100; sent += 100) {
+        for (uint32_t sent = 0; sent < kMax + 100; sent += 100) {
             for (uint32_t i = sent; i < sent + 100; ++i)
                 QVERIFY(rig.camera.picture(i));
-            QTRY_VERIFY(received() >= std::min<uint64_t>(sent + 100, kMost));
+            QTRY_VERIFY(received() >= std::min<uint64_t>(sent + 100, kMax));
         }
-        QCOMPARE(received(), kMost);
+        QCOMPARE(received(), kMax);
         QVERIFY(rig.takeTimes(5).last() == 4 / 15.0);
-        QTRY_COMPARE(received(), kMost + 5);
+        QTRY_COMPARE(received(), kMax + 5);
         QCOMPARE(rig.input.stats().videoFramesDropped.load(), 0u);
     }
 

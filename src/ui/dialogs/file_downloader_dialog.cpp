@@ -24,7 +24,7 @@ constexpr QRect kMessageArea(24, 72, 352, 44);  // two lines
 constexpr QRect kBarArea(24, 128, 352, 12);
 constexpr int kWhole = 100;
 // The last percent is the renaming.
-constexpr double kMostArrived = 0.99;
+constexpr double kMaxArrived = 0.99;
 
 }  // namespace
 
@@ -102,7 +102,7 @@ void KvFileDownloaderDialog::onCancel() {
 void KvFileDownloaderDialog::onDownloading(qint64 received, qint64 total) {
     if (total > 0)
         emit updateProgressSignal(
-            qMin(kMostArrived, static_cast<double>(received) / static_cast<double>(total)));
+            qMin(kMaxArrived, static_cast<double>(received) / static_cast<double>(total)));
     else
         m_bar->setRange(0, 0);
 }

@@ -1,4 +1,4 @@
-#include "media/codec_opener.h"
+#include "media/open_codec.h"
 
 #include <cmath>
 
@@ -10,7 +10,7 @@ namespace orvelle {
 namespace {
 
 /// More than any camera's sensor, little enough that a broken parameter set costs no gigabyte.
-constexpr int64_t kMostPixels = 4096 * 4096;
+constexpr int64_t kMaxPixels = 4096 * 4096;
 constexpr int kDefaultSampleRate = 8000;
 constexpr int kDefaultG726Bits = 4;
 
@@ -75,7 +75,7 @@ AVCodecContext* OpenCodec::makeContext(int codecId, int bitsPerSample) {
     if (!context)
         return nullptr;
     context->thread_count = 1;
-    context->max_pixels = kMostPixels;
+    context->max_pixels = kMaxPixels;
     if (saysNoParameters(codecId)) {
         context->sample_rate = kDefaultSampleRate;
         av_channel_layout_default(&context->ch_layout, 1);
