@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "camera/adts.h"
-#include "camera/camera_log.h"
 #include "frames/camera_codecs.h"
 #include "link/limits.h"
 
@@ -71,7 +70,7 @@ int AudioEncoder::sampleRate() const {
 }
 
 // Times follow the sample count; only a real gap in the input moves them.
-void AudioEncoder::encode(const float* samples, int count, int64_t timeUs, const Emit& deliver) {
+void AudioEncoder::encode(const float* samples, int count, int64_t timeUs, const Deliver& deliver) {
     const int64_t expectedUs = m_pendingTimeUs + durationUs(m_pending.size());
     if (timeUs != AV_NOPTS_VALUE && std::llabs(timeUs - expectedUs) > kMaxTimeErrorUs)
         m_pendingTimeUs = timeUs - durationUs(m_pending.size());
@@ -84,7 +83,7 @@ int64_t AudioEncoder::durationUs(size_t samples) const {
     return static_cast<int64_t>(samples) * 1'000'000 / m_context->sample_rate;
 }
 
-void AudioEncoder::encodeBlock(const Emit& deliver) {
+void AudioEncoder::encodeBlock(const Deliver& deliver) {
     if (av_frame_make_writable(m_block.get()) < 0)
         return;
     storeSamples(m_pending.data(), m_samplesPerFrame, m_block.get());
@@ -94,12 +93,12 @@ void AudioEncoder::encodeBlock(const Emit& deliver) {
     if (avcodec_send_frame(m_context.get(), m_block.get()) < 0)
         return;
     while (avcodec_receive_packet(m_context.get(), m_packet.get()) >= 0) {
-        emitPacket(deliver);
+        deliverPacket(deliver);
         av_packet_unref(m_packet.get());
     }
 }
 
-void AudioEncoder::emitPacket(const Emit& deliver) {
+void AudioEncoder::deliverPacket(const Deliver& deliver) {
     std::vector<uint8_t> bytes;
     if (m_adts)
         bytes = adtsHeader(*m_adts, m_packet->size);

@@ -16,7 +16,7 @@ namespace orvelle {
 /// 40 ms; every frame within kMaxAudioFrameBytes. One thread.
 class AudioEncoder {
 public:
-    using Emit = std::function<void(const EncodedFrame&)>;
+    using Deliver = std::function<void(const EncodedFrame&)>;
 
     /// `codec` is AAC or PCM_ALAW. Empty on success, else one line of reason.
     QString open(AVCodecID codec);
@@ -28,13 +28,13 @@ public:
     /// Appends mono samples of full scale +-1 whose first one was taken at `timeUs`, or that
     /// follow those before (AV_NOPTS_VALUE: so do all but the first block of a packet); hands over
     /// each frame that became complete.
-    void encode(const float* samples, int count, int64_t timeUs, const Emit& deliver);
+    void encode(const float* samples, int count, int64_t timeUs, const Deliver& deliver);
 
 private:
     bool makeBlock();
     int64_t durationUs(size_t samples) const;
-    void encodeBlock(const Emit& deliver);
-    void emitPacket(const Emit& deliver);
+    void encodeBlock(const Deliver& deliver);
+    void deliverPacket(const Deliver& deliver);
 
     CodecContextPtr m_context;
     std::optional<AdtsFormat> m_adts;  ///< AAC

@@ -47,17 +47,10 @@ int Camera::start() {
     return m_server->start();
 }
 
-// The server says no goodbyes to its listener, so what its clients held is let go of here.
+// The server tells of each client that it is gone, which lets go of what the client held.
 void Camera::stop() {
     m_server->stop();
     m_playbacks.stopAll();
-    std::map<int, Viewer> viewers;
-    {
-        std::lock_guard<std::mutex> lock(m_mutex);
-        viewers.swap(m_viewers);
-    }
-    for (const auto& [clientId, viewer] : viewers)
-        letGo(clientId, viewer);
 }
 
 uint16_t Camera::port() const {

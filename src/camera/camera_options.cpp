@@ -92,17 +92,17 @@ public:
         return has(name) ? m_parser.value(QLatin1String(name)) : fallback;
     }
 
-    int64_t number(const char* name, int64_t fallback, int64_t least, int64_t most) {
+    int64_t number(const char* name, int64_t fallback, int64_t min, int64_t max) {
         if (!has(name))
             return fallback;
         bool isNumber = false;
         const qlonglong value = text(name).toLongLong(&isNumber);
-        if (isNumber && value >= least && value <= most)
+        if (isNumber && value >= min && value <= max)
             return value;
         complain(QStringLiteral("--%1 takes a number from %2 to %3")
                      .arg(QLatin1String(name))
-                     .arg(least)
-                     .arg(most));
+                     .arg(min)
+                     .arg(max));
         return fallback;
     }
 

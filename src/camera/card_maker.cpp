@@ -20,7 +20,6 @@ namespace orvelle {
 
 namespace {
 
-constexpr double kToneHertz = 440.0;
 constexpr int64_t kSecondUs = 1'000'000;
 constexpr int kDaySec = 86'400;
 constexpr int kHourSec = 3600;
@@ -108,7 +107,7 @@ QString MinuteMaker::prepare() {
     const QString soundError = encoder.open(m_config.audioCodec);
     if (!soundError.isEmpty())
         return soundError;
-    DemoTone tone(encoder.sampleRate(), kToneHertz);
+    DemoTone tone(encoder.sampleRate());
     std::vector<float> samples(static_cast<size_t>(encoder.sampleRate()));
     for (int second = 0; second < kRecordingSec; ++second) {
         tone.fill(samples);

@@ -12,7 +12,6 @@ namespace orvelle {
 
 namespace {
 
-constexpr double kToneHertz = 440.0;
 constexpr AVRational kMicroseconds = {1, 1'000'000};
 
 class ClipWriter {
@@ -50,7 +49,7 @@ QString ClipWriter::write(const QString& fileName, int seconds) {
     if (m_scene.isNull() || !m_picture || !m_packet)
         return QStringLiteral("out of memory");
     QString error = openEncoders();
-    DemoTone tone(std::max(1, m_audio.sampleRate()), kToneHertz);
+    DemoTone tone(std::max(1, m_audio.sampleRate()));
     std::vector<float> samples(size_t(m_audio.samplesPerFrame()));
     const int64_t count = int64_t{seconds} * m_config.format.framesPerSecond;
     for (int64_t index = 0; index < count && error.isEmpty() && m_result >= 0; ++index) {

@@ -12,7 +12,6 @@ namespace orvelle {
 
 namespace {
 
-constexpr double kToneHertz = 440.0;
 constexpr int64_t kMaxLagUs = 500'000;  ///< sound that is later starts its clock anew
 
 int64_t wallClockUs() {
@@ -103,7 +102,7 @@ void DemoFeed::shoot(int64_t timeUs) {
 }
 
 void DemoFeed::runAudio() {
-    DemoTone tone(m_audioEncoder.sampleRate(), kToneHertz);
+    DemoTone tone(m_audioEncoder.sampleRate());
     std::vector<float> samples(static_cast<size_t>(m_audioEncoder.samplesPerFrame()));
     const auto deliver = [this](const EncodedFrame& frame) { emitFrame(frame); };
     const int64_t blockUs =

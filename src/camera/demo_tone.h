@@ -9,13 +9,12 @@ namespace orvelle {
 /// sample clock so that sound and picture can be compared by ear. One thread.
 class DemoTone {
 public:
-    DemoTone(int sampleRate, double hertz);
+    explicit DemoTone(int sampleRate);
 
     void fill(std::vector<float>& samples);
 
 private:
     const int m_sampleRate;
-    const double m_hertz;
     int64_t m_sample = 0;
 };
 

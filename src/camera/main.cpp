@@ -133,6 +133,34 @@ bool claimUid(const QString& uid, std::vector<std::unique_ptr<SingleInstance>>& 
     return claims.back()->acquire();
 }
 
+/// Until the program is told to stop or, where it is not repeated, the source ends.
+void runUntilEnd(QCoreApplication& application, const Feed& feed, bool isRepeated) {
+    QTimer endCheck;
+    QObject::connect(&endCheck, &QTimer::timeout, &application, [&] {
+        if (feed.isEnded())
+            application.quit();
+    });
+    if (!isRepeated)
+        endCheck.start(kEndCheckMs);
+    application.exec();
+}
+
+/// kStopped once all are reachable and announced, kNoPort at the first that cannot be.
+ExitCode startCameras(const std::vector<std::unique_ptr<Camera>>& cameras,
+                      const CameraOptions& options) {
+    for (const auto& camera : cameras) {
+        const int result = camera->start();
+        if (result < 0) {
+            fail(kNoPort, QStringLiteral("camera %1 cannot start: %2 (--bind %3)")
+                              .arg(camera->profile().uid, QLatin1String(linkResultText(result)),
+                                   options.bindAddress));
+            return kNoPort;
+        }
+        announce(*camera, options.password);
+    }
+    return kStopped;
+}
+
 int runCameras(QCoreApplication& application, const CameraOptions& options,
                std::unique_ptr<HeldQuitSignals>& held) {
     const QuitSignals quitSignals([&application] { application.quit(); });
@@ -154,34 +182,15 @@ int runCameras(QCoreApplication& application, const CameraOptions& options,
     feed->start();
     if (card)
         card->start();
-    const auto stop = [&] {
-        for (const auto& camera : cameras)
-            camera->stop();
-        if (card)
-            card->stop();
-        feed->stop();
-    };
-    for (const auto& camera : cameras) {
-        const int result = camera->start();
-        if (result < 0) {
-            stop();
-            return fail(kNoPort,
-                        QStringLiteral("camera %1 cannot start: %2 (--bind %3)")
-                            .arg(camera->profile().uid, QLatin1String(linkResultText(result)),
-                                 options.bindAddress));
-        }
-        announce(*camera, options.password);
-    }
-    QTimer endCheck;
-    QObject::connect(&endCheck, &QTimer::timeout, &application, [&] {
-        if (feed->isEnded())
-            application.quit();
-    });
-    if (!options.isRepeated)
-        endCheck.start(kEndCheckMs);
-    application.exec();
-    stop();
-    return kStopped;
+    const ExitCode code = startCameras(cameras, options);
+    if (code == kStopped)
+        runUntilEnd(application, *feed, options.isRepeated);
+    for (const auto& camera : cameras)
+        camera->stop();
+    if (card)
+        card->stop();
+    feed->stop();
+    return code;
 }
 
 QString makeFile(const CameraOptions& options) {

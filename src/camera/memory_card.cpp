@@ -138,7 +138,7 @@ void MemoryCard::record(const Work& work) {
         qCWarning(lcCamera, "the memory card is too slow: part of a recording is missing");
         m_recorder.close();
     }
-    if (m_recorder.takeKeyWish() && m_feed->makesKeyFrames())
+    if (m_recorder.takeKeyRequest() && m_feed->makesKeyFrames())
         m_feed->requestKeyFrame();
 }
 

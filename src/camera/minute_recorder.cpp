@@ -28,8 +28,8 @@ void MinuteRecorder::take(const EncodedFrame& frame, int64_t wallOffsetUs) {
     } else if (isStartDue(frame, wallOffsetUs)) {
         if (frame.isKey)
             begin(frame, wallOffsetUs);
-        else if (m_isRunning && !std::exchange(m_isWishTold, true))
-            m_isKeyWished = true;
+        else if (m_isRunning && !std::exchange(m_hasRequestedKey, true))
+            m_isKeyRequested = true;
     }
     if (!m_held.empty() || (m_isRunning && !m_writer.isOpen()))
         hold(frame);
@@ -37,8 +37,8 @@ void MinuteRecorder::take(const EncodedFrame& frame, int64_t wallOffsetUs) {
         write(frame);
 }
 
-bool MinuteRecorder::takeKeyWish() {
-    return std::exchange(m_isKeyWished, false);
+bool MinuteRecorder::takeKeyRequest() {
+    return std::exchange(m_isKeyRequested, false);
 }
 
 bool MinuteRecorder::isStartDue(const EncodedFrame& frame, int64_t wallOffsetUs) const {
@@ -53,7 +53,7 @@ void MinuteRecorder::begin(const EncodedFrame& key, int64_t wallOffsetUs) {
                          nowSec <= nextSec + kLongestGroupSec;
     close();
     m_isRunning = true;
-    m_isWishTold = false;
+    m_hasRequestedKey = false;
     m_startSec = follows ? nextSec : nowSec;
     m_offsetUs = wallOffsetUs;
     m_codecId = key.codecId;

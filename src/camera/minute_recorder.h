@@ -20,8 +20,8 @@ public:
 
     /// `wallOffsetUs` is what the wall clock is ahead of the camera clock now.
     void take(const EncodedFrame& frame, int64_t wallOffsetUs);
-    /// Whether a minute is over and waits for a key frame; told once each.
-    bool takeKeyWish();
+    /// Whether a minute is over and waits for a key frame; true once for each.
+    bool takeKeyRequest();
 
     /// Finishes the current recording.
     void close();
@@ -45,8 +45,8 @@ private:
     int64_t m_startSec = 0;
     int64_t m_offsetUs = 0;
     uint16_t m_codecId = 0;
-    bool m_isKeyWished = false;
-    bool m_isWishTold = false;
+    bool m_isKeyRequested = false;
+    bool m_hasRequestedKey = false;
     std::optional<RecordedSound> m_sound;
     bool m_isSoundAwaited = true;  ///< only by the first recording
     std::vector<EncodedFrame> m_held;

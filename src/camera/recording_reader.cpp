@@ -5,7 +5,6 @@
 #include <utility>
 
 #include "frames/camera_codecs.h"
-#include "link/limits.h"
 
 namespace orvelle {
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <vector>
 
 #include "frames/camera_codecs.h"
 #include "frames/parameter_sets.h"
@@ -14,16 +15,6 @@ namespace {
 
 constexpr char kClusterMs[] = "1000";  ///< what a crash may cost
 constexpr AVRational kMilliseconds = {1, 1000};
-
-bool setExtradata(AVCodecParameters* parameters, const std::vector<uint8_t>& bytes) {
-    parameters->extradata =
-        static_cast<uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-    if (!parameters->extradata || bytes.empty())
-        return false;
-    std::memcpy(parameters->extradata, bytes.data(), bytes.size());
-    parameters->extradata_size = static_cast<int>(bytes.size());
-    return true;
-}
 
 }  // namespace
 
@@ -51,8 +42,9 @@ bool describeVideo(AVStream* stream, const FeedFormat& format, const EncodedFram
     parameters->width = format.width;
     parameters->height = format.height;
     stream->avg_frame_rate = {format.framesPerSecond, 1};
-    return setExtradata(parameters,
-                        parameterSets(parameters->codec_id, key.bytes->data(), key.bytes->size()));
+    const std::vector<uint8_t> sets =
+        parameterSets(parameters->codec_id, key.bytes->data(), key.bytes->size());
+    return !sets.empty() && setExtradata(*parameters, sets);
 }
 
 RecordingWriter::RecordingWriter() : m_packet(av_packet_alloc()) {}
@@ -97,7 +89,7 @@ bool RecordingWriter::addSound(const RecordedSound& sound) {
     parameters->bits_per_coded_sample = sound.adts ? 0 : 8;
     parameters->block_align = sound.adts ? 0 : 1;
     av_channel_layout_default(&parameters->ch_layout, sound.adts ? sound.adts->channels : 1);
-    return !sound.adts || setExtradata(parameters, audioConfigOf(*sound.adts));
+    return !sound.adts || setExtradata(*parameters, audioConfigOf(*sound.adts));
 }
 
 // Writes are buffered: what failed meanwhile shows in the file's own error.

@@ -14,8 +14,8 @@ constexpr AVRational kMicroseconds = {1, 1'000'000};
 
 }  // namespace
 
-SoundNormaliser::SoundNormaliser(AVCodecID codec, Emit deliver)
-    : m_codec(codec), m_emit(std::move(deliver)), m_block(av_frame_alloc()) {}
+SoundNormaliser::SoundNormaliser(AVCodecID codec, Deliver deliver)
+    : m_codec(codec), m_deliver(std::move(deliver)), m_block(av_frame_alloc()) {}
 
 QString SoundNormaliser::open(const AVStream& stream) {
     m_decoder.reset();
@@ -74,7 +74,7 @@ bool SoundNormaliser::pass(const AVPacket& packet) {
     frame.isKey = true;
     frame.timeUs = packet.pts;
     frame.bytes = std::make_shared<std::vector<uint8_t>>(std::move(bytes));
-    m_emit(frame);
+    m_deliver(frame);
     return true;
 }
 
@@ -99,7 +99,7 @@ void SoundNormaliser::encodeBlock(AVFrame& block) {
         swr_convert(m_resampler.get(), &out, room, const_cast<const uint8_t**>(block.extended_data),
                     block.nb_samples);
     if (count > 0)
-        m_encoder.encode(m_samples.data(), count, block.best_effort_timestamp, m_emit);
+        m_encoder.encode(m_samples.data(), count, block.best_effort_timestamp, m_deliver);
 }
 
 bool SoundNormaliser::openResampler(AVFrame& block) {

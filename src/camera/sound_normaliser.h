@@ -17,10 +17,10 @@ namespace orvelle {
 /// every frame fits the link; anything else is encoded anew. One thread.
 class SoundNormaliser {
 public:
-    using Emit = std::function<void(const EncodedFrame&)>;
+    using Deliver = std::function<void(const EncodedFrame&)>;
 
     /// `codec` is AAC, PCM_ALAW, or NONE to drop all sound.
-    SoundNormaliser(AVCodecID codec, Emit deliver);
+    SoundNormaliser(AVCodecID codec, Deliver deliver);
 
     /// Takes a new stream; empty on success, else one line of reason.
     QString open(const AVStream& stream);
@@ -36,7 +36,7 @@ private:
     bool openResampler(AVFrame& block);
 
     const AVCodecID m_codec;
-    const Emit m_emit;
+    const Deliver m_deliver;
     CodecParametersPtr m_parameters;
     std::optional<AdtsFormat> m_adts;  ///< of raw AAC that passes
     bool m_isPassing = false;

@@ -46,9 +46,9 @@ bool canPass(AVCodecID codec) {
 
 }  // namespace
 
-StreamNormaliser::StreamNormaliser(NormaliserConfig config, Emit deliver)
+StreamNormaliser::StreamNormaliser(NormaliserConfig config, Deliver deliver)
     : m_config(config),
-      m_emit(std::move(deliver)),
+      m_deliver(std::move(deliver)),
       m_filtered(av_packet_alloc()),
       m_picture(av_frame_alloc()) {}
 
@@ -142,7 +142,7 @@ bool StreamNormaliser::pass(const AVPacket& packet) {
         av_packet_unref(m_filtered.get());
         if (frame.bytes->size() > size_t{kMaxVideoFrameBytes})
             return false;
-        m_emit(frame);
+        m_deliver(frame);
     }
     return true;
 }
@@ -207,7 +207,7 @@ void StreamNormaliser::encodePicture(AVFrame* picture) {
         return;
     const bool forceKey = std::exchange(m_isKeyDue, false);
     if (const auto frame = m_encoder.encode(input, timeUs, forceKey))
-        m_emit(*frame);
+        m_deliver(*frame);
 }
 
 AVFrame* StreamNormaliser::fitted(AVFrame* picture) {

@@ -16,8 +16,6 @@ extern "C" {
 
 namespace orvelle {
 
-using BsfPtr = std::unique_ptr<AVBSFContext, FfmpegDeleter<av_bsf_free>>;
-
 struct NormaliserConfig {
     AVCodecID codec = AV_CODEC_ID_H264;  ///< where encoding is needed
     int maxHeight = 1080;                ///< larger pictures are scaled down to it
@@ -31,9 +29,9 @@ struct NormaliserConfig {
 /// pictures on. One thread.
 class StreamNormaliser {
 public:
-    using Emit = std::function<void(const EncodedFrame&)>;
+    using Deliver = std::function<void(const EncodedFrame&)>;
 
-    StreamNormaliser(NormaliserConfig config, Emit deliver);
+    StreamNormaliser(NormaliserConfig config, Deliver deliver);
 
     /// Takes a new stream; empty on success, else one line of reason.
     QString open(const AVStream& stream);
@@ -57,11 +55,11 @@ private:
     AVFrame* fitted(AVFrame* picture);
 
     const NormaliserConfig m_config;
-    const Emit m_emit;
+    const Deliver m_deliver;
     CodecParametersPtr m_parameters;
     FeedFormat m_format;
 
-    BsfPtr m_filter;  ///< passing
+    BitstreamFilterPtr m_filter;  ///< passing
     PacketPtr m_filtered;
     std::vector<uint8_t> m_parameterSets;  ///< of the stream's header, Annex B
 

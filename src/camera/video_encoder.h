@@ -10,9 +10,8 @@
 namespace orvelle {
 
 /// H.264 or HEVC for live viewing: one packet out for each picture in, no B frames, a key frame
-/// with its parameter sets every two seconds and on request, none above the
-/// link's limit.
-/// One thread.
+/// with its parameter sets every two seconds and on request, no frame above the link's limit. One
+/// thread.
 class VideoEncoder {
 public:
     VideoEncoder();

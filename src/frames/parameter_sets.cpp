@@ -1,5 +1,11 @@
 #include "frames/parameter_sets.h"
 
+#include <algorithm>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+
 namespace orvelle {
 
 namespace {
@@ -85,6 +91,17 @@ std::vector<uint8_t> parameterSets(AVCodecID codec, const uint8_t* bytes, size_t
     if (kindsSeen != (1 << types->setKinds) - 1)
         sets.clear();
     return sets;
+}
+
+bool setExtradata(AVCodecParameters& codec, const std::vector<uint8_t>& bytes) {
+    auto* copy = static_cast<uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+    if (!copy)
+        return false;
+    std::copy(bytes.begin(), bytes.end(), copy);
+    av_free(codec.extradata);
+    codec.extradata = copy;
+    codec.extradata_size = static_cast<int>(bytes.size());
+    return true;
 }
 
 }  // namespace orvelle

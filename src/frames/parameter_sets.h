@@ -8,6 +8,8 @@ extern "C" {
 #include <libavcodec/codec_id.h>
 }
 
+struct AVCodecParameters;
+
 namespace orvelle {
 
 /// One NAL unit inside an Annex B byte stream; offsets into that stream.
@@ -36,5 +38,8 @@ private:
 /// picture in an access unit, with their start codes, in their order. Empty when a needed kind is
 /// missing, and for other codecs.
 std::vector<uint8_t> parameterSets(AVCodecID codec, const uint8_t* bytes, size_t size);
+
+/// Replaces the codec header by a copy of `bytes`; false when out of memory.
+bool setExtradata(AVCodecParameters& codec, const std::vector<uint8_t>& bytes);
 
 }  // namespace orvelle

@@ -1,5 +1,7 @@
 #include "media/adts_filter.h"
 
+#include "frames/parameter_sets.h"
+
 namespace orvelle {
 
 namespace {

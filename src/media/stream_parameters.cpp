@@ -3,18 +3,9 @@
 #include <algorithm>
 #include <utility>
 
-namespace orvelle {
+#include "frames/parameter_sets.h"
 
-bool setExtradata(AVCodecParameters& codec, const std::vector<uint8_t>& bytes) {
-    auto* copy = static_cast<uint8_t*>(av_mallocz(bytes.size() + AV_INPUT_BUFFER_PADDING_SIZE));
-    if (!copy)
-        return false;
-    std::copy(bytes.begin(), bytes.end(), copy);
-    av_free(codec.extradata);
-    codec.extradata = copy;
-    codec.extradata_size = static_cast<int>(bytes.size());
-    return true;
-}
+namespace orvelle {
 
 bool hasExtradata(const AVCodecParameters& codec, const std::vector<uint8_t>& bytes) {
     const uint8_t* own = codec.extradata;

@@ -17,8 +17,6 @@ struct StreamParameters {
     StreamParameters copy() const;  ///< empty when out of memory
 };
 
-/// Replaces the codec header; false when out of memory.
-bool setExtradata(AVCodecParameters& codec, const std::vector<uint8_t>& bytes);
 bool hasExtradata(const AVCodecParameters& codec, const std::vector<uint8_t>& bytes);
 
 /// The parameters that a decoding thread publishes for others to copy. Any thread.

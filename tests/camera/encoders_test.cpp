@@ -76,7 +76,7 @@ private:
         AudioEncoder encoder;
         QCOMPARE(encoder.open(codec), QString());
         QCOMPARE(encoder.sampleRate(), rate);
-        DemoTone tone(rate, 440.0);
+        DemoTone tone(rate);
         test::FrameCollector out;
         std::vector<float> samples(size_t(rate) / 50 + 3);  // fills no frame evenly
         for (int64_t first = 0; first < 2 * rate; first += int64_t(samples.size())) {

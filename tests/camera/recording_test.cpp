@@ -119,16 +119,16 @@ private slots:
         QFETCH(int, pauseSec);
         QFETCH(int, stepSec);
         Card card;
-        int wishes = 0;
+        int requests = 0;
         for (EncodedFrame frame : test::quickStream(129)) {
             const bool isLate = frame.timeUs >= 70 * kSecond;
             frame.timeUs += isLate ? pauseSec * kSecond : 0;
             card.recorder.take(frame, kOriginUs + (isLate ? stepSec * kSecond : 0));
-            wishes += card.recorder.takeKeyWish();
+            requests += card.recorder.takeKeyRequest();
         }
         card.recorder.close();
         QTEST(runsOf(card.store), "runs");
-        QVERIFY(wishes >= 1 && wishes <= 2);
+        QVERIFY(requests >= 1 && requests <= 2);
     }
 
     void unfinishedRecording_isKeptIfItPlays_afterACrash_data() {
