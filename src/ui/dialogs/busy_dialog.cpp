@@ -2,7 +2,6 @@
 
 #include <QLabel>
 #include <QPainter>
-#include <QTimer>
 
 #include "ui/palette.h"
 #include "ui/widgets/animation_view.h"
@@ -18,8 +17,6 @@ constexpr int kPictureLift = 180;
 constexpr QSize kLabelSize(260, 30);
 constexpr int kLabelBottom = 80;
 constexpr int kLabelPixels = 15;
-constexpr int kActivationMs = 500;  // at most; a program behind others gets none
-constexpr int kActivationPollMs = 10;
 
 // The picture is drawn white, for dark grounds; here it lies on white.
 QPixmap turningPicture() {
@@ -44,17 +41,8 @@ BusyDialog::BusyDialog(const QString& text, QWidget* parent)
     KvWidgetUtils::setFont(m_label, kLabelPixels);
 }
 
-/// A window that goes before the window manager is done with its coming may leave the keyboard
-/// with none at all.
 void BusyDialog::done(int result) {
-    if (!isVisible() || isActiveWindow() || m_sinceShown.elapsed() >= kActivationMs) {
-        KvDialog::done(result);
-        return;
-    }
-    QTimer::singleShot(kActivationPollMs, this, [this, result] {
-        if (isVisible())
-            done(result);
-    });
+    doneOnceActive(result);
 }
 
 void BusyDialog::resizeEvent(QResizeEvent*) {
@@ -64,8 +52,8 @@ void BusyDialog::resizeEvent(QResizeEvent*) {
                          kLabelSize.width(), kLabelSize.height());
 }
 
-void BusyDialog::showEvent(QShowEvent*) {
-    m_sinceShown.start();
+void BusyDialog::showEvent(QShowEvent* event) {
+    KvDialog::showEvent(event);
     m_animation->start();
 }
 

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <QElapsedTimer>
-
 #include "ui/dialogs/dialog.h"
 
 class KvAnimationView;
@@ -16,7 +14,6 @@ class BusyDialog : public KvDialog {
 
 public:
     void reject() override {}
-    /// Waits for the dialog to be the active window, half a second at most.
     void done(int result) override;
 
 protected:
@@ -29,7 +26,6 @@ protected:
 private:
     KvAnimationView* m_animation;  ///< child, as the label
     QLabel* m_label;
-    QElapsedTimer m_sinceShown;
 };
 
 }  // namespace orvelle

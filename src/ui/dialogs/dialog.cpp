@@ -2,10 +2,18 @@
 
 #include <QKeyEvent>
 #include <QMouseEvent>
+#include <QTimer>
 #include <QtDebug>
 
 #include "ui/widgets/placement.h"
 #include "ui/widgets/widget_utils.h"
+
+namespace {
+
+constexpr int kActivationMs = 500;  // at most; a program behind others gets none
+constexpr int kActivationPollMs = 10;
+
+}  // namespace
 
 KvDialog::KvDialog(QWidget* parent) : QDialog(parent, Qt::Dialog | Qt::FramelessWindowHint) {
     setStyleSheet(QStringLiteral("QDialog{background-color:white; border: 1px solid #CCCCCC;}"));
@@ -19,6 +27,24 @@ int KvDialog::execCentred(const QWidget* over, int leftInset) {
     if (over)
         orvelle::centreOver(*this, *over, leftInset);
     return exec();
+}
+
+/// A window that goes before the window manager is done with its coming may leave the keyboard
+/// with none at all.
+void KvDialog::doneOnceActive(int result) {
+    if (!isVisible() || isActiveWindow() || m_sinceShown.elapsed() >= kActivationMs) {
+        QDialog::done(result);
+        return;
+    }
+    QTimer::singleShot(kActivationPollMs, this, [this, result] {
+        if (isVisible())
+            doneOnceActive(result);
+    });
+}
+
+void KvDialog::showEvent(QShowEvent* event) {
+    m_sinceShown.start();
+    QDialog::showEvent(event);
 }
 
 void KvDialog::keyPressEvent(QKeyEvent* event) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDialog>
+#include <QElapsedTimer>
 #include <QPoint>
 
 /// The base of the program's dialogs: without a frame of the window system, white with a thin
@@ -21,6 +22,11 @@ public:
     int execCentred(const QWidget* over, int leftInset = 0);
 
 protected:
+    /// done() for a dialog that may end by itself just after it came: waits for it to be the active
+    /// window, half a second at most.
+    void doneOnceActive(int result);
+
+    void showEvent(QShowEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
@@ -29,5 +35,6 @@ protected:
 private:
     bool m_draggable = true;
     bool m_dragging = false;
+    QElapsedTimer m_sinceShown;
     QPoint m_location;  ///< of the grabbed point in the dialog
 };

@@ -91,6 +91,10 @@ void KvFileDownloaderDialog::reject() {
     KvDialog::reject();
 }
 
+void KvFileDownloaderDialog::done(int result) {
+    doneOnceActive(result);
+}
+
 void KvFileDownloaderDialog::onClickCloseButton(bool) {
     reject();
 }

@@ -22,6 +22,7 @@ public:
     orvelle::FileDownloader::Outcome outcome() const { return m_downloader.outcome(); }
 
     void reject() override;
+    void done(int result) override;
 
 signals:
     /// The share that is there; 1 when the file has its name, below 0 after a failure.
