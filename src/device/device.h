@@ -62,7 +62,9 @@ public:
     virtual bool equals(const KvDevice* other) const { return other == this; }
     virtual bool operator==(const KvDevice& other) const;
 
+    /// False when a file of the device is still there.
     virtual bool removeFile() { return false; }
+    /// 0 when the file was not written, else another value.
     virtual int save() { return 0; }
 
     /// A new live input of the media pipeline for this device; the caller owns it. Null when

@@ -61,7 +61,7 @@ void KvDeviceManager::release() {
     if (!manager)
         return;
     manager->m_reaper.clear();
-    manager->stopProcedure();
+    manager->endInitThread();
     log("KvDeviceManager release clear devices began\n", kLogInfo);
     manager->clearDevices();
     log("KvDeviceManager release clear devices ended\n", kLogInfo);
@@ -104,11 +104,11 @@ void KvDeviceManager::launchInitThread() {
 
 void KvDeviceManager::stopInitThread() {
     log("Device Manager stopInitThread began\n", kLogInfo);
-    stopProcedure();
+    endInitThread();
     log("Device Manager stopInitThread ended\n", kLogInfo);
 }
 
-void KvDeviceManager::stopProcedure() {
+void KvDeviceManager::endInitThread() {
     log("KvDeviceManager release thread began\n", kLogInfo);
     std::unique_lock<std::mutex> lock(m_threadMutex);
     if (const auto thread = std::move(m_initThread)) {

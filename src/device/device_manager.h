@@ -4,7 +4,6 @@
 #include <QObject>
 #include <QString>
 
-#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -128,7 +127,7 @@ private:
     void sortGroups();
     void resolve(KvDeviceGroup& group) const;
     void launchInitThread();
-    void stopProcedure();
+    void endInitThread();
     void cancelCurrentDevice();
     void runRound(const KvThread& thread);
     void connectDevice(KvDevice& device);

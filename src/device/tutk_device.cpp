@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "core/thread.h"
 #include "core/timer.h"
-#include "device/command_threads.h"
 #include "device/device_input_factory.h"
 #include "link/device_code.h"
 #include "link/limits.h"
