@@ -4,7 +4,6 @@
 
 #include <algorithm>
 
-#include "ui/palette.h"
 #include "ui/widgets/text.h"
 
 void KvDeviceTableModel::setDevices(const std::vector<std::unique_ptr<KvTUTKDevice>>& devices) {

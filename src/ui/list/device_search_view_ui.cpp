@@ -4,7 +4,6 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
-#include <QToolButton>
 
 #include "ui/palette.h"
 #include "ui/widgets/text.h"

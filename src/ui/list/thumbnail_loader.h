@@ -4,7 +4,6 @@
 #include <QObject>
 #include <QPixmap>
 #include <QSet>
-#include <QSize>
 
 #include <memory>
 

@@ -18,7 +18,6 @@ public:
     void setState(int state);
     int state() const { return m_state; }
     void setHasRecordings(bool has);
-    bool hasRecordings() const { return m_hasRecordings; }
 
 signals:
     void click();

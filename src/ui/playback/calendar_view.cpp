@@ -11,6 +11,7 @@
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
+using orvelle::firstOfMonth;
 using orvelle::textKey;
 
 namespace {
@@ -31,10 +32,6 @@ QFont pointFont(int points) {
     QFont font{QLatin1String(orvelle::palette::kFontFamily)};
     font.setPointSize(points);
     return font;
-}
-
-QDate firstOfMonth(const QDate& date) {
-    return {date.year(), date.month(), 1};
 }
 
 /// Sundays stand in the first column; at least one day of the month before is shown.

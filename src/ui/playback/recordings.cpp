@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "device/device_messages.h"
+#include "ui/playback/time_line_rules.h"
 
 namespace orvelle {
 
@@ -15,10 +16,6 @@ namespace {
 constexpr int kFileSeconds = 60;
 /// A camera in another time zone has other edges of the month.
 constexpr int kZoneSeconds = 24 * 3600;
-
-QDate firstOfMonth(const QDate& day) {
-    return {day.year(), day.month(), 1};
-}
 
 qint64 startOf(const QDate& day) {
     return day.startOfDay().toSecsSinceEpoch();
@@ -156,7 +153,7 @@ int Recordings::indexOn(const QDate& day) const {
     return static_cast<int>(first - m_all.cbegin());
 }
 
-bool Recordings::mayCome(const QDate& day) const {
+bool Recordings::isAnswerPending(const QDate& day) const {
     const QDate month = firstOfMonth(day);
     return std::any_of(m_asked.cbegin(), m_asked.cend(), [&month](const Request& request) {
         return request.month == month || request.month == month.addMonths(1);
@@ -165,7 +162,7 @@ bool Recordings::mayCome(const QDate& day) const {
 
 Recordings::Start Recordings::takeStart() {
     const bool isFirst = std::exchange(m_isFirstList, false);
-    if (m_awaitedDay.isValid() && !mayCome(m_awaitedDay)) {
+    if (m_awaitedDay.isValid() && !isAnswerPending(m_awaitedDay)) {
         const int index = indexOn(std::exchange(m_awaitedDay, QDate()));
         return {index, index < 0};
     }

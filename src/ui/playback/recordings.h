@@ -63,7 +63,7 @@ public:
     /// The day to be played as soon as its month is known; invalid for none.
     void awaitDay(const QDate& day) { m_awaitedDay = day; }
     /// Whether an answer that is still to come may tell more of this day.
-    bool mayCome(const QDate& day) const;
+    bool isAnswerPending(const QDate& day) const;
     struct Start {
         int index = -1;
         bool isMissing = false;  ///< the awaited day turned out to be empty

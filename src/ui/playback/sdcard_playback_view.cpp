@@ -1,7 +1,6 @@
 #include "ui/playback/sdcard_playback_view.h"
 
 #include <QCoreApplication>
-#include <QtDebug>
 
 #include <chrono>
 #include <limits>
@@ -10,7 +9,6 @@
 #include "media/tutk_player.h"
 #include "render/video_view.h"
 #include "ui/list/device_state_text.h"
-#include "ui/palette.h"
 #include "ui/playback/calendar_dialog.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/video_time_line_view.h"
@@ -22,7 +20,7 @@ using UI = KvSDCardPlaybackViewUI;
 
 namespace {
 
-constexpr QSize kLeastSize(660, 500);
+constexpr QSize kMinSize(660, 500);
 constexpr int kClockMs = 1000;
 constexpr int kCoverDelayMs = 500;
 constexpr int kBarsMs = 3000;
@@ -38,7 +36,7 @@ int secondsNow() {
 
 KvSDCardPlaybackView::KvSDCardPlaybackView(QWidget* parent)
     : QWidget(parent), m_ui(new UI(this)), m_player(std::make_unique<KvTUTKPlayer>()) {
-    setMinimumSize(kLeastSize);
+    setMinimumSize(kMinSize);
     setFocusPolicy(Qt::StrongFocus);
     // Reports the mouse over the children too, which take its moves.
     setAttribute(Qt::WA_Hover);

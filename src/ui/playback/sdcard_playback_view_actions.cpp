@@ -219,7 +219,7 @@ void KvSDCardPlaybackView::playDay(const QDate& day) {
         return;
     }
     requestFiles(day);
-    if (m_recordings.mayCome(day))
+    if (m_recordings.isAnswerPending(day))
         m_recordings.awaitDay(day);
     else
         m_toast.show(this, orvelle::text("no_recordings_on_this_day"));

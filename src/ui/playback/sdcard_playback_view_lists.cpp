@@ -6,6 +6,7 @@
 #include "device/tutk_device.h"
 #include "ui/playback/calendar_dialog.h"
 #include "ui/playback/sdcard_playback_view.h"
+#include "ui/playback/time_line_rules.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/widgets/text.h"
 
@@ -94,7 +95,7 @@ void KvSDCardPlaybackView::refreshQuietly() {
         m_recordings.giveUpQuiet();
     const QDate today = QDate::currentDate();
     const QDate shown = QDateTime::fromSecsSinceEpoch(m_ui->timeLine()->value()).date();
-    const bool isPresent = shown >= QDate(today.year(), today.month(), 1);
+    const bool isPresent = shown >= orvelle::firstOfMonth(today);
     if (sinceAskedMs < kRefreshMs || !isPresent || m_ui->isNoCardShown() || isAwaitingAnswer())
         return;
     if (m_recordings.askAgain(today, true) && !sendListRequest(today))

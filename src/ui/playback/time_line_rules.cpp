@@ -100,6 +100,10 @@ std::vector<bool> recordedDays(const TimeSpans& spans, const QDate& first, int d
     return recorded;
 }
 
+QDate firstOfMonth(const QDate& date) {
+    return {date.year(), date.month(), 1};
+}
+
 int limited(qint64 time, int minimum, int maximum) {
     if (minimum >= 1)
         time = std::max<qint64>(time, minimum);

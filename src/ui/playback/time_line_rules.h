@@ -35,6 +35,8 @@ std::optional<int> snapped(const TimeSpans& spans, int time);
 /// For each of `days` local days from `first`, whether something was recorded on it.
 std::vector<bool> recordedDays(const TimeSpans& spans, const QDate& first, int days);
 
+QDate firstOfMonth(const QDate& date);
+
 /// Limits below 1 are none; the maximum wins.
 int limited(qint64 time, int minimum, int maximum);
 

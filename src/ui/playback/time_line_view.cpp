@@ -27,7 +27,7 @@ constexpr QColor kPointer(255, 255, 255, 110);
 constexpr QColor kMomentGround(0, 0, 0, 190);
 constexpr int kMajorLength = 25;
 constexpr int kMinorLength = 15;
-constexpr int kLeastMark = 2;  // a minute among days would not be seen
+constexpr int kMinMarkWidth = 2;  // a minute among days would not be seen
 constexpr int kLabelPixels = 9;
 constexpr int kLabelHeight = 11;
 constexpr int kMomentPixels = 11;
@@ -241,7 +241,7 @@ void KvTimeLineView::paintMarks(QPainter& painter) const {
         const qint64 begin = scale.xOf(span->start);
         const qint64 left = qMax(painted, scale.xOf(qMax<qint64>(span->start, m_minimum)));
         const qint64 right =
-            qMin<qint64>(width() - 1, qMax(begin + kLeastMark, scale.xOf(span->end)));
+            qMin<qint64>(width() - 1, qMax(begin + kMinMarkWidth, scale.xOf(span->end)));
         if (left >= right)
             continue;
         painter.fillRect(QRectF(left, 0, right - left, height() - 2), kMarks);

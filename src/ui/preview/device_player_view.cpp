@@ -1,6 +1,5 @@
 #include "ui/preview/device_player_view.h"
 
-#include <QDir>
 #include <QHoverEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -138,7 +137,7 @@ void KvDevicePlayerView::resetControls() {
     showPlaying(true);
 }
 
-/// A lost order is asked again with every new start, as a camera may have been restarted too.
+/// Asked again with every new start: a request may be lost, and a camera restarted.
 void KvDevicePlayerView::requestCameraFacts() {
     if (!m_tutkDevice)
         return;

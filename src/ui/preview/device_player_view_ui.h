@@ -41,7 +41,6 @@ public:
     void setName(const QString& name);
     void setStateText(const QString& state);
     void setBarsVisible(bool visible);
-    bool areBarsVisible() const { return m_barsVisible; }
     /// Whether the keyboard is at one of the bars' buttons.
     bool hasFocusInBars() const;
     bool isMouseInBars() const;

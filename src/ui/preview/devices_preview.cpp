@@ -5,7 +5,6 @@
 #include "device/tutk_device.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/info/device_info_view.h"
-#include "ui/logging.h"
 #include "ui/palette.h"
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/preview/device_player_view.h"

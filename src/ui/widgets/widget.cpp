@@ -26,11 +26,6 @@ void KvWidget::setBorder(int width, int radius, const QColor& color) {
     setBorder(width, radius);
 }
 
-void KvWidget::setBorderColor(const QColor& color) {
-    m_borderColor = color;
-    update();
-}
-
 void KvWidget::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

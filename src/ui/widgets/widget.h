@@ -17,9 +17,6 @@ public:
     /// Pixels; a width of 0 draws no outline.
     void setBorder(int width, int radius);
     void setBorder(int width, int radius, const QColor& color);
-    void setBorderColor(const QColor& color);
-
-    const QColor& backgroundColor() const { return m_backgroundColor; }
 
 protected:
     void paintEvent(QPaintEvent* event) override;
