@@ -24,7 +24,7 @@ class InitThreadPause;
 /// connected by a thread that goes round the list.
 ///
 /// Locks, in this order: the device lock (lockDevices), which the thread holds for a whole
-/// round, seconds when cameras are off; then the leaves: current device, list, groups. The
+/// round, seconds when cameras are off; then one of current device, list, groups. The
 /// interface thread calls only what is marked "short"; the rest waits for a round to end, so
 /// it belongs to workers, which call stopInitThread() first.
 class KvDeviceManager : public QObject {
