@@ -1,6 +1,9 @@
 #include "app/language_choice.h"
 
+#include <QCoreApplication>
+#include <QLibraryInfo>
 #include <QLocale>
+#include <QTranslator>
 
 #include "core/configure.h"
 #include "core/language.h"
@@ -16,9 +19,15 @@ QString chooseLanguage() {
                                                     : QStringLiteral("english");
 }
 
-void loadChosenLanguage() {
+void loadChosenLanguage(QTranslator& toolkit) {
     KvLanguage::setRoot(languageFolder());
-    KvLanguage::load(chooseLanguage());
+    const QString language = chooseLanguage();
+    KvLanguage::load(language);
+    QCoreApplication::removeTranslator(&toolkit);
+    if (language == QLatin1String("chinese") &&
+        toolkit.load(QStringLiteral("qt_zh_CN"),
+                     QLibraryInfo::location(QLibraryInfo::TranslationsPath)))
+        QCoreApplication::installTranslator(&toolkit);
 }
 
 }  // namespace orvelle

@@ -1,6 +1,7 @@
 #include "app/start_up.h"
 
 #include <QMessageBox>
+#include <QTranslator>
 
 #include <optional>
 
@@ -93,9 +94,10 @@ int runOrvelle(int argc, char** argv) {
     // The lock comes before the services: a second copy must not touch the cameras.
     SingleInstance singleInstance("Orvelle");
     std::unique_ptr<Services> services;
+    QTranslator toolkitTexts;
     int code = kRestart;
     while (code == kRestart) {
-        loadChosenLanguage();
+        loadChosenLanguage(toolkitTexts);
         chooseFont();
         if (!singleInstance.acquire()) {
             warnAlreadyRunning();

@@ -45,6 +45,7 @@ KvDeviceGroupSelectDialogUI::KvDeviceGroupSelectDialogUI(QWidget* parent)
       m_chosenAdapter(new KvDeviceGroupRemoveAdapter(this)),
       m_cameraList(new KvListView(this)),
       m_chosenList(new KvListView(this)),
+      m_chosenHint(new QLabel(this)),
       m_okButton(new QPushButton(this)),
       m_closeButton(new QPushButton(this)) {
     setUpLabels();
@@ -65,6 +66,13 @@ void KvDeviceGroupSelectDialogUI::setUpLabels() {
         KvWidgetUtils::setFont(label, label == m_title ? kTitleFontPixels : kFontPixels);
     }
     m_cameraHeading->setText(orvelle::text("device_list"));
+    m_chosenHint->setStyleSheet(
+        QStringLiteral("QLabel{color:%1;}").arg(QLatin1String(kPlaceholder)));
+    KvWidgetUtils::setFont(m_chosenHint, kFontPixels);
+    m_chosenHint->setText(orvelle::text("select_two_camera_at_least"));
+    m_chosenHint->setAlignment(Qt::AlignCenter);
+    m_chosenHint->setWordWrap(true);
+    m_chosenHint->setMargin(kColumnGap);
 }
 
 void KvDeviceGroupSelectDialogUI::setUpLists() {
@@ -97,6 +105,7 @@ void KvDeviceGroupSelectDialogUI::showCount(int chosen, int most) {
     m_counter->setText(QStringLiteral("%1 : %2/%3")
                            .arg(orvelle::text("watch_the_camera"), QString::number(chosen),
                                 QString::number(most)));
+    m_chosenHint->setVisible(chosen == 0);
 }
 
 void KvDeviceGroupSelectDialogUI::layOutColumn(int left, QLabel* heading, KvWidget* frame,
@@ -116,6 +125,7 @@ void KvDeviceGroupSelectDialogUI::resizeEvent(QResizeEvent* /*event*/) {
     m_nameEdit->setGeometry(kDialogMargin, kNameTop, inner, kFieldHeight);
     layOutColumn(kDialogMargin, m_cameraHeading, m_cameraFrame, m_cameraList);
     layOutColumn(width() - kDialogMargin - kColumnWidth, m_counter, m_chosenFrame, m_chosenList);
+    m_chosenHint->setGeometry(m_chosenList->geometry());
     m_okButton->setGeometry((width() - kOkSize.width()) / 2,
                             height() - kDialogMargin - kOkSize.height(), kOkSize.width(),
                             kOkSize.height());

@@ -48,6 +48,7 @@ private:
     KvDeviceGroupRemoveAdapter* m_chosenAdapter;
     KvListView* m_cameraList;
     KvListView* m_chosenList;
+    QLabel* m_chosenHint;  ///< in the list's place while nothing is chosen
     QPushButton* m_okButton;
     QPushButton* m_closeButton;
 };
