@@ -283,6 +283,19 @@ private slots:
         QCOMPARE(edit.placeholderText(), kText);
     }
 
+    void mouse_isNotInWhatWentFromUnderIt() {
+        QWidget window;
+        window.resize(300, 200);
+        QWidget part(&window);
+        part.setGeometry(0, 0, 100, 80);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QCursor::setPos(part.mapToGlobal(kInside));
+        QTRY_VERIFY(KvWidgetUtils::isMouseIn(part));
+        part.move(0, 100);
+        QVERIFY(!KvWidgetUtils::isMouseIn(part));
+    }
+
     void focusRing_followsTheKeyboardOnly() {
         QWidget window;
         window.resize(300, 100);

@@ -165,7 +165,7 @@ bool KvSDCardPlaybackViewUI::hasFocusInBars() const {
 }
 
 bool KvSDCardPlaybackViewUI::isMouseInBars() const {
-    return m_topBar->underMouse() || m_bottomBar->underMouse();
+    return KvWidgetUtils::isMouseIn(*m_topBar) || KvWidgetUtils::isMouseIn(*m_bottomBar);
 }
 
 void KvSDCardPlaybackViewUI::setLoadingShown(bool shown) {

@@ -201,7 +201,7 @@ bool KvDevicePlayerViewUI::hasFocusInBars() const {
 }
 
 bool KvDevicePlayerViewUI::isMouseInBars() const {
-    return m_topBar->underMouse() || m_bottomBar->underMouse();
+    return KvWidgetUtils::isMouseIn(*m_topBar) || KvWidgetUtils::isMouseIn(*m_bottomBar);
 }
 
 void KvDevicePlayerViewUI::setButtonShown(Button button, bool shown) {

@@ -1,5 +1,6 @@
 #include "ui/widgets/widget_utils.h"
 
+#include <QCursor>
 #include <QFile>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -162,6 +163,10 @@ void KvWidgetUtils::setUpImageButton(QPushButton* button, const QString& name, c
         button->setStyleSheet(buttonStyle(images));
     button->setCursor(Qt::PointingHandCursor);
     setToolTip(button, key);
+}
+
+bool KvWidgetUtils::isMouseIn(const QWidget& widget) {
+    return widget.underMouse() && widget.rect().contains(widget.mapFromGlobal(QCursor::pos()));
 }
 
 bool KvWidgetUtils::clickByEnter(const QWidget& window, const QKeyEvent& event) {

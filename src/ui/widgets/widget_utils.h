@@ -57,6 +57,9 @@ public:
     static void setToolTip(QWidget* widget, const char* key);
     /// Images, tooltip, accessible name and pointing hand of an image button.
     static void setUpImageButton(QPushButton* button, const QString& name, const char* key);
+    /// Also right for a widget that has gone from under a mouse at rest, of which the toolkit hears
+    /// with the next move only.
+    static bool isMouseIn(const QWidget& widget);
     /// For keys that no widget of a window took: Enter presses the button that has the focus, as
     /// Space does. False when there is none, or the key is another one.
     static bool clickByEnter(const QWidget& window, const QKeyEvent& event);
