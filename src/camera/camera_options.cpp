@@ -204,7 +204,7 @@ bool isUid(const QString& uid, int maxLength) {
            });
 }
 
-void judge(Reader& reader, const CameraOptions& options) {
+void validate(Reader& reader, const CameraOptions& options) {
     const int maxUid = options.cameras > 1 ? kMaxUidLength - 2 : kMaxUidLength;
     const bool isCamera = options.clipFile.isEmpty() && options.madeCard.isEmpty();
     if (reader.has("sd") && options.cardDirectory.isEmpty())
@@ -248,7 +248,7 @@ ParsedOptions parseOptions(const QStringList& arguments) {
         readIdentity(reader, parsed.options);
         readMedia(reader, parsed.options);
         parsed.options.password = readPassword(reader);
-        judge(reader, parsed.options);
+        validate(reader, parsed.options);
         parsed.error = reader.error();
     }
     return parsed;

@@ -14,7 +14,7 @@ namespace orvelle {
 
 namespace {
 
-constexpr int64_t kPatienceUs = 10'000'000;
+constexpr int64_t kTimeoutUs = 10'000'000;
 constexpr int64_t kUsualDurationUs = 40'000;
 constexpr int kStillFps = 15;
 constexpr AVRational kMicroseconds = {1, 1'000'000};
@@ -89,7 +89,7 @@ int MediaSource::shouldStop(void* self) {
 }
 
 void MediaSource::setDeadline() {
-    m_deadlineUs = av_gettime_relative() + kPatienceUs;
+    m_deadlineUs = av_gettime_relative() + kTimeoutUs;
 }
 
 bool MediaSource::isWebcam() const {
@@ -134,7 +134,7 @@ int MediaSource::openInput() {
         options.set("framerate", QString::number(m_config.webcamFps));
     } else if (isRtsp(m_config.url)) {
         options.set("rtsp_transport", QStringLiteral("tcp"));
-        options.set("timeout", QString::number(kPatienceUs / 2));
+        options.set("timeout", QString::number(kTimeoutUs / 2));
         options.set("fflags", QStringLiteral("nobuffer"));
     } else if (isStillPicture(m_config.url)) {
         options.set("framerate", QString::number(kStillFps));

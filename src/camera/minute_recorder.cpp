@@ -13,7 +13,7 @@ constexpr int64_t kSecondUs = 1'000'000;
 constexpr int64_t kMinuteUs = kRecordingSec * kSecondUs;
 constexpr int64_t kLongestGroupSec = 10;  ///< by which a minute may begin late and still follow
 constexpr int64_t kClockStepUs = 2 * kSecondUs;
-constexpr int64_t kSoundPatienceUs = kSecondUs;
+constexpr int64_t kSoundWaitUs = kSecondUs;
 constexpr int64_t kSoundBitsPerSecond = 64'000;
 
 }  // namespace
@@ -63,7 +63,7 @@ void MinuteRecorder::begin(const EncodedFrame& key, int64_t wallOffsetUs) {
 void MinuteRecorder::hold(const EncodedFrame& frame) {
     m_held.push_back(frame);
     const int64_t heldUs = frame.timeUs - m_held.front().timeUs;
-    if (m_isSoundAwaited && !m_sound && heldUs < kSoundPatienceUs)
+    if (m_isSoundAwaited && !m_sound && heldUs < kSoundWaitUs)
         return;
     m_isSoundAwaited = false;
     openFile();

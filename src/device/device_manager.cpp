@@ -43,7 +43,7 @@ KvDeviceManager* KvDeviceManager::create() {
     return s_instance;
 }
 
-void KvDeviceManager::leave(std::unique_ptr<KvThread> worker, const QObject* listener) {
+void KvDeviceManager::abandonWorker(std::unique_ptr<KvThread> worker, const QObject* listener) {
     if (!worker)
         return;
     QObject::disconnect(worker.get(), nullptr, listener, nullptr);

@@ -99,7 +99,7 @@ public:
     orvelle::WorkerReaper& reaper() { return m_reaper; }
     /// Interface thread: hands a worker that `listener` no longer waits for to the reaper; without
     /// a manager it is waited for. Null is harmless.
-    static void leave(std::unique_ptr<KvThread> worker, const QObject* listener);
+    static void abandonWorker(std::unique_ptr<KvThread> worker, const QObject* listener);
 
     static int getMaxGroupId();
     static void setMaxGroupId(int id);

@@ -28,7 +28,7 @@ class KvTUTKDevice : public KvDevice {
 public:
     using ListenerCallback = orvelle::ResponseListeners::Callback;
 
-    /// Patience of the session, in milliseconds.
+    /// Time-outs of the session, in milliseconds.
     struct Timing {
         int watchdogMs = 20000;   ///< an attempt that takes longer is aborted
         int keepAliveMs = 30000;  ///< from one keep-alive to the next

@@ -7,7 +7,7 @@ namespace orvelle {
 
 namespace {
 
-int giveAway(std::unique_ptr<KvBasePlayerInputPacket> taken, KvBasePlayerInputPacket** packet) {
+int handOver(std::unique_ptr<KvBasePlayerInputPacket> taken, KvBasePlayerInputPacket** packet) {
     *packet = taken.release();
     return *packet ? 0 : -1;
 }
@@ -15,11 +15,11 @@ int giveAway(std::unique_ptr<KvBasePlayerInputPacket> taken, KvBasePlayerInputPa
 }  // namespace
 
 int ChannelInput::readVideoPacket(Packet** packet) {
-    return giveAway(m_videoQueue ? m_videoQueue->take() : nullptr, packet);
+    return handOver(m_videoQueue ? m_videoQueue->take() : nullptr, packet);
 }
 
 int ChannelInput::readAudioPacket(Packet** packet) {
-    return giveAway(m_audioQueue ? m_audioQueue->take() : nullptr, packet);
+    return handOver(m_audioQueue ? m_audioQueue->take() : nullptr, packet);
 }
 
 void ChannelInput::releaseVideoPacket(Packet* packet) {

@@ -105,7 +105,7 @@ private slots:
         std::atomic<bool> hasEnded{false};
         auto worker = std::make_unique<Slow>(hasEnded);
         worker->start();
-        KvDeviceManager::leave(std::move(worker), this);
+        KvDeviceManager::abandonWorker(std::move(worker), this);
         QVERIFY(hasEnded);
     }
 

@@ -89,7 +89,7 @@ private slots:
         auto search = std::make_unique<TUTKDeviceSearchThread>(60000);
         const QPointer<KvThread> running(search.get());
         search->start();
-        KvDeviceManager::leave(std::move(search), this);
+        KvDeviceManager::abandonWorker(std::move(search), this);
         QTRY_VERIFY(!running);
     }
 

@@ -29,7 +29,7 @@ QByteArray takeAll(MediaQueue& queue, int64_t nowMs, int most = 1000) {
         const auto decoded = decodeMessage(message.bytes.data(), message.size);
         const auto& fragment = std::get<FrameFragment>(*decoded);
         const QByteArray number = QByteArray::number(fragment.number);
-        QByteArray text = (fragment.isVideo ? "v" : "a") + QByteArray::number(fragment.number);
+        QByteArray text = (fragment.isVideo ? "v" : "a") + number;
         if (fragment.isVideo)
             text += '.' + QByteArray::number(fragment.index);
         all += text;

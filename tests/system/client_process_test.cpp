@@ -16,7 +16,7 @@ using orvelle::test::CameraProcess;
 
 namespace {
 
-constexpr int kPatienceMs = 60000;
+constexpr int kTimeoutMs = 60000;
 constexpr int kRefused = 255;  ///< -1 as the system reports it
 
 /// The client program as a user starts and ends it.
@@ -78,7 +78,7 @@ std::unique_ptr<QProcess> ClientProcessTest::startClient() const {
 /// Clicks until the window is there and its picture, too; another click changes nothing.
 bool ClientProcessTest::watchFirstCamera(QProcess& client) {
     QByteArray output;
-    const QDeadlineTimer deadline(kPatienceMs);
+    const QDeadlineTimer deadline(kTimeoutMs);
     while (!deadline.hasExpired() && client.state() != QProcess::NotRunning) {
         clickFirstEntryIn(client);
         client.waitForReadyRead(1000);
@@ -119,7 +119,7 @@ void ClientProcessTest::client_quitsInOrder_whenToldToEnd() {
     const auto client = startClient();
     QVERIFY(watchFirstCamera(*client));
     ::kill(static_cast<pid_t>(client->processId()), signalNumber);
-    QVERIFY(client->waitForFinished(kPatienceMs));
+    QVERIFY(client->waitForFinished(kTimeoutMs));
     const QByteArray output = client->readAll();
     QVERIFY2(client->exitStatus() == QProcess::NormalExit, output.constData());
     QVERIFY2(client->exitCode() == 0, output.constData());
@@ -132,11 +132,11 @@ void ClientProcessTest::secondCopy_isRefused_whileTheFirstRuns() {
     // The refusal is a message box; Return presses its only button.
     QTRY_VERIFY_WITH_TIMEOUT((pressReturnIn(*second), second->waitForFinished(500),
                               second->state() == QProcess::NotRunning),
-                             kPatienceMs);
+                             kTimeoutMs);
     QCOMPARE(second->exitCode(), kRefused);
     QCOMPARE(first->state(), QProcess::Running);
     first->terminate();
-    QVERIFY(first->waitForFinished(kPatienceMs));
+    QVERIFY(first->waitForFinished(kTimeoutMs));
 }
 
 static orvelle::test::RegisterSuite<ClientProcessTest> s_suite;

@@ -19,7 +19,7 @@ using Tile = KvDevicePlayerViewUI;
 namespace {
 
 constexpr int kCameras = 4;
-constexpr int kPatienceMs = 30000;
+constexpr int kTimeoutMs = 30000;
 
 /// The grid with real cameras.
 class PreviewGridTest : public QObject {
@@ -78,7 +78,7 @@ void PreviewGridTest::grid_playsSwapsAndPauses_withRealCameras() {
         return std::all_of(tiles.begin(), tiles.begin() + kCameras,
                            [](const auto* tile) { return showsPicture(tile) && showsSpeed(tile); });
     };
-    QVERIFY(waitUntil(kPatienceMs, allPlay));
+    QVERIFY(waitUntil(kTimeoutMs, allPlay));
     for (int i = 0; i < kCameras; ++i)
         QVERIFY(QFile::exists(group.deviceThumbnailPath(i)));
 
@@ -88,9 +88,9 @@ void PreviewGridTest::grid_playsSwapsAndPauses_withRealCameras() {
     QCOMPARE(tiles[1]->device(), cameras.devices()[3]);
     QCOMPARE(tiles[3]->device(), cameras.devices()[1]);
     QVERIFY(!showsPicture(tiles[1]));
-    QVERIFY(waitUntil(kPatienceMs, allPlay));
+    QVERIFY(waitUntil(kTimeoutMs, allPlay));
     // A stream that the other tile's goodbye ended would have to be started again.
-    QTRY_VERIFY_WITH_TIMEOUT(seconds.count() >= 4, kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(seconds.count() >= 4, kTimeoutMs);
     QCOMPARE(starts.count(), 1);
 
     // In a group the sound is off at first.
@@ -102,7 +102,7 @@ void PreviewGridTest::grid_playsSwapsAndPauses_withRealCameras() {
     sound->click();
     QCOMPARE(sound->state(), 1);
     play->click();
-    QVERIFY(waitUntil(kPatienceMs, [&tiles] { return showsSpeed(tiles[0]); }));
+    QVERIFY(waitUntil(kTimeoutMs, [&tiles] { return showsSpeed(tiles[0]); }));
     sound->click();
     QCOMPARE(sound->state(), 0);
 

@@ -13,7 +13,7 @@ using orvelle::test::CameraSet;
 namespace {
 
 constexpr int kCycles = 10;
-constexpr int kPatienceMs = 60000;
+constexpr int kTimeoutMs = 60000;
 
 bool isBlack(const QImage& picture) {
     for (int y = 0; y < picture.height(); y += 8)
@@ -44,14 +44,14 @@ void RestartTest::picture_returns_whenCameraIsKilledAndStarted() {
     tile.setDevice(device);
     auto* view = tile.findChild<KvVideoView*>();
     QTRY_VERIFY_WITH_TIMEOUT(firstPictures.count() == 1 && !isBlack(view->grabFramebuffer()),
-                             kPatienceMs);
+                             kTimeoutMs);
 
     for (int cycle = 1; cycle <= kCycles; ++cycle) {
         cameras.process().kill();
-        QTRY_VERIFY_WITH_TIMEOUT(!device->isOnline(), kPatienceMs);
+        QTRY_VERIFY_WITH_TIMEOUT(!device->isOnline(), kTimeoutMs);
         QVERIFY(!isBlack(view->grabFramebuffer()));
         QVERIFY(cameras.process().start());
-        QTRY_COMPARE_WITH_TIMEOUT(firstPictures.count(), cycle + 1, kPatienceMs);
+        QTRY_COMPARE_WITH_TIMEOUT(firstPictures.count(), cycle + 1, kTimeoutMs);
     }
 }
 

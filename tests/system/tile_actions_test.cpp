@@ -22,7 +22,7 @@ using Tile = KvDevicePlayerViewUI;
 
 namespace {
 
-constexpr int kPatienceMs = 30000;
+constexpr int kTimeoutMs = 30000;
 constexpr QLatin1Char kGap(' ');
 
 /// Closes the modal dialogs that come up, and remembers of which kind they were.
@@ -89,7 +89,7 @@ void TileActionsTest::init() {
     QTRY_VERIFY(!ui()->button(Tile::kRecord)->isEnabled());
     m_tile->setDevice(m_cameras->devices().front());
     // With the first picture.
-    QTRY_VERIFY_WITH_TIMEOUT(ui()->button(Tile::kRecord)->isEnabled(), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(ui()->button(Tile::kRecord)->isEnabled(), kTimeoutMs);
     m_clerk.seen.clear();
 }
 
@@ -134,7 +134,7 @@ void TileActionsTest::recording_endsAsAskedFor() {
                                     [&recorded](double now) { recorded = now; });
     ui()->button(Tile::kRecord)->click();
     QVERIFY(ui()->recordView()->isVisible());
-    QTRY_VERIFY_WITH_TIMEOUT(recorded >= int(seconds), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(recorded >= int(seconds), kTimeoutMs);
     QTest::qWait(int(1000 * (seconds - int(seconds))));
     disconnect(connection);
     if (ending == QLatin1String("save"))
@@ -179,10 +179,10 @@ void TileActionsTest::lostPicture_stays_underItsSign() {
     };
     QTRY_VERIFY(hasPicture());
     m_cameras->process().kill();
-    QTRY_VERIFY_WITH_TIMEOUT(label(QStringLiteral("reconnecting")), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(label(QStringLiteral("reconnecting")), kTimeoutMs);
     QVERIFY(hasPicture());
     QVERIFY(m_cameras->process().start());
-    QTRY_VERIFY_WITH_TIMEOUT(!label(QStringLiteral("reconnecting")), kPatienceMs);
+    QTRY_VERIFY_WITH_TIMEOUT(!label(QStringLiteral("reconnecting")), kTimeoutMs);
     QVERIFY(hasPicture() && m_tile->device()->isOnline());
 }
 

@@ -1,8 +1,6 @@
 #include "ui/list/cameras_view.h"
 
-#include <QAction>
 #include <QDir>
-#include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
 #include <QSignalSpy>

@@ -30,11 +30,11 @@ constexpr auto kFormat = IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ;
 /// Keeps what the page would send, and answers from another thread as a camera does.
 class Page : public KvTUTKDeviceInfoView {
 public:
-    explicit Page(KvDevice& device, const Patience& patience = {}) {
+    explicit Page(KvDevice& device, const Timeouts& timeouts = {}) {
         resize(825, 680);
         show();
         ui = findChild<UI*>();
-        setPatience(patience);
+        setTimeouts(timeouts);
         setDevice(&device);
     }
 

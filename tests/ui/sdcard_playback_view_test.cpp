@@ -50,7 +50,7 @@ public:
     QVector<int> months;  ///< the last ones of the lists asked for
     QVector<qint64> played;
     qint64 clock = 0;
-    int patience = 10000;
+    int timeoutMs = 10000;
     orvelle::PlaybackEnd end = orvelle::PlaybackEnd::kNone;
 
     void answer(uint32_t type, const QByteArray& payload) {
@@ -119,7 +119,7 @@ protected:
         return 0;
     }
     orvelle::PlaybackEnd playbackEnd() const override { return end; }
-    int answerMs() const override { return patience; }
+    int answerMs() const override { return timeoutMs; }
     qint64 nowMs() const override { return clock; }
 };
 
@@ -189,7 +189,7 @@ private slots:
         view.answerList(View::first(), 12);
         QCOMPARE(view.played.last(), qint64(View::first()) + 11 * 60 + 30);
         view.tell(KvBasePlayerFirstFrame);
-        view.patience = 1;
+        view.timeoutMs = 1;
         view.tell(KvBasePlayerVideoEnded);
         QTRY_VERIFY(view.texts().contains(text));
         QCOMPARE(view.played.size(), 3);
@@ -253,7 +253,7 @@ private slots:
         view.openCard(9);
         view.click("previous_recording");
         view.tell(KvBasePlayerFirstFrame);
-        view.patience = 1;
+        view.timeoutMs = 1;
         QMetaObject::invokeMethod(&view, "_onClickCalendar", Q_ARG(QDate, QDate(2020, 2, 2)));
         view.click("pause");
         QTRY_VERIFY(view.texts().contains(reason));
@@ -267,7 +267,7 @@ private slots:
     void pause_beforeTheFirstPicture_stillAwaitsIt() {
         View view;
         view.openCard(9);
-        view.patience = 1;
+        view.timeoutMs = 1;
         view.click("previous_recording");
         view.click("pause");
         QTRY_VERIFY(view.texts().contains(orvelle::text("the_camera_does_not_answer")));

@@ -31,11 +31,11 @@ KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
 }
 
 KvTUTKDeviceAddDialog::~KvTUTKDeviceAddDialog() {
-    KvDeviceManager::leave(std::move(m_thread), this);
+    KvDeviceManager::abandonWorker(std::move(m_thread), this);
 }
 
 void KvTUTKDeviceAddDialog::start(const QString& code) {
-    KvDeviceManager::leave(std::move(m_thread), this);
+    KvDeviceManager::abandonWorker(std::move(m_thread), this);
     m_status = kNotFinished;
     m_thread = std::make_unique<Thread>(code);
     connect(m_thread.get(), &Thread::updateDeviceStatusSignal, this,
@@ -71,7 +71,7 @@ void KvTUTKDeviceAddDialog::_onClickCancelButton(bool) {
 
 void KvTUTKDeviceAddDialog::reject() {
     m_status = kCancelled;
-    KvDeviceManager::leave(std::move(m_thread), this);
+    KvDeviceManager::abandonWorker(std::move(m_thread), this);
     QDialog::reject();
 }
 

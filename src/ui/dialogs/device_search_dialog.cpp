@@ -57,7 +57,7 @@ KvTUTKDeviceSearchDialog::KvTUTKDeviceSearchDialog(QWidget* parent)
 }
 
 KvTUTKDeviceSearchDialog::~KvTUTKDeviceSearchDialog() {
-    KvDeviceManager::leave(std::move(m_thread), this);
+    KvDeviceManager::abandonWorker(std::move(m_thread), this);
 }
 
 void KvTUTKDeviceSearchDialog::setUpButtons() {
@@ -78,7 +78,7 @@ void KvTUTKDeviceSearchDialog::setUpButtons() {
 }
 
 void KvTUTKDeviceSearchDialog::search() {
-    KvDeviceManager::leave(std::move(m_thread), this);
+    KvDeviceManager::abandonWorker(std::move(m_thread), this);
     m_table->devices()->setDevices({});
     m_thread = std::make_unique<TUTKDeviceSearchThread>(kSearchMs);
     connect(m_thread.get(), &QThread::finished, this, &KvTUTKDeviceSearchDialog::_onSearchEnded);

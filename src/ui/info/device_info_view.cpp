@@ -89,7 +89,7 @@ void KvTUTKDeviceInfoView::waitFor(Waiting what) {
     const bool isCleanup = what == Waiting::kForCleanup;
     m_ui->showLoading(isCleanup ? QStringLiteral("%1...").arg(text("cleaning_up"))
                                 : text("loading"));
-    m_waitTimer.start(isCleanup ? m_patience.cleanupMs : m_patience.answerMs);
+    m_waitTimer.start(isCleanup ? m_timeouts.cleanupMs : m_timeouts.answerMs);
 }
 
 void KvTUTKDeviceInfoView::stopWaiting() {

@@ -19,7 +19,7 @@ class KvTUTKDeviceInfoView : public QWidget {
 
 public:
     /// How long an answer is waited for, in milliseconds.
-    struct Patience {
+    struct Timeouts {
         int answerMs = 10'000;
         int cleanupMs = 60'000;
     };
@@ -32,7 +32,7 @@ public:
     void setDevice(KvDevice* device);
     KvDevice* device() const { return m_device; }
     /// Holds from the next question on.
-    void setPatience(const Patience& patience) { m_patience = patience; }
+    void setTimeouts(const Timeouts& timeouts) { m_timeouts = timeouts; }
 
     /// Whole gigabytes; less than none counts as none.
     static QString formatSpace(int megabytes);
@@ -84,7 +84,7 @@ private:
     KvDevice* m_device = nullptr;          ///< borrowed
     KvTUTKDevice* m_tutkDevice = nullptr;  ///< the same, when it has a command channel
     std::atomic<int> m_round{0};           ///< written with no listener registered
-    Patience m_patience;
+    Timeouts m_timeouts;
     Waiting m_waiting = Waiting::kNo;
     bool m_isOnline = false;  ///< as last seen
     int m_totalSpace = 0;
