@@ -12,7 +12,7 @@
 namespace orvelle {
 
 QString chooseLanguage() {
-    const QString chosen = KvConfigure().getString(QStringLiteral("language"), QString());
+    const QString chosen = KvConfigure().getString(settings::kLanguage, QString());
     if (!chosen.isEmpty())
         return chosen;
     return QLocale().language() == QLocale::Chinese ? QStringLiteral("chinese")

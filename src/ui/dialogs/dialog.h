@@ -14,7 +14,6 @@ public:
     explicit KvDialog(QWidget* parent = nullptr);
 
     void setDraggable(bool draggable) { m_draggable = draggable; }
-    bool isDraggable() const { return m_draggable; }
 
     /// Centres it over its parent, or over `over`, and runs it modally. `leftInset` as in
     /// orvelle::centreOver().
