@@ -178,8 +178,12 @@ private slots:
         QTRY_VERIFY(page.ui->cleanupButton()->isEnabled());
         page.sent.clear();
         Answerer answerer(choice);
-        page.ui->cleanupButton()->click();
+        QPushButton* button = page.ui->cleanupButton();
+        button->setFocus();
+        button->click();
         QCOMPARE(answerer.question, text("format_the_card_with_all_its_recordings"));
+        // A button that goes off does not hand the keyboard to whatever comes next.
+        QCOMPARE(page.focusWidget(), choice == 1 ? static_cast<QWidget*>(&page) : button);
         QCOMPARE(page.ui->isLoading(), choice == 1);
         QCOMPARE(page.sent, choice == 1 ? Types{kFormat} : Types{});
         page.answerWifi();  // late, and no answer to this

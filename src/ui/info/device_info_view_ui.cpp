@@ -134,7 +134,14 @@ void KvTUTKDeviceInfoViewUI::showElided(Row row) {
 
 void KvTUTKDeviceInfoViewUI::setCleanupEnabled(bool enabled) {
     m_canCleanUp = enabled;
-    m_cleanup->setEnabled(enabled && !isLoading());
+    setButtonEnabled(m_cleanup, enabled && !isLoading());
+}
+
+void KvTUTKDeviceInfoViewUI::setButtonEnabled(QPushButton* button, bool enabled) {
+    // Else the toolkit hands the focus to the next widget of the window, wherever that is.
+    if (!enabled && window()->focusWidget() == button)
+        parentWidget()->setFocus(Qt::OtherFocusReason);
+    button->setEnabled(enabled);
 }
 
 void KvTUTKDeviceInfoViewUI::setNotice(const QString& notice) {
@@ -152,15 +159,15 @@ QRect KvTUTKDeviceInfoViewUI::loadingArea() const {
 void KvTUTKDeviceInfoViewUI::showLoading(const QString& text) {
     m_loading.setText(text);
     m_loading.showOver(this, loadingArea());
-    m_cleanup->setEnabled(false);
-    m_unbind->setEnabled(false);
+    setButtonEnabled(m_cleanup, false);
+    setButtonEnabled(m_unbind, false);
     layOut();
 }
 
 void KvTUTKDeviceInfoViewUI::hideLoading() {
     m_loading.hideOver();
-    m_cleanup->setEnabled(m_canCleanUp);
-    m_unbind->setEnabled(true);
+    setButtonEnabled(m_cleanup, m_canCleanUp);
+    setButtonEnabled(m_unbind, true);
 }
 
 void KvTUTKDeviceInfoViewUI::resizeEvent(QResizeEvent*) {

@@ -59,6 +59,7 @@ private:
 
     void addCard(const char* heading, Row firstRow, const std::vector<const char*>& captions);
     void setUpButtons();
+    void setButtonEnabled(QPushButton* button, bool enabled);
     void layOut();
     void layOutCard(const Card& card, int rowHeight);
     void showElided(Row row);
