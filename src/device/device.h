@@ -66,6 +66,8 @@ public:
     virtual bool removeFile() { return false; }
     /// 0 when the file was not written, else another value.
     virtual int save() { return 0; }
+    /// The same without waiting for the disk; a failure is signalled by the manager.
+    virtual int saveLater() { return save(); }
 
     /// A new live input of the media pipeline for this device; the caller owns it. Null when
     /// no pipeline is registered (device_input_factory.h).

@@ -1,5 +1,7 @@
 #include "device/device_group.h"
 
+#include <utility>
+
 #include "device/device.h"
 #include "device/tutk_device.h"
 
@@ -134,7 +136,8 @@ void KvDeviceGroup::setResolvedDevices(const QList<KvDevice*>& devices) {
     const QStringList uids = uidsOf(devices);
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_devices = devices;
-    m_deviceUids = uids;
+    if (std::exchange(m_deviceUids, uids) != uids)
+        m_thumbnailReady = false;
 }
 
 bool KvDeviceGroup::equals(const KvDeviceGroup* other) const {

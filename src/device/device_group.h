@@ -55,14 +55,17 @@ public:
     /// Exchanges two resolved members by their index; false when one is outside. Members that
     /// are stored but not resolved keep their places.
     bool swapDevices(int first, int second);
-    /// Replaces the resolved members only.
+    /// Replaces the resolved members only; with others the thumbnail is out of date.
     void setResolvedDevices(const QList<KvDevice*>& devices);
 
     /// Name of the entry's file: a group's id, a camera entry's UID.
     QString key() const;
     /// False when the file cannot be written. Allocates a group's id at the first call.
     bool save();
-    /// Whether the entry stands in the file named after it, if perhaps in an older state.
+    /// The same without waiting for the disk; a failure is signalled by the manager.
+    bool saveLater();
+    /// Whether the entry stands in the file named after it, if perhaps in an older state, or will
+    /// soon.
     bool hasOwnFile() const;
     /// False when a file of the entry is still there.
     bool removeFile();
@@ -93,7 +96,7 @@ private:
 
     static QString keyOf(const Record& record);
     static void readElement(const QDomElement& element, Record& record);
-    static bool write(const Record& record, const QString& path);
+    static QByteArray toXml(const Record& record);
     Record record() const;
     void ensureGroupId();
     const char* refusal() const;  ///< why a file just read is not usable, or null

@@ -88,7 +88,10 @@ bool KvDeviceGroup::save() {
     ensureGroupId();
     const Record current = record();
     const QString key = keyOf(current);
-    if (key.isEmpty() || !write(current, filePath(key)))
+    if (key.isEmpty())
+        return false;
+    KvDeviceManager::cancelWrites(filePath(key));
+    if (!orvelle::writePrivateFile(filePath(key), toXml(current)))
         return false;
     const std::lock_guard<std::mutex> lock(m_mutex);
     const QString former = std::exchange(m_file, filePath(key));
@@ -96,6 +99,24 @@ bool KvDeviceGroup::save() {
     if (!former.isEmpty() && former != m_file)
         QFile::remove(former);
     return true;
+}
+
+bool KvDeviceGroup::saveLater() {
+    ensureGroupId();
+    const Record current = record();
+    const QString key = keyOf(current);
+    if (key.isEmpty())
+        return false;
+    const QString path = filePath(key);
+    bool hasOtherFile = false;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        if (m_file.isEmpty())
+            m_file = path;
+        hasOtherFile = m_file != path;
+    }
+    // A file of another name goes once the new one is there, which takes waiting.
+    return hasOtherFile ? save() : KvDeviceManager::writeLater(path, toXml(current));
 }
 
 bool KvDeviceGroup::hasOwnFile() const {
@@ -113,8 +134,8 @@ void KvDeviceGroup::ensureGroupId() {
     m_record.groupId = id;
 }
 
-bool KvDeviceGroup::write(const Record& record, const QString& path) {
-    return orvelle::writeXmlFile(path, [&record](QXmlStreamWriter& writer) {
+QByteArray KvDeviceGroup::toXml(const Record& record) {
+    return orvelle::xmlDocument([&record](QXmlStreamWriter& writer) {
         writer.writeStartElement(QStringLiteral("KvDeviceGroup"));
         orvelle::writeXmlNumber(writer, QStringLiteral("groupId"), record.groupId);
         orvelle::writeXmlNumber(writer, QStringLiteral("type"), record.type);
@@ -131,8 +152,10 @@ bool KvDeviceGroup::write(const Record& record, const QString& path) {
 }
 
 bool KvDeviceGroup::removeFile() {
+    const QString key = this->key();
+    if (!key.isEmpty())
+        KvDeviceManager::cancelWrites(filePath(key));
     const std::lock_guard<std::mutex> lock(m_mutex);
-    const QString key = keyOf(m_record);
     bool isGone = true;
     for (const QString& path : {key.isEmpty() ? QString() : filePath(key), m_file}) {
         if (!path.isEmpty())

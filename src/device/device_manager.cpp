@@ -7,6 +7,7 @@
 #include "core/log.h"
 #include "device/device_closer.h"
 #include "device/tutk_device.h"
+#include "device/xml_file.h"
 #include "link/av.h"
 #include "link/iotc.h"
 
@@ -31,7 +32,9 @@ std::unique_ptr<KvTUTKDevice> deviceOf(const LanSearchRecord& record) {
 
 }  // namespace
 
-KvDeviceManager::KvDeviceManager() : m_roundSignal(std::make_shared<orvelle::RoundSignal>()) {}
+KvDeviceManager::KvDeviceManager()
+    : m_roundSignal(std::make_shared<orvelle::RoundSignal>()),
+      m_fileWriter([this] { emit writeFailed(); }) {}
 
 KvDeviceManager::~KvDeviceManager() {
     clearDevices();
@@ -52,6 +55,19 @@ void KvDeviceManager::abandonWorker(std::unique_ptr<KvThread> worker, const QObj
     (manager ? manager->m_reaper : waiting).take(std::move(worker));
 }
 
+bool KvDeviceManager::writeLater(const QString& path, const QByteArray& bytes) {
+    KvDeviceManager* const manager = instance();
+    if (!manager)
+        return orvelle::writePrivateFile(path, bytes);
+    manager->m_fileWriter.write(path, bytes);
+    return true;
+}
+
+void KvDeviceManager::cancelWrites(const QString& path) {
+    if (KvDeviceManager* const manager = instance())
+        manager->m_fileWriter.forget(path);
+}
+
 KvDeviceManager* KvDeviceManager::instance() {
     return s_instance;
 }
@@ -61,6 +77,7 @@ void KvDeviceManager::release() {
     if (!manager)
         return;
     manager->m_reaper.clear();
+    manager->finishWrites();
     manager->endInitThread();
     log("KvDeviceManager release clear devices began\n", kLogInfo);
     manager->clearDevices();

@@ -13,6 +13,7 @@
 #include "device/device.h"
 #include "device/device_group.h"
 #include "device/device_manager_thread.h"
+#include "device/file_writer.h"
 #include "device/tutk_device.h"
 #include "device/worker_reaper.h"
 
@@ -89,9 +90,9 @@ public:
     bool addGroup(std::unique_ptr<KvDeviceGroup>&& group);
     /// Takes the listed entry that equals `group` out of the list; null when there is none.
     [[nodiscard]] std::unique_ptr<KvDeviceGroup> removeGroup(const KvDeviceGroup* group);
-    /// Sorts by groupIndex, numbers from 0 and saves the entries that moved; false when one could
-    /// not be saved.
-    bool reorderGroups();
+    /// Sorts by groupIndex, numbers from 0 and saves the entries that moved, without waiting for
+    /// the disk.
+    void reorderGroups();
     /// Short: looks every entry's members up anew.
     void resolveMembers();
 
@@ -100,6 +101,14 @@ public:
     /// Interface thread: hands a worker that `listener` no longer waits for to the reaper; without
     /// a manager it is waited for. Null is harmless.
     static void abandonWorker(std::unique_ptr<KvThread> worker, const QObject* listener);
+
+    /// Writes a file without waiting for the disk; without a manager at once. False when that
+    /// failed; what fails later is signalled. Any thread.
+    static bool writeLater(const QString& path, const QByteArray& bytes);
+    /// Whoever writes or removes this file next has the last word. Any thread.
+    static void cancelWrites(const QString& path);
+    /// Returns once all files are written.
+    void finishWrites() { m_fileWriter.finish(); }
 
     static int getMaxGroupId();
     static void setMaxGroupId(int id);
@@ -112,6 +121,8 @@ public:
 signals:
     /// A worker's camera or entry came or went; on the interface thread.
     void listChanged();
+    /// A file could not be written in the background.
+    void writeFailed();
 
 private:
     friend class KvDeviceManagerThread;
@@ -154,4 +165,5 @@ private:
     std::vector<std::unique_ptr<KvDeviceGroup>> m_groups;
 
     orvelle::WorkerReaper m_reaper;  ///< owned by the interface thread
+    orvelle::FileWriter m_fileWriter;
 };

@@ -121,18 +121,17 @@ void KvDeviceManager::sortGroups() {
     });
 }
 
-bool KvDeviceManager::reorderGroups() {
+void KvDeviceManager::reorderGroups() {
     sortGroups();
     const QList<KvDeviceGroup*> list = groups();
-    bool isSaved = true;
     for (int i = 0; i < list.size(); ++i) {
         // Each write is synchronised with the disk, so none is made in vain.
         if (list[i]->groupIndex() == i && list[i]->hasOwnFile())
             continue;
         list[i]->setGroupIndex(i);
-        isSaved = list[i]->save() && isSaved;
+        if (!list[i]->saveLater())
+            qCWarning(lcDevice) << "cannot save a list entry without a name for its file";
     }
-    return isSaved;
 }
 
 void KvDeviceManager::resolveMembers() {

@@ -65,6 +65,7 @@ public:
     bool operator==(const KvDevice& other) const override { return equals(&other); }
     bool removeFile() override;
     int save() override;
+    int saveLater() override;
     KvBasePlayerInput* createInput() override;
     void requestStop() override;
     State state() const override;
@@ -89,6 +90,7 @@ public:
     /// Allocates the numeric id once.
     void ensureDeviceId();
     bool writeToFile(const QString& path) const;
+    QByteArray toXml() const;
     /// 0, or -1 when the file is not usable; why not is logged.
     int readFromFile(const QString& path);
 

@@ -7,6 +7,7 @@
 #include "core/configure.h"
 #include "core/file_utils.h"
 #include "device/device_ids.h"
+#include "device/device_manager.h"
 #include "device/logging.h"
 #include "device/tutk_device.h"
 #include "device/xml_file.h"
@@ -54,19 +55,32 @@ int KvTUTKDevice::save() {
     if (!isUsableUid(m_uid))
         return 0;
     ensureDeviceId();
+    KvDeviceManager::cancelWrites(filePath(m_uid));
     return writeToFile(filePath(m_uid));
+}
+
+int KvTUTKDevice::saveLater() {
+    if (!isUsableUid(m_uid))
+        return 0;
+    ensureDeviceId();
+    return KvDeviceManager::writeLater(filePath(m_uid), toXml());
 }
 
 bool KvTUTKDevice::removeFile() {
     if (!isUsableUid(m_uid))
         return false;
     const QString path = filePath(m_uid);
+    KvDeviceManager::cancelWrites(path);
     return QFile::remove(path) || !QFile::exists(path);
 }
 
 bool KvTUTKDevice::writeToFile(const QString& path) const {
     qDebug().noquote() << "KvTUTKDevice writeToFile" << path;
-    return orvelle::writeXmlFile(path, [this](QXmlStreamWriter& writer) {
+    return orvelle::writePrivateFile(path, toXml());
+}
+
+QByteArray KvTUTKDevice::toXml() const {
+    return orvelle::xmlDocument([this](QXmlStreamWriter& writer) {
         writer.writeStartElement(QStringLiteral("KvTUTKDevice"));
         orvelle::writeXmlNumber(writer, QStringLiteral("deviceId"), m_deviceId);
         orvelle::writeXmlText(writer, QStringLiteral("name"), m_name);

@@ -75,21 +75,23 @@ std::optional<QDomDocument> readXmlFile(const QString& path, const QString& docu
     return std::nullopt;
 }
 
-bool writeXmlFile(const QString& path, const std::function<void(QXmlStreamWriter&)>& writeBody) {
-    QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) ||
-        !file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner)) {
-        qCWarning(lcDevice) << "cannot write" << path << ":" << file.errorString();
-        return false;
-    }
-    QXmlStreamWriter writer(&file);
+QByteArray xmlDocument(const std::function<void(QXmlStreamWriter&)>& writeBody) {
+    QByteArray bytes;
+    QXmlStreamWriter writer(&bytes);
     writer.setAutoFormatting(true);
     writer.setAutoFormattingIndent(4);
     writer.writeStartDocument();
     writeBody(writer);
     writer.writeEndDocument();
+    return bytes;
+}
+
+bool writePrivateFile(const QString& path, const QByteArray& bytes) {
+    QSaveFile file(path);
     // An error at the buffer's last flush would not reach commit().
-    if (!writer.hasError() && file.flush() && file.commit())
+    if (file.open(QIODevice::WriteOnly) &&
+        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
+        file.write(bytes) == bytes.size() && file.flush() && file.commit())
         return true;
     qCWarning(lcDevice) << "cannot write" << path << ":" << file.errorString();
     return false;

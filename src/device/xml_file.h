@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QByteArray>
 #include <QDomDocument>
 #include <QString>
 #include <QXmlStreamWriter>
@@ -13,9 +14,12 @@ namespace orvelle {
 /// read, is larger than 1 MiB, is no well-formed XML, nests deeply or declares entities.
 std::optional<QDomDocument> readXmlFile(const QString& path, const QString& documentName);
 
-/// Replaces the file as a whole, readable by its owner only; `writeBody` writes the root
-/// element. False when the file cannot be written; the old one is kept then.
-bool writeXmlFile(const QString& path, const std::function<void(QXmlStreamWriter&)>& writeBody);
+/// A whole document; `writeBody` writes the root element.
+QByteArray xmlDocument(const std::function<void(QXmlStreamWriter&)>& writeBody);
+
+/// Replaces the file as a whole, readable by its owner only, and returns once it is on the disk.
+/// False, with one line in the log, when it cannot be written; the old one is kept then.
+bool writePrivateFile(const QString& path, const QByteArray& bytes);
 
 /// One text element, without the characters that XML cannot hold.
 void writeXmlText(QXmlStreamWriter& writer, const QString& tag, const QString& text);

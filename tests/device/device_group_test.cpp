@@ -111,7 +111,10 @@ private slots:
         write("odd", "<name>g</name><type>1</type><groupId>3</groupId>", "CAM1 GHOST1");
         load();
         m_manager->reorderGroups();
+        m_manager->finishWrites();
         QVERIFY(kFiles.has("3") && !kFiles.has("odd"));
+        m_manager->groups().last()->setGroupIndex(-1);
+        m_manager->reorderGroups();  // writes both while they are removed
         for (KvDeviceGroup* entry : m_manager->groups()) {
             const std::unique_ptr<KvDeviceGroup> taken = m_manager->removeGroup(entry);
             QVERIFY(taken && taken->removeFile());
@@ -145,6 +148,8 @@ private slots:
             QVERIFY(group.thumbnailPath().isEmpty());
         }
         QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), 0);
+        group.setResolvedDevices(m_cameras.mid(1));
+        QCOMPARE(coloursAt(group.thumbnailPath(), 8, 8), 2);
         group.setDevices({});
         QVERIFY(group.thumbnailPath().isEmpty() && !QFile::exists(path));
     }

@@ -95,8 +95,10 @@ void MainWindow::connectCameras() {
     connect(cameras, &KvCamerasView::clickSearchDevices, this, &MainWindow::searchNetwork);
     connect(m_groupMenu, &KvDeviceGroupPopMenu::clickDeviceGroup, this,
             &MainWindow::_onClickDeviceGroupMenu);
-    if (const KvDeviceManager* manager = KvDeviceManager::instance())
+    if (const KvDeviceManager* manager = KvDeviceManager::instance()) {
         connect(manager, &KvDeviceManager::listChanged, this, &MainWindow::updateEntries);
+        connect(manager, &KvDeviceManager::writeFailed, this, &MainWindow::reportUnsaved);
+    }
 }
 
 void MainWindow::connectContent() {

@@ -169,7 +169,7 @@ void MainWindow::editGroup(KvDeviceGroup& group) {
     edited->setLayout(orvelle::usableLayout(group.layout(), edited->devices().size()));
     group.copyFrom(*edited);
     group.setName(edited->name());
-    if (!group.save())
+    if (!group.saveLater())
         reportUnsaved();
     m_ui->cameras()->updateGroup(&group);
     if (m_ui->preview()->group() == &group)
@@ -193,7 +193,8 @@ void MainWindow::renameCamera(KvDeviceGroup& entry) {
     if (device)
         device->setName(name);
     entry.setName(name);
-    if (!entry.save() || (device && !device->save()))
+    const bool isEntrySaved = entry.saveLater();
+    if ((device && !device->saveLater()) || !isEntrySaved)
         reportUnsaved();
     m_ui->cameras()->updateGroup(&entry);
     m_ui->preview()->updateNames();
@@ -233,8 +234,7 @@ void MainWindow::_onClickTopGroup(bool) {
     if (!isListed(m_menuEntry))
         return;
     m_menuEntry->setGroupIndex(-1);
-    if (!manager()->reorderGroups())
-        reportUnsaved();
+    manager()->reorderGroups();
     refresh();
 }
 
@@ -243,7 +243,7 @@ void MainWindow::_onClickAddGroup() {
     if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !manager())
         return;
     auto group = dialog.takeGroup();
-    if (!group->save())
+    if (!group->saveLater())
         reportUnsaved();
     qDebug("group -> id = %d", group->groupId());
     manager()->addGroup(std::move(group));

@@ -69,7 +69,7 @@ void KvDevicePlayerView::_onClickUIVolumeButton(bool) {
     if (m_noSound || !m_tutkDevice)
         return;
     m_tutkDevice->setVolume(volume);
-    if (!m_tutkDevice->save())
+    if (!m_tutkDevice->saveLater())
         qCWarning(lcUi) << "the volume of" << m_device->uid() << "could not be saved";
 }
 

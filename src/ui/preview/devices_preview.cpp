@@ -323,7 +323,7 @@ void KvDevicesPreview::chooseLayout(int layout) {
 }
 
 void KvDevicesPreview::saveGroup() {
-    if (!m_group->save())
+    if (!m_group->saveLater())
         m_toast.show(this, orvelle::text("it_could_not_be_saved"), KvToast::kBottomCentre,
                      orvelle::palette::kToastMs);
 }

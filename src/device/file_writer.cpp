@@ -1,0 +1,84 @@
+#include "device/file_writer.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "core/thread.h"
+#include "device/xml_file.h"
+
+namespace orvelle {
+
+class FileWriter::Thread : public KvThread {
+public:
+    explicit Thread(FileWriter& writer)
+        : KvThread(QStringLiteral("file-writer")), m_writer(writer) {}
+    void run() override { m_writer.run(); }
+
+private:
+    FileWriter& m_writer;
+};
+
+FileWriter::FileWriter(std::function<void()> failed)
+    : m_failed(std::move(failed)), m_thread(std::make_unique<Thread>(*this)) {
+    m_thread->start();
+}
+
+FileWriter::~FileWriter() {
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isEnding = true;
+    }
+    m_changed.notify_all();
+    m_thread->waitForEnd();
+}
+
+void FileWriter::write(const QString& path, const QByteArray& bytes) {
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        drop(path);
+        m_waiting.push_back({path, bytes});
+    }
+    m_changed.notify_all();
+}
+
+void FileWriter::forget(const QString& path) {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    drop(path);
+    m_changed.wait(lock, [this, &path] { return m_writing != path; });
+}
+
+void FileWriter::finish() {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_waiting.empty() && m_writing.isEmpty(); });
+}
+
+void FileWriter::drop(const QString& path) {
+    const auto isOfPath = [&path](const Task& task) { return task.path == path; };
+    m_waiting.erase(std::remove_if(m_waiting.begin(), m_waiting.end(), isOfPath), m_waiting.end());
+}
+
+void FileWriter::run() {
+    Task task;
+    while (takeTask(task)) {
+        if (!writePrivateFile(task.path, task.bytes))
+            m_failed();
+        {
+            const std::lock_guard<std::mutex> lock(m_mutex);
+            m_writing.clear();
+        }
+        m_changed.notify_all();
+    }
+}
+
+bool FileWriter::takeTask(Task& task) {
+    std::unique_lock<std::mutex> lock(m_mutex);
+    m_changed.wait(lock, [this] { return m_isEnding || !m_waiting.empty(); });
+    if (m_waiting.empty())
+        return false;
+    task = std::move(m_waiting.front());
+    m_waiting.pop_front();
+    m_writing = task.path;
+    return true;
+}
+
+}  // namespace orvelle
