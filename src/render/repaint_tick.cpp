@@ -46,6 +46,7 @@ void RepaintTick::request(Client& client) {
         return;
     auto* const wakeUp = new QEvent(QEvent::UpdateRequest);
     tsanRelease(this);
+    const TsanBlindSpot queue;
     QCoreApplication::postEvent(this, wakeUp);
 }
 

@@ -131,6 +131,7 @@ void SoundStream::retire() {
 void SoundStream::post(QEvent::Type type) {
     auto* const event = new QEvent(type);
     tsanRelease(this);
+    const TsanBlindSpot queue;
     QCoreApplication::postEvent(this, event);
 }
 

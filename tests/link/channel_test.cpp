@@ -223,6 +223,7 @@ void ChannelTest::channel_endsWithReason_whenPeerGoes() {
     m_camera->sendVideo(10, true);
     m_camera->sendAudio(10);
     QCOMPARE(m_client->audio().size(), 10);
+    avWaitVideo(m_client->av(), 5000, {});  // which is sent after the sound
     if (orderly)
         m_camera->server().stop();
     else
