@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "camera/adts.h"
+#include "camera/time_base.h"
 #include "frames/camera_codecs.h"
 #include "link/limits.h"
 
@@ -41,7 +42,7 @@ QString AudioEncoder::open(AVCodecID codec) {
     context->sample_fmt = isAac ? AV_SAMPLE_FMT_FLTP : AV_SAMPLE_FMT_S16;
     context->sample_rate = isAac ? kAacSampleRate : kAlawSampleRate;
     context->bit_rate = isAac ? kAacBitsPerSecond : 0;
-    context->time_base = {1, 1'000'000};
+    context->time_base = kMicroseconds;
     av_channel_layout_default(&context->ch_layout, 1);
     // The header lets the ADTS format be read off the encoder's own configuration.
     context->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;

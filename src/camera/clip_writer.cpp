@@ -6,13 +6,12 @@
 #include "camera/demo_tone.h"
 #include "camera/painter.h"
 #include "camera/recording_writer.h"
+#include "camera/time_base.h"
 #include "frames/ffmpeg_io_ptr.h"
 
 namespace orvelle {
 
 namespace {
-
-constexpr AVRational kMicroseconds = {1, 1'000'000};
 
 class ClipWriter {
 public:

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <utility>
 
+#include "camera/time_base.h"
+
 extern "C" {
 #include <libavdevice/avdevice.h>
 #include <libavutil/time.h>
@@ -17,7 +19,6 @@ namespace {
 constexpr int64_t kTimeoutUs = 10'000'000;
 constexpr int64_t kUsualDurationUs = 40'000;
 constexpr int kStillFps = 15;
-constexpr AVRational kMicroseconds = {1, 1'000'000};
 
 struct Options {
     AVDictionary* entries = nullptr;

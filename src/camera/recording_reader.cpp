@@ -4,13 +4,12 @@
 
 #include <utility>
 
+#include "camera/time_base.h"
 #include "frames/camera_codecs.h"
 
 namespace orvelle {
 
 namespace {
-
-constexpr AVRational kMicroseconds = {1, 1'000'000};
 
 SharedBytes copyOf(const AVPacket& packet) {
     return std::make_shared<std::vector<uint8_t>>(packet.data, packet.data + packet.size);

@@ -3,16 +3,11 @@
 #include <utility>
 
 #include "camera/camera_log.h"
+#include "camera/time_base.h"
 #include "frames/camera_codecs.h"
 #include "link/limits.h"
 
 namespace orvelle {
-
-namespace {
-
-constexpr AVRational kMicroseconds = {1, 1'000'000};
-
-}  // namespace
 
 SoundNormaliser::SoundNormaliser(AVCodecID codec, Deliver deliver)
     : m_codec(codec), m_deliver(std::move(deliver)), m_block(av_frame_alloc()) {}

@@ -6,6 +6,7 @@
 
 #include "camera/camera_log.h"
 #include "camera/painter.h"
+#include "camera/time_base.h"
 #include "frames/camera_codecs.h"
 #include "frames/parameter_sets.h"
 #include "link/limits.h"
@@ -20,7 +21,6 @@ constexpr int kMaxFramesPerSecond = 60;
 constexpr int kUsualFramesPerSecond = 25;
 constexpr int64_t kMaxPixels = 8192 * 4320;
 constexpr int64_t kMaxLatenessUs = 500'000;
-constexpr AVRational kMicroseconds = {1, 1'000'000};
 
 int framesPerSecond(const AVStream& stream) {
     const AVRational rate =

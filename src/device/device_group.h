@@ -23,6 +23,7 @@ class KvDeviceGroup : public QObject {
 public:
     enum Type { kSingleCamera = 0, kGroup = 1 };
     static constexpr int kMaxMembers = 16;
+    static constexpr int kMaxNameLength = 20;  ///< of a name that the user gives
 
     KvDeviceGroup() = default;
     /// The entry of one camera.

@@ -63,7 +63,11 @@ bool KvTUTKDevice::isUsableUid(const QString& uid) {
 }
 
 bool KvTUTKDevice::equals(const KvDevice* other) const {
-    return other && other->type() == type() && other->uid() == m_uid;
+    return hasSameUid(other) && other->type() == type();
+}
+
+bool KvTUTKDevice::hasSameUid(const KvDevice* other) const {
+    return other && other->uid() == m_uid;
 }
 
 KvBasePlayerInput* KvTUTKDevice::createInput() {

@@ -63,6 +63,7 @@ public:
     /// Same kind and same UID.
     bool equals(const KvDevice* other) const override;
     bool operator==(const KvDevice& other) const override { return equals(&other); }
+    bool hasSameUid(const KvDevice* other) const;
     bool removeFile() override;
     int save() override;
     int saveLater() override;

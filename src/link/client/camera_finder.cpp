@@ -4,6 +4,7 @@
 #include "link/client/lan_query.h"
 #include "link/clock.h"
 #include "link/environment.h"
+#include "link/limits.h"
 #include "link/link_log.h"
 #include "link/result_codes.h"
 
@@ -58,7 +59,7 @@ private:
         m_configured = *address;
         StreamRequest request;
         request.uid = m_uid;
-        request.account = "admin";
+        request.account = kLinkAccount;
         SrtSocket socket = sockets(SocketUse::Control);
         if (socket.isOpen())
             m_probe.emplace(m_epoll, std::move(socket),

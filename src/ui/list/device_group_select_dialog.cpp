@@ -21,7 +21,6 @@ using orvelle::textKey;
 namespace {
 
 constexpr int kMaxNameWidth = 20;
-constexpr int kMaxNameLength = 20;
 constexpr int kMinMembers = 2;
 
 struct LayoutRoom {
@@ -130,7 +129,7 @@ void KvDeviceGroupSelectDialog::_onNameTextChanged(const QString& /*text*/) {
 void KvDeviceGroupSelectDialog::_onClickOkButton(bool /*checked*/) {
     const QString name = m_ui->nameEdit()->text().trimmed();
     qDebug() << "name =" << name;
-    if (name.size() > kMaxNameLength)
+    if (name.size() > KvDeviceGroup::kMaxNameLength)
         return toast("the_max_length_of_name_is_20_characters");
     if (name.isEmpty()) {
         m_ui->nameEdit()->setFocus();

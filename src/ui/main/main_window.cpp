@@ -205,10 +205,10 @@ void MainWindow::closeProgram() {
         m_isClosing = false;
         return;
     }
-    leave();
+    exitProgram();
 }
 
-void MainWindow::leave() {
+void MainWindow::exitProgram() {
     m_isClosing = true;
     releaseDevices();
     m_ui->cameras()->freezeStates();

@@ -94,7 +94,7 @@ private:
     /// The one way out that asks: every close button, key and menu comes here.
     void closeProgram();
     /// The same without the question.
-    void leave();
+    void exitProgram();
 
     MainWindowUI* m_ui;  ///< child
     KvToast m_toast;

@@ -27,7 +27,6 @@ using orvelle::textKey;
 
 namespace {
 
-constexpr int kMaxNameLength = 20;
 constexpr int kToastDialogMs = 3000;
 constexpr int kToastHorizontalPadding = 50;
 constexpr int kToastVerticalPadding = 8;
@@ -178,13 +177,13 @@ void MainWindow::editGroup(KvDeviceGroup& group) {
 
 void MainWindow::renameCamera(KvDeviceGroup& entry) {
     KvInputDialog dialog(text("please_input_device_name"), text("please_input_device_name"), this);
-    dialog.setMaxLength(kMaxNameLength);
+    dialog.setMaxLength(KvDeviceGroup::kMaxNameLength);
     dialog.setTextRequired(true);
     dialog.setText(entry.name());
     if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !isListed(&entry))
         return;
     const QString name = dialog.text().trimmed();
-    if (name.size() > kMaxNameLength) {
+    if (name.size() > KvDeviceGroup::kMaxNameLength) {
         m_toast.show(this, text("the_max_length_of_name_is_20_characters"), KvToast::kBottomCentre,
                      orvelle::palette::kToastMs);
         return;

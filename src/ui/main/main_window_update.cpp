@@ -79,7 +79,7 @@ void MainWindow::downloadUpdate(const KvUpdateInfo& info) {
 
 void MainWindow::startInstaller(const QString& path) {
     if (orvelle::runFile(path.toStdString()))
-        leave();
+        exitProgram();
     else
         inform(text("the_update_could_not_be_started"));
 }
