@@ -121,7 +121,7 @@ public:
 signals:
     /// A worker's camera or entry came or went; on the interface thread.
     void listChanged();
-    /// A file could not be written in the background.
+    /// A file could not be written that nobody waited for. Any thread.
     void writeFailed();
 
 private:

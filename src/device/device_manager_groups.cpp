@@ -130,7 +130,7 @@ void KvDeviceManager::reorderGroups() {
             continue;
         list[i]->setGroupIndex(i);
         if (!list[i]->saveLater())
-            qCWarning(lcDevice) << "cannot save a list entry without a name for its file";
+            emit writeFailed();
     }
 }
 

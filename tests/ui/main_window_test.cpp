@@ -21,6 +21,7 @@
 #include "ui/main/restart_hook.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/preview/devices_preview.h"
+#include "ui/widgets/toast_view.h"
 
 using orvelle::test::entryOf;
 using orvelle::test::FakeDevice;
@@ -36,10 +37,12 @@ private slots:
     }
     void cleanup() { KvDeviceManager::release(); }
 
-    void defaultSize_leavesRoomForTheTaskBar_onSmallScreens() {
-        QCOMPARE(MainWindow::defaultSize(768), QSize(1087, 728));
-        QCOMPARE(MainWindow::defaultSize(789), QSize(1118, 749));
-        QCOMPARE(MainWindow::defaultSize(790), QSize(1120, 750));
+    void defaultSize_fitsOnSmallScreens() {
+        QCOMPARE(MainWindow::defaultSize({1366, 768}), QSize(1087, 728));
+        QCOMPARE(MainWindow::defaultSize({1366, 789}), QSize(1118, 749));
+        QCOMPARE(MainWindow::defaultSize({1366, 790}), QSize(1120, 750));
+        QCOMPARE(MainWindow::defaultSize({1024, 768}), QSize(1024, 728));
+        QCOMPARE(MainWindow::defaultSize({1080, 1920}), QSize(1080, 750));
     }
 
     void guide_isShownOnce() {
@@ -96,6 +99,27 @@ private slots:
         QCOMPARE(restarts, 1);
         QCOMPARE(KvConfigure().getString(orvelle::settings::kLanguage, {}),
                  QStringLiteral("chinese"));
+    }
+
+    void unsavedEntry_isTold_data() {
+        QTest::addColumn<QString>("file");
+        QTest::newRow("new") << QString();
+        QTest::newRow("in a file of another name") << QStringLiteral("/odd.xml");
+    }
+    void unsavedEntry_isTold() {
+        QFETCH(QString, file);
+        auto entry = entryOf(addCamera(), QStringLiteral("Door"));
+        const QString folder = KvFileUtils::devicesPath(QStringLiteral("KvTUTKGroup"));
+        if (!file.isEmpty()) {
+            QVERIFY(entry->save());
+            QFile::rename(folder + QStringLiteral("/WINDOWCAM1.xml"), folder + file);
+            entry = std::move(KvDeviceGroup::loadAll(folder).front());
+        }
+        QVERIFY(QDir(folder).removeRecursively());
+        QVERIFY(QFile(folder).open(QIODevice::WriteOnly));
+        const MainWindow window;
+        QVERIFY(m_manager->addGroup(std::move(entry)));
+        QTRY_VERIFY(window.findChild<KvToastView*>());
     }
 
     void tab_reachesEveryButton() {
@@ -169,12 +193,13 @@ private:
         return missing.isEmpty();
     }
 
-    void addEntry() {
+    KvDevice& addCamera() {
         auto device = std::make_unique<FakeDevice>(QStringLiteral("WINDOWCAM1"));
         KvDevice& camera = *device;
-        QVERIFY(m_manager->addDevice(std::move(device)));
-        QVERIFY(m_manager->addGroup(entryOf(camera, QStringLiteral("Door"))));
+        m_manager->addDevice(std::move(device));
+        return camera;
     }
+    void addEntry() { QVERIFY(m_manager->addGroup(entryOf(addCamera(), QStringLiteral("Door")))); }
 
     KvDeviceManager* m_manager = nullptr;
 };
