@@ -2,7 +2,10 @@
 
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QtDebug>
+
+#include <algorithm>
 
 #include "device/device_manager.h"
 #include "ui/list/device_group_remove_adapter.h"
@@ -51,7 +54,9 @@ KvDeviceGroupSelectDialog::KvDeviceGroupSelectDialog(KvDeviceGroup* group, QWidg
     const QString title = orvelle::text(group ? textKey("edit_group") : textKey("add_group"));
     setAccessibleName(title);
     m_ui->setTitle(title);
-    setFixedSize(KvDeviceGroupSelectDialogUI::kSize);
+    const QSize most = KvDeviceGroupSelectDialogUI::kSize;
+    const int room = (parent ? parent : this)->screen()->availableGeometry().height();
+    setFixedSize(most.width(), std::min(most.height(), room));
     m_ui->setGeometry(rect());
     m_ui->cameraAdapter()->setGroups(m_cameras);
     if (group)

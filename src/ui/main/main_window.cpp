@@ -41,7 +41,7 @@ MainWindow::MainWindow(QWidget* parent)
     m_ui = new MainWindowUI(this);
     setWindowTitle(QStringLiteral("Orvelle"));
     setCentralWidget(m_ui);
-    setMinimumSize(defaultSize(screen()->geometry().height()));
+    setMinimumSize(defaultSize(screen()->geometry().size()));
     setDefaultGeometry();
     new orvelle::WindowEdges(this);
     connectTitleBar();
@@ -114,16 +114,19 @@ void MainWindow::connectContent() {
             &MainWindow::_onPreviewDeviceGroupInfoChanged);
 }
 
-QSize MainWindow::defaultSize(int screenHeight) {
-    if (screenHeight >= kLargeScreenHeight)
-        return kDefaultSize;
-    const int height = screenHeight - kTaskBarHeight;
-    return {height * kDefaultSize.width() / kDefaultSize.height(), height};
+QSize MainWindow::defaultSize(const QSize& screen) {
+    QSize size = kDefaultSize;
+    if (screen.height() < kLargeScreenHeight) {
+        size.setHeight(screen.height() - kTaskBarHeight);
+        size.setWidth(size.height() * kDefaultSize.width() / kDefaultSize.height());
+    }
+    // 4:3, and screens that stand upright.
+    return size.boundedTo({screen.width(), size.height()});
 }
 
 void MainWindow::setDefaultGeometry() {
     const QRect area = screen()->geometry();
-    const QSize size = defaultSize(area.height());
+    const QSize size = defaultSize(area.size());
     setGeometry(area.left() + (area.width() - size.width()) / 2,
                 area.top() + (area.height() - kTaskBarHeight - size.height()) / 2, size.width(),
                 size.height());

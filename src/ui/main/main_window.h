@@ -29,8 +29,8 @@ public:
     /// Stops what plays and lets go of every camera; before cameras are cleared.
     void releaseDevices();
 
-    /// The window's size on a screen of that height.
-    static QSize defaultSize(int screenHeight);
+    /// The window's size on a screen of that size, and the least it can have there.
+    static QSize defaultSize(const QSize& screen);
 
 protected:
     bool event(QEvent* event) override;
