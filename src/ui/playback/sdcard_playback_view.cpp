@@ -1,6 +1,7 @@
 #include "ui/playback/sdcard_playback_view.h"
 
 #include <QCoreApplication>
+#include <QScreen>
 
 #include <chrono>
 #include <limits>
@@ -21,6 +22,9 @@ using UI = KvSDCardPlaybackViewUI;
 namespace {
 
 constexpr QSize kMinSize(660, 500);
+// On a screen whose window leaves less than that, so that the bars stay in sight.
+constexpr QSize kSmallMinSize(360, 240);
+constexpr int kSmallScreenHeight = 700;
 constexpr int kClockMs = 1000;
 constexpr int kCoverDelayMs = 500;
 constexpr int kBarsMs = 3000;
@@ -36,7 +40,7 @@ int secondsNow() {
 
 KvSDCardPlaybackView::KvSDCardPlaybackView(QWidget* parent)
     : QWidget(parent), m_ui(new UI(this)), m_player(std::make_unique<KvTUTKPlayer>()) {
-    setMinimumSize(kMinSize);
+    setMinimumSize(screen()->size().height() < kSmallScreenHeight ? kSmallMinSize : kMinSize);
     setFocusPolicy(Qt::StrongFocus);
     // Reports the mouse over the children too, which take its moves.
     setAttribute(Qt::WA_Hover);
