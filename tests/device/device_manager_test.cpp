@@ -2,7 +2,9 @@
 
 #include <QPointer>
 
+#include <array>
 #include <thread>
+#include <vector>
 
 #include "device/device_search_thread.h"
 #include "support/suites.h"
@@ -59,11 +61,18 @@ private slots:
             QVERIFY(m_manager->contains(device, false) && m_manager->groups().isEmpty());
             QCOMPARE(m_manager->devicesSnapshot(), QList<KvDevice*>({device}));
             // Whoever stops it may rely on its end, whoever else stops it at the same time.
-            std::thread other([this] { m_manager->stopInitThread(); });
-            m_manager->stopInitThread();
-            const DeviceState stopped = device->state();
-            other.join();
-            QCOMPARE(stopped, DeviceState::kCancelled);
+            std::array<DeviceState, 3> seen{};
+            std::vector<std::thread> stoppers;
+            for (DeviceState& state : seen) {
+                stoppers.emplace_back([this, device, &state] {
+                    m_manager->stopInitThread();
+                    state = device->state();
+                });
+            }
+            for (std::thread& stopper : stoppers)
+                stopper.join();
+            for (const DeviceState state : seen)
+                QCOMPARE(state, DeviceState::kCancelled);
             m_manager->startInitThread();
         }
         QTRY_COMPARE(device->state(), DeviceState::kConnecting);

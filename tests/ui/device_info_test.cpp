@@ -179,6 +179,8 @@ private slots:
         page.sent.clear();
         Answerer answerer(choice);
         QPushButton* button = page.ui->cleanupButton();
+        QPushButton next(&page);
+        next.show();
         button->setFocus();
         button->click();
         QCOMPARE(answerer.question, text("format_the_card_with_all_its_recordings"));
