@@ -106,6 +106,8 @@ int runOrvelle(int argc, char** argv) {
         if (!services)
             services = std::make_unique<Services>();
         code = runMainWindow(application);
+        // Whoever starts next reads what the user changed last.
+        KvDeviceManager::instance()->finishWrites();
         singleInstance.release();
     }
     return code;

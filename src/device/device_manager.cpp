@@ -77,7 +77,6 @@ void KvDeviceManager::release() {
     if (!manager)
         return;
     manager->m_reaper.clear();
-    manager->finishWrites();
     manager->endInitThread();
     log("KvDeviceManager release clear devices began\n", kLogInfo);
     manager->clearDevices();

@@ -1,5 +1,6 @@
 #include <QApplication>
 #include <QEvent>
+#include <QFile>
 #include <QUrl>
 
 #include "core/file_utils.h"
@@ -78,8 +79,10 @@ void MainWindow::downloadUpdate(const KvUpdateInfo& info) {
 }
 
 void MainWindow::startInstaller(const QString& path) {
-    if (orvelle::runFile(path.toStdString()))
+    if (orvelle::runFile(path.toStdString())) {
         exitProgram();
-    else
-        inform(text("the_update_could_not_be_started"));
+        return;
+    }
+    QFile::remove(path);  // it would be taken for a finished download at the next offer
+    inform(text("the_update_could_not_be_started"));
 }
