@@ -170,7 +170,7 @@ private slots:
         const EncodedPicture h263 = encodeClip({false, 176, 144, 1, 1, "h263"})[0];
         for (const auto& [name, codec, events] :
              {Row{"no/folder.mp4", kH264, {R::kFailed}},
-              Row{"/sys/read-only.mp4", kH264, {R::kFailed}},
+              Row{"/proc/read-only.mp4", kH264, {R::kFailed}},
               Row{"undecoded.mp4", AV_CODEC_ID_NONE, {R::kFailed}},
               Row{"not-held.mp4", AV_CODEC_ID_H263, {R::kFailed}},
               Row{"change.mp4", kH264, {R::kCreated, R::kFailed, R::kEnded}}}) {
