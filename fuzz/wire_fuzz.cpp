@@ -1,7 +1,13 @@
-// Feeds mutated messages, stream ids, search datagrams and device codes to every decoder of the
-// link. Deterministic: the seed and the number of rounds may be given as arguments.
+// Feeds mutated messages, logins, search datagrams and device codes to every decoder of the link,
+// and to both ends of a login. Deterministic: the seed and the number of rounds may be given as
+// arguments.
+#include "link/client/login_exchange.h"
+#include "link/crypto/sealing.h"
 #include "link/device_code.h"
+#include "link/server/login_gate.h"
 #include "link/wire/frame_assembler.h"
+#include "link/wire/socket_opening.h"
+#include "link/wire/version_one.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -10,8 +16,6 @@
 using namespace orvelle;
 
 namespace {
-
-using Bytes = std::vector<uint8_t>;
 
 template <class Encoded>
 Bytes bytesOf(const Encoded& encoded) {
@@ -40,7 +44,16 @@ std::vector<Bytes> seeds() {
         all.push_back(bytesOf(encodeMessage(message)));
     all.push_back(bytesOf(encodeSearchQuery({7, "CAMERA1"})));
     all.push_back(bytesOf(encodeSearchAnswer({7, "CAMERA1", 4000, "Door"})));
-    all.push_back(bytesOf(encodeStreamId({StreamPurpose::Media, "CAMERA1", "admin", 9, 3, 1})));
+    for (const LoginMessage& message :
+         {LoginMessage{LoginHello{9, {}, {}, "CAMERA1", "admin", {}}}, LoginMessage{LoginCookie{}},
+          LoginMessage{LoginWelcome{}}, LoginMessage{LoginProof{}}, LoginMessage{LoginReady{}},
+          LoginMessage{LoginRefused{9, -20009}}})
+        all.push_back(encodeLogin(message));
+    const SecretKey secret;
+    const OpenMessage open = makeOpen(SocketPurpose::Media, 3, 9, secret);
+    all.push_back(encodeOpen(open));
+    all.push_back(encodeOpened(makeOpened(open, 0, secret)));
+    all.push_back(versionOneProbe());
     all.push_back(bytesOf(encodeDeviceCode("CAMERA1", "secret word")));
     return all;
 }
@@ -78,12 +91,58 @@ bool isFaithful(const Bytes& bytes, FrameAssembler& assembler) {
 
 void feedTexts(const Bytes& bytes) {
     const std::string text(bytes.begin(), bytes.end());
-    decodeStreamId(text);
     char uid[1024] = "";
     char password[1024] = "";
     GetDeUIDPasswd(text.c_str(), uid, password);
     decodeSearchQuery(bytes.data(), bytes.size());
     decodeSearchAnswer(bytes.data(), bytes.size());
+}
+
+// Whatever a stranger sends, a login goes on, and no session is admitted.
+class LoginTarget : public LoginGate::Host {
+public:
+    bool feed(const Bytes& bytes, int64_t nowMs) {
+        const auto answer = m_gate.handle(bytes.data(), bytes.size(), m_from, nowMs);
+        m_gate.expire(nowMs);
+        if (nowMs % 5000 == 0)
+            m_exchange.emplace(m_identity, m_from, 0);
+        m_exchange->due(nowMs);
+        if (const auto message = decodeLogin(bytes.data(), bytes.size()))
+            m_exchange->handle(*message, nowMs);
+        const bool isFooled = !m_exchange->isPending() && m_exchange->result() == 0;
+        const bool isAmplified = answer && answer->bytes.size() > bytes.size();
+        return !isFooled && !isAmplified && !m_isAdmitted &&
+               m_gate.exchanges() <= LoginGate::kMaxExchanges;
+    }
+
+    Admission admit(uint64_t, const SecretKey&, const sockaddr_in&) override {
+        m_isAdmitted = true;
+        return {};
+    }
+    std::optional<sockaddr_in> peerOf(uint64_t) const override { return m_from; }
+
+private:
+    sockaddr_in m_from{};
+    LoginGate m_gate{"CAMERA1", "admin", "secret word", *this};
+    LoginIdentity m_identity{"CAMERA1", "admin", "secret word"};
+    std::optional<LoginExchange> m_exchange{std::in_place, m_identity, m_from, 0};
+    bool m_isAdmitted = false;
+};
+
+// Only what a sealer made opens.
+bool isOpenedOnlyWhenWhole(const Bytes& bytes) {
+    Opener opener{SecretKey{}};
+    EncodedMessage message;
+    return !opener.open(bytes.data(), bytes.size(), &message);
+}
+
+bool areOpeningsFaithful(const Bytes& bytes) {
+    const auto open = decodeOpen(bytes.data(), bytes.size());
+    const auto opened = decodeOpened(bytes.data(), bytes.size());
+    refusalOfVersionOne(bytes.data(), bytes.size());
+    isVersionOneAnswer(bytes.data(), bytes.size());
+    return (!open || encodeOpen(*open).size() == bytes.size()) &&
+           (!opened || encodeOpened(*opened).size() == bytes.size());
 }
 
 }  // namespace
@@ -94,7 +153,10 @@ int main(int argc, char** argv) {
     };
     std::mt19937 random(static_cast<uint32_t>(argument(1, 1)));
     const unsigned long rounds = argument(2, 300'000);
+    if (!startCrypto())
+        return 1;
     const std::vector<Bytes> corpus = seeds();
+    LoginTarget login;
     FrameAssembler assembler;
     for (unsigned long i = 0; i < rounds; ++i) {
         Bytes bytes = corpus[random() % corpus.size()];
@@ -102,7 +164,8 @@ int main(int argc, char** argv) {
         // A block of its own size, so that the address sanitizer sees any read beyond it.
         const Bytes exact(bytes.begin(), bytes.end());
         feedTexts(exact);
-        if (!isFaithful(exact, assembler)) {
+        if (!isFaithful(exact, assembler) || !login.feed(exact, static_cast<int64_t>(i)) ||
+            !isOpenedOnlyWhenWhole(exact) || !areOpeningsFaithful(exact)) {
             std::fprintf(stderr, "round %lu: a decoder is not faithful\n", i);
             return 1;
         }

@@ -32,6 +32,8 @@ enum LinkResult : int {
     LINK_ER_NOT_INITIALIZED = -30010,  ///< IOTC_Initialize2 or avInitialize was not called
     LINK_ER_NETWORK = -30011,          ///< the system gave no socket, or the port is taken
     LINK_ER_BAD_UID = -30012,          ///< the UID is empty, too long or not of letters and digits
+    LINK_ER_TOO_MANY_ATTEMPTS =
+        -30013,  ///< refused for now: too many attempts came from this address
 };
 
 namespace orvelle {

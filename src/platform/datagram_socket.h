@@ -3,6 +3,8 @@
 #include "platform/ipv4.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <initializer_list>
 #include <vector>
 
 namespace orvelle {
@@ -25,12 +27,29 @@ public:
     bool allowBroadcast();
     /// To an address and port that other programs of this machine may be bound to as well.
     bool bindShared(const sockaddr_in& address);
+    /// To an address and port of its own.
+    bool bindExclusively(const sockaddr_in& address);
+    /// The same; further sockets of this program may bindBeside() it.
+    bool bindAsGate(const sockaddr_in& address);
+    /// Takes over what comes from `peer` to the port of a gate: the system hands it to this socket
+    /// alone, whatever others send to the gate. Where the system cannot, the socket gets a port of
+    /// its own. What came in between from others is read first.
+    bool bindBeside(const sockaddr_in& gate, const sockaddr_in& peer);
+    /// The port that it is bound to; 0 for none.
+    uint16_t port() const;
+    /// Gives the descriptor to a library that blocks on it and closes it.
+    Descriptor release();
 
     bool send(const void* bytes, size_t size, const sockaddr_in& to);
+    /// By a descriptor that was released. Any thread, as long as its owner keeps it open.
+    static bool sendOn(Descriptor descriptor, const void* bytes, size_t size,
+                       const sockaddr_in& to);
     /// Size of the next datagram, of which what does not fit is lost; -1 when none waits.
     int receive(void* bytes, size_t size, sockaddr_in& from);
     /// False when none came within `ms`, which are waited for without a socket, too.
     bool waitForDatagram(int ms);
+    /// The same for any of several; those that are not open are passed over.
+    static bool waitForAny(std::initializer_list<const DatagramSocket*> sockets, int ms);
 
 private:
     bool setOption(int option);

@@ -1,13 +1,24 @@
 #include "platform/datagram_socket.h"
 
+#include <fcntl.h>
 #include <ifaddrs.h>
 #include <net/if.h>
 #include <poll.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstring>
+#include <utility>
 
 namespace orvelle {
+
+namespace {
+
+bool bindTo(DatagramSocket::Descriptor descriptor, const sockaddr_in& address) {
+    return bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+}  // namespace
 
 DatagramSocket::DatagramSocket()
     : m_descriptor(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {}
@@ -18,8 +29,27 @@ DatagramSocket::~DatagramSocket() {
 }
 
 bool DatagramSocket::bindShared(const sockaddr_in& address) {
-    return setOption(SO_REUSEADDR) && setOption(SO_REUSEPORT) &&
-           bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+    return setOption(SO_REUSEADDR) && setOption(SO_REUSEPORT) && bindTo(m_descriptor, address);
+}
+
+bool DatagramSocket::bindExclusively(const sockaddr_in& address) {
+    return bindTo(m_descriptor, address);
+}
+
+// The system compares the option of both sockets when the second is bound: set afterwards, it lets
+// the gate's own companions in and no other gate.
+bool DatagramSocket::bindAsGate(const sockaddr_in& address) {
+    return bindTo(m_descriptor, address) && setOption(SO_REUSEADDR);
+}
+
+bool DatagramSocket::bindBeside(const sockaddr_in& gate, const sockaddr_in& peer) {
+    return setOption(SO_REUSEADDR) && bindTo(m_descriptor, gate) &&
+           connect(m_descriptor, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == 0;
+}
+
+DatagramSocket::Descriptor DatagramSocket::release() {
+    fcntl(m_descriptor, F_SETFL, fcntl(m_descriptor, F_GETFL) & ~O_NONBLOCK);
+    return std::exchange(m_descriptor, kNone);
 }
 
 int DatagramSocket::receive(void* bytes, size_t size, sockaddr_in& from) {
@@ -31,6 +61,16 @@ int DatagramSocket::receive(void* bytes, size_t size, sockaddr_in& from) {
 bool DatagramSocket::waitForDatagram(int ms) {
     pollfd waiting{m_descriptor, POLLIN, 0};
     return poll(&waiting, 1, ms) > 0;
+}
+
+bool DatagramSocket::waitForAny(std::initializer_list<const DatagramSocket*> sockets, int ms) {
+    std::array<pollfd, 8> waiting{};
+    nfds_t count = 0;
+    for (const DatagramSocket* socket : sockets) {
+        if (socket->isOpen() && count < waiting.size())
+            waiting[count++] = {socket->m_descriptor, POLLIN, 0};
+    }
+    return poll(waiting.data(), count, ms) > 0;
 }
 
 std::vector<in_addr> networkBroadcasts() {

@@ -3,7 +3,9 @@
 #include <iphlpapi.h>
 #include <mswsock.h>
 
+#include <array>
 #include <cstring>
+#include <utility>
 
 namespace orvelle {
 
@@ -40,6 +42,30 @@ bool DatagramSocket::bindShared(const sockaddr_in& address) {
            bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
 
+bool DatagramSocket::bindExclusively(const sockaddr_in& address) {
+    return setOption(SO_EXCLUSIVEADDRUSE) &&
+           bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+}
+
+bool DatagramSocket::bindAsGate(const sockaddr_in& address) {
+    return bindExclusively(address);
+}
+
+// Of two sockets on one port this system feeds either, connected or not, so a free port is taken.
+bool DatagramSocket::bindBeside(const sockaddr_in& gate, const sockaddr_in& peer) {
+    sockaddr_in address = gate;
+    address.sin_port = 0;
+    return bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
+           connect(m_descriptor, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == 0;
+}
+
+// The library counts its own use of the system's sockets.
+DatagramSocket::Descriptor DatagramSocket::release() {
+    if (isOpen())
+        WSACleanup();
+    return std::exchange(m_descriptor, kNone);
+}
+
 int DatagramSocket::receive(void* bytes, size_t size, sockaddr_in& from) {
     int fromBytes = sizeof from;
     const int received = recvfrom(m_descriptor, static_cast<char*>(bytes), static_cast<int>(size),
@@ -55,6 +81,20 @@ bool DatagramSocket::waitForDatagram(int ms) {
     }
     WSAPOLLFD waiting{m_descriptor, POLLRDNORM, 0};
     return WSAPoll(&waiting, 1, ms) > 0;
+}
+
+bool DatagramSocket::waitForAny(std::initializer_list<const DatagramSocket*> sockets, int ms) {
+    std::array<WSAPOLLFD, 8> waiting{};
+    ULONG count = 0;
+    for (const DatagramSocket* socket : sockets) {
+        if (socket->isOpen() && count < waiting.size())
+            waiting[count++] = {socket->m_descriptor, POLLRDNORM, 0};
+    }
+    if (count == 0) {
+        Sleep(static_cast<DWORD>(ms));
+        return false;
+    }
+    return WSAPoll(waiting.data(), count, ms) > 0;
 }
 
 namespace {

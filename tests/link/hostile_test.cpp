@@ -6,6 +6,7 @@
 
 #include "link/environment.h"
 #include "raw_camera.h"
+#include "raw_client.h"
 
 namespace orvelle::test {
 
@@ -96,10 +97,10 @@ void HostileTest::channel_isCutOff_whenCameraBreaksProtocol_data() {
     QTest::addColumn<QByteArray>("bytes");
     QTest::addColumn<int>("reason");
     const int broken = LINK_ER_PROTOCOL;
-    QTest::newRow("noise") << QByteArray(1456, '\x07') << broken;
+    QTest::newRow("noise") << QByteArray(int(kMaxMessageBytes), '\x07') << broken;
     QTest::newRow("one byte") << QByteArray(1, '\6') << broken;
     QTest::newRow("frame of 4 GB")
-        << QByteArray::fromHex("07000000FFFF000000000000FFFFFFFF") + QByteArray(1440, 'x')
+        << QByteArray::fromHex("07000000FFFF000000000000FFFFFFFF") + QByteArray(1424, 'x')
         << broken;
     QTest::newRow("a second welcome") << encoded(WelcomeMessage{}) << broken;
     QTest::newRow("bye with a time-out as reason")
@@ -127,7 +128,7 @@ void HostileTest::client_isCutOff_whenItBreaksProtocol_data() {
     QTest::addColumn<QByteArray>("bytes");
     QTest::newRow("noise as hello") << false << QByteArray(100, '\1');
     QTest::newRow("control before hello") << false << encoded(ControlMessage{});
-    QTest::newRow("noise") << true << QByteArray(1456, '\xEE');
+    QTest::newRow("noise") << true << QByteArray(int(kMaxMessageBytes), '\xEE');
     QTest::newRow("hello twice") << true << encoded(HelloMessage{});
     QTest::newRow("torn control") << true << QByteArray::fromHex("0600FFFF80060000");
 }
@@ -139,19 +140,13 @@ void HostileTest::client_isCutOff_whenItBreaksProtocol() {
     TestClient good;
     QVERIFY(good.connect() >= 0);
 
-    const SrtLibrary library;
-    SrtSocket bad = createLinkSocket(SocketUse::Control);
-    StreamRequest request{StreamPurpose::Control, kUid, "admin", 42, 0, kProtocolVersion};
-    setSocketOption(bad.id(), SRTO_STREAMID, encodeStreamId(request));
-    setSocketOption(bad.id(), SRTO_PASSPHRASE, *derivePassphrase(kUid, "admin", kPassword));
-    const sockaddr_in to = *ipv4Address("127.0.0.1", camera.server().port());
-    srt_connect(bad.id(), asSockaddr(to), sizeof to);
-    QTRY_COMPARE(srt_getsockstate(bad.id()), SRTS_CONNECTED);
+    RawClient bad(camera.server().port());
+    QVERIFY(bad.connect());
     if (saysHello) {
-        sendMessage(bad.id(), encodeMessage(HelloMessage{}));
+        QVERIFY(bad.hello());
         QTRY_COMPARE(camera.connected(), 2);
     }
-    srt_sendmsg(bad.id(), bytes.data(), bytes.size(), -1, 1);
+    bad.send(bytes);
     QTRY_VERIFY(srt_getsockstate(bad.id()) != SRTS_CONNECTED);
     QTRY_COMPARE(camera.lostGone(), saysHello ? 1 : 0);
     QCOMPARE(camera.controls().size(), 0);

@@ -2,66 +2,118 @@
 
 #include <QtTest>
 
-#include "link/passphrase.h"
-#include "link/server/client_table.h"
-#include "link/server/listener_gate.h"
+#include "link/server/gate_thread.h"
+#include "link/transport/sealed_socket.h"
+#include "link/wire/socket_opening.h"
 #include "link_fixture.h"
 
 namespace orvelle::test {
 
-/// A listener that lets callers in like a camera and then does only what a test tells it to:
-/// nothing, or send bytes that no camera should. One thread.
+/// A camera that knows the password and lets clients in, and then does only what a test tells it
+/// to: nothing, or send bytes that no camera should. One thread.
 class RawCamera {
 public:
     RawCamera()
-        : m_gate(kUid, *derivePassphrase(kUid, "admin", kPassword), m_noClients),
-          m_listener(createLinkSocket(SocketUse::Media)) {
-        sockaddr_in address = *ipv4Address("127.0.0.1", 0);
-        int size = sizeof address;
-        m_gate.installOn(m_listener.id());
-        srt_bind(m_listener.id(), asSockaddr(address), size);
-        if (srt_listen(m_listener.id(), 8) < 0)
-            qFatal("the raw camera does not start");
-        srt_getsockname(m_listener.id(), reinterpret_cast<sockaddr*>(&address), &size);
-        m_port = ntohs(address.sin_port);
+        : m_ports(bound(m_socket)),
+          m_search(kUid, "Raw camera", m_socket.port()),
+          m_gate(config(), m_socket, m_search, m_clients, m_ports,
+                 [this](SRTSOCKET listener) { m_listener = listener; }) {
+        m_gate.start();
+    }
+    ~RawCamera() {
+        m_gate.stop();
+        m_gate.waitForEnd();
     }
 
-    uint16_t port() const { return m_port; }
+    uint16_t port() const { return m_socket.port(); }
 
     /// Waits until both sockets of a login are there; false after 5 s.
     bool acceptLogin() {
         m_callers.clear();
+        m_sealed.clear();
         return QTest::qWaitFor([this] {
-            SrtSocket socket(srt_accept(m_listener.id(), nullptr, nullptr));
+            if (m_listener == SRT_INVALID_SOCK)
+                return false;
+            SrtSocket socket(srt_accept(m_listener, nullptr, nullptr));
             if (socket.isOpen())
                 m_callers.push_back(std::move(socket));
             return m_callers.size() == 2;
         });
     }
 
-    /// Waits for each caller's HELLO and welcomes it; false after 5 s.
+    /// Opens each socket and welcomes the client on it; false after 5 s.
     bool welcome() {
-        return std::all_of(m_callers.begin(), m_callers.end(), [](const SrtSocket& socket) {
-            char buffer[kMaxMessageBytes];
-            return QTest::qWaitFor(
-                       [&] { return srt_recvmsg(socket.id(), buffer, sizeof buffer) > 0; }) &&
-                   sendMessage(socket.id(), encodeMessage(WelcomeMessage{})) == SendResult::Sent;
-        });
+        for (SrtSocket& socket : m_callers) {
+            if (!open(socket))
+                return false;
+        }
+        return true;
     }
 
-    /// On both sockets.
+    /// On both sockets, sealed as they should be.
     void send(const QByteArray& bytes) {
-        for (const SrtSocket& socket : m_callers)
-            srt_sendmsg(socket.id(), bytes.data(), bytes.size(), -1, 1);
+        EncodedMessage message;
+        message.size = size_t(bytes.size());
+        std::copy(bytes.begin(), bytes.end(), message.bytes.begin());
+        for (const auto& socket : m_sealed)
+            socket->send(message);
     }
+    /// On both sockets, as they are.
+    void sendPlain(const QByteArray& bytes) {
+        for (const auto& socket : m_sealed)
+            sendBytes(socket->id(), reinterpret_cast<const uint8_t*>(bytes.data()),
+                      size_t(bytes.size()));
+    }
+    /// Closes both without a word.
+    void breakOff() { m_sealed.clear(); }
 
 private:
+    static sockaddr_in bound(DatagramSocket& socket) {
+        sockaddr_in address = *ipv4Address("127.0.0.1", 0);
+        if (!startCrypto() || !socket.bindAsGate(address))
+            qFatal("the raw camera does not start");
+        address.sin_port = htons(socket.port());
+        return address;
+    }
+    static LinkServerConfig config() {
+        LinkServerConfig config;
+        config.uid = kUid;
+        config.password = kPassword;
+        return config;
+    }
+
+    bool open(SrtSocket& socket) {
+        uint8_t buffer[kMaxDatagramBytes];
+        int size = 0;
+        if (!QTest::qWaitFor(
+                [&] { return (size = receiveBytes(socket.id(), buffer, sizeof buffer)) > 0; }))
+            return false;
+        const auto request = decodeOpen(buffer, size_t(size));
+        const auto session = request ? m_clients.sessionOf(request->token) : std::nullopt;
+        if (!session || !isAuthentic(*request, session->secret))
+            return false;
+        const OpenedMessage opened = makeOpened(*request, 0, session->secret);
+        const Bytes answer = encodeOpened(opened);
+        sendBytes(socket.id(), answer.data(), answer.size());
+        const SocketKeys keys = socketKeys(session->secret, *request, opened);
+        m_sealed.push_back(
+            std::make_shared<SealedSocket>(std::move(socket), keys.toClient, keys.toCamera));
+        EncodedMessage hello;
+        return QTest::qWaitFor([&] {
+                   return m_sealed.back()->receive(&hello) == SealedSocket::Received::Opened;
+               }) &&
+               m_sealed.back()->send(encodeMessage(WelcomeMessage{})) == SendResult::Sent;
+    }
+
     SrtLibrary m_library;
-    ClientTable m_noClients;
-    ListenerGate m_gate;
-    SrtSocket m_listener;
-    uint16_t m_port = 0;
+    DatagramSocket m_socket;
+    ClientTable m_clients;
+    PeerPorts m_ports;
+    SearchResponder m_search;
+    std::atomic<SRTSOCKET> m_listener{SRT_INVALID_SOCK};
+    GateThread m_gate;
     std::vector<SrtSocket> m_callers;
+    std::vector<std::shared_ptr<SealedSocket>> m_sealed;
 };
 
 }  // namespace orvelle::test

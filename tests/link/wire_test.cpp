@@ -68,13 +68,13 @@ void WireTest::decoder_takesOnlyExactMessages_data() {
     QTest::newRow("frame empty") << "07000000 0000 0000 05000000 00000000" + info + "AA" << -1;
     QTest::newRow("frame of 4 GB") << "07000000 FFFF 0000 05000000 FFFFFFFF" + info + full << -1;
     QTest::newRow("video above bound")
-        << "07000000 B900 0000 05000000 01000400" + info + full << -1;
+        << "07000000 BB00 0000 05000000 01000400" + info + full << -1;
     QTest::newRow("index beyond count")
         << "07000100 0100 0000 05000000 02000000" + info + "AABB" << -1;
     QTest::newRow("count does not fit")
         << "07000000 0200 0000 05000000 02000000" + info + "AABB" << -1;
-    QTest::newRow("first of two") << "07000000 0200 0000 05000000 91050000" + info + full << 6;
-    QTest::newRow("second of two") << "07000100 0200 0000 05000000 91050000" + info + "AA" << 6;
+    QTest::newRow("first of two") << "07000000 0200 0000 05000000 81050000" + info + full << 6;
+    QTest::newRow("second of two") << "07000100 0200 0000 05000000 81050000" + info + "AA" << 6;
 }
 
 void WireTest::decoder_takesOnlyExactMessages() {

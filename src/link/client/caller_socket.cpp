@@ -11,30 +11,6 @@ namespace {
 // Callers judge time themselves; the transport must not give up before them.
 constexpr int kTransportTimeoutMs = 24 * 3600 * 1000;
 
-int resultOfRejection(int reason) {
-    switch (reason) {
-        case kRejectProbeFound:
-            return 0;
-        case SRT_REJ_BADSECRET:
-        case SRT_REJ_UNSECURE:
-        case kRejectAccount:
-            return AV_ER_WRONG_VIEWACCorPWD;
-        case kRejectUnknownUid:
-            return LINK_ER_UNKNOWN_UID;
-        case kRejectTooManyClients:
-        case SRT_REJ_BACKLOG:
-            return AV_ER_NO_PERMISSION;
-        case kRejectVersion:
-        case SRT_REJ_VERSION:
-            return LINK_ER_VERSION;
-        case SRT_REJ_TIMEOUT:
-            return AV_ER_TIMEOUT;
-        default:
-            return LINK_ER_REFUSED;
-    }
-}
-
-// The peer names the reason, so only those that a login can end with are passed on.
 int resultOfGoodbye(int reason) {
     switch (reason) {
         case AV_ER_NO_PERMISSION:
@@ -49,12 +25,11 @@ int resultOfGoodbye(int reason) {
 }  // namespace
 
 CallerSocket::CallerSocket(SrtEpoll& epoll, SrtSocket socket, const Settings& settings)
-    : m_epoll(epoll), m_socket(std::move(socket)) {
-    const bool isSet = setSocketOption(id(), SRTO_STREAMID, encodeStreamId(settings.request)) &&
-                       setSocketOption(id(), SRTO_CONNTIMEO, kTransportTimeoutMs) &&
-                       (settings.passphrase.empty() ||
-                        setSocketOption(id(), SRTO_PASSPHRASE, settings.passphrase));
-    if (!isSet) {
+    : m_epoll(epoll),
+      m_secret(settings.secret),
+      m_open(makeOpen(settings.purpose, settings.channel, settings.token, settings.secret)),
+      m_plain(std::move(socket)) {
+    if (!setSocketOption(id(), SRTO_CONNTIMEO, kTransportTimeoutMs)) {
         finish(LINK_ER_NETWORK);
         return;
     }
@@ -70,47 +45,77 @@ void CallerSocket::finish(int result) {
 }
 
 void CallerSocket::advance() {
-    if (m_state == State::Connecting) {
-        const SRT_SOCKSTATUS status = srt_getsockstate(id());
-        if (status == SRTS_CONNECTED)
-            connected();
-        else if (status != SRTS_CONNECTING && status != SRTS_OPENED && status != SRTS_INIT)
-            finish(resultOfRejection(srt_getrejectreason(id())));
-    } else if (m_state == State::Greeting) {
-        readAnswer();
+    switch (m_state) {
+        case State::Connecting: {
+            const SRT_SOCKSTATUS status = srt_getsockstate(id());
+            if (status == SRTS_CONNECTED)
+                connected();
+            else if (status != SRTS_CONNECTING && status != SRTS_OPENED && status != SRTS_INIT)
+                finish(LINK_ER_REFUSED);
+            break;
+        }
+        case State::Opening:
+            readOpened();
+            break;
+        case State::Greeting:
+            readAnswer();
+            break;
+        case State::Done:
+            break;
     }
 }
 
 void CallerSocket::connected() {
-    m_state = State::Greeting;
+    m_state = State::Opening;
     m_epoll.watch(id(), SRT_EPOLL_IN | SRT_EPOLL_ERR);
-    if (sendMessage(id(), encodeMessage(HelloMessage{})) != SendResult::Sent)
+    const Bytes bytes = encodeOpen(m_open);
+    if (sendBytes(id(), bytes.data(), bytes.size()) != SendResult::Sent)
+        finish(LINK_ER_REFUSED);
+}
+
+void CallerSocket::readOpened() {
+    uint8_t buffer[kMaxDatagramBytes];
+    const int size = receiveBytes(id(), buffer, sizeof buffer);
+    if (size == kNothingReceived)
+        return;
+    if (size < 0) {
+        finish(LINK_ER_REFUSED);
+        return;
+    }
+    const auto opened = decodeOpened(buffer, static_cast<size_t>(size));
+    if (!opened || opened->version != kProtocolVersion || !isAuthentic(*opened, m_open, m_secret)) {
+        finish(LINK_ER_PROTOCOL);
+        return;
+    }
+    if (opened->result != 0) {
+        finish(resultOfGoodbye(opened->result));
+        return;
+    }
+    const SocketKeys keys = socketKeys(m_secret, m_open, *opened);
+    m_sealed = std::make_shared<SealedSocket>(std::move(m_plain), keys.toCamera, keys.toClient);
+    m_state = State::Greeting;
+    if (m_sealed->send(encodeMessage(HelloMessage{})) != SendResult::Sent)
         finish(LINK_ER_REFUSED);
 }
 
 void CallerSocket::readAnswer() {
-    char buffer[kMaxMessageBytes];
-    const int size = srt_recvmsg(id(), buffer, sizeof buffer);
-    if (size < 0) {
-        if (srt_getlasterror(nullptr) != SRT_EASYNCRCV)
-            finish(LINK_ER_REFUSED);
+    EncodedMessage bytes;
+    const SealedSocket::Received received = m_sealed->receive(&bytes);
+    if (received == SealedSocket::Received::Nothing)
+        return;
+    if (received == SealedSocket::Received::Broken) {
+        finish(LINK_ER_REFUSED);
         return;
     }
-    const auto message =
-        decodeMessage(reinterpret_cast<const uint8_t*>(buffer), static_cast<size_t>(size));
-    if (!message) {
-        finish(LINK_ER_PROTOCOL);
-    } else if (const auto* welcome = std::get_if<WelcomeMessage>(&*message)) {
-        finish(welcome->version == kProtocolVersion ? 0 : int{LINK_ER_VERSION});
-    } else if (const auto* bye = std::get_if<ByeMessage>(&*message)) {
+    const auto message = received == SealedSocket::Received::Opened
+                             ? decodeMessage(bytes.bytes.data(), bytes.size)
+                             : std::nullopt;
+    if (message && std::holds_alternative<WelcomeMessage>(*message))
+        finish(0);
+    else if (const auto* bye = message ? std::get_if<ByeMessage>(&*message) : nullptr)
         finish(resultOfGoodbye(bye->reason));
-    } else {
+    else
         finish(LINK_ER_PROTOCOL);
-    }
-}
-
-SrtSocket CallerSocket::take() {
-    return std::move(m_socket);
 }
 
 }  // namespace orvelle

@@ -16,17 +16,18 @@ constexpr size_t kMaxWaitingControls = 512;
 
 }  // namespace
 
-ClientChannel::ClientChannel(std::shared_ptr<ClientSession> session, int number, SrtSocket control,
-                             SrtSocket media)
+ClientChannel::ClientChannel(std::shared_ptr<ClientSession> session, int number,
+                             std::shared_ptr<SealedSocket> control,
+                             std::shared_ptr<SealedSocket> media)
     : m_session(std::move(session)),
       m_number(number),
-      m_controlId(control.id()),
-      m_mediaId(media.id()),
+      m_controlId(control ? control->id() : SRT_INVALID_SOCK),
+      m_mediaId(media->id()),
       m_controlSocket(std::move(control)),
       m_mediaSocket(std::move(media)) {}
 
-ClientChannel::Outcome ClientChannel::accept(const uint8_t* data, size_t size) {
-    const std::optional<Message> message = decodeMessage(data, size);
+ClientChannel::Outcome ClientChannel::accept(const EncodedMessage& bytes) {
+    const std::optional<Message> message = decodeMessage(bytes.bytes.data(), bytes.size);
     if (!message)
         return Outcome::Broken;
     if (const auto* fragment = std::get_if<FrameFragment>(&*message)) {
@@ -89,12 +90,24 @@ int ClientChannel::endReason() const {
     return m_endReason;
 }
 
-std::vector<SrtSocket> ClientChannel::takeSockets() {
+std::vector<std::shared_ptr<SealedSocket>> ClientChannel::sockets() const {
     std::lock_guard<std::mutex> lock(m_mutex);
-    std::vector<SrtSocket> sockets;
-    sockets.push_back(std::move(m_controlSocket));
-    sockets.push_back(std::move(m_mediaSocket));
+    std::vector<std::shared_ptr<SealedSocket>> sockets;
+    for (const auto& socket : {m_controlSocket, m_mediaSocket}) {
+        if (socket)
+            sockets.push_back(socket);
+    }
     return sockets;
+}
+
+std::vector<std::shared_ptr<SealedSocket>> ClientChannel::takeSockets() {
+    auto taken = sockets();
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_mediaSocket)
+        return {};
+    m_controlSocket.reset();
+    m_mediaSocket.reset();
+    return taken;
 }
 
 int ClientChannel::reasonLocked() const {
@@ -111,7 +124,9 @@ int ClientChannel::sendControl(uint32_t type, const char* data, int size) {
         return reason;
     const ControlMessage message{type, reinterpret_cast<const uint8_t*>(data),
                                  static_cast<size_t>(size)};
-    switch (sendMessage(m_controlId, encodeMessage(message))) {
+    if (!m_controlSocket)
+        return AV_ER_INVALID_ARG;
+    switch (m_controlSocket->send(encodeMessage(message))) {
         case SendResult::Sent:
             return 0;
         case SendResult::Full:
@@ -119,7 +134,7 @@ int ClientChannel::sendControl(uint32_t type, const char* data, int size) {
         case SendResult::Broken:
             break;
     }
-    return AV_ER_SESSION_CLOSE_BY_REMOTE;
+    return AV_ER_REMOTE_TIMEOUT_DISCONNECT;
 }
 
 int ClientChannel::receiveControl(uint32_t* type, char* buffer, int maxSize, uint32_t timeoutMs,

@@ -3,6 +3,7 @@
 #include "link/av.h"
 #include "link/client/frame_queue.h"
 #include "link/client/session.h"
+#include "link/transport/sealed_socket.h"
 
 #include <condition_variable>
 #include <deque>
@@ -15,8 +16,8 @@ namespace orvelle {
 /// The receive thread fills it, the readers of av.h empty it; both may be on any thread.
 class ClientChannel {
 public:
-    ClientChannel(std::shared_ptr<ClientSession> session, int number, SrtSocket control,
-                  SrtSocket media);
+    ClientChannel(std::shared_ptr<ClientSession> session, int number,
+                  std::shared_ptr<SealedSocket> control, std::shared_ptr<SealedSocket> media);
 
     int number() const { return m_number; }
     ClientSession& session() const { return *m_session; }
@@ -27,7 +28,7 @@ public:
 
     /// What a message means for the channel; frames and control messages go to their queues.
     enum class Outcome { Fine, Goodbye, Broken };
-    Outcome accept(const uint8_t* data, size_t size);
+    Outcome accept(const EncodedMessage& bytes);
     /// Whether data came in since the last call, also such as wait for the repair of a loss: on
     /// an overfull path nothing else may show for seconds that the camera is there.
     bool hasDataArrived();
@@ -37,8 +38,9 @@ public:
     // --- readers ---
 
     int endReason() const;
-    /// The open sockets, for closing; the channel has none afterwards.
-    std::vector<SrtSocket> takeSockets();
+    /// The sockets, of which channel 0 has two; empty once they were taken for closing.
+    std::vector<std::shared_ptr<SealedSocket>> sockets() const;
+    std::vector<std::shared_ptr<SealedSocket>> takeSockets();
 
     int sendControl(uint32_t type, const char* data, int size);
     int receiveControl(uint32_t* type, char* buffer, int maxSize, uint32_t timeoutMs,
@@ -83,8 +85,8 @@ private:
     std::condition_variable m_controlCame;
     std::condition_variable m_videoCame;
     std::condition_variable m_audioCame;
-    SrtSocket m_controlSocket;
-    SrtSocket m_mediaSocket;
+    std::shared_ptr<SealedSocket> m_controlSocket;
+    std::shared_ptr<SealedSocket> m_mediaSocket;
     std::deque<Control> m_controls;
     FrameQueue m_video{FrameQueue::Kind::Video};
     FrameQueue m_audio{FrameQueue::Kind::Audio};

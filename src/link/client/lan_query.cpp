@@ -3,6 +3,7 @@
 #include "link/clock.h"
 #include "link/environment.h"
 #include "link/link_log.h"
+#include "link/wire/version_one.h"
 
 #include <random>
 #include <vector>
@@ -24,8 +25,8 @@ std::vector<in_addr> searchedAddresses() {
 
 }  // namespace
 
-LanQuery::LanQuery(const std::string& uid)
-    : m_query{std::random_device{}(), uid}, m_nextQueryMs(steadyMilliseconds()) {
+LanQuery::LanQuery(const std::string& uid, const std::optional<sockaddr_in>& direct)
+    : m_query{std::random_device{}(), uid}, m_direct(direct), m_nextQueryMs(steadyMilliseconds()) {
     if (!m_socket.allowBroadcast())
         qCWarning(lcLink, "no socket for the LAN search");
 }
@@ -36,6 +37,9 @@ void LanQuery::sendDueQueries() {
     ++m_queriesSent;
     m_nextQueryMs += kQueryIntervalMs;
     const SearchDatagram datagram = encodeSearchQuery(m_query);
+    // An address that cannot be reached is as good as one without a camera.
+    if (m_direct) [[maybe_unused]]
+        const bool isSent = m_socket.send(datagram.data(), datagram.size(), *m_direct);
     for (const in_addr address : searchedAddresses()) {
         sockaddr_in to{};
         to.sin_family = AF_INET;
@@ -51,18 +55,29 @@ std::optional<LanAnswer> LanQuery::next(int waitMs) {
     return m_socket.waitForDatagram(waitMs) ? receive() : std::nullopt;
 }
 
+void LanQuery::probeForVersionOne(const sockaddr_in& address) {
+    const Bytes probe = versionOneProbe();
+    [[maybe_unused]] const bool isSent = m_socket.send(probe.data(), probe.size(), address);
+}
+
 std::optional<LanAnswer> LanQuery::receive() {
     uint8_t buffer[kSearchBytes + 1];  // one more shows that a datagram is too long
     sockaddr_in from{};
     const int size = m_socket.receive(buffer, sizeof buffer, from);
     if (size < 0)
         return std::nullopt;
+    const bool isDirect = m_direct && from.sin_addr.s_addr == m_direct->sin_addr.s_addr &&
+                          from.sin_port == m_direct->sin_port;
+    if (isDirect && isVersionOneAnswer(buffer, static_cast<size_t>(size)))
+        return LanAnswer{m_query.uid, {}, from, 1};
     const auto answer = decodeSearchAnswer(buffer, static_cast<size_t>(size));
     if (!answer || answer->nonce != m_query.nonce ||
-        (!m_query.uid.empty() && answer->uid != m_query.uid))
+        (!isDirect && !m_query.uid.empty() && answer->uid != m_query.uid))
         return std::nullopt;
-    from.sin_port = htons(answer->port);
-    return LanAnswer{answer->uid, answer->deviceName, from};
+    // Behind a relay the camera's own idea of its port means nothing.
+    if (!isDirect)
+        from.sin_port = htons(answer->port);
+    return LanAnswer{answer->uid, answer->deviceName, from, answer->version};
 }
 
 }  // namespace orvelle

@@ -13,6 +13,7 @@ struct LanAnswer {
     std::string uid;
     std::string deviceName;
     sockaddr_in address{};  ///< of its link port
+    uint8_t version = 0;
 };
 
 /// One running search of the local network: sends the query three times to every network that
@@ -20,16 +21,20 @@ struct LanAnswer {
 class LanQuery {
 public:
     /// An empty UID asks every camera. Without a usable socket the query just stays unanswered.
-    explicit LanQuery(const std::string& uid);
+    /// `direct`: one more address to ask, which may answer with another UID.
+    explicit LanQuery(const std::string& uid, const std::optional<sockaddr_in>& direct = {});
 
     /// Sends what is due, then waits up to `waitMs` for one answer.
     std::optional<LanAnswer> next(int waitMs);
+    /// Asks an address whether a camera of version 1 is there; next() tells.
+    void probeForVersionOne(const sockaddr_in& address);
 
 private:
     void sendDueQueries();
     std::optional<LanAnswer> receive();
 
     const SearchQuery m_query;
+    const std::optional<sockaddr_in> m_direct;
     DatagramSocket m_socket;
     int m_queriesSent = 0;
     int64_t m_nextQueryMs = 0;

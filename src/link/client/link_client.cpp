@@ -1,11 +1,9 @@
 #include "link/client/link_client.h"
 
-#include "link/environment.h"
-#include "link/link_log.h"
+#include "link/crypto/cpace.h"
 #include "link/result_codes.h"
 
 #include <algorithm>
-#include <random>
 
 namespace orvelle {
 
@@ -13,16 +11,7 @@ namespace {
 
 // Sids and indices count up through this range, so that one is not given out again soon.
 constexpr int kHandleRange = 1 << 30;
-
-uint64_t randomToken() {
-    std::random_device random;
-    return static_cast<uint64_t>(random()) << 32 | random();
-}
-
-bool bindTo(const SrtSocket& socket, uint16_t port) {
-    const auto address = ipv4Address(isLinkLoopbackOnly() ? "127.0.0.1" : "0.0.0.0", port);
-    return srt_bind(socket.id(), asSockaddr(*address), sizeof *address) == 0;
-}
+constexpr int kSearchSliceMs = 10;
 
 template <class Map>
 typename Map::mapped_type findIn(const Map& map, int key) {
@@ -50,8 +39,10 @@ int LinkClient::start(uint16_t udpPort) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_library)
         return 0;
+    if (!startCrypto())
+        return LINK_ER_NETWORK;
     m_library = std::make_unique<SrtLibrary>();
-    m_localPort = udpPort;
+    m_wishedPort = udpPort;
     m_receiver = std::make_shared<ClientReceiver>();
     m_receiver->start();
     return 0;
@@ -76,11 +67,13 @@ void LinkClient::shutDown() {
         closeSession(sid);
 
     std::unique_ptr<SrtLibrary> library;  // goes last
+    std::shared_ptr<LocalPort> port;
     std::shared_ptr<ClientReceiver> receiver;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         receiver = std::move(m_receiver);
         library = std::move(m_library);
+        port = std::move(m_localPort);
     }
     if (!receiver)
         return;
@@ -96,7 +89,7 @@ int LinkClient::openSession() {
         return LINK_ER_NO_FREE_SESSION;
     const int sid = m_nextSid;
     m_nextSid = (m_nextSid + 1) % kHandleRange;
-    m_sessions[sid] = std::make_shared<ClientSession>(sid, randomToken());
+    m_sessions[sid] = std::make_shared<ClientSession>(sid);
     return sid;
 }
 
@@ -111,9 +104,17 @@ int LinkClient::find(const std::string& uid, int sid) {
         return IOTC_ER_INVALID_SID;
     if (!isValidUid(uid))
         return LINK_ER_BAD_UID;
-    const int result =
-        findCamera(uid, *bound, [this](SocketUse use) { return makeCallerSocket(use); });
-    return result == 0 ? sid : result;
+    const uint32_t interruptions = bound->interruptions();
+    auto search = std::make_unique<CameraSearch>(uid);
+    while (search->candidates().empty()) {
+        if (bound->isAborted() || bound->interruptions() != interruptions)
+            return LINK_ER_ABORTED;
+        if (search->isOver())
+            return search->failure();
+        search->step(kSearchSliceMs);
+    }
+    bound->bind(uid, std::move(search));
+    return sid;
 }
 
 void LinkClient::closeSession(int sid) {
@@ -130,19 +131,14 @@ void LinkClient::closeSession(int sid) {
         closeChannel(channel, IOTC_ER_INVALID_SID);
 }
 
-// All callers share one UDP port, since the transport runs two threads for each port. When the
-// port was given back in the meantime and is taken now, a new one is shared from then on.
-SrtSocket LinkClient::makeCallerSocket(SocketUse use) {
-    SrtSocket socket = createLinkSocket(use);
+std::shared_ptr<LocalPort> LinkClient::localPort() {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (!m_library || !socket.isOpen())
-        return {};
-    if (!bindTo(socket, m_localPort) && !bindTo(socket, 0)) {
-        qCWarning(lcLink, "no local port: %s", srt_getlasterror_str());
-        return {};
+    if (m_library && !m_localPort) {
+        auto port = std::make_shared<LocalPort>();
+        if (port->open(m_wishedPort))
+            m_localPort = std::move(port);
     }
-    m_localPort = localPort(socket.id());
-    return socket;
+    return m_localPort;
 }
 
 int LinkClient::openChannel(int sid, const std::string& account, const std::string& password,
@@ -159,8 +155,10 @@ int LinkClient::openChannel(int sid, const std::string& account, const std::stri
     }
     if (!on->canOpen(channelNumber))
         return LINK_ER_CHANNEL_IN_USE;
-    const LoginResult login = logIn(on, account, password, channelNumber, timeoutMs,
-                                    [this](SocketUse use) { return makeCallerSocket(use); });
+    const auto port = localPort();
+    if (!port)
+        return LINK_ER_NETWORK;
+    const LoginResult login = logIn(on, account, password, channelNumber, timeoutMs, *port);
     if (login.code != 0)
         return login.code;
     return registerChannel(login.channel);

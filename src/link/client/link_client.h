@@ -4,6 +4,7 @@
 #include "link/client/receiver.h"
 
 #include <map>
+#include <memory>
 
 namespace orvelle {
 
@@ -33,14 +34,15 @@ private:
     LinkClient();
     ~LinkClient();
 
-    SrtSocket makeCallerSocket(SocketUse use);
+    std::shared_ptr<LocalPort> localPort();
     int registerChannel(const std::shared_ptr<ClientChannel>& channel);
     void closeChannel(const std::shared_ptr<ClientChannel>& channel, int reason);
 
     mutable std::mutex m_mutex;  ///< guards the fields below
     std::unique_ptr<SrtLibrary> m_library;
     std::shared_ptr<ClientReceiver> m_receiver;
-    uint16_t m_localPort = 0;  ///< shared by all callers once the first is bound
+    uint16_t m_wishedPort = 0;
+    std::shared_ptr<LocalPort> m_localPort;  ///< from the first login on
     int m_maxChannels = 0;
     int m_nextSid = 0;
     int m_nextIndex = 0;

@@ -1,9 +1,9 @@
 #include "link/client/login.h"
 
 #include "link/client/caller_socket.h"
+#include "link/client/candidate_race.h"
 #include "link/clock.h"
 #include "link/environment.h"
-#include "link/passphrase.h"
 #include "link/result_codes.h"
 
 #include <algorithm>
@@ -16,7 +16,7 @@ constexpr int kSliceMs = 10;
 constexpr int kMaxSockets = 2;
 
 // The sockets of one login, all under way at once.
-class Login {
+class SocketsOpening {
 public:
     void start(SrtSocket socket, const CallerSocket::Settings& settings) {
         m_callers.emplace_back(m_epoll, std::move(socket), settings);
@@ -33,10 +33,10 @@ public:
             }
         }
         const auto isPending = [](const CallerSocket& caller) { return caller.isPending(); };
-        return failure() != 0 || std::none_of(m_callers.begin(), m_callers.end(), isPending);
+        return result() != 0 || std::none_of(m_callers.begin(), m_callers.end(), isPending);
     }
 
-    int failure() const {
+    int result() const {
         for (const CallerSocket& caller : m_callers) {
             if (!caller.isPending() && caller.result() != 0)
                 return caller.result();
@@ -45,8 +45,8 @@ public:
     }
 
     // In the order of start().
-    SrtSocket takeLast() {
-        SrtSocket socket = m_callers.back().take();
+    std::shared_ptr<SealedSocket> takeLast() {
+        auto socket = m_callers.back().take();
         m_callers.pop_back();
         return socket;
     }
@@ -56,56 +56,74 @@ private:
     std::vector<CallerSocket> m_callers;
 };
 
-int waitForOutcome(Login& login, ClientSession& session, int64_t timeoutMs) {
-    const uint32_t interruptions = session.interruptions();
-    const int64_t startMs = steadyMilliseconds();
-    while (!login.step()) {
-        if (session.isAborted() || session.interruptions() != interruptions)
-            return LINK_ER_ABORTED;
-        if (timeoutMs > 0 && !isLinkUnbounded() && steadyMilliseconds() - startMs >= timeoutMs)
-            return AV_ER_TIMEOUT;
+// Steps until the outcome is known, the session is aborted or the time has passed.
+class Patience {
+public:
+    Patience(ClientSession& session, int64_t timeoutMs)
+        : m_session(session),
+          m_interruptions(session.interruptions()),
+          m_endMs(timeoutMs > 0 && !isLinkUnbounded() ? steadyMilliseconds() + timeoutMs
+                                                      : INT64_MAX) {}
+
+    template <class Steps>
+    int waitFor(Steps& steps) {
+        while (!steps.step()) {
+            if (m_session.isAborted() || m_session.interruptions() != m_interruptions)
+                return LINK_ER_ABORTED;
+            if (steadyMilliseconds() >= m_endMs)
+                return AV_ER_TIMEOUT;
+        }
+        return steps.result();
     }
-    return login.failure();
-}
+
+private:
+    ClientSession& m_session;
+    const uint32_t m_interruptions;
+    const int64_t m_endMs;
+};
 
 }  // namespace
 
 LoginResult logIn(const std::shared_ptr<ClientSession>& session, const std::string& account,
                   const std::string& password, int channelNumber, int64_t timeoutMs,
-                  const CallerSocketFactory& sockets) {
+                  LocalPort& port) {
     if (session->isAborted())
         return {LINK_ER_ABORTED, {}};
-    const auto passphrase = derivePassphrase(session->uid(), account, password);
-    if (!passphrase)
-        return {AV_ER_WRONG_VIEWACCorPWD, {}};
+    Patience patience(*session, timeoutMs);
+    if (channelNumber == 0) {
+        const LoginIdentity identity(session->uid(), account, password);
+        CandidateRace race(identity, *session, port);
+        if (const int code = patience.waitFor(race))
+            return {code, {}};
+        session->prove(race.proof());
+    }
+    const auto proof = session->proof();
+    if (!proof)
+        return {LINK_ER_CHANNEL_IN_USE, {}};
 
     CallerSocket::Settings settings;
-    settings.passphrase = *passphrase;
-    settings.address = session->address();
-    settings.request.uid = session->uid();
-    settings.request.account = account;
-    settings.request.token = session->token();
-    settings.request.channel = channelNumber;
-
-    Login login;
-    std::vector<StreamPurpose> purposes{StreamPurpose::Media};
+    settings.channel = static_cast<uint8_t>(channelNumber);
+    settings.address = proof->socketAddress;
+    settings.token = proof->token;
+    settings.secret = proof->secret;
+    SocketsOpening opening;
+    std::vector<SocketPurpose> purposes{SocketPurpose::Media};
     if (channelNumber == 0)
-        purposes.insert(purposes.begin(), StreamPurpose::Control);
-    for (const StreamPurpose purpose : purposes) {
-        settings.request.purpose = purpose;
-        SrtSocket socket =
-            sockets(purpose == StreamPurpose::Control ? SocketUse::Control : SocketUse::Media);
+        purposes.insert(purposes.begin(), SocketPurpose::Control);
+    for (const SocketPurpose purpose : purposes) {
+        settings.purpose = purpose;
+        SrtSocket socket = port.makeCaller(purpose == SocketPurpose::Control ? SocketUse::Control
+                                                                             : SocketUse::Media);
         if (!socket.isOpen())
             return {LINK_ER_NETWORK, {}};
-        login.start(std::move(socket), settings);
+        opening.start(std::move(socket), settings);
     }
 
-    const int code = waitForOutcome(login, *session, timeoutMs);
-    if (code != 0)
+    if (const int code = patience.waitFor(opening))
         return {code, {}};
     session->noteHeard(steadyMilliseconds());
-    SrtSocket media = login.takeLast();
-    SrtSocket control = channelNumber == 0 ? login.takeLast() : SrtSocket();
+    auto media = opening.takeLast();
+    auto control = channelNumber == 0 ? opening.takeLast() : nullptr;
     return {0, std::make_shared<ClientChannel>(session, channelNumber, std::move(control),
                                                std::move(media))};
 }

@@ -1,7 +1,7 @@
 #pragma once
 
-#include "link/client/camera_finder.h"
 #include "link/client/channel.h"
+#include "link/client/local_port.h"
 
 namespace orvelle {
 
@@ -11,11 +11,12 @@ struct LoginResult {
     std::shared_ptr<ClientChannel> channel;
 };
 
-/// Logs in on a channel of a bound session: derives the passphrase, connects the sockets, says
-/// HELLO and waits for WELCOME, all on the calling thread. `timeoutMs` 0 waits without bound;
-/// abort() and interrupt() of the session end it within a slice of 10 ms.
+/// Logs in on a channel of a bound session, all on the calling thread. On channel 0 everybody who
+/// answered to the UID is tried, at most eight at a time, until one proves the password; then, as
+/// for every other channel, its sockets are connected and opened. `timeoutMs` 0 waits without
+/// bound; abort() and interrupt() of the session end it within a slice of 10 ms.
 LoginResult logIn(const std::shared_ptr<ClientSession>& session, const std::string& account,
                   const std::string& password, int channelNumber, int64_t timeoutMs,
-                  const CallerSocketFactory& sockets);
+                  LocalPort& port);
 
 }  // namespace orvelle

@@ -5,7 +5,6 @@
 #include "link/result_codes.h"
 
 #include <algorithm>
-#include <set>
 
 namespace orvelle {
 
@@ -50,16 +49,14 @@ void ClientReceiver::stop() {
 void ClientReceiver::waitForWork() {
     std::unique_lock<std::mutex> lock(m_mutex);
     m_workCame.wait(lock,
-                    [this] { return isStopped() || !m_channels.empty() || !m_closing.isEmpty(); });
+                    [this] { return isStopped() || !m_readings.empty() || !m_closing.isEmpty(); });
 }
 
 void ClientReceiver::add(const std::shared_ptr<ClientChannel>& channel) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    for (const SRTSOCKET socket : {channel->controlId(), channel->mediaId()}) {
-        if (socket == SRT_INVALID_SOCK)
-            continue;
-        m_channels[socket] = channel;
-        m_epoll.watch(socket, SRT_EPOLL_IN | SRT_EPOLL_ERR);
+    for (const auto& socket : channel->sockets()) {
+        m_readings[socket->id()] = {channel, socket};
+        m_epoll.watch(socket->id(), SRT_EPOLL_IN | SRT_EPOLL_ERR);
     }
     m_workCame.notify_all();
 }
@@ -67,7 +64,7 @@ void ClientReceiver::add(const std::shared_ptr<ClientChannel>& channel) {
 void ClientReceiver::forget(ClientChannel& channel) {
     std::lock_guard<std::mutex> lock(m_mutex);
     for (const SRTSOCKET socket : {channel.controlId(), channel.mediaId()}) {
-        if (m_channels.erase(socket) > 0)
+        if (m_readings.erase(socket) > 0)
             m_epoll.forget(socket);
     }
 }
@@ -76,43 +73,54 @@ void ClientReceiver::closeOrderly(ClientChannel& channel, int reason) {
     const bool isPeerThere = channel.endReason() == 0;
     forget(channel);
     channel.end(reason);
-    for (SrtSocket& socket : channel.takeSockets()) {
+    for (auto& socket : channel.takeSockets()) {
         if (isPeerThere)
             m_closing.sayGoodbye(std::move(socket), 0);
+        else
+            socket->close();
     }
     std::lock_guard<std::mutex> lock(m_mutex);
     m_workCame.notify_all();
 }
 
 void ClientReceiver::drain(SRTSOCKET socket) {
-    std::shared_ptr<ClientChannel> channel;
+    Reading reading;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        const auto found = m_channels.find(socket);
-        if (found != m_channels.end())
-            channel = found->second;
+        const auto found = m_readings.find(socket);
+        if (found != m_readings.end())
+            reading = found->second;
     }
-    if (!channel) {
+    if (!reading.channel) {
         m_epoll.forget(socket);
         return;
     }
     for (int i = 0; i < kMaxMessagesInARow; ++i) {
-        if (!readOne(*channel, socket))
+        if (!readOne(reading))
             return;
     }
 }
 
-bool ClientReceiver::readOne(ClientChannel& channel, SRTSOCKET socket) {
-    char buffer[kMaxMessageBytes];
-    const int size = srt_recvmsg(socket, buffer, sizeof buffer);
-    if (size < 0) {
-        if (srt_getlasterror(nullptr) != SRT_EASYNCRCV)
-            socketBroke(channel);
-        return false;
+bool ClientReceiver::readOne(const Reading& reading) {
+    ClientChannel& channel = *reading.channel;
+    EncodedMessage bytes;
+    switch (reading.socket->receive(&bytes)) {
+        case SealedSocket::Received::Opened:
+            break;
+        case SealedSocket::Received::Nothing:
+            return false;
+        case SealedSocket::Received::Broken:
+            // Whoever wants to leave says so under seal; the transport alone proves nothing.
+            endChannel(channel, AV_ER_REMOTE_TIMEOUT_DISCONNECT);
+            return false;
+        case SealedSocket::Received::Forged:
+            qCWarning(lcLink, "session %d: a message was changed on its way, cut off",
+                      channel.session().sid());
+            endChannel(channel, LINK_ER_PROTOCOL);
+            return false;
     }
     channel.session().noteHeard(steadyMilliseconds());
-    const auto* bytes = reinterpret_cast<const uint8_t*>(buffer);
-    switch (channel.accept(bytes, static_cast<size_t>(size))) {
+    switch (channel.accept(bytes)) {
         case ClientChannel::Outcome::Fine:
             return true;
         case ClientChannel::Outcome::Goodbye:
@@ -121,17 +129,10 @@ bool ClientReceiver::readOne(ClientChannel& channel, SRTSOCKET socket) {
         case ClientChannel::Outcome::Broken:
             break;
     }
-    qCWarning(lcLink, "session %d: %d bytes from the camera break the protocol, cut off",
-              channel.session().sid(), size);
+    qCWarning(lcLink, "session %d: %zu bytes from the camera break the protocol, cut off",
+              channel.session().sid(), bytes.size);
     endChannel(channel, LINK_ER_PROTOCOL);
     return false;
-}
-
-// The transport's own time-out is longer than ours, so a break while the camera was heard of
-// lately means that it closed the socket without a word.
-void ClientReceiver::socketBroke(ClientChannel& channel) {
-    const bool wasHeard = steadyMilliseconds() - channel.session().lastHeardMs() < kSilenceMs;
-    endChannel(channel, wasHeard ? AV_ER_SESSION_CLOSE_BY_REMOTE : AV_ER_REMOTE_TIMEOUT_DISCONNECT);
 }
 
 void ClientReceiver::endChannel(ClientChannel& channel, int reason) {
@@ -143,25 +144,26 @@ void ClientReceiver::endChannel(ClientChannel& channel, int reason) {
     for (const auto& other : ending) {
         forget(*other);
         other->end(reason);
-        other->takeSockets();
+        for (const auto& socket : other->takeSockets())
+            socket->close();
     }
 }
 
 void ClientReceiver::tick(int64_t nowMs) {
-    std::set<std::shared_ptr<ClientChannel>> sessions;  // by their channel 0
+    std::vector<Reading> sessions;  // by their control sockets
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        for (const auto& [socket, channel] : m_channels) {
-            if (socket == channel->controlId())
-                sessions.insert(channel);
+        for (const auto& [socket, reading] : m_readings) {
+            if (socket == reading.channel->controlId())
+                sessions.push_back(reading);
         }
     }
-    for (const auto& channel : sessions) {
+    const EncodedMessage ping = encodeMessage(PingMessage{static_cast<uint32_t>(nowMs)});
+    for (const auto& [channel, socket] : sessions) {
         if (nowMs - channel->session().lastHeardMs() >= kSilenceMs && !channel->hasDataArrived())
             endChannel(*channel, AV_ER_REMOTE_TIMEOUT_DISCONNECT);
         else
-            sendMessage(channel->controlId(),
-                        encodeMessage(PingMessage{static_cast<uint32_t>(nowMs)}));
+            socket->send(ping);
     }
 }
 

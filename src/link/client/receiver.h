@@ -26,10 +26,14 @@ public:
     void closeOrderly(ClientChannel& channel, int reason);
 
 private:
+    struct Reading {
+        std::shared_ptr<ClientChannel> channel;
+        std::shared_ptr<SealedSocket> socket;
+    };
+
     void waitForWork();
     void drain(SRTSOCKET socket);
-    bool readOne(ClientChannel& channel, SRTSOCKET socket);
-    void socketBroke(ClientChannel& channel);
+    bool readOne(const Reading& reading);
     /// Ends a channel, and with channel 0 the whole session.
     void endChannel(ClientChannel& channel, int reason);
     void forget(ClientChannel& channel);
@@ -38,9 +42,9 @@ private:
     SrtEpoll m_epoll;
     ClosingSockets m_closing;
 
-    std::mutex m_mutex;  ///< guards m_channels
+    std::mutex m_mutex;  ///< guards m_readings
     std::condition_variable m_workCame;
-    std::map<SRTSOCKET, std::shared_ptr<ClientChannel>> m_channels;  ///< by each socket
+    std::map<SRTSOCKET, Reading> m_readings;
 };
 
 }  // namespace orvelle

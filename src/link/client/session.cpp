@@ -3,19 +3,21 @@
 #include "link/client/channel.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace orvelle {
 
-void ClientSession::bind(const std::string& uid, const sockaddr_in& address) {
+void ClientSession::bind(const std::string& uid, std::unique_ptr<CameraSearch> search) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    m_isBound = true;
     m_uid = uid;
-    m_address = address;
+    m_candidates = search->candidates();
+    m_search = std::move(search);
+    m_proof.reset();
 }
 
 bool ClientSession::isBound() const {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return m_isBound;
+    return !m_candidates.empty();
 }
 
 std::string ClientSession::uid() const {
@@ -25,7 +27,29 @@ std::string ClientSession::uid() const {
 
 sockaddr_in ClientSession::address() const {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return m_address;
+    if (m_proof)
+        return m_proof->camera;
+    return m_candidates.empty() ? sockaddr_in{} : m_candidates.front();
+}
+
+std::unique_ptr<CameraSearch> ClientSession::takeSearch() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return std::move(m_search);
+}
+
+std::vector<sockaddr_in> ClientSession::candidates() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_candidates;
+}
+
+void ClientSession::prove(const Proof& proof) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_proof = proof;
+}
+
+std::optional<ClientSession::Proof> ClientSession::proof() const {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_proof;
 }
 
 void ClientSession::abort() {

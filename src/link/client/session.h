@@ -1,10 +1,12 @@
 #pragma once
 
-#include "link/transport/srt_socket.h"
+#include "link/client/camera_search.h"
+#include "link/crypto/secret_bytes.h"
 
 #include <atomic>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,16 +17,30 @@ class ClientChannel;
 /// One session id: the camera it was bound to and the channels that are open on it. Any thread.
 class ClientSession {
 public:
-    ClientSession(int sid, uint64_t token) : m_sid(sid), m_token(token) {}
+    explicit ClientSession(int sid) : m_sid(sid) {}
 
     int sid() const { return m_sid; }
-    /// Names this session to the camera.
-    uint64_t token() const { return m_token; }
 
-    void bind(const std::string& uid, const sockaddr_in& address);
+    /// Takes a search that has found somebody.
+    void bind(const std::string& uid, std::unique_ptr<CameraSearch> search);
     bool isBound() const;
     std::string uid() const;
+    /// Of the camera, or of the first who answered as long as nobody has proved to be it.
     sockaddr_in address() const;
+    /// The search for the one login that goes on with it; null for later ones.
+    std::unique_ptr<CameraSearch> takeSearch();
+    /// Everybody who has answered to the UID so far.
+    std::vector<sockaddr_in> candidates() const;
+
+    /// What the login on channel 0 came to.
+    struct Proof {
+        sockaddr_in camera{};         ///< who answered
+        sockaddr_in socketAddress{};  ///< where it waits for sockets
+        uint64_t token = 0;           ///< names the session to the camera
+        SecretKey secret;
+    };
+    void prove(const Proof& proof);
+    std::optional<Proof> proof() const;
 
     /// Sticky: finding, logins and receives of this session end at once, also later ones.
     void abort();
@@ -45,7 +61,6 @@ public:
 
 private:
     const int m_sid;
-    const uint64_t m_token;
 
     // Each orders nothing by itself; waiters read them under their own lock.
     std::atomic<bool> m_aborted{false};
@@ -53,9 +68,10 @@ private:
     std::atomic<int64_t> m_lastHeardMs{0};
 
     mutable std::mutex m_mutex;  ///< guards the fields below
-    bool m_isBound = false;
     std::string m_uid;
-    sockaddr_in m_address{};
+    std::vector<sockaddr_in> m_candidates;
+    std::unique_ptr<CameraSearch> m_search;
+    std::optional<Proof> m_proof;
     std::vector<std::weak_ptr<ClientChannel>> m_channels;
 };
 

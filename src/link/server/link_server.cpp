@@ -4,21 +4,14 @@
 #include "link/environment.h"
 #include "link/limits.h"
 #include "link/link_log.h"
-#include "link/passphrase.h"
 #include "link/result_codes.h"
 #include "link/server/feeder_thread.h"
-#include "link/server/listener_gate.h"
+#include "link/server/gate_thread.h"
 #include "link/server/service_thread.h"
 
 #include <utility>
 
 namespace orvelle {
-
-namespace {
-
-constexpr int kBacklog = 64;
-
-}  // namespace
 
 class LinkServer::Impl {
 public:
@@ -39,7 +32,7 @@ public:
     LinkServerStats stats() const;
 
 private:
-    bool listen(const sockaddr_in& address);
+    void startThreads();
 
     const LinkServerConfig m_config;
     LinkServerListener* const m_listener;
@@ -49,12 +42,13 @@ private:
 
     // Set from start() to stop(); each needs those above it.
     std::unique_ptr<SrtLibrary> m_library;
-    std::unique_ptr<ListenerGate> m_gate;
-    SrtSocket m_socket;
+    std::unique_ptr<DatagramSocket> m_socket;
     std::unique_ptr<SearchResponder> m_search;
+    std::unique_ptr<PeerPorts> m_ports;
     std::mutex m_feederMutex;  // guards m_feeder against a send while stop() is under way
     std::unique_ptr<FeederThread> m_feeder;
     std::unique_ptr<ServiceThread> m_service;
+    std::unique_ptr<GateThread> m_gate;
 };
 
 int LinkServer::Impl::start() {
@@ -66,46 +60,47 @@ int LinkServer::Impl::start() {
     const auto address = ipv4Address(host, m_config.port);
     if (!address || m_config.password.empty())
         return AV_ER_INVALID_ARG;
-    const auto passphrase = derivePassphrase(m_config.uid, kLinkAccount, m_config.password);
-    if (!passphrase)
-        return AV_ER_INVALID_ARG;
+    if (!startCrypto())
+        return LINK_ER_NETWORK;
 
-    m_library = std::make_unique<SrtLibrary>();
-    m_gate = std::make_unique<ListenerGate>(m_config.uid, *passphrase, m_clients);
-    if (!listen(*address)) {
-        qCWarning(lcLink, "cannot listen on %s:%d: %s", host.c_str(), m_config.port,
-                  srt_getlasterror_str());
+    m_socket = std::make_unique<DatagramSocket>();
+    if (!m_socket->bindAsGate(*address)) {
+        qCWarning(lcLink, "cannot listen on %s:%d", host.c_str(), m_config.port);
         stop();
         return LINK_ER_NETWORK;
     }
+    m_port = m_socket->port();
     m_search = std::make_unique<SearchResponder>(m_config.uid, m_config.deviceName, m_port);
     const bool isLoopback = (ntohl(address->sin_addr.s_addr) >> 24) == 127;
     const uint16_t searchPort = m_config.discoveryPort ? m_config.discoveryPort : discoveryPort();
     if (!m_search->open(searchPort, isLoopback))
         qCWarning(lcLink, "port %d is taken, the camera answers no search", searchPort);
+    sockaddr_in gate = *address;
+    gate.sin_port = htons(m_port);
+    m_library = std::make_unique<SrtLibrary>();
+    m_ports = std::make_unique<PeerPorts>(gate);
+    startThreads();
+    return 0;
+}
+
+void LinkServer::Impl::startThreads() {
     auto feeder = std::make_unique<FeederThread>(m_clients);
     feeder->start();
-    m_service = std::make_unique<ServiceThread>(m_config, m_listener, m_socket.id(), m_clients,
-                                                *m_search, m_counters);
+    m_service =
+        std::make_unique<ServiceThread>(m_config, m_listener, m_clients, *m_ports, m_counters);
     {
         std::lock_guard<std::mutex> lock(m_feederMutex);
         m_feeder = std::move(feeder);
     }
     m_service->start();
-    return 0;
-}
-
-bool LinkServer::Impl::listen(const sockaddr_in& address) {
-    m_socket = createLinkSocket(SocketUse::Media);
-    if (!m_socket.isOpen() || !m_gate->installOn(m_socket.id()) ||
-        srt_bind(m_socket.id(), asSockaddr(address), sizeof address) < 0 ||
-        srt_listen(m_socket.id(), kBacklog) < 0)
-        return false;
-    m_port = localPort(m_socket.id());
-    return m_port != 0;
+    m_gate = std::make_unique<GateThread>(
+        m_config, *m_socket, *m_search, m_clients, *m_ports,
+        [service = m_service.get()](SRTSOCKET listener) { service->watch(listener); });
+    m_gate->start();
 }
 
 void LinkServer::Impl::stop() {
+    KvThread::stopAndDelete(m_gate);
     KvThread::stopAndDelete(m_service);
     std::unique_ptr<FeederThread> feeder;
     {
@@ -113,9 +108,9 @@ void LinkServer::Impl::stop() {
         feeder = std::move(m_feeder);
     }
     KvThread::stopAndDelete(feeder);
+    m_ports.reset();
     m_search.reset();
-    m_socket.close();
-    m_gate.reset();
+    m_socket.reset();
     m_library.reset();
 }
 

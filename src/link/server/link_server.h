@@ -43,8 +43,9 @@ public:
     virtual void clientDisconnected(int clientId, bool orderly) = 0;
 };
 
-/// The camera side of the link: one UDP port that answers LAN searches, checks logins and
-/// carries control messages and frames to several clients at once.
+/// The camera side of the link: one UDP port that checks logins and carries control messages and
+/// frames to several clients at once, and answers to searches of the local network. Nothing is
+/// sent, answered or obeyed for a client that has not proved the password.
 ///
 /// send...() may be called from any thread and never block: they hand over to a bounded
 /// queue for each client and channel. When a path is too slow whole groups of pictures are
@@ -57,7 +58,7 @@ public:
     LinkServer& operator=(const LinkServer&) = delete;
 
     /// 0, LINK_ER_BAD_UID, AV_ER_INVALID_ARG (password, address) or LINK_ER_NETWORK when the port
-    /// is taken. Derives the key, which costs tens of milliseconds.
+    /// is taken.
     int start();
     /// Says goodbye to every client and ends the threads. Idempotent; not from a listener call.
     void stop();

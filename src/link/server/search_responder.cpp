@@ -1,7 +1,5 @@
 #include "link/server/search_responder.h"
 
-#include "link/wire/wire.h"
-
 #include <utility>
 
 namespace orvelle {
@@ -25,6 +23,13 @@ bool SearchResponder::open(uint16_t discoveryPort, bool isLoopbackOnly) {
     return m_socket.bindShared(address);
 }
 
+std::optional<SearchDatagram> SearchResponder::answerTo(const uint8_t* data, size_t size) const {
+    const auto query = decodeSearchQuery(data, size);
+    if (!query)
+        return std::nullopt;
+    return encodeSearchAnswer({query->nonce, m_uid, m_linkPort, m_deviceName, kProtocolVersion});
+}
+
 void SearchResponder::answerWaiting() {
     uint8_t buffer[kSearchBytes + 1];  // one more shows that a datagram is too long
     for (int i = 0; i < kMaxAnswersInARow; ++i) {
@@ -35,10 +40,9 @@ void SearchResponder::answerWaiting() {
         const auto query = decodeSearchQuery(buffer, static_cast<size_t>(size));
         if (!query || (!query->uid.empty() && query->uid != m_uid))
             continue;
-        const SearchDatagram answer =
-            encodeSearchAnswer({query->nonce, m_uid, m_linkPort, m_deviceName});
+        const auto answer = answerTo(buffer, static_cast<size_t>(size));
         // An answer that cannot be sent is repeated at the asker's next query.
-        [[maybe_unused]] const bool isSent = m_socket.send(answer.data(), answer.size(), from);
+        [[maybe_unused]] const bool isSent = m_socket.send(answer->data(), answer->size(), from);
     }
 }
 

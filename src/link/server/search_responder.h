@@ -1,14 +1,16 @@
 #pragma once
 
+#include "link/wire/wire.h"
 #include "platform/datagram_socket.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 
 namespace orvelle {
 
 /// Answers searches of the local network on the discovery port, which several cameras of one
-/// host share. Owner and only user: the server's own thread.
+/// host share, and on the link's own port. Used by the gate's thread only.
 class SearchResponder {
 public:
     SearchResponder(std::string uid, std::string deviceName, uint16_t linkPort);
@@ -17,7 +19,10 @@ public:
     bool open(uint16_t discoveryPort, bool isLoopbackOnly);
     const DatagramSocket& socket() const { return m_socket; }
 
-    /// Answers every query that waits, up to a bound.
+    /// The answer to a query that came to the link's port, which names the camera whatever UID was
+    /// asked for; nothing for what is no query.
+    std::optional<SearchDatagram> answerTo(const uint8_t* data, size_t size) const;
+    /// Answers every query that waits on the discovery port, up to a bound.
     void answerWaiting();
 
 private:

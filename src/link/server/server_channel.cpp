@@ -12,7 +12,7 @@ constexpr int64_t kAdaptIntervalMs = 250;
 
 }  // namespace
 
-ServerChannel::ServerChannel(SrtSocket socket, int64_t nominalBitsPerSecond,
+ServerChannel::ServerChannel(std::shared_ptr<SealedSocket> socket, int64_t nominalBitsPerSecond,
                              ServerCounters& counters)
     : m_socket(std::move(socket)), m_cap(nominalBitsPerSecond), m_queue(counters) {
     applyCap();
@@ -48,7 +48,7 @@ bool ServerChannel::feed(int64_t nowMs) {
             m_wasBacklogged = false;
             return false;
         }
-        if (sendMessage(id(), message) != SendResult::Sent)
+        if (m_socket->send(message) != SendResult::Sent)
             break;
         m_queue.advance();
         held += message.size;

@@ -2,8 +2,9 @@
 
 #include "link/server/media_queue.h"
 #include "link/server/send_cap.h"
-#include "link/transport/srt_socket.h"
+#include "link/transport/sealed_socket.h"
 
+#include <memory>
 #include <mutex>
 
 namespace orvelle {
@@ -13,9 +14,12 @@ namespace orvelle {
 /// Any thread pushes; the feeder thread feeds the transport and adapts the send cap.
 class ServerChannel {
 public:
-    ServerChannel(SrtSocket socket, int64_t nominalBitsPerSecond, ServerCounters& counters);
+    ServerChannel(std::shared_ptr<SealedSocket> socket, int64_t nominalBitsPerSecond,
+                  ServerCounters& counters);
 
-    SRTSOCKET id() const { return m_socket.id(); }
+    SRTSOCKET id() const { return m_socket->id(); }
+    /// For a goodbye.
+    const std::shared_ptr<SealedSocket>& socket() const { return m_socket; }
 
     void pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
     void pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
@@ -30,7 +34,7 @@ private:
     void adapt(int64_t nowMs);
     void applyCap();
 
-    const SrtSocket m_socket;
+    const std::shared_ptr<SealedSocket> m_socket;
 
     // Owned by the feeder thread.
     SendCap m_cap;

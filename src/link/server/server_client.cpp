@@ -7,15 +7,23 @@
 
 namespace orvelle {
 
-ServerClient::ServerClient(int id, uint64_t token, SrtSocket control)
+ServerClient::ServerClient(int id, const AdmittedSession& session,
+                           std::shared_ptr<SealedSocket> control)
     : m_id(id),
-      m_token(token),
-      m_controlId(control.id()),
+      m_session(session),
+      m_controlId(control->id()),
       m_lastHeardMs(steadyMilliseconds()),
       m_control(std::move(control)) {}
 
 int ServerClient::send(const Message& message) {
-    switch (sendMessage(m_controlId, encodeMessage(message))) {
+    std::shared_ptr<SealedSocket> control;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        control = m_control;
+    }
+    if (!control)
+        return AV_ER_INVALID_ARG;
+    switch (control->send(encodeMessage(message))) {
         case SendResult::Sent:
             return 0;
         case SendResult::Full:
@@ -26,27 +34,31 @@ int ServerClient::send(const Message& message) {
     return AV_ER_INVALID_ARG;
 }
 
-bool ServerClient::openChannel(int number, SrtSocket socket, int64_t nominalBitsPerSecond,
-                               ServerCounters& counters) {
+bool ServerClient::openChannel(int number, std::shared_ptr<SealedSocket> socket,
+                               int64_t nominalBitsPerSecond, ServerCounters& counters) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_channels.count(number) > 0)
         return false;
     // The welcome goes first and under the lock, so that no frame overtakes it and whoever saw it
     // finds the channel open.
-    sendMessage(socket.id(), encodeMessage(WelcomeMessage{}));
+    if (socket->send(encodeMessage(WelcomeMessage{})) != SendResult::Sent)
+        return false;
     m_channels[number] =
         std::make_shared<ServerChannel>(std::move(socket), nominalBitsPerSecond, counters);
     return true;
 }
 
 void ServerClient::closeChannel(int number) {
-    std::shared_ptr<ServerChannel> closing;  // its socket closes outside the lock
-    std::lock_guard<std::mutex> lock(m_mutex);
-    const auto found = m_channels.find(number);
-    if (found == m_channels.end())
-        return;
-    closing = std::move(found->second);
-    m_channels.erase(found);
+    std::shared_ptr<ServerChannel> closing;
+    {
+        std::lock_guard<std::mutex> lock(m_mutex);
+        const auto found = m_channels.find(number);
+        if (found == m_channels.end())
+            return;
+        closing = std::move(found->second);
+        m_channels.erase(found);
+    }
+    closing->socket()->close();
 }
 
 std::shared_ptr<ServerChannel> ServerClient::channel(int number) const {
@@ -63,11 +75,15 @@ std::vector<std::shared_ptr<ServerChannel>> ServerClient::channels() const {
     return open;
 }
 
-SrtSocket ServerClient::takeControl() {
-    std::map<int, std::shared_ptr<ServerChannel>> closing;
+std::vector<std::shared_ptr<SealedSocket>> ServerClient::takeSockets() {
     std::lock_guard<std::mutex> lock(m_mutex);
-    closing.swap(m_channels);
-    return std::move(m_control);
+    std::vector<std::shared_ptr<SealedSocket>> sockets;
+    for (const auto& entry : m_channels)
+        sockets.push_back(entry.second->socket());
+    m_channels.clear();
+    if (m_control)
+        sockets.push_back(std::move(m_control));
+    return sockets;
 }
 
 }  // namespace orvelle

@@ -6,13 +6,20 @@
 
 namespace orvelle {
 
+/// A session whose client has proved the password: what its sockets are known by.
+struct AdmittedSession {
+    uint64_t token = 0;
+    SecretKey secret;
+    sockaddr_in peer{};  ///< where its sockets come from
+};
+
 /// One logged-in client of a server: its control socket and its media channels. Any thread.
 class ServerClient {
 public:
-    ServerClient(int id, uint64_t token, SrtSocket control);
+    ServerClient(int id, const AdmittedSession& session, std::shared_ptr<SealedSocket> control);
 
     int id() const { return m_id; }
-    uint64_t token() const { return m_token; }
+    const AdmittedSession& session() const { return m_session; }
     SRTSOCKET controlId() const { return m_controlId; }
 
     void noteHeard(int64_t nowMs) { m_lastHeardMs = nowMs; }
@@ -22,25 +29,25 @@ public:
     int send(const Message& message);
 
     /// Welcomes the caller on it; false when the channel is open already.
-    bool openChannel(int number, SrtSocket socket, int64_t nominalBitsPerSecond,
+    bool openChannel(int number, std::shared_ptr<SealedSocket> socket, int64_t nominalBitsPerSecond,
                      ServerCounters& counters);
     void closeChannel(int number);
     std::shared_ptr<ServerChannel> channel(int number) const;
     std::vector<std::shared_ptr<ServerChannel>> channels() const;
 
-    /// Takes the control socket out for a goodbye, and closes the channels.
-    SrtSocket takeControl();
+    /// Takes all sockets out, for a goodbye or for closing; the channels are gone then.
+    std::vector<std::shared_ptr<SealedSocket>> takeSockets();
 
 private:
     // Fixed after construction.
     const int m_id;
-    const uint64_t m_token;
+    const AdmittedSession m_session;
     const SRTSOCKET m_controlId;
 
     std::atomic<int64_t> m_lastHeardMs;  ///< orders nothing
 
     mutable std::mutex m_mutex;  ///< guards the fields below
-    SrtSocket m_control;
+    std::shared_ptr<SealedSocket> m_control;
     std::map<int, std::shared_ptr<ServerChannel>> m_channels;
 };
 

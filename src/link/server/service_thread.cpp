@@ -13,37 +13,26 @@ namespace {
 
 constexpr int64_t kTickMs = 250;
 constexpr int64_t kSilenceMs = 3000;
-constexpr int64_t kHelloMs = 5000;
+constexpr int64_t kProofMs = 3000;
 constexpr int kMaxWaitMs = 100;
 constexpr int kClosingWaitMs = 10;
 constexpr int kMaxEvents = 128;
-constexpr size_t kMaxPeers = 256;
+constexpr int kMaxUnproved = 64;
 constexpr int kMaxMessagesInARow = 64;  // then the other sockets get their turn
-
-std::string streamIdOf(SRTSOCKET socket) {
-    char text[513] = "";
-    int size = sizeof text - 1;
-    if (srt_getsockflag(socket, SRTO_STREAMID, text, &size) < 0 || size < 0)
-        return {};
-    return std::string(text, static_cast<size_t>(size));
-}
 
 }  // namespace
 
 ServiceThread::ServiceThread(const LinkServerConfig& config, LinkServerListener* listener,
-                             SRTSOCKET listeningSocket, ClientTable& clients,
-                             SearchResponder& search, ServerCounters& counters)
+                             ClientTable& clients, PeerPorts& ports, ServerCounters& counters)
     : KvThread(QStringLiteral("link-server")),
       m_nominalBitsPerSecond(config.nominalBitsPerSecond),
       m_listener(listener),
-      m_listeningSocket(listeningSocket),
       m_clients(clients),
-      m_search(search),
-      m_counters(counters) {
-    m_epoll.watch(m_listeningSocket, SRT_EPOLL_IN | SRT_EPOLL_ERR);
-    const int readable = SRT_EPOLL_IN;
-    if (m_search.socket().isOpen())
-        srt_epoll_add_ssock(m_epoll.id(), m_search.socket().descriptor(), &readable);
+      m_ports(ports),
+      m_counters(counters) {}
+
+void ServiceThread::watch(SRTSOCKET listener) {
+    m_epoll.watch(listener, SRT_EPOLL_IN | SRT_EPOLL_ERR);
 }
 
 void ServiceThread::run() {
@@ -60,36 +49,43 @@ void ServiceThread::run() {
 }
 
 void ServiceThread::waitAndServe() {
-    SRTSOCKET ready[kMaxEvents];
-    int readyCount = kMaxEvents;
-    SYSSOCKET searches[1];
-    int searchCount = 1;
+    SRT_EPOLL_EVENT events[kMaxEvents];
     const int waitMs = m_closing.isEmpty() ? kMaxWaitMs : kClosingWaitMs;
-    if (srt_epoll_wait(m_epoll.id(), ready, &readyCount, nullptr, nullptr, waitMs, searches,
-                       &searchCount, nullptr, nullptr) < 0)
-        return;
-    if (searchCount > 0)
-        m_search.answerWaiting();
-    for (int i = 0; i < std::min(readyCount, kMaxEvents); ++i) {
-        if (ready[i] == m_listeningSocket)
-            acceptAll();
+    const int count = srt_epoll_uwait(m_epoll.id(), events, kMaxEvents, waitMs);
+    for (int i = 0; i < std::min(count, kMaxEvents); ++i) {
+        if (m_ports.isListener(events[i].fd))
+            acceptAll(events[i].fd);
         else
-            readAll(ready[i]);
+            readAll(events[i].fd);
     }
 }
 
-void ServiceThread::acceptAll() {
+void ServiceThread::acceptAll(SRTSOCKET listener) {
     for (;;) {
-        SrtSocket socket(srt_accept(m_listeningSocket, nullptr, nullptr));
+        SrtSocket socket(srt_accept(listener, nullptr, nullptr));
         if (!socket.isOpen())
             return;
-        const auto request = decodeStreamId(streamIdOf(socket.id()));
-        if (!request || m_peers.size() >= kMaxPeers)
-            continue;
+        dropOldestUnproved();
         const SRTSOCKET id = socket.id();
         m_epoll.watch(id, SRT_EPOLL_IN | SRT_EPOLL_ERR);
-        m_peers[id] = {*request, steadyMilliseconds(), false, std::move(socket), nullptr};
+        Peer& peer = m_peers[id];
+        peer.acceptedMs = steadyMilliseconds();
+        peer.plain = std::move(socket);
     }
+}
+
+void ServiceThread::dropOldestUnproved() {
+    int unproved = 0;
+    auto oldest = m_peers.end();
+    for (auto it = m_peers.begin(); it != m_peers.end(); ++it) {
+        if (it->second.client)
+            continue;
+        ++unproved;
+        if (oldest == m_peers.end() || it->second.acceptedMs < oldest->second.acceptedMs)
+            oldest = it;
+    }
+    if (unproved >= kMaxUnproved)
+        forget(oldest->first);
 }
 
 void ServiceThread::readAll(SRTSOCKET socket) {
@@ -101,23 +97,63 @@ void ServiceThread::readAll(SRTSOCKET socket) {
 
 // Whether there may be more to read.
 bool ServiceThread::readOne(SRTSOCKET socket) {
-    if (m_peers.count(socket) == 0) {
+    const auto found = m_peers.find(socket);
+    if (found == m_peers.end()) {
         m_epoll.forget(socket);
         return false;
     }
-    char buffer[kMaxMessageBytes];
-    const int size = srt_recvmsg(socket, buffer, sizeof buffer);
-    if (size < 0) {
-        if (srt_getlasterror(nullptr) != SRT_EASYNCRCV)
+    if (!found->second.sealed)
+        return readOpen(socket, found->second);
+    EncodedMessage bytes;
+    switch (found->second.sealed->receive(&bytes)) {
+        case SealedSocket::Received::Opened:
+            break;
+        case SealedSocket::Received::Nothing:
+            return false;
+        case SealedSocket::Received::Broken:
             socketBroke(socket);
-        return false;
+            return false;
+        case SealedSocket::Received::Forged:
+            qCWarning(lcLink, "a message was changed on its way, its socket is closed");
+            socketBroke(socket);
+            return false;
     }
-    const auto message =
-        decodeMessage(reinterpret_cast<const uint8_t*>(buffer), static_cast<size_t>(size));
+    const auto message = decodeMessage(bytes.bytes.data(), bytes.size);
     if (message)
         handle(socket, *message);
     else
         breakOff(socket, "malformed message");
+    return true;
+}
+
+bool ServiceThread::readOpen(SRTSOCKET socket, Peer& peer) {
+    uint8_t buffer[kMaxDatagramBytes];
+    const int size = receiveBytes(socket, buffer, sizeof buffer);
+    if (size == kNothingReceived)
+        return false;
+    const auto open = size < 0 ? std::nullopt : decodeOpen(buffer, static_cast<size_t>(size));
+    if (open && answerOpen(peer, *open))
+        return true;
+    forget(socket);
+    return false;
+}
+
+bool ServiceThread::answerOpen(Peer& peer, const OpenMessage& open) {
+    const auto session = m_clients.sessionOf(open.token);
+    if (!session || open.version != kProtocolVersion || !isAuthentic(open, session->secret))
+        return false;
+    const auto client = m_clients.findByToken(open.token);
+    const bool isTaken = client && (open.purpose == SocketPurpose::Control ||
+                                    client->channel(open.channel) != nullptr);
+    const OpenedMessage opened =
+        makeOpened(open, isTaken ? int{LINK_ER_CHANNEL_IN_USE} : 0, session->secret);
+    const Bytes bytes = encodeOpened(opened);
+    if (sendBytes(peer.plain.id(), bytes.data(), bytes.size()) != SendResult::Sent)
+        return false;
+    const SocketKeys keys = socketKeys(session->secret, open, opened);
+    peer.open = open;
+    peer.sealed =
+        std::make_shared<SealedSocket>(std::move(peer.plain), keys.toClient, keys.toCamera);
     return true;
 }
 
@@ -130,7 +166,7 @@ void ServiceThread::handle(SRTSOCKET socket, const Message& message) {
     }
     client->noteHeard(steadyMilliseconds());
     const bool isGoodbye = std::holds_alternative<ByeMessage>(message);
-    if (peer.request.purpose == StreamPurpose::Media) {
+    if (peer.open.purpose == SocketPurpose::Media) {
         if (isGoodbye)
             closeMedia(socket);
         else
@@ -156,20 +192,17 @@ void ServiceThread::handleControl(ServerClient& client, const Message& message) 
 }
 
 void ServiceThread::handleUnwelcomed(SRTSOCKET socket, const Message& message) {
-    if (const auto* greeting = std::get_if<HelloMessage>(&message))
-        hello(socket, greeting->version);
+    if (std::holds_alternative<HelloMessage>(message))
+        hello(socket);
     else
         breakOff(socket, "no HELLO");
 }
 
-void ServiceThread::hello(SRTSOCKET socket, uint8_t version) {
+// It was sealed, so the client holds the keys of this socket.
+void ServiceThread::hello(SRTSOCKET socket) {
     Peer& peer = m_peers[socket];
-    if (version != kProtocolVersion) {
-        refuse(socket, LINK_ER_VERSION);
-        return;
-    }
     peer.saidHello = true;
-    if (peer.request.purpose == StreamPurpose::Control)
+    if (peer.open.purpose == SocketPurpose::Control)
         welcomeControl(socket);
     else
         welcomeMedia(socket);
@@ -178,10 +211,10 @@ void ServiceThread::hello(SRTSOCKET socket, uint8_t version) {
 // A session's sockets connect side by side, so its media may have said HELLO first.
 void ServiceThread::welcomeControl(SRTSOCKET socket) {
     Peer& peer = m_peers[socket];
-    const uint64_t token = peer.request.token;
-    const auto client = m_clients.add(token, peer.socket);
+    const uint64_t token = peer.open.token;
+    const auto client = m_clients.add(token, peer.sealed);
     if (!client) {
-        refuse(socket, m_clients.isFull() ? AV_ER_NO_PERMISSION : LINK_ER_CHANNEL_IN_USE);
+        refuse(socket, LINK_ER_CHANNEL_IN_USE);
         return;
     }
     peer.client = client;
@@ -189,7 +222,7 @@ void ServiceThread::welcomeControl(SRTSOCKET socket) {
     m_listener->clientConnected(client->id());
     std::vector<SRTSOCKET> waiting;
     for (const auto& [id, other] : m_peers) {
-        if (!other.client && other.saidHello && other.request.token == token)
+        if (!other.client && other.saidHello && other.open.token == token)
             waiting.push_back(id);
     }
     for (const SRTSOCKET id : waiting)
@@ -198,22 +231,20 @@ void ServiceThread::welcomeControl(SRTSOCKET socket) {
 
 void ServiceThread::welcomeMedia(SRTSOCKET socket) {
     Peer& peer = m_peers[socket];
-    const auto client = m_clients.findByToken(peer.request.token);
+    const auto client = m_clients.findByToken(peer.open.token);
     if (!client)
         return;
-    if (client->channel(peer.request.channel)) {
+    if (client->openChannel(peer.open.channel, peer.sealed, m_nominalBitsPerSecond, m_counters))
+        peer.client = client;
+    else
         refuse(socket, LINK_ER_CHANNEL_IN_USE);
-        return;
-    }
-    peer.client = client;
-    client->openChannel(peer.request.channel, std::move(peer.socket), m_nominalBitsPerSecond,
-                        m_counters);
 }
 
 void ServiceThread::refuse(SRTSOCKET socket, int reason) {
-    SrtSocket refused = std::move(m_peers[socket].socket);
-    forget(socket);
-    m_closing.sayGoodbye(std::move(refused), reason);
+    const auto refused = m_peers[socket].sealed;
+    m_epoll.forget(socket);
+    m_peers.erase(socket);
+    m_closing.sayGoodbye(refused, reason);
 }
 
 void ServiceThread::breakOff(SRTSOCKET socket, const char* why) {
@@ -228,7 +259,7 @@ void ServiceThread::socketBroke(SRTSOCKET socket) {
     const Peer& peer = m_peers[socket];
     if (!peer.client)
         forget(socket);
-    else if (peer.request.purpose == StreamPurpose::Media)
+    else if (peer.open.purpose == SocketPurpose::Media)
         closeMedia(socket);
     else
         dropClient(std::shared_ptr<ServerClient>(peer.client), false);
@@ -237,14 +268,19 @@ void ServiceThread::socketBroke(SRTSOCKET socket) {
 void ServiceThread::closeMedia(SRTSOCKET socket) {
     const Peer& peer = m_peers[socket];
     const std::shared_ptr<ServerClient> client = peer.client;
-    const int channel = peer.request.channel;
+    const int channel = peer.open.channel;
     forget(socket);
     client->closeChannel(channel);
 }
 
 void ServiceThread::forget(SRTSOCKET socket) {
     m_epoll.forget(socket);
-    m_peers.erase(socket);
+    const auto found = m_peers.find(socket);
+    if (found == m_peers.end())
+        return;
+    if (found->second.sealed)
+        found->second.sealed->close();
+    m_peers.erase(found);
 }
 
 void ServiceThread::dropClient(const std::shared_ptr<ServerClient>& client, bool orderly) {
@@ -257,7 +293,8 @@ void ServiceThread::dropClient(const std::shared_ptr<ServerClient>& client, bool
         }
     }
     m_clients.remove(client->id());
-    client->takeControl().close();
+    for (const auto& socket : client->takeSockets())
+        socket->close();
     m_listener->clientDisconnected(client->id(), orderly);
 }
 
@@ -268,19 +305,24 @@ void ServiceThread::tick(int64_t nowMs) {
     }
     std::vector<SRTSOCKET> silent;
     for (const auto& [socket, peer] : m_peers) {
-        if (!peer.client && nowMs - peer.acceptedMs >= kHelloMs)
+        if (!peer.client && nowMs - peer.acceptedMs >= kProofMs)
             silent.push_back(socket);
     }
     for (const SRTSOCKET socket : silent)
         forget(socket);
+    m_clients.expireReservations(nowMs);
+    m_ports.closeUnused(nowMs,
+                        [this](const sockaddr_in& peer) { return m_clients.isPeerInUse(peer); });
 }
 
 void ServiceThread::sayGoodbyeToAll() {
+    m_ports.closeAll();
     m_peers.clear();
     const auto clients = m_clients.all();
     for (const auto& client : clients) {
         m_clients.remove(client->id());
-        m_closing.sayGoodbye(client->takeControl(), 0);
+        for (auto& socket : client->takeSockets())
+            m_closing.sayGoodbye(std::move(socket), 0);
     }
     m_closing.finish();
     for (const auto& client : clients)

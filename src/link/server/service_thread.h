@@ -2,43 +2,50 @@
 
 #include "core/thread.h"
 #include "link/server/client_table.h"
-#include "link/server/search_responder.h"
+#include "link/server/peer_ports.h"
 #include "link/transport/closing_sockets.h"
+#include "link/wire/socket_opening.h"
 
 namespace orvelle {
 
-/// "link-server": accepts callers, reads their sockets, answers searches and tells the listener.
+/// "link-server": accepts the sockets of admitted clients, reads them and tells the listener.
 ///
-///     caller --HELLO--> welcomed --BYE, silence, broken protocol--> gone
-///        '--no HELLO within 5 s--> gone
+///     accepted --OPEN--> opened --HELLO, sealed--> welcomed --BYE, silence, forgery--> gone
+///        '------------------'--not within 3 s, or pushed out by 64 newer ones--> gone
 ///
 /// At its end it says goodbye to everyone. Owner: LinkServer.
 class ServiceThread : public KvThread {
 public:
     ServiceThread(const LinkServerConfig& config, LinkServerListener* listener,
-                  SRTSOCKET listeningSocket, ClientTable& clients, SearchResponder& search,
-                  ServerCounters& counters);
+                  ClientTable& clients, PeerPorts& ports, ServerCounters& counters);
 
     void run() override;
+
+    /// Accepts from a new listening socket. Any thread.
+    void watch(SRTSOCKET listener);
 
 private:
     /// One accepted socket.
     struct Peer {
-        StreamRequest request;
         int64_t acceptedMs = 0;
+        SrtSocket plain;  ///< until OPEN
+        OpenMessage open;
+        std::shared_ptr<SealedSocket> sealed;  ///< from OPEN on
         bool saidHello = false;
-        SrtSocket socket;                      ///< until it is welcomed
-        std::shared_ptr<ServerClient> client;  ///< from then on
+        std::shared_ptr<ServerClient> client;  ///< once it is welcomed
     };
 
     void waitAndServe();
-    void acceptAll();
+    void acceptAll(SRTSOCKET listener);
+    void dropOldestUnproved();
     void readAll(SRTSOCKET socket);
     bool readOne(SRTSOCKET socket);
+    bool readOpen(SRTSOCKET socket, Peer& peer);
+    bool answerOpen(Peer& peer, const OpenMessage& open);
     void handle(SRTSOCKET socket, const Message& message);
     void handleUnwelcomed(SRTSOCKET socket, const Message& message);
     void handleControl(ServerClient& client, const Message& message);
-    void hello(SRTSOCKET socket, uint8_t version);
+    void hello(SRTSOCKET socket);
     void welcomeControl(SRTSOCKET socket);
     void welcomeMedia(SRTSOCKET socket);
     void refuse(SRTSOCKET socket, int reason);
@@ -53,9 +60,8 @@ private:
     // Fixed after construction.
     const int64_t m_nominalBitsPerSecond;
     LinkServerListener* const m_listener;
-    const SRTSOCKET m_listeningSocket;
     ClientTable& m_clients;
-    SearchResponder& m_search;
+    PeerPorts& m_ports;
     ServerCounters& m_counters;
 
     // Owned by this thread.

@@ -21,24 +21,31 @@ bool isUnderWay(SRTSOCKET socket) {
 
 }  // namespace
 
-void ClosingSockets::sayGoodbye(SrtSocket socket, int reason) {
-    if (!socket.isOpen() ||
-        sendMessage(socket.id(), encodeMessage(ByeMessage{reason})) != SendResult::Sent)
+void ClosingSockets::sayGoodbye(std::shared_ptr<SealedSocket> socket, int reason) {
+    if (!socket)
         return;
+    if (socket->send(encodeMessage(ByeMessage{reason})) != SendResult::Sent) {
+        socket->close();
+        return;
+    }
     std::lock_guard<std::mutex> lock(m_mutex);
     m_entries.push_back({std::move(socket), steadyMilliseconds() + kDrainMs});
 }
 
 bool ClosingSockets::collect(int64_t nowMs) {
     std::vector<Entry> done;  // closed outside the lock
-    std::lock_guard<std::mutex> lock(m_mutex);
+    std::unique_lock<std::mutex> lock(m_mutex);
     const auto firstDone =
         std::partition(m_entries.begin(), m_entries.end(), [nowMs](const Entry& entry) {
-            return nowMs < entry.deadlineMs && isUnderWay(entry.socket.id());
+            return nowMs < entry.deadlineMs && isUnderWay(entry.socket->id());
         });
     done.assign(std::make_move_iterator(firstDone), std::make_move_iterator(m_entries.end()));
     m_entries.erase(firstDone, m_entries.end());
-    return !m_entries.empty();
+    const bool isLeft = !m_entries.empty();
+    lock.unlock();
+    for (const Entry& entry : done)
+        entry.socket->close();
+    return isLeft;
 }
 
 bool ClosingSockets::isEmpty() const {

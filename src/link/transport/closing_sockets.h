@@ -1,7 +1,8 @@
 #pragma once
 
-#include "link/transport/srt_socket.h"
+#include "link/transport/sealed_socket.h"
 
+#include <memory>
 #include <mutex>
 #include <vector>
 
@@ -12,7 +13,7 @@ namespace orvelle {
 class ClosingSockets {
 public:
     /// Sends BYE with `reason` and takes the socket over.
-    void sayGoodbye(SrtSocket socket, int reason);
+    void sayGoodbye(std::shared_ptr<SealedSocket> socket, int reason);
     /// Closes those whose time has come; false when none is left.
     bool collect(int64_t nowMs);
     bool isEmpty() const;
@@ -21,7 +22,7 @@ public:
 
 private:
     struct Entry {
-        SrtSocket socket;
+        std::shared_ptr<SealedSocket> socket;
         int64_t deadlineMs;
     };
 

@@ -62,7 +62,8 @@ SrtSocket createLinkSocket(SocketUse use) {
     if (!socket.isOpen())
         return socket;
     const SRTSOCKET id = socket.id();
-    const int bufferBytes = use == SocketUse::Control ? kControlBufferBytes : kMediaBufferBytes;
+    const int sendBytes = use == SocketUse::Camera ? kMediaBufferBytes : kControlBufferBytes;
+    const int receiveBytes = use == SocketUse::Media ? kMediaBufferBytes : kControlBufferBytes;
     // The transmission type resets other options, so it comes first. Periodic loss reports are
     // off since with them a lost last packet waits for the next one to be sent. The flight window
     // costs 16 bytes a packet, and more packets than the buffer holds never fly.
@@ -70,11 +71,11 @@ SrtSocket createLinkSocket(SocketUse use) {
         setSocketOption(id, SRTO_TRANSTYPE, int{SRTT_LIVE}) &&
         setSocketOption(id, SRTO_TSBPDMODE, false) && setSocketOption(id, SRTO_TLPKTDROP, false) &&
         setSocketOption(id, SRTO_NAKREPORT, false) &&
-        setSocketOption(id, SRTO_PAYLOADSIZE, int{kMaxMessageBytes}) &&
+        setSocketOption(id, SRTO_PAYLOADSIZE, int{kMaxDatagramBytes}) &&
         setSocketOption(id, SRTO_RCVSYN, false) && setSocketOption(id, SRTO_SNDSYN, false) &&
-        setSocketOption(id, SRTO_SNDBUF, bufferBytes) &&
-        setSocketOption(id, SRTO_RCVBUF, bufferBytes) &&
-        setSocketOption(id, SRTO_FC, bufferBytes / int{kMaxMessageBytes});
+        setSocketOption(id, SRTO_SNDBUF, sendBytes) &&
+        setSocketOption(id, SRTO_RCVBUF, receiveBytes) &&
+        setSocketOption(id, SRTO_FC, kMediaBufferBytes / int{kMaxDatagramBytes});
     if (!isSet)
         socket.close();
     return socket;
@@ -84,12 +85,19 @@ bool setSocketOption(SRTSOCKET socket, SRT_SOCKOPT option, const std::string& va
     return srt_setsockflag(socket, option, value.data(), static_cast<int>(value.size())) == 0;
 }
 
-SendResult sendMessage(SRTSOCKET socket, const EncodedMessage& message) {
-    const int sent = srt_sendmsg(socket, reinterpret_cast<const char*>(message.bytes.data()),
-                                 static_cast<int>(message.size), -1, 1);
+SendResult sendBytes(SRTSOCKET socket, const uint8_t* data, size_t size) {
+    const int sent =
+        srt_sendmsg(socket, reinterpret_cast<const char*>(data), static_cast<int>(size), -1, 1);
     if (sent >= 0)
         return SendResult::Sent;
     return srt_getlasterror(nullptr) == SRT_EASYNCSND ? SendResult::Full : SendResult::Broken;
+}
+
+int receiveBytes(SRTSOCKET socket, uint8_t* buffer, size_t room) {
+    const int size = srt_recvmsg(socket, reinterpret_cast<char*>(buffer), static_cast<int>(room));
+    if (size >= 0)
+        return size;
+    return srt_getlasterror(nullptr) == SRT_EASYNCRCV ? kNothingReceived : kReceiveBroken;
 }
 
 uint16_t localPort(SRTSOCKET socket) {

@@ -56,7 +56,11 @@ private:
     int m_id;
 };
 
-enum class SocketUse { Control, Media };
+enum class SocketUse {
+    Control,
+    Media,   ///< a client's: receives frames
+    Camera,  ///< a camera's listener, whose callers send little and get much
+};
 
 /// A socket with the link's settings, not yet bound; not open when the library refuses one.
 SrtSocket createLinkSocket(SocketUse use);
@@ -70,7 +74,12 @@ bool setSocketOption(SRTSOCKET socket, SRT_SOCKOPT option, const std::string& va
 enum class SendResult { Sent, Full, Broken };
 
 /// Reliable and in order; never blocks.
-SendResult sendMessage(SRTSOCKET socket, const EncodedMessage& message);
+SendResult sendBytes(SRTSOCKET socket, const uint8_t* data, size_t size);
+
+constexpr int kNothingReceived = -1;
+constexpr int kReceiveBroken = -2;
+/// Size of the next message, or one of the above; `room` is at least kMaxDatagramBytes.
+int receiveBytes(SRTSOCKET socket, uint8_t* buffer, size_t room);
 
 /// The UDP port that a bound socket uses; 0 for another one.
 uint16_t localPort(SRTSOCKET socket);

@@ -14,7 +14,12 @@ constexpr size_t kNonceAt = 4;
 constexpr size_t kUidAt = 8;
 constexpr size_t kPortAt = kUidAt + kMaxUidLength;
 constexpr size_t kNameAt = kPortAt + 2;
-static_assert(kNameAt + kMaxDeviceNameBytes <= kSearchBytes);
+constexpr size_t kVersionAt = kNameAt + kMaxDeviceNameBytes;
+static_assert(kVersionAt < kSearchBytes);
+
+bool isAsciiAlnum(char c) {
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
+}
 
 SearchDatagram begin(const char* magic, uint32_t nonce, const std::string& uid) {
     SearchDatagram out{};
@@ -34,6 +39,11 @@ std::string fixedText(const uint8_t* data, size_t room) {
 
 }  // namespace
 
+bool isValidUid(const std::string& uid) {
+    return !uid.empty() && uid.size() <= kMaxUidLength &&
+           std::all_of(uid.begin(), uid.end(), isAsciiAlnum);
+}
+
 SearchDatagram encodeSearchQuery(const SearchQuery& query) {
     return begin(kQueryMagic, query.nonce, query.uid);
 }
@@ -43,6 +53,7 @@ SearchDatagram encodeSearchAnswer(const SearchAnswer& answer) {
     putU16(&out[kPortAt], answer.port);
     std::memcpy(&out[kNameAt], answer.deviceName.data(),
                 std::min<size_t>(answer.deviceName.size(), kMaxDeviceNameBytes));
+    out[kVersionAt] = answer.version;
     return out;
 }
 
@@ -59,7 +70,9 @@ std::optional<SearchAnswer> decodeSearchAnswer(const uint8_t* data, size_t size)
     if (!hasMagic(data, size, kAnswerMagic))
         return std::nullopt;
     SearchAnswer answer{getU32(data + kNonceAt), fixedText(data + kUidAt, kMaxUidLength),
-                        getU16(data + kPortAt), fixedText(data + kNameAt, kMaxDeviceNameBytes)};
+                        getU16(data + kPortAt), fixedText(data + kNameAt, kMaxDeviceNameBytes),
+                        // Version 1 left the byte 0.
+                        std::max<uint8_t>(data[kVersionAt], 1)};
     if (!isValidUid(answer.uid) || answer.port == 0)
         return std::nullopt;
     return answer;

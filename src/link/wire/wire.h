@@ -16,14 +16,15 @@
 /// Pointers in a decoded message point into the bytes it was decoded from.
 namespace orvelle {
 
-constexpr uint8_t kProtocolVersion = 1;
-constexpr size_t kMaxMessageBytes = 1456;  ///< what one SRT datagram carries
+constexpr uint8_t kProtocolVersion = 2;
+constexpr size_t kMaxDatagramBytes = 1456;  ///< what one datagram of the transport carries
+constexpr size_t kMaxMessageBytes = 1440;   ///< the same less the seal
 constexpr size_t kFragmentHeaderBytes = 32;
 constexpr size_t kFragmentPayloadBytes = kMaxMessageBytes - kFragmentHeaderBytes;
 
 using FrameInfoBytes = std::array<uint8_t, kFrameInfoBytes>;
 
-/// First message of a caller on each of its sockets; the camera is silent until it came.
+/// First sealed message of a client on each of its sockets: it proves that the client has the keys.
 struct HelloMessage {
     uint8_t version = kProtocolVersion;
 };
@@ -75,35 +76,6 @@ uint16_t fragmentCount(size_t totalBytes);
 /// Size of fragment `index` of such a frame.
 size_t fragmentBytes(size_t totalBytes, uint16_t index);
 
-/// What a caller wants of the listener, carried by the SRT stream id in access-control syntax.
-enum class StreamPurpose {
-    Probe,    ///< only asks whether the UID lives here; always rejected with a code
-    Control,  ///< the control socket of a session
-    Media,    ///< frames of one channel of a session
-};
-
-struct StreamRequest {
-    StreamPurpose purpose = StreamPurpose::Probe;
-    std::string uid;
-    std::string account;
-    uint64_t token = 0;  ///< names the session; chosen by the client
-    int channel = 0;
-    int version = kProtocolVersion;
-};
-
-std::string encodeStreamId(const StreamRequest& request);
-std::optional<StreamRequest> decodeStreamId(const std::string& text);
-
-/// Codes by which a listener rejects a caller.
-enum RejectCode : int {
-    kRejectBadRequest = 1400,
-    kRejectAccount = 1401,
-    kRejectTooManyClients = 1402,
-    kRejectUnknownUid = 1404,
-    kRejectVersion = 1505,
-    kRejectProbeFound = 2200,  ///< not an error: the UID lives here
-};
-
 /// Query and answer of a search; both are kSearchBytes long, so that an answer is never
 /// larger than the query that caused it.
 constexpr size_t kSearchBytes = 100;
@@ -118,6 +90,7 @@ struct SearchAnswer {
     std::string uid;
     uint16_t port = 0;
     std::string deviceName;  ///< UTF-8
+    uint8_t version = kProtocolVersion;
 };
 
 SearchDatagram encodeSearchQuery(const SearchQuery& query);

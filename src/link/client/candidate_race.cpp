@@ -1,0 +1,112 @@
+#include "link/client/candidate_race.h"
+
+#include "link/clock.h"
+#include "link/result_codes.h"
+
+#include <algorithm>
+
+namespace orvelle {
+
+namespace {
+
+constexpr size_t kMaxExchanges = 8;
+constexpr int kSliceMs = 10;
+
+// What a failure tells the user about the camera, least first.
+int weightOf(int result) {
+    constexpr int kByWeight[] = {
+        AV_ER_TIMEOUT,   LINK_ER_PROTOCOL,          LINK_ER_REFUSED,          LINK_ER_UNKNOWN_UID,
+        LINK_ER_VERSION, LINK_ER_TOO_MANY_ATTEMPTS, AV_ER_WRONG_VIEWACCorPWD, AV_ER_NO_PERMISSION};
+    const auto* found = std::find(std::begin(kByWeight), std::end(kByWeight), result);
+    return found == std::end(kByWeight) ? -1 : static_cast<int>(found - std::begin(kByWeight));
+}
+
+}  // namespace
+
+CandidateRace::CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port)
+    : m_identity(identity),
+      m_port(port),
+      m_search(session.takeSearch()),
+      m_candidates(session.candidates()) {}
+
+bool CandidateRace::step() {
+    admitCandidates();
+    sendDue();
+    receive();
+    collect();
+    return isOver();
+}
+
+void CandidateRace::admitCandidates() {
+    if (m_search) {
+        m_search->step(0);
+        m_candidates = m_search->candidates();
+        if (m_search->isOver())
+            m_search.reset();
+    }
+    while (m_nextCandidate < m_candidates.size() && m_exchanges.size() < kMaxExchanges) {
+        const sockaddr_in& camera = m_candidates[m_nextCandidate++];
+        m_exchanges.emplace_back(m_identity, camera, m_port.wayTo(camera));
+    }
+}
+
+void CandidateRace::sendDue() {
+    const int64_t nowMs = steadyMilliseconds();
+    for (LoginExchange& exchange : m_exchanges) {
+        for (const LoginExchange::Outgoing& out : exchange.due(nowMs)) {
+            // What cannot be sent is repeated soon.
+            [[maybe_unused]] const bool isSent =
+                out.isFromSocketPort
+                    ? m_port.send(out.bytes, exchange.camera())
+                    : m_socket.send(out.bytes.data(), out.bytes.size(), exchange.camera());
+        }
+    }
+}
+
+void CandidateRace::receive() {
+    if (!m_socket.waitForDatagram(kSliceMs))
+        return;
+    uint8_t buffer[kMaxDatagramBytes];
+    sockaddr_in from{};
+    for (int size; (size = m_socket.receive(buffer, sizeof buffer, from)) >= 0;) {
+        const auto message =
+            decodeLogin(buffer, std::min(static_cast<size_t>(size), sizeof buffer));
+        if (!message)
+            continue;
+        const uint64_t token = std::visit([](const auto& m) { return m.token; }, *message);
+        for (LoginExchange& exchange : m_exchanges) {
+            if (exchange.token() == token)
+                exchange.handle(*message, steadyMilliseconds());
+        }
+    }
+}
+
+void CandidateRace::collect() {
+    for (auto it = m_exchanges.begin(); it != m_exchanges.end();) {
+        if (it->isPending()) {
+            ++it;
+            continue;
+        }
+        if (it->result() == 0) {
+            m_port.noteWay(it->camera(), it->way());
+            m_proof = {it->camera(), it->socketAddress(), it->token(), it->sessionSecret()};
+            m_result = 0;
+            m_isDone = true;
+            return;
+        }
+        noteFailure(it->result());
+        it = m_exchanges.erase(it);
+    }
+}
+
+void CandidateRace::noteFailure(int result) {
+    if (m_result == 0 || weightOf(result) > weightOf(m_result))
+        m_result = result;
+}
+
+// A refusal may come from somebody in the camera's place, so the search has its time first.
+bool CandidateRace::isOver() const {
+    return m_isDone || (m_exchanges.empty() && m_nextCandidate == m_candidates.size() && !m_search);
+}
+
+}  // namespace orvelle

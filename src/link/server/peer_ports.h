@@ -1,0 +1,54 @@
+#pragma once
+
+#include "link/transport/srt_socket.h"
+#include "platform/datagram_socket.h"
+
+#include <functional>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+namespace orvelle {
+
+/// Listening sockets of the transport, one for each address whose client has proved the password.
+/// The system lets only that address through to it, so strangers never reach the transport: it
+/// neither allocates nor queues anything for them. Any thread.
+class PeerPorts {
+public:
+    /// `gate`: the address that all clients send to.
+    explicit PeerPorts(const sockaddr_in& gate) : m_gate(gate) {}
+
+    struct Opened {
+        uint16_t port = 0;                      ///< 0: the system gave no socket
+        uint64_t way = 0;                       ///< a random name of the peer's address
+        SRTSOCKET listener = SRT_INVALID_SOCK;  ///< new, to be watched; none when it was open
+    };
+    /// `stray` gets what strangers sent to the new port before the system knew whose it is.
+    using Stray = std::function<void(const uint8_t* data, size_t size, const sockaddr_in& from)>;
+    Opened open(const sockaddr_in& peer, const Stray& stray);
+
+    bool isListener(SRTSOCKET socket) const;
+    /// The address behind a way, as long as its port is open and for a minute more: until the
+    /// transport has really given up a port, it swallows what its peer sends to the gate.
+    std::optional<sockaddr_in> peerOf(uint64_t way) const;
+    /// Closes those whose peer `isInUse` has said no to for a while; sockets that they have
+    /// accepted go on.
+    void closeUnused(int64_t nowMs, const std::function<bool(const sockaddr_in& peer)>& isInUse);
+    void closeAll();
+
+private:
+    struct Port {
+        sockaddr_in peer{};
+        uint64_t way = 0;
+        SrtSocket listener;  ///< not open once it is only remembered
+        uint16_t number = 0;
+        int64_t usedMs = 0;
+    };
+
+    const sockaddr_in m_gate;
+
+    mutable std::mutex m_mutex;  ///< guards m_ports
+    std::vector<Port> m_ports;
+};
+
+}  // namespace orvelle
