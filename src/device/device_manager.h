@@ -37,7 +37,7 @@ public:
     /// Pace of the rounds, in milliseconds.
     struct Timing {
         int pauseMs = 6000;     ///< between two rounds
-        int minPauseMs = 1000;  ///< the same when a camera dropped meanwhile
+        int minPauseMs = 1000;  ///< least time from one round's start to the next
     };
 
     /// Makes the process's manager; start-up calls it once.

@@ -29,11 +29,15 @@ KvDeviceManagerThread::KvDeviceManagerThread(KvDeviceManager& manager,
 void KvDeviceManagerThread::run() {
     const KvDeviceManager::Timing timing = m_manager.m_timing;
     while (!isStopped()) {
+        const auto start = std::chrono::steady_clock::now();
         m_manager.runRound(*this);
+        m_roundSignal->wait(timing.pauseMs);
         // A camera that drops as soon as it is connected must not make the rounds spin.
-        if (sleepUnlessStopped(timing.minPauseMs))
+        const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
+            std::chrono::steady_clock::now() - start);
+        const int tooEarlyMs = timing.minPauseMs - static_cast<int>(elapsed.count());
+        if (tooEarlyMs > 0 && sleepUnlessStopped(tooEarlyMs))
             break;
-        m_roundSignal->wait(timing.pauseMs - timing.minPauseMs);
     }
 }
 

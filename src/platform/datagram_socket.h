@@ -39,6 +39,9 @@ public:
     uint16_t port() const;
     /// Gives the descriptor to a library that blocks on it and closes it.
     Descriptor release();
+    /// Frees the port of a released descriptor at once, though the library closes it much later;
+    /// it must still be open.
+    static void giveUpPort(Descriptor descriptor);
 
     bool send(const void* bytes, size_t size, const sockaddr_in& to);
     /// By a descriptor that was released. Any thread, as long as its owner keeps it open.

@@ -63,6 +63,13 @@ bool DatagramSocket::waitForDatagram(int ms) {
     return poll(&waiting, 1, ms) > 0;
 }
 
+// The descriptor goes on as one of a socket without a port.
+void DatagramSocket::giveUpPort(Descriptor descriptor) {
+    const DatagramSocket unbound;
+    if (unbound.isOpen())
+        dup3(unbound.m_descriptor, descriptor, O_CLOEXEC);
+}
+
 bool DatagramSocket::waitForAny(std::initializer_list<const DatagramSocket*> sockets, int ms) {
     std::array<pollfd, 8> waiting{};
     nfds_t count = 0;

@@ -83,6 +83,9 @@ bool DatagramSocket::waitForDatagram(int ms) {
     return WSAPoll(&waiting, 1, ms) > 0;
 }
 
+// The system has no way, and bindBeside() takes a port that nobody else wants.
+void DatagramSocket::giveUpPort(Descriptor) {}
+
 bool DatagramSocket::waitForAny(std::initializer_list<const DatagramSocket*> sockets, int ms) {
     std::array<WSAPOLLFD, 8> waiting{};
     ULONG count = 0;

@@ -17,10 +17,11 @@ constexpr size_t kMaxWaitingControls = 512;
 }  // namespace
 
 ClientChannel::ClientChannel(std::shared_ptr<ClientSession> session, int number,
-                             std::shared_ptr<SealedSocket> control,
+                             std::shared_ptr<LocalPort> port, std::shared_ptr<SealedSocket> control,
                              std::shared_ptr<SealedSocket> media)
     : m_session(std::move(session)),
       m_number(number),
+      m_port(std::move(port)),
       m_controlId(control ? control->id() : SRT_INVALID_SOCK),
       m_mediaId(media->id()),
       m_controlSocket(std::move(control)),

@@ -2,6 +2,7 @@
 
 #include "link/av.h"
 #include "link/client/frame_queue.h"
+#include "link/client/local_port.h"
 #include "link/client/session.h"
 #include "link/transport/sealed_socket.h"
 
@@ -17,7 +18,8 @@ namespace orvelle {
 class ClientChannel {
 public:
     ClientChannel(std::shared_ptr<ClientSession> session, int number,
-                  std::shared_ptr<SealedSocket> control, std::shared_ptr<SealedSocket> media);
+                  std::shared_ptr<LocalPort> port, std::shared_ptr<SealedSocket> control,
+                  std::shared_ptr<SealedSocket> media);
 
     int number() const { return m_number; }
     ClientSession& session() const { return *m_session; }
@@ -72,6 +74,7 @@ private:
     // Fixed after construction.
     const std::shared_ptr<ClientSession> m_session;
     const int m_number;
+    const std::shared_ptr<LocalPort> m_port;  ///< stays while a channel uses it
     const SRTSOCKET m_controlId;
     const SRTSOCKET m_mediaId;
 

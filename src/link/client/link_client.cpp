@@ -67,13 +67,11 @@ void LinkClient::shutDown() {
         closeSession(sid);
 
     std::unique_ptr<SrtLibrary> library;  // goes last
-    std::shared_ptr<LocalPort> port;
     std::shared_ptr<ClientReceiver> receiver;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
         receiver = std::move(m_receiver);
         library = std::move(m_library);
-        port = std::move(m_localPort);
     }
     if (!receiver)
         return;
@@ -133,12 +131,14 @@ void LinkClient::closeSession(int sid) {
 
 std::shared_ptr<LocalPort> LinkClient::localPort() {
     std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_library && !m_localPort) {
-        auto port = std::make_shared<LocalPort>();
-        if (port->open(m_wishedPort))
-            m_localPort = std::move(port);
-    }
-    return m_localPort;
+    auto port = m_localPort.lock();
+    if (port || !m_library)
+        return port;
+    port = std::make_shared<LocalPort>();
+    if (!port->open(m_wishedPort))
+        return nullptr;
+    m_localPort = port;
+    return port;
 }
 
 int LinkClient::openChannel(int sid, const std::string& account, const std::string& password,
@@ -158,7 +158,7 @@ int LinkClient::openChannel(int sid, const std::string& account, const std::stri
     const auto port = localPort();
     if (!port)
         return LINK_ER_NETWORK;
-    const LoginResult login = logIn(on, account, password, channelNumber, timeoutMs, *port);
+    const LoginResult login = logIn(on, account, password, channelNumber, timeoutMs, port);
     if (login.code != 0)
         return login.code;
     return registerChannel(login.channel);

@@ -42,7 +42,7 @@ private:
     std::unique_ptr<SrtLibrary> m_library;
     std::shared_ptr<ClientReceiver> m_receiver;
     uint16_t m_wishedPort = 0;
-    std::shared_ptr<LocalPort> m_localPort;  ///< from the first login on
+    std::weak_ptr<LocalPort> m_localPort;  ///< logins and channels keep it
     int m_maxChannels = 0;
     int m_nextSid = 0;
     int m_nextIndex = 0;

@@ -86,13 +86,13 @@ private:
 
 LoginResult logIn(const std::shared_ptr<ClientSession>& session, const std::string& account,
                   const std::string& password, int channelNumber, int64_t timeoutMs,
-                  LocalPort& port) {
+                  const std::shared_ptr<LocalPort>& port) {
     if (session->isAborted())
         return {LINK_ER_ABORTED, {}};
     Patience patience(*session, timeoutMs);
     if (channelNumber == 0) {
         const LoginIdentity identity(session->uid(), account, password);
-        CandidateRace race(identity, *session, port);
+        CandidateRace race(identity, *session, *port);
         if (const int code = patience.waitFor(race))
             return {code, {}};
         session->prove(race.proof());
@@ -112,8 +112,8 @@ LoginResult logIn(const std::shared_ptr<ClientSession>& session, const std::stri
         purposes.insert(purposes.begin(), SocketPurpose::Control);
     for (const SocketPurpose purpose : purposes) {
         settings.purpose = purpose;
-        SrtSocket socket = port.makeCaller(purpose == SocketPurpose::Control ? SocketUse::Control
-                                                                             : SocketUse::Media);
+        SrtSocket socket = port->makeCaller(purpose == SocketPurpose::Control ? SocketUse::Control
+                                                                              : SocketUse::Media);
         if (!socket.isOpen())
             return {LINK_ER_NETWORK, {}};
         opening.start(std::move(socket), settings);
@@ -124,7 +124,7 @@ LoginResult logIn(const std::shared_ptr<ClientSession>& session, const std::stri
     session->noteHeard(steadyMilliseconds());
     auto media = opening.takeLast();
     auto control = channelNumber == 0 ? opening.takeLast() : nullptr;
-    return {0, std::make_shared<ClientChannel>(session, channelNumber, std::move(control),
+    return {0, std::make_shared<ClientChannel>(session, channelNumber, port, std::move(control),
                                                std::move(media))};
 }
 

@@ -17,6 +17,6 @@ struct LoginResult {
 /// bound; abort() and interrupt() of the session end it within a slice of 10 ms.
 LoginResult logIn(const std::shared_ptr<ClientSession>& session, const std::string& account,
                   const std::string& password, int channelNumber, int64_t timeoutMs,
-                  LocalPort& port);
+                  const std::shared_ptr<LocalPort>& port);
 
 }  // namespace orvelle

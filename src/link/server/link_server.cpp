@@ -9,9 +9,18 @@
 #include "link/server/gate_thread.h"
 #include "link/server/service_thread.h"
 
+#include <chrono>
+#include <thread>
 #include <utility>
 
 namespace orvelle {
+
+namespace {
+
+constexpr int64_t kPortWaitMs = 1000;
+constexpr std::chrono::milliseconds kPortRetry{10};
+
+}  // namespace
 
 class LinkServer::Impl {
 public:
@@ -32,6 +41,7 @@ public:
     LinkServerStats stats() const;
 
 private:
+    bool bindGate(const sockaddr_in& address);
     void startThreads();
 
     const LinkServerConfig m_config;
@@ -63,8 +73,7 @@ int LinkServer::Impl::start() {
     if (!startCrypto())
         return LINK_ER_NETWORK;
 
-    m_socket = std::make_unique<DatagramSocket>();
-    if (!m_socket->bindAsGate(*address)) {
+    if (!bindGate(*address)) {
         qCWarning(lcLink, "cannot listen on %s:%d", host.c_str(), m_config.port);
         stop();
         return LINK_ER_NETWORK;
@@ -81,6 +90,19 @@ int LinkServer::Impl::start() {
     m_ports = std::make_unique<PeerPorts>(gate);
     startThreads();
     return 0;
+}
+
+// The transport may still wait on a port that was given up just now.
+bool LinkServer::Impl::bindGate(const sockaddr_in& address) {
+    const int64_t endMs = steadyMilliseconds() + (address.sin_port != 0 ? kPortWaitMs : 0);
+    for (;;) {
+        m_socket = std::make_unique<DatagramSocket>();
+        if (m_socket->bindAsGate(address))
+            return true;
+        if (steadyMilliseconds() >= endMs)
+            return false;
+        std::this_thread::sleep_for(kPortRetry);
+    }
 }
 
 void LinkServer::Impl::startThreads() {

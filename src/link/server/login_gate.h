@@ -24,7 +24,7 @@ public:
         struct Admission {
             int result = 0;     ///< a code to refuse it with
             uint16_t port = 0;  ///< where the peer's sockets are awaited; 0: where it logged in
-            uint64_t way = 0;  ///< names the peer from now on
+            uint64_t way = 0;   ///< names the peer from now on
         };
         virtual ~Host() = default;
         virtual Admission admit(uint64_t token, const SecretKey& secret,

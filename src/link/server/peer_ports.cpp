@@ -1,6 +1,5 @@
 #include "link/server/peer_ports.h"
 
-#include "link/clock.h"
 #include "link/link_log.h"
 
 #include <sodium.h>
@@ -13,16 +12,14 @@ namespace orvelle {
 namespace {
 
 constexpr int kBacklog = 64;
-constexpr int64_t kKeptOpenMs = 10'000;  // a client that comes back finds its port as it was
-constexpr int64_t kRememberedMs = 60'000;
 
 bool isSameAddress(const sockaddr_in& a, const sockaddr_in& b) {
     return a.sin_addr.s_addr == b.sin_addr.s_addr && a.sin_port == b.sin_port;
 }
 
-SrtSocket listenOn(DatagramSocket& socket) {
+SrtSocket listenOn(DatagramSocket::Descriptor descriptor) {
     SrtSocket listener = createLinkSocket(SocketUse::Camera);
-    if (!listener.isOpen() || srt_bind_acquire(listener.id(), socket.release()) < 0 ||
+    if (!listener.isOpen() || srt_bind_acquire(listener.id(), descriptor) < 0 ||
         srt_listen(listener.id(), kBacklog) < 0) {
         qCWarning(lcLink, "no socket for a client: %s", srt_getlasterror_str());
         return {};
@@ -34,11 +31,9 @@ SrtSocket listenOn(DatagramSocket& socket) {
 
 PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, const Stray& stray) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    for (Port& port : m_ports) {
-        if (port.listener.isOpen() && isSameAddress(port.peer, peer)) {
-            port.usedMs = steadyMilliseconds();
+    for (const Port& port : m_ports) {
+        if (isSameAddress(port.peer, peer))
             return {port.number, port.way, SRT_INVALID_SOCK};
-        }
     }
     DatagramSocket socket;
     if (!socket.bindBeside(m_gate, peer))
@@ -52,8 +47,8 @@ PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, const Stray& stray) {
     Port port;
     port.peer = peer;
     port.number = socket.port();
-    port.listener = listenOn(socket);
-    port.usedMs = steadyMilliseconds();
+    port.descriptor = socket.release();
+    port.listener = listenOn(port.descriptor);
     randombytes_buf(&port.way, sizeof port.way);
     if (!port.listener.isOpen())
         return {};
@@ -63,9 +58,8 @@ PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, const Stray& stray) {
 
 bool PeerPorts::isListener(SRTSOCKET socket) const {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return std::any_of(m_ports.begin(), m_ports.end(), [socket](const Port& port) {
-        return port.listener.isOpen() && port.listener.id() == socket;
-    });
+    return std::any_of(m_ports.begin(), m_ports.end(),
+                       [socket](const Port& port) { return port.listener.id() == socket; });
 }
 
 std::optional<sockaddr_in> PeerPorts::peerOf(uint64_t way) const {
@@ -77,26 +71,21 @@ std::optional<sockaddr_in> PeerPorts::peerOf(uint64_t way) const {
     return std::nullopt;
 }
 
-void PeerPorts::closeUnused(int64_t nowMs,
-                            const std::function<bool(const sockaddr_in& peer)>& isInUse) {
-    std::vector<SrtSocket> closing;  // closed outside the lock
+void PeerPorts::closeUnused(const std::function<bool(const sockaddr_in& peer)>& isInUse) {
+    std::vector<Port> closing;  // closed outside the lock
     std::lock_guard<std::mutex> lock(m_mutex);
-    for (Port& port : m_ports) {
-        if (isInUse(port.peer))
-            port.usedMs = nowMs;
-        else if (port.listener.isOpen() && nowMs - port.usedMs >= kKeptOpenMs)
-            closing.push_back(std::move(port.listener));
-    }
-    const auto isForgotten = [nowMs](const Port& port) {
-        return nowMs - port.usedMs >= kRememberedMs;
-    };
-    m_ports.erase(std::remove_if(m_ports.begin(), m_ports.end(), isForgotten), m_ports.end());
+    const auto firstUnused = std::partition(m_ports.begin(), m_ports.end(),
+                                            [&](const Port& port) { return isInUse(port.peer); });
+    closing.assign(std::make_move_iterator(firstUnused), std::make_move_iterator(m_ports.end()));
+    m_ports.erase(firstUnused, m_ports.end());
+    // The transport closes a port seconds after its last socket; until then it would take what
+    // the peer sends to the gate.
+    for (const Port& port : closing)
+        DatagramSocket::giveUpPort(port.descriptor);
 }
 
 void PeerPorts::closeAll() {
-    std::vector<Port> closing;
-    std::lock_guard<std::mutex> lock(m_mutex);
-    closing.swap(m_ports);
+    closeUnused([](const sockaddr_in&) { return false; });
 }
 
 }  // namespace orvelle

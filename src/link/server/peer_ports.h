@@ -28,21 +28,20 @@ public:
     Opened open(const sockaddr_in& peer, const Stray& stray);
 
     bool isListener(SRTSOCKET socket) const;
-    /// The address behind a way, as long as its port is open and for a minute more: until the
-    /// transport has really given up a port, it swallows what its peer sends to the gate.
+    /// The address behind a way. While its port is open, what the peer sends from there to the gate
+    /// ends in the transport.
     std::optional<sockaddr_in> peerOf(uint64_t way) const;
-    /// Closes those whose peer `isInUse` has said no to for a while; sockets that they have
-    /// accepted go on.
-    void closeUnused(int64_t nowMs, const std::function<bool(const sockaddr_in& peer)>& isInUse);
+    /// Closes those whose peer `isInUse` says no to, with all sockets that came from there.
+    void closeUnused(const std::function<bool(const sockaddr_in& peer)>& isInUse);
     void closeAll();
 
 private:
     struct Port {
         sockaddr_in peer{};
         uint64_t way = 0;
-        SrtSocket listener;  ///< not open once it is only remembered
         uint16_t number = 0;
-        int64_t usedMs = 0;
+        DatagramSocket::Descriptor descriptor = DatagramSocket::kNone;  ///< the transport's
+        SrtSocket listener;
     };
 
     const sockaddr_in m_gate;

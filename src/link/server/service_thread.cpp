@@ -311,12 +311,10 @@ void ServiceThread::tick(int64_t nowMs) {
     for (const SRTSOCKET socket : silent)
         forget(socket);
     m_clients.expireReservations(nowMs);
-    m_ports.closeUnused(nowMs,
-                        [this](const sockaddr_in& peer) { return m_clients.isPeerInUse(peer); });
+    m_ports.closeUnused([this](const sockaddr_in& peer) { return m_clients.isPeerInUse(peer); });
 }
 
 void ServiceThread::sayGoodbyeToAll() {
-    m_ports.closeAll();
     m_peers.clear();
     const auto clients = m_clients.all();
     for (const auto& client : clients) {
@@ -325,6 +323,7 @@ void ServiceThread::sayGoodbyeToAll() {
             m_closing.sayGoodbye(std::move(socket), 0);
     }
     m_closing.finish();
+    m_ports.closeAll();
     for (const auto& client : clients)
         m_listener->clientDisconnected(client->id(), true);
 }
