@@ -13,7 +13,7 @@ fi
 headers=$(mktemp -d)
 trap 'rm -rf "$headers"' EXIT
 libraries=/usr/include/$(gcc -print-multiarch)
-ln -s /usr/include/srt "$libraries"/lib{av*,sw*} "$libraries"/qt5/Qt* /usr/include/gnutls "$headers"
+ln -s /usr/include/srt "$libraries"/lib{av*,sw*} "$libraries"/qt5/Qt* /usr/include/gnutls /usr/include/sodium{,.h} "$headers"
 # What these libraries ask for beyond the compiler's own headers.
 mkdir "$headers/sys" "$headers/win"
 echo 'struct iovec { void* iov_base; size_t iov_len; };' >"$headers/sys/uio.h"
@@ -22,7 +22,7 @@ echo 'enum { LOG_CRIT = 2, LOG_ERR, LOG_WARNING, LOG_NOTICE, LOG_DEBUG = 7 };' \
 
 flags=(-std=c++17 -fsyntax-only -Wall -Wextra -Wpedantic -Wshadow -Werror
     -DUNICODE -DWIN32_LEAN_AND_MEAN -DNOMINMAX -D_WIN32_WINNT=0x0601 -DQT_USE_QSTRINGBUILDER
-    '-DORVELLE_DATA_FOLDER="x"' '-DORVELLE_DOC_FOLDER="x"' '-DORVELLE_UPDATE_SERVER="x"' '-DORVELLE_VERSION="1"'
+    '-DORVELLE_DATA_FOLDER="x"' '-DORVELLE_DOC_FOLDER="x"' '-DORVELLE_UPDATE_SERVER="x"' '-DORVELLE_UPDATE_KEY="x"' '-DORVELLE_VERSION="1"'
     -I src -isystem "$headers")
 for folder in "$headers"/Qt*; do
     flags+=(-isystem "$folder")

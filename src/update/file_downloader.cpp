@@ -2,59 +2,57 @@
 
 #include <QFileInfo>
 #include <QNetworkReply>
-#include <QNetworkRequest>
 #include <QTimer>
 #include <QtDebug>
 
-#include "update/installer_file.h"
+#include "update/installer_thread.h"
 #include "update/update_log.h"
+#include "update/update_server.h"
+#include "update/web_request.h"
 
 namespace orvelle {
 
 namespace {
 
-constexpr int kTimeoutMs = 30'000;  // without a byte
 constexpr qint64 kReadBufferBytes = 1 << 20;
 constexpr qint64 kMaxBytes = qint64{2} << 30;
 constexpr qint64 kChunkBytes = 64 * 1024;
-constexpr qint64 kCheckedPartBytes = 4 << 20;  // a few milliseconds' work
 
-QNetworkRequest requestFor(const QUrl& address) {
-    QNetworkRequest request(address);
-    request.setAttribute(QNetworkRequest::RedirectPolicyAttribute,
-                         QNetworkRequest::NoLessSafeRedirectPolicy);
-    // The announced length is that of the file only when nothing is packed on the way.
-    request.setRawHeader(QByteArrayLiteral("Accept-Encoding"), QByteArrayLiteral("identity"));
-    request.setTransferTimeout(kTimeoutMs);
-    return request;
+int httpStatusOf(const QNetworkReply& reply) {
+    return reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
 }
 
 bool isSuccess(const QNetworkReply& reply) {
-    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const int status = httpStatusOf(reply);
     return status >= 200 && status < 300;
 }
 
 }  // namespace
 
-FileDownloader::FileDownloader(QObject* parent) : QObject(parent) {}
+FileDownloader::FileDownloader(QObject* parent, int stallMs)
+    : QObject(parent), m_stallMs(stallMs) {}
 
 FileDownloader::~FileDownloader() {
     cancel();
 }
 
-void FileDownloader::start(const QUrl& address, const QString& target, const QByteArray& sha256) {
+void FileDownloader::start(const Installer& installer, const QString& target) {
     cancel();
-    m_address = address;
+    m_installer = installer;
     m_target = target;
-    m_sha256 = sha256;
+    m_proof.reset();
+    m_received = 0;
+    m_total = -1;
+    m_httpStatus = 0;
     m_isRunning = true;
-    QTimer::singleShot(0, this, &FileDownloader::begin);
+    QTimer::singleShot(0, this, &FileDownloader::fetchSignature);
 }
 
 void FileDownloader::cancel() {
     m_isRunning = false;
     m_outcome = Outcome::kNone;
     m_file.close();
+    m_check.reset();
     if (!m_reply)
         return;
     m_reply->disconnect(this);
@@ -63,54 +61,79 @@ void FileDownloader::cancel() {
     m_reply.clear();
 }
 
-void FileDownloader::begin() {
-    if (!m_isRunning || m_reply || m_file.isOpen())
+void FileDownloader::fetchSignature() {
+    if (!m_isRunning || m_reply || m_check || m_proof)
         return;
-    if (!QFileInfo(m_target).isFile()) {
-        download();
-    } else if (m_sha256.isEmpty()) {
-        end(Outcome::kDone);
-    } else {
-        m_sum.reset();
-        m_file.setFileName(m_target);
-        if (m_file.open(QIODevice::ReadOnly))
-            checkNextPart();
-        else
-            download();
-    }
+    get(signatureAddress(m_installer.address));
+    connect(m_reply, &QNetworkReply::readyRead, this, [this] {
+        if (m_reply->bytesAvailable() > MinisignSignature::kMaxFileBytes)
+            end(Outcome::kWrongFile);
+    });
+    connect(m_reply, &QNetworkReply::finished, this, &FileDownloader::onSignatureArrived);
 }
 
-void FileDownloader::checkNextPart() {
-    if (!m_isRunning || !m_file.isOpen())
-        return;
-    const QByteArray part = m_file.read(kCheckedPartBytes);
-    m_sum.addData(part);
-    if (!part.isEmpty()) {
-        QTimer::singleShot(0, this, &FileDownloader::checkNextPart);
+void FileDownloader::get(const QUrl& address) {
+    m_reply = m_manager.get(webRequest(address, m_stallMs));
+    qDebug() << "reply =" << m_reply.data();
+    m_reply->setReadBufferSize(kReadBufferBytes);
+    followSafely(*m_reply, [this] { end(Outcome::kUntrusted); });
+}
+
+void FileDownloader::onSignatureArrived() {
+    const QByteArray body = m_reply->readAll();
+    m_received = body.size();
+    const Outcome outcome = outcomeOfReply();
+    if (outcome != Outcome::kDone) {
+        end(outcome);
         return;
     }
-    m_file.close();
-    if (isRightSum()) {
+    const auto signature = MinisignSignature::parse(body);
+    const auto key = updateKey();
+    if (!signature || !key) {
+        end(Outcome::kWrongFile);
+        return;
+    }
+    m_reply->deleteLater();
+    m_reply.clear();
+    m_proof = InstallerProof{m_installer.address.fileName().toUtf8(), m_installer.sha256,
+                             *signature, *key};
+    if (!QFileInfo(m_target).isFile()) {
+        download();
+        return;
+    }
+    m_check = std::make_unique<InstallerThread>(m_target, *m_proof, InstallerThread::Task::kCheck);
+    connect(m_check.get(), &QThread::finished, this, &FileDownloader::onExistingChecked);
+    m_check->start();
+}
+
+void FileDownloader::onExistingChecked() {
+    // It may be news of one that was cancelled meanwhile.
+    if (!m_check || !m_check->isFinished())
+        return;
+    m_check->waitForEnd();
+    const bool isGenuine = m_check->outcome() == InstallerThread::Outcome::kGenuine;
+    m_check.reset();
+    if (isGenuine) {
         end(Outcome::kDone);
         return;
     }
-    qCWarning(lcUpdate) << m_target << "does not have its checksum and is fetched anew";
     QFile::remove(m_target);
     download();
 }
 
 void FileDownloader::download() {
-    m_sum.reset();
+    m_sums.reset();
     m_received = 0;
     m_total = -1;
     m_file.setFileName(m_target + QStringLiteral(".tmp"));
-    if (!m_file.open(QIODevice::WriteOnly | QIODevice::Truncate)) {
+    // Whatever has that name, such as a link, is not written through.
+    QFile::remove(m_file.fileName());
+    if (!m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly) ||
+        !m_file.setPermissions(QFile::ReadOwner | QFile::WriteOwner)) {
         end(Outcome::kNotSaved);
         return;
     }
-    m_reply = m_manager.get(requestFor(m_address));
-    qDebug() << "reply =" << m_reply.data();
-    m_reply->setReadBufferSize(kReadBufferBytes);
+    get(m_installer.address);
     connect(m_reply, &QNetworkReply::readyRead, this, &FileDownloader::takeArrived);
     connect(m_reply, &QNetworkReply::finished, this, &FileDownloader::onReplyFinished);
 }
@@ -123,8 +146,8 @@ void FileDownloader::takeArrived() {
     m_total = length.isValid() ? length.toLongLong() : -1;
     while (m_reply->bytesAvailable() > 0) {
         if (m_received > kMaxBytes) {
-            qCWarning(lcUpdate) << m_address << "gives more than an installer can be";
-            end(Outcome::kFailed);
+            qCWarning(lcUpdate) << m_installer.address << "gives more than an installer can be";
+            end(Outcome::kWrongFile);
             return;
         }
         const QByteArray chunk = m_reply->read(kChunkBytes);
@@ -132,7 +155,7 @@ void FileDownloader::takeArrived() {
             end(Outcome::kNotSaved);
             return;
         }
-        m_sum.addData(chunk);
+        m_sums.add(chunk);
         m_received += chunk.size();
     }
     emit progressed(m_received, m_total);
@@ -141,25 +164,30 @@ void FileDownloader::takeArrived() {
 void FileDownloader::onReplyFinished() {
     takeArrived();
     // Its end, or that of the dialog, may have been the answer to the progress.
-    if (!m_isRunning)
+    if (!m_isRunning || !m_reply)
         return;
+    qDebug("write %lld / %lld", static_cast<long long>(m_received),
+           static_cast<long long>(m_total));
     const Outcome outcome = outcomeOfReply();
     end(outcome == Outcome::kDone ? keep() : outcome);
 }
 
-FileDownloader::Outcome FileDownloader::outcomeOfReply() const {
+FileDownloader::Outcome FileDownloader::outcomeOfReply() {
     const QNetworkReply::NetworkError error = m_reply->error();
-    const bool isCut =
-        error == QNetworkReply::NoError || error == QNetworkReply::RemoteHostClosedError;
-    qDebug("write %lld / %lld", static_cast<long long>(m_received),
-           static_cast<long long>(m_total));
-    if (isSuccess(*m_reply) && isCut &&
-        (m_received < qMax<qint64>(1, m_total) || error != QNetworkReply::NoError))
-        return Outcome::kShort;
+    m_httpStatus = httpStatusOf(*m_reply);
+    const bool isWhole = m_received > 0 && m_received >= m_total;
     if (error == QNetworkReply::NoError && isSuccess(*m_reply))
-        return Outcome::kDone;
+        return isWhole ? Outcome::kDone : Outcome::kShort;
     qCWarning(lcUpdate) << "download failed:" << m_reply->errorString();
-    return Outcome::kFailed;
+    if (error == QNetworkReply::OperationCanceledError)
+        return Outcome::kStalled;
+    // A redirection to something that is not even the web is the second.
+    if (error == QNetworkReply::SslHandshakeFailedError ||
+        error == QNetworkReply::ProtocolUnknownError)
+        return Outcome::kUntrusted;
+    if (error == QNetworkReply::RemoteHostClosedError && isSuccess(*m_reply))
+        return Outcome::kShort;
+    return m_httpStatus > 0 && !isSuccess(*m_reply) ? Outcome::kMissing : Outcome::kUnreachable;
 }
 
 FileDownloader::Outcome FileDownloader::keep() {
@@ -167,7 +195,7 @@ FileDownloader::Outcome FileDownloader::keep() {
     m_file.close();
     if (!isWritten)
         return Outcome::kNotSaved;
-    if (!isRightSum())
+    if (!m_proof->isOf(m_sums))
         return Outcome::kWrongFile;
     QFile::remove(m_target);
     if (!QFile::rename(m_file.fileName(), m_target))
@@ -176,16 +204,12 @@ FileDownloader::Outcome FileDownloader::keep() {
     return Outcome::kDone;
 }
 
-bool FileDownloader::isRightSum() const {
-    return m_sha256.isEmpty() || m_sum.result() == m_sha256;
-}
-
 void FileDownloader::end(Outcome outcome) {
     cancel();
     m_outcome = outcome;
     const bool isUseless = outcome == Outcome::kNotSaved || outcome == Outcome::kWrongFile;
     if (isUseless)
-        qCWarning(lcUpdate) << (outcome == Outcome::kNotSaved ? "cannot save" : "wrong checksum:")
+        qCWarning(lcUpdate) << (outcome == Outcome::kNotSaved ? "cannot save" : "not genuine:")
                             << m_target;
     if (isUseless || (outcome != Outcome::kDone && m_received == 0))
         QFile::remove(m_file.fileName());

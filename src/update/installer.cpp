@@ -1,12 +1,15 @@
-#include "update/installer_file.h"
+#include "update/installer.h"
 
 #include <QFile>
 #include <QRegularExpression>
 
 #include <algorithm>
 
+#include "update/file_sums.h"
 #include "update/update_info.h"
 #include "update/update_log.h"
+#include "update/update_server.h"
+#include "update/web_request.h"
 
 namespace orvelle {
 
@@ -40,16 +43,34 @@ QString givenOr(const KvUpdateInfo& info, const char* key, const QString& otherw
     return given.isEmpty() ? otherwise : given.trimmed();
 }
 
-}  // namespace
-
-QString installerFileName(const KvUpdateInfo& info) {
+/// Empty when refused.
+QString fileNameOf(const KvUpdateInfo& info) {
     const QString name = givenOr(info, "name", QString::number(info.versionNumber()));
     const QString type = givenOr(info, "type", QStringLiteral("exe"));
     const QString file = name + QLatin1Char('.') + type;
     if (isPlainName(name) && isPlainName(type) && file.toUtf8().size() <= kMaxNameBytes)
         return file;
-    qCWarning(lcUpdate) << "file name of the installer refused:" << name << type;
     return {};
+}
+
+}  // namespace
+
+std::optional<Installer> installerOf(const KvUpdateInfo& info) {
+    const Installer installer{info.address(), fileNameOf(info), info.sha256()};
+    if (!mayLeadTo(QUrl(updateServer()), installer.address) ||
+        installer.address.fileName().isEmpty() || installer.fileName.isEmpty() ||
+        installer.sha256.isEmpty()) {
+        qCWarning(lcUpdate) << "installer refused:" << info.value(QStringLiteral("path"))
+                            << info.value(QStringLiteral("name"))
+                            << info.value(QStringLiteral("type"))
+                            << info.value(QStringLiteral("sha256"));
+        return std::nullopt;
+    }
+    return installer;
+}
+
+bool InstallerProof::isOf(const FileSums& sums) const {
+    return sums.sha256() == sha256 && signature.isOf(name, sums.blake2b(), key);
 }
 
 void allowToRun(const QString& path) {

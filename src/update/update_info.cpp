@@ -6,6 +6,7 @@
 #include "core/language.h"
 #include "update/update_log.h"
 #include "update/version_number.h"
+#include "update/web_request.h"
 
 namespace {
 
@@ -78,18 +79,13 @@ QString KvUpdateInfo::notes() const {
 
 QUrl KvUpdateInfo::address() const {
     const QUrl address(value(key("path")).trimmed());
-    const bool isWeb =
-        address.scheme() == QLatin1String("http") || address.scheme() == QLatin1String("https");
-    return isWeb && !address.host().isEmpty() ? address : QUrl();
+    return orvelle::isSafeAddress(address) ? address : QUrl();
 }
 
 QByteArray KvUpdateInfo::sha256() const {
-    return QByteArray::fromHex(value(key("sha256")).trimmed().toLatin1());
-}
-
-bool KvUpdateInfo::hasUsableSha256() const {
     const QString given = value(key("sha256")).trimmed();
+    const QByteArray sum = QByteArray::fromHex(given.toLatin1());
     // Decoding skips what is no digit, so the text must come back as it was.
-    return given.isEmpty() ||
-           (sha256().size() == kSha256Bytes && QLatin1String(sha256().toHex()) == given.toLower());
+    const bool isSum = sum.size() == kSha256Bytes && QLatin1String(sum.toHex()) == given.toLower();
+    return isSum ? sum : QByteArray();
 }

@@ -27,12 +27,10 @@ public:
     int versionNumber() const;
     /// Release notes in the current language or, where there are none, those in any language.
     QString notes() const;
-    /// Where the installer is; invalid unless a web address.
+    /// Where the installer is; invalid unless an update may come from there.
     QUrl address() const;
-    /// The installer's checksum, 32 bytes. Empty where none is given.
+    /// The installer's checksum, 32 bytes; empty unless one is given.
     QByteArray sha256() const;
-    /// Whether what was given as checksum can be one, or none was given.
-    bool hasUsableSha256() const;
 
 private:
     QMap<QString, QString> m_values;

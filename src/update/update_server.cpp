@@ -7,12 +7,23 @@ static QString& server() {
     return address;
 }
 
+static std::optional<MinisignKey>& key() {
+    static std::optional<MinisignKey> trusted =
+        MinisignKey::fromBase64(QByteArrayLiteral(ORVELLE_UPDATE_KEY));
+    return trusted;
+}
+
 QString updateServer() {
     return server();
 }
 
-void setUpdateServer(const QString& address) {
+std::optional<MinisignKey> updateKey() {
+    return key();
+}
+
+void setUpdateServer(const QString& address, const QByteArray& keyText) {
     server() = address;
+    key() = MinisignKey::fromBase64(keyText);
 }
 
 }  // namespace orvelle

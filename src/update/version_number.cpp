@@ -3,6 +3,7 @@
 #include <QRegularExpression>
 
 #include <algorithm>
+#include <array>
 
 namespace orvelle {
 
@@ -18,18 +19,24 @@ int partOf(const QString& digits) {
     return isInt ? std::min(part, kMaxPart) : (digits.isEmpty() ? 0 : kMaxPart);
 }
 
-}  // namespace
+using Parts = std::array<int, 3>;
 
-int versionNumber(const QString& version) {
+Parts partsOf(const QString& version) {
     static const QRegularExpression pattern(
         QStringLiteral("^\\s*([0-9]+)(?:\\.([0-9]+)(?:\\.([0-9]+))?)?"));
     const QRegularExpressionMatch parts = pattern.match(version);
-    return 100 * partOf(parts.captured(1)) + 10 * partOf(parts.captured(2)) +
-           partOf(parts.captured(3));
+    return {partOf(parts.captured(1)), partOf(parts.captured(2)), partOf(parts.captured(3))};
+}
+
+}  // namespace
+
+int versionNumber(const QString& version) {
+    const Parts parts = partsOf(version);
+    return 100 * parts[0] + 10 * parts[1] + parts[2];
 }
 
 bool isNewerVersion(const QString& offered, const QString& running) {
-    return versionNumber(offered) > versionNumber(running);
+    return versionNumber(offered) > versionNumber(running) && partsOf(offered) > partsOf(running);
 }
 
 }  // namespace orvelle

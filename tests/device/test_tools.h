@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QFile>
+
 #include <csignal>
 #include <mutex>
 
@@ -12,10 +14,19 @@ namespace orvelle::test {
 /// Collects Qt's log while it lives, instead of printing it.
 class LogLines {
 public:
-    ~LogLines() { qInstallMessageHandler(m_previous); }
+    ~LogLines() {
+        qInstallMessageHandler(m_previous);
+        take();
+    }
     QStringList take() {
         const std::lock_guard<std::mutex> lock(s_mutex);
         return std::exchange(s_lines, {});
+    }
+
+    /// Whether a line with these words has come; leaves all of them.
+    bool contains(const char* words) const {
+        const std::lock_guard<std::mutex> lock(s_mutex);
+        return !s_lines.filter(QLatin1String(words)).isEmpty();
     }
 
 private:

@@ -15,10 +15,11 @@
 #include "ui/main/main_window.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast_view.h"
+#include "update/signer.h"
 #include "update/update_server.h"
-#include "update/web_server.h"
 
 using orvelle::text;
+using orvelle::test::Signer;
 using orvelle::test::WebServer;
 
 static void click(const QWidget& dialog, const char* key) {
@@ -42,10 +43,12 @@ private slots:
         QDir(KvFileUtils::dataRoot()).removeRecursively();
         KvDeviceManager::create();
         m_server = std::make_unique<WebServer>();
-        orvelle::setUpdateServer(m_server->address());
+        orvelle::setUpdateServer(m_server->address(), m_signer.publicKey());
+        m_proof = KvFileUtils::dataRoot() + QStringLiteral("/started");
+        m_installer = "#!/bin/sh\ntouch '" + m_proof.toUtf8() + "'\n";
     }
     void cleanup() {
-        orvelle::setUpdateServer(QString());
+        orvelle::setUpdateServer(QString(), QByteArray());
         KvDeviceManager::release();
     }
 
@@ -77,45 +80,71 @@ private slots:
         QTEST(seen.join(QLatin1Char(' ')), "seen");
     }
 
-    void download_endsAsTheServerDoes_data() {
+    void download_isStarted_orSaysWhyNot_data() {
         QTest::addColumn<QByteArray>("more");
-        QTest::addColumn<QString>("told");  // empty: the file is started and the program left
-        const auto row = [](const char* name, const QByteArray& more, const char* told) {
-            QTest::newRow(name) << more << QString::fromLatin1(told);
+        QTest::addColumn<QString>("told");       // empty: the file is started at once
+        QTest::addColumn<bool>("helpsToRetry");  // once the server is right
+        const auto row = [](const char* name, const QByteArray& more, const char* told,
+                            bool helpsToRetry) {
+            QTest::newRow(name) << more << QString::fromLatin1(told) << helpsToRetry;
         };
-        row("started", "", "");
-        row("short", "<path>/short</path>", "download_failed");
-        row("missing", "<path>/none</path>", "download_failed");
-        row("other file", "<sha256>" + QByteArray(64, 'a') + "</sha256>",
-            "the_downloaded_file_is_damaged_and_is_not_started");
-        row("odd sum", "<sha256>12</sha256>", "this_version_cannot_be_downloaded");
-        row("bad name", "<name>../setup</name>", "this_version_cannot_be_downloaded");
-        row("bad address", "<path>file:///x</path>", "this_version_cannot_be_downloaded");
+        const char* const notGenuine = "the_downloaded_file_is_damaged_and_is_not_started";
+        const char* const notUsable = "this_version_cannot_be_downloaded";
+        row("right", "", "", false);
+        row("short", "", "the_connection_was_cut_too_early", true);
+        row("missing", "", "the_update_server_does_not_give_the_file", true);
+        row("unsigned", "", "the_update_server_does_not_give_the_file", true);
+        row("tampered", "", notGenuine, true);
+        row("replaced before it runs", "", notGenuine, true);
+        row("moved away", "", "the_connection_to_the_update_server_is_not_safe", true);
+        row("other sum", "<sha256>" + QByteArray(64, 'a') + "</sha256>", notGenuine, false);
+        row("odd sum", "<sha256>12</sha256>", notUsable, false);
+        row("no sum", "<sha256/>", notUsable, false);
+        row("bad name", "<name>../setup</name>", notUsable, false);
+        row("bad address", "<path>file:///x</path>", notUsable, false);
+        row("unsafe address", "<path>http://0.0.0.0/setup</path>", notUsable, false);
     }
-    void download_endsAsTheServerDoes() {
+    void download_isStarted_orSaysWhyNot() {
         QFETCH(QByteArray, more);
         QFETCH(QString, told);
-        const QString proof = KvFileUtils::dataRoot() + QStringLiteral("/started");
-        m_server->give("/short", "200 OK", WebServer::length(100), "x");
-        m_server->give("/setup", "#!/bin/sh\ntouch '" + proof.toUtf8() + "'\n");
-        giveUpdate("1.1.7", "<path>/setup</path>" + more);
+        QFETCH(bool, helpsToRetry);
+        giveUpdate("1.1.7", more);
+        giveFault(QTest::currentDataTag());
         MainWindow window;
         window.show();
         QTimer driver;
+        bool wasTold = false;
         driver.callOnTimeout(&window, [&] {
             QWidget* front = QApplication::activeModalWidget();
-            const auto* toast = window.findChild<KvToastView*>();
             if (auto* offer = qobject_cast<KvNewVersionDialog*>(front))
                 return click(*offer, "download");
-            const QString words = told.isEmpty() ? told : text(qPrintable(told));
-            if (!told.isEmpty() && (shows(front, words) || shows(toast, words)))
-                QCoreApplication::exit(1);
+            if (m_isReplacing && qobject_cast<KvFileDownloaderDialog*>(front))
+                front->installEventFilter(this);
+            if (told.isEmpty() || wasTold || !shows(front, words(told)))
+                return;
+            QVERIFY(!QFile::exists(m_proof));
+            wasTold = true;
+            if (!helpsToRetry)
+                return QCoreApplication::exit(1);
+            publishInstaller();
+            click(*front, "retry");
         });
         driver.start(5);
-        QCOMPARE(QCoreApplication::exec(), told.isEmpty() ? 0 : 1);
-        QTRY_COMPARE(QFile::exists(proof), told.isEmpty());
-        QCOMPARE(QFile::exists(KvFileUtils::updatePath() + QStringLiteral("/setup.run")),
-                 told.isEmpty());
+        const bool isStarted = told.isEmpty() || helpsToRetry;
+        QCOMPARE(QCoreApplication::exec(), isStarted ? 0 : 1);
+        QCOMPARE(wasTold, !told.isEmpty());
+        QTRY_COMPARE(QFile::exists(m_proof), isStarted);
+        QCOMPARE(QFile::exists(target()), isStarted);
+    }
+
+    void stalledDownload_closes_withItsReason() {
+        publishInstaller();
+        m_server->give("/setup", "200 OK", WebServer::length(100), "x");
+        m_server->stalled = "/setup";
+        KvFileDownloaderDialog dialog(nullptr, 200);
+        QVERIFY(!dialog.download(installer(), target()));
+        QVERIFY(dialog.failure().contains(text("the_update_server_sends_nothing_any_more")));
+        QVERIFY(dialog.failure().contains(text("download_failed")));
     }
 
     void bar_stopsBeforeTheEnd_andCloseEndsTheRequest_data() {
@@ -127,6 +156,7 @@ private slots:
     }
     void bar_stopsBeforeTheEnd_andCloseEndsTheRequest() {
         QFETCH(QByteArray, length);
+        publishInstaller();
         m_server->give("/setup", "200 OK", length, QByteArray(999, 'x'));
         m_server->stalled = "/setup";
         KvFileDownloaderDialog dialog;
@@ -139,8 +169,8 @@ private slots:
                 click(dialog, "close");
         });
         driver.start(5);
-        const QUrl address(m_server->address(QStringLiteral("/setup")));
-        QVERIFY(!dialog.download(address, KvFileUtils::updatePath() + QStringLiteral("/a"), {}));
+        QVERIFY(!dialog.download(installer(), target()));
+        QVERIFY(dialog.failure().isEmpty());
         QTEST(seen, "bar");
         QTRY_COMPARE(m_server->clients, 0);
     }
@@ -163,15 +193,57 @@ private slots:
         QVERIFY(!orvelle::ManualDialog(none, {800, 600}, nullptr).isReadable());
     }
 
-private:
-    void giveUpdate(const QByteArray& version, QByteArray more) {
-        more.replace("<path>/", "<path>" + m_server->address().toUtf8() + "/");
-        m_server->give("/WINversion.xml",
-                       "<u><version>" + version + "</version><name>setup</name><type>run</type>" +
-                           "<description_en>Faster\\nSafer</description_en>" + more + "</u>");
+    /// The moment after the download, before the file is run.
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Hide && std::exchange(m_isReplacing, false)) {
+            QFile file(target());
+            file.open(QIODevice::WriteOnly | QIODevice::Append);
+            file.write("exit\n");
+        }
+        return false;
     }
 
+private:
+    void giveUpdate(const QByteArray& version, const QByteArray& more) {
+        publishInstaller();
+        const QByteArray sum =
+            QCryptographicHash::hash(m_installer, QCryptographicHash::Sha256).toHex();
+        m_signer.publish(*m_server, "/WINversion.xml",
+                         "<u><version>" + version + "</version><name>setup</name><type>run</type>" +
+                             "<description_en>Faster\\nSafer</description_en><path>" +
+                             installer().address.toEncoded() + "</path><sha256>" + sum +
+                             "</sha256>" + more + "</u>");
+    }
+    void publishInstaller() { m_signer.publish(*m_server, "/setup", m_installer); }
+    void giveFault(const QByteArray& fault) {
+        if (fault == "short")
+            m_server->give("/setup", "200 OK", WebServer::length(100), "x");
+        if (fault == "missing")
+            m_server->pages.remove("/setup");
+        if (fault == "unsigned")
+            m_server->pages.remove("/setup.minisig");
+        if (fault == "tampered")
+            m_server->give("/setup", m_installer + "exit\n");
+        if (fault == "moved away")
+            m_server->give("/setup", "302 Found",
+                           "Location: " + orvelle::test::elsewhere(*m_server) + "\r\n", "");
+        m_isReplacing = fault.startsWith("replaced");
+    }
+    orvelle::Installer installer() const {
+        return {QUrl(m_server->address(QStringLiteral("/setup"))), QStringLiteral("setup.run"),
+                QCryptographicHash::hash(m_installer, QCryptographicHash::Sha256)};
+    }
+    static QString target() { return KvFileUtils::updatePath() + QStringLiteral("/setup.run"); }
+    /// A text's beginning, before what is filled in.
+    static QString words(const QString& key) {
+        return text(qPrintable(key)).section(QStringLiteral("%1"), 0, 0);
+    }
+
+    const Signer m_signer;
     std::unique_ptr<WebServer> m_server;
+    QString m_proof;         ///< there once the installer ran
+    QByteArray m_installer;  ///< right content
+    bool m_isReplacing = false;
 };
 
 static const orvelle::test::RegisterSuite<UpdateOfferTest> kUpdateOfferTest;

@@ -5,9 +5,14 @@
 #include "device/test_tools.h"
 #include "support/suites.h"
 #include "update/file_downloader.h"
-#include "web_server.h"
+#include "update/signer.h"
+#include "update/update_server.h"
 
 using orvelle::FileDownloader;
+using orvelle::Installer;
+using orvelle::test::elsewhere;
+using orvelle::test::Signer;
+using orvelle::test::wasAsked;
 using orvelle::test::WebServer;
 using Outcome = FileDownloader::Outcome;
 
@@ -36,21 +41,36 @@ private slots:
         m_target = m_folder->filePath(QStringLiteral("117.run"));
         m_temporary = m_target + QStringLiteral(".tmp");
         m_server = std::make_unique<WebServer>();
-        m_server->give("/whole", kWhole);
-        m_server->give("/moved", "301 Moved", "Location: /whole\r\n" + WebServer::length(0), "");
-        m_server->give("/local", "302 Found", "Location: file:///etc/hostname\r\n", "");
-        m_server->give("/ring", "302 Found", "Location: /ring\r\n" + WebServer::length(0), "");
+        orvelle::setUpdateServer(m_server->address(), m_signer.publicKey());
+        m_signer.publish(*m_server, "/whole", kWhole);
+        giveSigned("/moved", "301 Moved", "Location: /whole\r\n" + WebServer::length(0), "");
+        giveSigned("/local", "302 Found", "Location: file:///etc/hostname\r\n", "");
+        giveSigned("/afar", "302 Found", "Location: " + elsewhere(*m_server) + "/whole\r\n", "");
+        giveSigned("/ring", "302 Found", "Location: /ring\r\n" + WebServer::length(0), "");
         const QByteArray chunked = "Transfer-Encoding: chunked\r\n";
-        m_server->give("/chunks", "200 OK", chunked, "5\r\nhello\r\n0\r\n\r\n");
-        m_server->give("/cut", "200 OK", chunked, "5\r\nhello\r\n9\r\nwo");
-        m_server->give("/open", "200 OK", "", kWhole);
-        m_server->give("/short", "200 OK", WebServer::length(100), QByteArray(60, 'x'));
-        m_server->give("/empty", QByteArray());
+        giveSigned("/chunks", "200 OK", chunked, "5\r\nhello\r\n0\r\n\r\n", "hello");
+        giveSigned("/cut", "200 OK", chunked, "5\r\nhello\r\n9\r\nwo");
+        giveSigned("/open", "200 OK", "", kWhole);
+        giveSigned("/short", "200 OK", WebServer::length(100), QByteArray(60, 'x'));
+        giveSigned("/stalled", "200 OK", WebServer::length(100), QByteArray(60, 'x'));
+        m_server->stalled = "/stalled";
+        giveSigned("/empty", "200 OK", WebServer::length(0), "");
+        giveSigned("/broken", "500 Oops", WebServer::length(4), "oops");
+        m_server->give("/unsigned", kWhole);
+        m_server->give("/torn", kWhole);
+        m_server->give("/torn.minisig", m_signer.sign(kWhole, "file:torn").chopped(20));
+        m_server->give("/page", kWhole);
+        m_server->give("/page.minisig", QByteArray(1 << 20, '\n'));
+        m_server->give("/other", kWhole);
+        m_server->give("/other.minisig", m_signer.sign("other", "file:other"));
+        m_server->give("/renamed", kWhole);
+        m_server->give("/renamed.minisig", m_signer.sign(kWhole, "file:whole"));
+        Signer().publish(*m_server, "/stranger", kWhole);
     }
 
     void file_arrivesWhole_orIsRefused_data() {
         QTest::addColumn<QByteArray>("existing");
-        QTest::addColumn<QByteArray>("sum");
+        QTest::addColumn<QByteArray>("signedContent");
         QTest::addColumn<int>("outcome");
         QTest::addColumn<QByteArray>("content");  // of the target
         QTest::addColumn<int>("left");            // in the temporary file, -1: none
@@ -59,86 +79,143 @@ private slots:
                             Outcome outcome, const QByteArray& content, int left = -1) {
             QTest::newRow(path) << existing << sum << int(outcome) << content << left;
         };
-        row("/whole", none, none, Outcome::kDone, kWhole);
-        row("/whole right", none, sumOf(kWhole), Outcome::kDone, kWhole);
-        row("/whole wrong", none, sumOf("x"), Outcome::kWrongFile, none);
-        row("/whole exists", "old", none, Outcome::kDone, "old");
-        row("/whole exists, right", "old", sumOf("old"), Outcome::kDone, "old");
-        row("/whole exists, wrong", "old", sumOf(kWhole), Outcome::kDone, kWhole);
-        row("/moved", none, none, Outcome::kDone, kWhole);
-        row("/local", none, none, Outcome::kFailed, none);
-        row("/ring", none, none, Outcome::kFailed, none);
-        row("/chunks", none, none, Outcome::kDone, "hello");
-        row("/cut", none, none, Outcome::kShort, none, 7);
-        row("/open", none, none, Outcome::kDone, kWhole);
-        row("/short", none, none, Outcome::kShort, none, 60);
-        row("/empty", none, none, Outcome::kShort, none);
-        row("/missing", none, none, Outcome::kFailed, none);
+        row("/whole", none, kWhole, Outcome::kDone, kWhole);
+        row("/whole, other sum", none, "x", Outcome::kWrongFile, none);
+        row("/whole exists", kWhole, kWhole, Outcome::kDone, kWhole);
+        row("/whole exists, wrong", "old", kWhole, Outcome::kDone, kWhole);
+        row("/moved", none, kWhole, Outcome::kDone, kWhole);
+        row("/local", none, kWhole, Outcome::kUntrusted, none);
+        row("/afar", none, kWhole, Outcome::kUntrusted, none);
+        row("/ring", none, kWhole, Outcome::kMissing, none);
+        row("/chunks", none, "hello", Outcome::kDone, "hello");
+        row("/cut", none, kWhole, Outcome::kShort, none, 7);
+        row("/open", none, kWhole, Outcome::kDone, kWhole);
+        row("/short", none, kWhole, Outcome::kShort, none, 60);
+        row("/stalled", none, kWhole, Outcome::kStalled, none, 60);
+        row("/empty", none, kWhole, Outcome::kShort, none);
+        row("/broken", none, kWhole, Outcome::kMissing, none);
+        row("/missing", none, kWhole, Outcome::kMissing, none);
+        row("/unsigned", none, kWhole, Outcome::kMissing, none);
+        row("/unsigned exists", kWhole, kWhole, Outcome::kMissing, kWhole);
+        row("/torn", none, kWhole, Outcome::kWrongFile, none);
+        row("/page", none, kWhole, Outcome::kWrongFile, none);
+        row("/other", none, kWhole, Outcome::kWrongFile, none);
+        row("/other exists", "other", kWhole, Outcome::kWrongFile, none);
+        row("/renamed", none, kWhole, Outcome::kWrongFile, none);
+        row("/stranger", none, kWhole, Outcome::kWrongFile, none);
     }
     void file_arrivesWhole_orIsRefused() {
         QFETCH(QByteArray, existing);
-        QFETCH(QByteArray, sum);
-        const QString path =
-            QString::fromLatin1(QTest::currentDataTag()).section(QLatin1Char(' '), 0, 0);
+        QFETCH(QByteArray, signedContent);
+        const QByteArray path = QByteArray(QTest::currentDataTag()).split(' ')[0].split(',')[0];
         QFile file(m_target);
         QVERIFY(existing.isEmpty() || (file.open(QIODevice::WriteOnly) && file.write(existing)));
         file.close();
-        FileDownloader downloader;
+        FileDownloader downloader(nullptr, path == m_server->stalled ? 200 : 60'000);
         QSignalSpy finished(&downloader, &FileDownloader::finished);
         QSignalSpy progressed(&downloader, &FileDownloader::progressed);
-        downloader.start(QUrl(m_server->address(path)), m_target, sum);
+        downloader.start(installer(path, signedContent), m_target);
         QTRY_COMPARE(finished.count(), 1);
         QTEST(int(downloader.outcome()), "outcome");
         QTEST(contentOf(m_target), "content");
         QTEST(QFile::exists(m_temporary) ? contentOf(m_temporary).size() : -1, "left");
-        QCOMPARE(m_server->requests.isEmpty(), contentOf(m_target) == "old");
-        const bool isOpen = path == QLatin1String("/open") || path[1] == QLatin1Char('c');
+        const bool isDone = downloader.outcome() == Outcome::kDone;
+        QCOMPARE(isDone, downloader.proof() && !contentOf(m_target).isEmpty());
+        // What proves right is not fetched again.
+        const bool isFetched = wasAsked(*m_server, "GET " + path + " ");
+        QVERIFY(!isDone || isFetched == (existing != kWhole));
+        const bool isOpen = path == "/open" || path[1] == 'c';
         for (const auto& step : qAsConst(progressed))
             QCOMPARE(step.at(1).toLongLong() < 0, isOpen);
-        QCOMPARE(QFileInfo(m_target).isExecutable(), contentOf(m_target).startsWith("#!"));
+        QCOMPARE(QFileInfo(m_target).isExecutable(),
+                 contentOf(m_target).startsWith("#!") && existing != kWhole);
+    }
+
+    void failure_saysWhatTheServerAnswered() {
+        for (const auto& [path, status] :
+             {std::pair("/missing", 404), {"/unsigned", 404}, {"/broken", 500}}) {
+            FileDownloader downloader;
+            QSignalSpy finished(&downloader, &FileDownloader::finished);
+            downloader.start(installer(path, kWhole), m_target);
+            QTRY_COMPARE(finished.count(), 1);
+            QCOMPARE(downloader.httpStatus(), status);
+        }
+        FileDownloader downloader;
+        QSignalSpy finished(&downloader, &FileDownloader::finished);
+        const Installer gone = installer("/whole", kWhole);
+        m_server->close();
+        downloader.start(gone, m_target);
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(downloader.outcome(), Outcome::kUnreachable);
     }
 
     void download_isNotSaved_whenTheDiskTakesNothing() {
         FileDownloader downloader;
         QSignalSpy finished(&downloader, &FileDownloader::finished);
-        const QUrl address(m_server->address(QStringLiteral("/whole")));
+        const Installer whole = installer("/whole", kWhole);
         {
             const orvelle::test::FullDisk disk(1 << 20);
-            downloader.start(address, m_target, {});
+            downloader.start(whole, m_target);
             QTRY_COMPARE(finished.count(), 1);
         }
         QCOMPARE(downloader.outcome(), Outcome::kNotSaved);
         QVERIFY(!QFile::exists(m_target) && !QFile::exists(m_temporary));
-        downloader.start(address, QStringLiteral("/proc/117.run"), {});
+        downloader.start(whole, QStringLiteral("/proc/117.run"));
         QTRY_COMPARE(finished.count(), 2);
         QCOMPARE(downloader.outcome(), Outcome::kNotSaved);
-        downloader.start(address, m_target, {});
+        downloader.start(whole, m_target);
         QTRY_COMPARE(finished.count(), 3);
         QCOMPARE(contentOf(m_target), kWhole);
     }
 
+    void link_isNotWrittenThrough() {
+        const QString victim = m_folder->filePath(QStringLiteral("victim"));
+        for (const QString& name : {m_target, m_temporary})
+            QVERIFY(QFile::link(victim, name));
+        QFile file(victim);
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("mine") == 4);
+        file.close();
+        FileDownloader downloader;
+        QSignalSpy finished(&downloader, &FileDownloader::finished);
+        downloader.start(installer("/whole", kWhole), m_target);
+        QTRY_COMPARE(finished.count(), 1);
+        QCOMPARE(contentOf(victim), QByteArray("mine"));
+        QVERIFY(!QFileInfo(m_target).isSymLink() && contentOf(m_target) == kWhole);
+    }
+
     void cancel_endsTheRequest_atAnyTime() {
-        m_server->stalled = "/short";
         FileDownloader downloader;
         QSignalSpy finished(&downloader, &FileDownloader::finished);
         QSignalSpy progressed(&downloader, &FileDownloader::progressed);
-        const QUrl address(m_server->address(QStringLiteral("/short")));
-        downloader.start(address, m_target, {});
+        const Installer stalled = installer("/stalled", kWhole);
+        downloader.start(stalled, m_target);
         QTRY_COMPARE(progressed.count(), 1);
-        QCOMPARE(m_server->clients, 1);
+        QTRY_COMPARE(m_server->clients, 1);
         downloader.cancel();
         QTRY_COMPARE(m_server->clients, 0);
         // From within its own signal, too, and before it has begun.
         connect(&downloader, &FileDownloader::progressed, &downloader, &FileDownloader::cancel);
-        downloader.start(address, m_target, {});
+        downloader.start(stalled, m_target);
         QTRY_COMPARE(progressed.count(), 2);
-        downloader.start(address, m_target, {});
+        downloader.start(stalled, m_target);
         downloader.cancel();
         QTRY_COMPARE(m_server->clients, 0);
         QVERIFY(finished.isEmpty() && !QFile::exists(m_target));
     }
 
 private:
+    Installer installer(const QByteArray& path, const QByteArray& content) const {
+        return {QUrl(m_server->address(QString::fromLatin1(path))), QStringLiteral("117.run"),
+                sumOf(content)};
+    }
+    /// An answer beside which there is a signature of the content that it should have brought.
+    void giveSigned(const QByteArray& path, const QByteArray& status, const QByteArray& headers,
+                    const QByteArray& body, const QByteArray& content = kWhole) {
+        m_signer.publish(*m_server, path, content);
+        m_server->give(path, status, headers, body);
+    }
+
+    const Signer m_signer;
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_target;
     QString m_temporary;

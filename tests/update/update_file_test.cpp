@@ -1,13 +1,18 @@
 #include <QSignalSpy>
 
 #include "core/language.h"
+#include "device/test_tools.h"
 #include "support/suites.h"
-#include "update/installer_file.h"
+#include "update/installer.h"
+#include "update/signer.h"
 #include "update/update_info.h"
+#include "update/update_server.h"
 #include "update/updater.h"
 #include "update/version_number.h"
-#include "web_server.h"
 
+using orvelle::test::elsewhere;
+using orvelle::test::Signer;
+using orvelle::test::wasAsked;
 using orvelle::test::WebServer;
 
 namespace {
@@ -83,61 +88,130 @@ private slots:
         }
     }
 
+    void olderVersion_isNeverNewer_whateverItsNumber() {
+        QVERIFY(orvelle::versionNumber(key("1.0.20")) > orvelle::versionNumber(key("1.1.6")));
+        for (const char* older : {"1.0.20", "0.99.99", "1.1.5", "1.1.6", "1.1", "0.0.999"})
+            QVERIFY2(!orvelle::isNewerVersion(key(older), key("1.1.6")), older);
+    }
+
     void installerName_isPlainOrRefused() {
         KvUpdateInfo info;
-        info.setValue(key("1.1.7"), key("version"));
-        QCOMPARE(orvelle::installerFileName(info), key("117.exe"));
+        fill(info);
+        QCOMPARE(nameOf(info), key("117.exe"));
         info.setValue(key(" set up "), key("name"));
         for (const char* bad : {"exe/../../b", "e:x", ".", " ", "e\\x"}) {
             info.setValue(key(bad), key("type"));
-            QVERIFY2(orvelle::installerFileName(info).isEmpty(), bad);
+            QVERIFY2(nameOf(info).isEmpty(), bad);
         }
         info.setValue(key("tar.gz"), key("type"));
-        QCOMPARE(orvelle::installerFileName(info), key("set up.tar.gz"));
+        QCOMPARE(nameOf(info), key("set up.tar.gz"));
         const QByteArray tooLong(250, 'a');
         for (const char* bad : {"../a", "..", "a..b", "a/b", "a\\b", "C:a", ".a", "a\nb", "a\x7f",
                                 "a\xE2\x80\xAEgpj", "NUL", "com1.x", "  ", "a|b", tooLong.data()}) {
             info.setValue(QString::fromUtf8(bad), key("name"));
-            QVERIFY2(orvelle::installerFileName(info).isEmpty(), bad);
+            QVERIFY2(nameOf(info).isEmpty(), bad);
         }
     }
 
-    void addressAndSum_areUsableOrNot() {
+    void address_isSafeOrRefused() {
+        const QByteArray anyKey = Signer().publicKey();
         KvUpdateInfo info;
-        for (const char* bad : {"", "file:///etc/passwd", "ftp://x/y", "x.exe", "http://"}) {
-            info.setValue(key(bad), key("path"));
-            QVERIFY2(!info.address().isValid(), bad);
+        fill(info);
+        // Whether it may be downloaded as a server over https says it, and a test server.
+        const std::tuple<const char*, bool, bool> cases[] = {
+            {"https://x.test/a.exe", true, true},
+            {"https://x.test:8443/b/a.exe?c=d", true, true},
+            {"http://127.0.0.1:80/a.exe", false, true},
+            {"http://[::1]/a.exe", false, true},
+            {"http://localhost/a.exe", false, true},
+            {"http://x.test/a.exe", false, false},
+            {"http://localhost.x.test/a.exe", false, false},
+            {"http://127.0.0.1.x.test/a.exe", false, false},
+            {"http://127.0.0.1@x.test/a.exe", false, false},
+            {"http://192.168.0.1/a.exe", false, false},
+            {"http://0.0.0.0/a.exe", false, false},
+            {"https://x.test/", false, false},
+            {"https:///a.exe", false, false},
+            {"", false, false},
+            {"file:///etc/passwd", false, false},
+            {"ftp://x/y", false, false},
+            {"x.exe", false, false},
+            {"//x.test/a.exe", false, false},
+            {"http://", false, false}};
+        for (const auto& [address, fromHttps, fromTests] : cases) {
+            info.setValue(key(address), key("path"));
+            orvelle::setUpdateServer(key("https://x.test"), anyKey);
+            QVERIFY2(orvelle::installerOf(info).has_value() == fromHttps, address);
+            orvelle::setUpdateServer(key("http://localhost"), anyKey);
+            QVERIFY2(orvelle::installerOf(info).has_value() == fromTests, address);
         }
+    }
+
+    void sum_isCompulsory() {
+        KvUpdateInfo info;
+        fill(info);
         const QString sum(64, QLatin1Char('A'));
-        for (const QString& each : QStringList{sum.left(63), sum.left(62), sum.repeated(2),
+        for (const QString& each : QStringList{key(""), sum.left(63), sum.left(62), sum.repeated(2),
                                                sum.left(62).append(key("xA"))}) {
             info.setValue(each, key("sha256"));
-            QVERIFY(!info.hasUsableSha256());
+            QVERIFY(!orvelle::installerOf(info));
         }
         info.setValue(key("\n") + sum, key("sha256"));
-        QVERIFY(info.hasUsableSha256());
-        QCOMPARE(info.sha256(), QByteArray(32, '\xaa'));
+        QCOMPARE(orvelle::installerOf(info)->sha256, QByteArray(32, '\xaa'));
     }
 
-    void check_tellsAFile_andIsSilentAboutTheRest() {
+    void check_tellsASignedFile_andIsSilentAboutTheRest() {
+        const Signer signer;
         WebServer server;
-        server.give("/page", "not XML");
-        server.give("/huge", "<u><version>9.9.9" + QByteArray(8 << 20, ' ') + "</version></u>");
+        orvelle::setUpdateServer(server.address(), signer.publicKey());
+        signer.publish(server, "/page", "not XML");
+        signer.publish(server, "/huge",
+                       "<u><version>9.9.9" + QByteArray(8 << 20, ' ') + "</version></u>");
+        server.give("/unsigned", kGood);
+        signer.publish(server, "/changed", kGood);
+        server.give("/changed", QByteArray(kGood).replace("1.1.7", "1.1.8"));
+        server.give("/other", kGood);
+        server.give("/other.minisig", signer.sign(kGood, "file:good"));
+        server.give("/torn", kGood);
+        server.give("/torn.minisig", signer.sign(kGood, "file:torn").chopped(9));
+        Signer().publish(server, "/stranger", kGood);
+        signer.publish(server, "/afar", kGood);
+        server.give("/afar", "302 Found", "Location: " + elsewhere(server) + "/good\r\n", "");
+        signer.publish(server, "/good", kGood);
+        signer.publish(server, "/moved", kGood);
         server.give("/moved", "302 Found", "Location: /good\r\n" + WebServer::length(0), "");
-        server.give("/good", kGood);
         KvUpdater updater;
         QSignalSpy told(&updater, &KvUpdater::readUpdateInfo);
-        for (const char* path : {"/page", "/huge", "/none"}) {
-            const int before = server.requests.size();
+        for (const char* path : {"/page", "/huge", "/none", "/unsigned", "/changed", "/other",
+                                 "/torn", "/stranger", "/afar"}) {
+            server.requests.clear();
+            orvelle::test::LogLines log;
             updater.start(server.address(key(path)));
-            updater.check(before % 2);
-            QTRY_VERIFY(server.requests.size() > before && server.clients == 0);
+            updater.check(path == QByteArray("/huge"));
+            QTRY_VERIFY2(log.contains("update file"), path);
+            QCOMPARE(wasAsked(server, "POST /"), path == QByteArray("/huge"));
         }
-        QVERIFY(server.requests.at(1).startsWith("POST /huge"));
+        KvUpdater unsafe;
+        unsafe.start(QString::fromLatin1(elsewhere(server)) + key("/good"));
+        server.requests.clear();
+        unsafe.check(0);
         updater.start(server.address(key("/moved")));
         updater.check(0);
         QTRY_COMPARE(told.count(), 1);
+        QVERIFY(!wasAsked(server, "GET /good.minisig"));
         QCOMPARE(told.first().first().value<KvUpdateInfo*>()->versionNumber(), 117);
+    }
+
+private:
+    static void fill(KvUpdateInfo& info) {
+        info.setValue(key("1.1.7"), key("version"));
+        info.setValue(key("https://x.test/a.exe"), key("path"));
+        info.setValue(QString(64, QLatin1Char('a')), key("sha256"));
+    }
+    static QString nameOf(const KvUpdateInfo& info) {
+        orvelle::setUpdateServer(key("https://x.test"), Signer().publicKey());
+        const auto installer = orvelle::installerOf(info);
+        return installer ? installer->fileName : QString();
     }
 };
 

@@ -24,3 +24,7 @@ void KvConfirmDialog::_onClickCancelButton(bool) {
 void KvConfirmDialog::_onClickCloseButton(bool) {
     reject();
 }
+
+void KvConfirmDialog::setConfirmText(const QString& text) {
+    setButtonTexts(text, orvelle::text("cancel"));
+}

@@ -9,6 +9,9 @@ class KvConfirmDialog : public orvelle::MessageDialog {
 public:
     KvConfirmDialog(const QString& message, QWidget* parent);
 
+    /// A verb in place of "confirm".
+    void setConfirmText(const QString& text);
+
 private slots:
     void _onClickOkButton(bool);
     void _onClickCancelButton(bool);

@@ -3,7 +3,6 @@
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
-#include <QUrl>
 #include <QtDebug>
 
 #include <cmath>
@@ -18,30 +17,53 @@ using Outcome = orvelle::FileDownloader::Outcome;
 namespace {
 
 constexpr QSize kSize(400, 172);
+constexpr QSize kFailedSize(400, 222);
 constexpr QRect kCloseArea(366, 10, 24, 24);
 constexpr QRect kTitleArea(40, 40, 320, 24);
 constexpr QRect kMessageArea(24, 72, 352, 44);  // two lines
 constexpr QRect kBarArea(24, 128, 352, 12);
+constexpr int kRetryTop = 164;
 constexpr int kWhole = 100;
 // The last percent is the renaming.
 constexpr double kMaxArrived = 0.99;
 
+/// Why the server does not give the file.
+QString reasonOf(const orvelle::FileDownloader& downloader) {
+    switch (downloader.outcome()) {
+        case Outcome::kMissing:
+            return text("the_update_server_does_not_give_the_file").arg(downloader.httpStatus());
+        case Outcome::kStalled:
+            return text("the_update_server_sends_nothing_any_more");
+        case Outcome::kUntrusted:
+            return text("the_connection_to_the_update_server_is_not_safe");
+        default:
+            return text("the_update_server_cannot_be_reached");
+    }
+}
+
+QString labelStyle(const char* colour) {
+    return QStringLiteral("QLabel{color:%1;}").arg(QLatin1String(colour));
+}
+
 }  // namespace
 
-KvFileDownloaderDialog::KvFileDownloaderDialog(QWidget* parent)
+KvFileDownloaderDialog::KvFileDownloaderDialog(QWidget* parent, int stallMs)
     : KvDialog(parent),
+      m_downloader(nullptr, stallMs),
       m_close(new QPushButton(this)),
       m_title(new QLabel(this)),
       m_message(new QLabel(this)),
-      m_bar(new QProgressBar(this)) {
-    setFixedSize(kSize);
+      m_bar(new QProgressBar(this)),
+      m_retry(new QPushButton(text("retry"), this)) {
     KvWidgetUtils::setUpImageButton(m_close, QStringLiteral("close"), "close");
     m_close->setAutoDefault(false);
     m_close->setGeometry(kCloseArea);
     setUpLabels();
     setUpBar();
+    setUpRetry();
     using Dialog = KvFileDownloaderDialog;
     connect(m_close, &QPushButton::clicked, this, &Dialog::onClickCloseButton);
+    connect(m_retry, &QPushButton::clicked, this, &Dialog::onClickRetryButton);
     connect(this, &Dialog::updateProgressSignal, this, &Dialog::onUpdateProgress);
     connect(this, &Dialog::cancelSignal, this, &Dialog::onCancel);
     connect(&m_downloader, &orvelle::FileDownloader::progressed, this, &Dialog::onDownloading);
@@ -54,9 +76,6 @@ void KvFileDownloaderDialog::setUpLabels() {
     setAccessibleName(m_title->text());
     m_title->setStyleSheet(QStringLiteral("QLabel{color:#000000;}"));
     m_title->setGeometry(kTitleArea);
-    m_message->setText(text("downloading"));
-    m_message->setStyleSheet(
-        QStringLiteral("QLabel{color:%1;}").arg(QLatin1String(kAccentPressed)));
     m_message->setWordWrap(true);
     m_message->setGeometry(kMessageArea);
     for (QLabel* label : {m_title, m_message}) {
@@ -77,10 +96,30 @@ void KvFileDownloaderDialog::setUpBar() {
     m_bar->setAccessibleName(text("downloading"));
 }
 
-int KvFileDownloaderDialog::download(const QUrl& address, const QString& target,
-                                     const QByteArray& sha256, int leftInset) {
-    m_downloader.start(address, target, sha256);
+void KvFileDownloaderDialog::setUpRetry() {
+    KvWidgetUtils::setFont(m_retry, orvelle::palette::kFontPixels);
+    m_retry->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
+    m_retry->setCursor(Qt::PointingHandCursor);
+    m_retry->setDefault(true);
+    m_retry->setGeometry((kFailedSize.width() - orvelle::palette::kButtonWidth) / 2, kRetryTop,
+                         orvelle::palette::kButtonWidth, orvelle::palette::kButtonHeight);
+}
+
+int KvFileDownloaderDialog::download(const orvelle::Installer& installer, const QString& target,
+                                     int leftInset) {
+    m_installer = installer;
+    m_target = target;
+    begin();
     return execCentred(leftInset);
+}
+
+void KvFileDownloaderDialog::begin() {
+    m_failure.clear();
+    m_message->setText(text("downloading"));
+    m_message->setStyleSheet(labelStyle(orvelle::palette::kAccentPressed));
+    m_retry->hide();
+    setFixedSize(kSize);
+    m_downloader.start(m_installer, m_target);
 }
 
 void KvFileDownloaderDialog::reject() {
@@ -99,6 +138,10 @@ void KvFileDownloaderDialog::onClickCloseButton(bool) {
     reject();
 }
 
+void KvFileDownloaderDialog::onClickRetryButton(bool) {
+    begin();
+}
+
 void KvFileDownloaderDialog::onCancel() {
     reject();
 }
@@ -114,7 +157,8 @@ void KvFileDownloaderDialog::onDownloading(qint64 received, qint64 total) {
 void KvFileDownloaderDialog::onUpdateProgress(double progress) {
     const int percent = static_cast<int>(std::lround(progress * kWhole));
     if (percent < 0) {
-        fail(text("download_failed"));
+        fail(text("download_failed") + QLatin1Char('\n') +
+             text("the_connection_was_cut_too_early"));
         return;
     }
     m_bar->setRange(0, kWhole);
@@ -146,14 +190,17 @@ void KvFileDownloaderDialog::onReplayFinished() {
             fail(text("the_downloaded_file_is_damaged_and_is_not_started"));
             break;
         default:
+            m_failure = text("download_failed") + QLatin1Char('\n') + reasonOf(m_downloader);
             emit cancelSignal();
     }
 }
 
 void KvFileDownloaderDialog::fail(const QString& message) {
-    m_message->setStyleSheet(
-        QStringLiteral("QLabel{color:%1;}").arg(QLatin1String(orvelle::palette::kWarningText)));
+    m_message->setStyleSheet(labelStyle(orvelle::palette::kWarningText));
     m_message->setText(message);
     m_bar->setRange(0, kWhole);
     m_bar->setValue(0);
+    setFixedSize(kFailedSize);
+    m_retry->show();
+    m_retry->setFocus();
 }

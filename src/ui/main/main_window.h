@@ -14,7 +14,8 @@ class MainWindowUI;
 
 namespace orvelle {
 class EntryMenu;
-}
+struct InstallerProof;
+}  // namespace orvelle
 
 /// The one top-level window: title bar, side bar, camera list, and either the welcome page or the
 /// live pictures of one list entry. What the user does there becomes calls into the device
@@ -90,7 +91,9 @@ private:
     /// Once nothing else is in front.
     void offerUpdate();
     void downloadUpdate(const KvUpdateInfo& info);
-    void startInstaller(const QString& path);
+    /// Leaves the program once the installer runs; else what to tell the user.
+    QString startInstaller(const QString& path, const orvelle::InstallerProof& proof);
+    bool wantsToRetry(const QString& failure);
     /// The one way out that asks: every close button, key and menu comes here.
     void closeProgram();
     /// The same without the question.

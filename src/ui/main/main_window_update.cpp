@@ -1,18 +1,16 @@
 #include <QApplication>
 #include <QEvent>
-#include <QFile>
-#include <QUrl>
 
 #include "core/file_utils.h"
 #include "core/log.h"
-#include "platform/run_file.h"
+#include "ui/dialogs/confirm_dialog.h"
 #include "ui/dialogs/file_downloader_dialog.h"
+#include "ui/dialogs/installer_start_dialog.h"
 #include "ui/dialogs/new_version_dialog.h"
 #include "ui/main/main_window.h"
 #include "ui/main/main_window_ui.h"
-#include "ui/palette.h"
 #include "ui/widgets/text.h"
-#include "update/installer_file.h"
+#include "update/installer.h"
 #include "update/update_server.h"
 #include "update/version_number.h"
 
@@ -64,25 +62,39 @@ bool MainWindow::eventFilter(QObject* watched, QEvent* event) {
 }
 
 void MainWindow::downloadUpdate(const KvUpdateInfo& info) {
-    const QString name = orvelle::installerFileName(info);
-    if (name.isEmpty() || !info.address().isValid() || !info.hasUsableSha256()) {
+    const std::optional<orvelle::Installer> installer = orvelle::installerOf(info);
+    if (!installer) {
         inform(text("this_version_cannot_be_downloaded"));
         return;
     }
-    const QString target = KvFileUtils::updatePath() + QLatin1Char('/') + name;
-    KvFileDownloaderDialog dialog(this);
-    if (dialog.download(info.address(), target, info.sha256()) == QDialog::Accepted)
-        startInstaller(target);
-    else if (dialog.outcome() == orvelle::FileDownloader::Outcome::kFailed)
-        m_toast.show(this, text("download_failed"), KvToast::kBottomCentre,
-                     orvelle::palette::kToastMs);
+    const QString target = KvFileUtils::updatePath() + QLatin1Char('/') + installer->fileName;
+    QString failure;
+    do {
+        KvFileDownloaderDialog dialog(this);
+        if (dialog.download(*installer, target) != QDialog::Accepted)
+            failure = dialog.failure();
+        else
+            failure = startInstaller(target, *dialog.proof());
+    } while (!failure.isEmpty() && wantsToRetry(failure));
 }
 
-void MainWindow::startInstaller(const QString& path) {
-    if (orvelle::runFile(path.toStdString())) {
-        exitProgram();
-        return;
+QString MainWindow::startInstaller(const QString& path, const orvelle::InstallerProof& proof) {
+    using Outcome = orvelle::InstallerThread::Outcome;
+    orvelle::InstallerStartDialog dialog(path, proof, this);
+    dialog.execCentred();
+    switch (dialog.outcome()) {
+        case Outcome::kGenuine:
+            exitProgram();
+            return {};
+        case Outcome::kNotStarted:
+            return text("the_update_could_not_be_started");
+        default:
+            return text("the_downloaded_file_is_damaged_and_is_not_started");
     }
-    QFile::remove(path);  // it would be taken for a finished download at the next offer
-    inform(text("the_update_could_not_be_started"));
+}
+
+bool MainWindow::wantsToRetry(const QString& failure) {
+    KvConfirmDialog dialog(failure, this);
+    dialog.setConfirmText(text("retry"));
+    return dialog.execCentred() == QDialog::Accepted;
 }
