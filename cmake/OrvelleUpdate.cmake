@@ -1,10 +1,10 @@
 # Stops the configuration of a build that would take updates from anybody: over anything but https
 # (http from the same machine is for tests), or without the key that they are signed with.
 function(orvelle_check_update_settings server key)
-  if(server AND NOT server MATCHES "^(https://[^/].*$|http://(localhost|127\\.0\\.0\\.1|\\[::1\\])(:[0-9]+)?$)")
+  if(NOT server STREQUAL "" AND NOT server MATCHES "^(https://[^/].*$|http://(localhost|127\\.0\\.0\\.1|\\[::1\\])(:[0-9]+)?$)")
     message(FATAL_ERROR "ORVELLE_UPDATE_SERVER must begin with https://, it is: ${server}")
   endif()
-  if(server AND key STREQUAL "")
+  if(NOT server STREQUAL "" AND key STREQUAL "")
     message(FATAL_ERROR "ORVELLE_UPDATE_SERVER is set, but not ORVELLE_UPDATE_KEY, the public key "
       "of minisign whose signatures the updates carry.")
   endif()

@@ -1,15 +1,14 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <string>
 
 namespace orvelle {
 
 /// A file that is read and that nobody else may change meanwhile, as far as the system can promise
-/// that. Windows lets nobody write, remove or rename it while it is held. Linux has it open for
-/// writing nowhere and holds up whoever wants to, for 45 s by default, where its file system and
-/// owner allow; what replaces or has changed it is noticed by isUnchanged(). One thread at a time.
+/// that. On Windows nobody can write, remove or rename it while it is held. On Linux, where file
+/// system and owner allow a lease, whoever wants to write waits, for 45 s by default; a file that
+/// takes its place, or any change, is noticed by isUnchanged(). One thread at a time.
 class HeldFile {
 public:
     /// `path` is UTF-8. A link, and anything else that is no plain file, is not opened; nor is

@@ -114,6 +114,7 @@ void FileDownloader::onExistingChecked() {
     const bool isGenuine = m_check->outcome() == InstallerThread::Outcome::kGenuine;
     m_check.reset();
     if (isGenuine) {
+        allowToRun(m_target);
         end(Outcome::kDone);
         return;
     }

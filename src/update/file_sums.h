@@ -9,7 +9,7 @@ namespace orvelle {
 /// The sums by which a file is known, made piece by piece. One thread at a time.
 class FileSums {
 public:
-    FileSums() { reset(); }
+    FileSums();
 
     void reset();
     void add(const QByteArray& piece);

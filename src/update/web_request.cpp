@@ -30,7 +30,8 @@ bool mayLeadTo(const QUrl& from, const QUrl& to) {
 
 QUrl signatureAddress(const QUrl& file) {
     QUrl signature = file;
-    signature.setPath(file.path() + QStringLiteral(".minisig"));
+    signature.setPath(file.path(QUrl::FullyEncoded) + QStringLiteral(".minisig"),
+                      QUrl::TolerantMode);
     return signature;
 }
 

@@ -9,6 +9,7 @@
 #include "update/update_server.h"
 #include "update/updater.h"
 #include "update/version_number.h"
+#include "update/web_request.h"
 
 using orvelle::test::elsewhere;
 using orvelle::test::Signer;
@@ -145,6 +146,11 @@ private slots:
             orvelle::setUpdateServer(key("http://localhost"), anyKey);
             QVERIFY2(orvelle::installerOf(info).has_value() == fromTests, address);
         }
+    }
+
+    void signature_isBesideItsFile() {
+        QCOMPARE(orvelle::signatureAddress(QUrl(key("https://x.test/a%20b%25c.exe?d=e"))),
+                 QUrl(key("https://x.test/a%20b%25c.exe.minisig?d=e")));
     }
 
     void sum_isCompulsory() {
