@@ -19,7 +19,7 @@ using Outcome = FileDownloader::Outcome;
 namespace {
 
 // Longer than what is read ahead of the disk.
-const QByteArray kWhole = "#!/bin/sh\n" + QByteArray(3'000'000, 'x');
+const QByteArray kWhole = "#!/bin/sh\n" + QByteArray(1'200'000, 'x');
 
 QByteArray sumOf(const QByteArray& bytes) {
     return QCryptographicHash::hash(bytes, QCryptographicHash::Sha256);
@@ -43,14 +43,15 @@ private slots:
         m_server = std::make_unique<WebServer>();
         orvelle::setUpdateServer(m_server->address(), m_signer.publicKey());
         m_signer.publish(*m_server, "/whole", kWhole);
-        giveSigned("/moved", "301 Moved", "Location: /whole\r\n" + WebServer::length(0), "");
+        giveSigned("/moved", "301 Moved", "Location: /whole\r\n" + WebServer::length(0), "",
+                   kWhole);
         giveSigned("/local", "302 Found", "Location: file:///etc/hostname\r\n", "");
         giveSigned("/afar", "302 Found", "Location: " + elsewhere(*m_server) + "/whole\r\n", "");
         giveSigned("/ring", "302 Found", "Location: /ring\r\n" + WebServer::length(0), "");
         const QByteArray chunked = "Transfer-Encoding: chunked\r\n";
         giveSigned("/chunks", "200 OK", chunked, "5\r\nhello\r\n0\r\n\r\n", "hello");
         giveSigned("/cut", "200 OK", chunked, "5\r\nhello\r\n9\r\nwo");
-        giveSigned("/open", "200 OK", "", kWhole);
+        giveSigned("/open", "200 OK", "", kWhole, kWhole);
         giveSigned("/short", "200 OK", WebServer::length(100), QByteArray(60, 'x'));
         giveSigned("/stalled", "200 OK", WebServer::length(100), QByteArray(60, 'x'));
         m_server->stalled = "/stalled";
@@ -210,7 +211,7 @@ private:
     }
     /// An answer beside which there is a signature of the content that it should have brought.
     void giveSigned(const QByteArray& path, const QByteArray& status, const QByteArray& headers,
-                    const QByteArray& body, const QByteArray& content = kWhole) {
+                    const QByteArray& body, const QByteArray& content = "x") {
         m_signer.publish(*m_server, path, content);
         m_server->give(path, status, headers, body);
     }
