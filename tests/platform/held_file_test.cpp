@@ -1,5 +1,6 @@
 #include "platform/held_file.h"
 
+#include <QDir>
 #include <QFile>
 #include <QTemporaryDir>
 
@@ -63,6 +64,17 @@ private slots:
         }
         QVERIFY(!HeldFile(m_path).isHeld());
         QVERIFY(HeldFile(other).isHeld());
+        const std::string folder = m_folder->path().toStdString();
+        {
+            // Another folder in place of its own; the file itself is as it was.
+            const HeldFile held(other);
+            QCOMPARE(rename(folder.c_str(), (folder + "-moved").c_str()), 0);
+            QCOMPARE(mkdir(folder.c_str(), 0700), 0);
+            QFile file(QString::fromStdString(other));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("content") == 7);
+            QVERIFY(!held.isUnchanged());
+        }
+        QVERIFY(QDir(QString::fromStdString(folder + "-moved")).removeRecursively());
     }
 
 private:
