@@ -19,10 +19,6 @@ constexpr int64_t kSearchAfterAnswerMs = 800;
 constexpr int64_t kVersionOneAfterMs = 600;
 constexpr int kMaxCandidatesPerHost = 4;
 
-bool isSameAddress(const sockaddr_in& a, const sockaddr_in& b) {
-    return a.sin_addr.s_addr == b.sin_addr.s_addr && a.sin_port == b.sin_port;
-}
-
 std::optional<sockaddr_in> configuredAddress(const std::string& uid) {
     const auto configured = configuredCameraAddress(uid);
     if (!configured)
@@ -73,7 +69,7 @@ void CameraSearch::take(const LanAnswer& answer) {
     const bool isKnown =
         count([&](const auto& other) { return isSameAddress(other, answer.address); }) > 0;
     const bool isCrowd = count([&](const auto& other) {
-                             return other.sin_addr.s_addr == answer.address.sin_addr.s_addr;
+                             return isSameHost(other, answer.address);
                          }) >= kMaxCandidatesPerHost;
     if (!isKnown && !isCrowd && m_candidates.size() < kMaxCandidates)
         m_candidates.push_back(answer.address);

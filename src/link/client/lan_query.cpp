@@ -66,8 +66,7 @@ std::optional<LanAnswer> LanQuery::receive() {
     const int size = m_socket.receive(buffer, sizeof buffer, from);
     if (size < 0)
         return std::nullopt;
-    const bool isDirect = m_direct && from.sin_addr.s_addr == m_direct->sin_addr.s_addr &&
-                          from.sin_port == m_direct->sin_port;
+    const bool isDirect = m_direct && isSameAddress(from, *m_direct);
     if (isDirect && isVersionOneAnswer(buffer, static_cast<size_t>(size)))
         return LanAnswer{m_query.uid, {}, from, 1};
     const auto answer = decodeSearchAnswer(buffer, static_cast<size_t>(size));

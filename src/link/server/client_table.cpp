@@ -5,14 +5,6 @@
 
 namespace orvelle {
 
-namespace {
-
-bool isSameAddress(const sockaddr_in& a, const sockaddr_in& b) {
-    return a.sin_addr.s_addr == b.sin_addr.s_addr && a.sin_port == b.sin_port;
-}
-
-}  // namespace
-
 ClientTable::Reservation ClientTable::reserve(const AdmittedSession& session, int64_t untilMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_reserved.count(session.token) > 0 || findByTokenLocked(session.token))

@@ -14,14 +14,6 @@ namespace {
 constexpr int64_t kExchangeMs = 3000;
 constexpr int64_t kCookieKeyMs = 30'000;
 
-bool isSameHost(const sockaddr_in& a, const sockaddr_in& b) {
-    return a.sin_addr.s_addr == b.sin_addr.s_addr;
-}
-
-bool isSameAddress(const sockaddr_in& a, const sockaddr_in& b) {
-    return isSameHost(a, b) && a.sin_port == b.sin_port;
-}
-
 SecretKey randomKey() {
     SecretKey key;
     randombytes_buf(key.data(), key.size());

@@ -13,10 +13,6 @@ namespace {
 
 constexpr int kBacklog = 64;
 
-bool isSameAddress(const sockaddr_in& a, const sockaddr_in& b) {
-    return a.sin_addr.s_addr == b.sin_addr.s_addr && a.sin_port == b.sin_port;
-}
-
 SrtSocket listenOn(DatagramSocket::Descriptor descriptor) {
     SrtSocket listener = createLinkSocket(SocketUse::Camera);
     if (!listener.isOpen() || srt_bind_acquire(listener.id(), descriptor) < 0 ||
