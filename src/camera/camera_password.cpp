@@ -86,7 +86,7 @@ std::optional<std::string> takeFromEnvironment() {
         return std::nullopt;
     std::string password(value);
     // What is only unset could still be read in the process's first environment.
-    sodium_memzero(value, password.size());
+    wipe(value, password.size());
     qunsetenv(kVariable);
     return password;
 }
@@ -158,7 +158,7 @@ QString passwordRefusal(const std::string& password) {
     QVector<uint> characters = text.toUcs4();
     const int size = characters.size();
     const bool hasControl = std::any_of(characters.cbegin(), characters.cend(), isControl);
-    sodium_memzero(characters.data(), static_cast<size_t>(size) * sizeof(uint));
+    wipe(characters.data(), static_cast<size_t>(size) * sizeof(uint));
     if (password.empty())
         return QStringLiteral("is empty");
     if (password.find('\0') != std::string::npos)

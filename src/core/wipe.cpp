@@ -10,14 +10,18 @@ template <class QtText>
 void wipeUnshared(QtText& text) {
     // Asking a shared one for its memory would make one more copy.
     if (text.isDetached())
-        sodium_memzero(text.data(), static_cast<size_t>(text.size()) * sizeof(*text.data()));
+        wipe(text.data(), static_cast<size_t>(text.size()) * sizeof(*text.data()));
     text = QtText();
 }
 
 }  // namespace
 
+void wipe(void* bytes, size_t size) {
+    sodium_memzero(bytes, size);
+}
+
 void wipe(std::string& text) {
-    sodium_memzero(text.data(), text.size());
+    wipe(text.data(), text.size());
     text.clear();
 }
 

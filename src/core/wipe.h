@@ -3,6 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
+#include <cstddef>
 #include <string>
 
 /// Passwords are not left in memory that is freed. What Qt and the C++ library copied on their own
@@ -13,6 +14,9 @@ namespace orvelle {
 void wipe(std::string& text);
 void wipe(QByteArray& text);
 void wipe(QString& text);
+
+/// Overwrites bytes, also where the compiler sees that nobody reads them again.
+void wipe(void* bytes, size_t size);
 
 /// Wipes a text, which it borrows, at the end of the scope.
 template <class Text>
