@@ -31,8 +31,10 @@ constexpr int kMinCharacters = 8;
 constexpr char kSymbols[] = "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZ";
 constexpr int kMadeCharacters = 16;
 
+// Neither could a client keep: its files are XML.
 bool isControl(uint character) {
-    return QChar::category(character) == QChar::Other_Control || character >= 0xFFFE;
+    return QChar::category(character) == QChar::Other_Control || character == 0xFFFE ||
+           character == 0xFFFF;
 }
 
 /// A password of the source, or why it will not do.
@@ -109,7 +111,8 @@ QString writeMadePassword(const QString& path) {
         return file.errorString();
     // Unlike renaming, this never replaces what another camera of the UID has begun to use.
     std::error_code error;
-    std::filesystem::create_hard_link(file.fileName().toStdString(), path.toStdString(), error);
+    std::filesystem::create_hard_link(std::filesystem::u8path(file.fileName().toStdString()),
+                                      std::filesystem::u8path(path.toStdString()), error);
     if (error && error != std::errc::file_exists)
         return QString::fromStdString(error.message());
     // Not every system can promise it of a folder.

@@ -126,6 +126,16 @@ private slots:
         }
     }
 
+    void password_mayHoldAnyLetters() {
+        for (const char* password : {"8letters", "\xE5\xBD\x95\xE5\x83\x8F\xE6\x9C\xBA wxyz",
+                                     "smile \xF0\x9F\x93\xB7!", "\"<&'  >\" "}) {
+            qputenv("ORVELLE_CAMERA_PASSWORD", password);
+            Program program(QStringLiteral("--uid LETTERS --show-code"));
+            QCOMPARE(program.readValues("Device code", 1),
+                     QStringList(codeOf("LETTERS", password)));
+        }
+    }
+
     void password_leavesTheEnvironment() {
         Program camera(QStringLiteral("--uid ENVIRON"));
         QCOMPARE(camera.readValues("Port", 1).size(), 1);
