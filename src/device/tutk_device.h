@@ -34,10 +34,11 @@ public:
         int watchdogMs = 20000;   ///< an attempt that takes longer is aborted
         int keepAliveMs = 30000;  ///< from one keep-alive to the next
         /// How long a refused password is not tried again by ensureConnected(): at first, doubled
-        /// each time, and at most. A camera counts the wrong ones of an address, and makes all who
-        /// share it wait.
+        /// each time, and at most. A camera counts the wrong ones of an address and makes all who
+        /// share it wait; but a stranger who answers in its place looks the same, and must not keep
+        /// the client away for long.
         int refusedMs = 5000;
-        int maxRefusedMs = 300'000;
+        int maxRefusedMs = 30'000;
     };
 
     KvTUTKDevice();

@@ -112,6 +112,27 @@ private slots:
         QVERIFY(device->isOnline() && device->sid() == sid);
     }
 
+    void codes_areTriedOnceTheCameraListensAgain_afterTooManyWrongOnes() {
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        // The seventh makes the camera deaf for four seconds; each but the first five waits, too.
+        for (int i = 0; i < 7; ++i) {
+            Adder guess(codeOf("wrong"));
+            guess.setPatience({50, 20000});
+            QCOMPARE(outcomeOf(guess), int(Adder::kFailed));
+            QCOMPARE(guess.failure(), DeviceState::kWrongPassword);
+        }
+        Adder impatient(codeOf());
+        impatient.setPatience({1, 0});
+        QCOMPARE(outcomeOf(impatient), int(Adder::kFailed));
+        QCOMPARE(impatient.failure(), DeviceState::kRefusedForNow);
+        Adder adder(codeOf());
+        adder.setPatience({50, 20000});
+        const QSignalSpy waiting(&adder, &Adder::waitingSignal);
+        QCOMPARE(outcomeOf(adder), int(Adder::kAdded));
+        QVERIFY(!waiting.isEmpty());
+    }
+
     void camera_isNotBound_whenItCannotBeSaved() {
         TestCamera camera(kUid);
         QVERIFY(camera.start());
