@@ -95,9 +95,8 @@ start_cameras() {
 }
 
 device_code_of() {
-    local log=$demo/$1.log
-    for _ in $(seq 100); do grep -q 'Device code' "$log" && break || sleep 0.1; done
-    sed -n 's/^.*Device code[^:]*: *//p' "$log"
+    ORVELLE_CAMERA_PASSWORD=$password "$bin/orvelle-camera" --show-code --uid "$1" |
+        sed -n 's/^Device code: //p'
 }
 
 window() {

@@ -90,9 +90,11 @@ start_crowd() {
     done
 }
 
+# Of a camera that is up by then.
 device_code_of() {
-    for _ in $(seq 100); do grep -q 'Device code' "$work/$1.log" && break || sleep 0.1; done
-    sed -n 's/^.*Device code[^:]*: *//p' "$work/$1.log" | head -n 1
+    for _ in $(seq 100); do grep -q '^Port' "$work/$1.log" && break || sleep 0.1; done
+    ORVELLE_CAMERA_PASSWORD=$password "$bin/orvelle-camera" --show-code --uid "${1}01" |
+        sed -n 's/^Device code: //p'
 }
 
 # use_data NAME LANGUAGE: a data directory in which the guide was not seen yet

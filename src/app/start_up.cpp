@@ -9,6 +9,7 @@
 #include "app/language_choice.h"
 #include "core/file_utils.h"
 #include "core/language.h"
+#include "core/thread.h"
 #include "device/device_manager.h"
 #include "media/device_inputs.h"
 #include "media/media_log.h"
@@ -45,20 +46,32 @@ void warnAlreadyRunning() {
                          QMessageBox::Ok);
 }
 
+/// What an earlier version, or a copy from elsewhere, left open to others is closed once.
+class FileCloser : public KvThread {
+public:
+    FileCloser() : KvThread(QStringLiteral("file-closer")) {}
+    void run() override { KvFileUtils::closeToOthers(); }
+};
+
 /// The services that live as long as the process and survive a rebuilt main window.
 class Services {
 public:
     Services() {
         silenceFfmpeg();
         registerDeviceInputs();
+        m_fileCloser.start();
         KvDeviceManager::create()->start(KvFileUtils::devicesPath());
     }
-    ~Services() { KvDeviceManager::release(); }
+    ~Services() {
+        KvDeviceManager::release();
+        m_fileCloser.waitForEnd();
+    }
     Services(const Services&) = delete;
     Services& operator=(const Services&) = delete;
 
 private:
     KvFileUtils m_fileUtils;
+    FileCloser m_fileCloser;
 };
 
 /// One main window from its start to its end; the event loop's exit code.

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "camera/camera_log.h"
+#include "core/wipe.h"
 #include "link/io_types.h"
 
 namespace orvelle {
@@ -36,6 +37,7 @@ Camera::Camera(CameraProfile profile, CameraAddress address, Feed* feed, PanTilt
       m_server(std::make_unique<LinkServer>(serverConfig(m_profile, address, *feed),
                                             static_cast<LinkServerListener*>(this))),
       m_playbacks(m_server.get()) {
+    wipe(address.password);
     m_feed->addSink(this);
 }
 

@@ -1,12 +1,10 @@
 #include "camera/camera_options.h"
 
 #include <QCommandLineParser>
-#include <QFile>
 
 #include <algorithm>
 
 #include "camera/media_source.h"
-#include "link/device_code.h"
 #include "link/limits.h"
 
 namespace orvelle {
@@ -48,7 +46,15 @@ constexpr Option kOptions[] = {
     {"bitrate", "BITS", "bits per second where video is encoded (default by size)"},
     {"sound", "CODEC", "aac, alaw or none (default aac)"},
     {"type", "N", "0 fixed, 1 pan-tilt (demo scene only; default 0)"},
-    {"password-file", "FILE", "first line is the password (default: ORVELLE_CAMERA_PASSWORD)"},
+    {"password-file", "FILE",
+     "first line is the password; nobody else may read the file (default: ORVELLE_CAMERA_PASSWORD, "
+     "else one that the camera makes at its first start and keeps)"},
+    {"state", "DIR",
+     "where the password is kept that the camera made (default: orvelle-camera in the user's state "
+     "directory)"},
+    {"show-code", nullptr,
+     "print the device code, with which anybody can watch the camera, and exit; needs the same "
+     "--uid, --cameras and password or --state"},
     {"timezone", "MINUTES", "the camera's clock east of UTC (default: this machine's)"},
     {"network-name", "NAME", "name of the Wi-Fi to report (default: none)"},
     {"cameras", "N",
@@ -147,21 +153,6 @@ QString readSource(Reader& reader) {
     return source.isEmpty() && !reader.has("demo") ? hidden : source;
 }
 
-std::string readPassword(Reader& reader) {
-    if (!reader.has("password-file"))
-        return qgetenv("ORVELLE_CAMERA_PASSWORD").toStdString();
-    QFile file(reader.text("password-file"));
-    if (!file.open(QIODevice::ReadOnly)) {
-        reader.complain(
-            QStringLiteral("cannot read the password file: %1").arg(file.errorString()));
-        return {};
-    }
-    QByteArray line = file.readLine(kMaxPasswordBytes + 3);
-    while (line.endsWith('\n') || line.endsWith('\r'))
-        line.chop(1);
-    return line.toStdString();
-}
-
 void readMedia(Reader& reader, CameraOptions& options) {
     constexpr AVCodecID kVideo[] = {AV_CODEC_ID_H264, AV_CODEC_ID_HEVC};
     constexpr AVCodecID kAudio[] = {AV_CODEC_ID_AAC, AV_CODEC_ID_PCM_ALAW, AV_CODEC_ID_NONE};
@@ -190,6 +181,9 @@ void readIdentity(Reader& reader, CameraOptions& options) {
     options.port = static_cast<uint16_t>(reader.number("port", 0, 0, 65'535));
     options.bindAddress = reader.text("bind", QStringLiteral("0.0.0.0"));
     options.networkName = reader.text("network-name");
+    options.passwordFile = reader.text("password-file");
+    options.stateDirectory = reader.text("state");
+    options.isCodeAsked = reader.has("show-code");
     options.deviceType =
         static_cast<int>(reader.number(reader.has("model") ? "model" : "type", 0, 0, 1));
     if (reader.has("timezone"))
@@ -206,7 +200,6 @@ bool isUid(const QString& uid, int maxLength) {
 
 void validate(Reader& reader, const CameraOptions& options) {
     const int maxUid = options.cameras > 1 ? kMaxUidLength - 2 : kMaxUidLength;
-    const bool isCamera = options.clipFile.isEmpty() && options.madeCard.isEmpty();
     if (reader.has("sd") && options.cardDirectory.isEmpty())
         reader.complain(QStringLiteral("--sd takes a directory"));
     else if (!isUid(options.uid, maxUid))
@@ -217,12 +210,10 @@ void validate(Reader& reader, const CameraOptions& options) {
         reader.complain(QStringLiteral("--demo and --source exclude each other"));
     else if (!options.source.isEmpty() && options.deviceType != 0)
         reader.complain(QStringLiteral("only the demo scene can turn: leave out --type 1"));
-    else if (isCamera && options.password.empty())
-        reader.complain(
-            QStringLiteral("no password: set ORVELLE_CAMERA_PASSWORD or use --password-file"));
-    else if (options.password.size() > size_t{kMaxPasswordBytes})
-        reader.complain(
-            QStringLiteral("the password is longer than %1 bytes").arg(kMaxPasswordBytes));
+    else if (reader.has("password-file") && options.passwordFile.isEmpty())
+        reader.complain(QStringLiteral("--password-file takes a file"));
+    else if (reader.has("state") && options.stateDirectory.isEmpty())
+        reader.complain(QStringLiteral("--state takes a directory"));
 }
 
 }  // namespace
@@ -247,7 +238,6 @@ ParsedOptions parseOptions(const QStringList& arguments) {
         Reader reader(parser);
         readIdentity(reader, parsed.options);
         readMedia(reader, parsed.options);
-        parsed.options.password = readPassword(reader);
         validate(reader, parsed.options);
         parsed.error = reader.error();
     }

@@ -4,7 +4,6 @@
 #include <QStringList>
 
 #include <optional>
-#include <string>
 
 #include "camera/feed.h"
 
@@ -18,8 +17,10 @@ namespace orvelle {
 struct CameraOptions {
     QString uid;
     QString name;
-    std::string password;  ///< from a file or the environment, never from the command line
-    QString source;        ///< empty: the demo scene
+    QString passwordFile;      ///< empty: the password comes from elsewhere
+    QString stateDirectory;    ///< empty: the usual one
+    bool isCodeAsked = false;  ///< print the device code instead of being a camera
+    QString source;            ///< empty: the demo scene
     bool isRepeated = true;
     int scene = 0;
     int cameras = 1;

@@ -7,16 +7,20 @@
 
 #include "camera/camera.h"
 #include "camera/camera_options.h"
+#include "camera/camera_password.h"
 #include "camera/card_maker.h"
 #include "camera/clip_writer.h"
 #include "camera/demo_feed.h"
 #include "camera/memory_card.h"
 #include "camera/source_feed.h"
+#include "core/wipe.h"
 #include "link/device_code.h"
 #include "link/environment.h"
 #include "link/result_codes.h"
 #include "platform/quit_signals.h"
+#include "platform/secret_memory.h"
 #include "platform/single_instance.h"
+#include "platform/terminal.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -86,15 +90,18 @@ void readNetwork(const QString& bindAddress, CameraProfile& profile) {
     }
 }
 
+/// Empty for a camera that is the only one.
+QString suffixOf(const CameraOptions& options, int number) {
+    return options.cameras > 1 ? QStringLiteral("%1").arg(number + 1, 2, 10, QLatin1Char('0'))
+                               : QString();
+}
+
 CameraProfile makeProfile(const CameraOptions& options, const Feed& feed, int number) {
     CameraProfile profile;
-    profile.uid = options.uid;
-    profile.name = options.name;
-    if (options.cameras > 1) {
-        const QString suffix = QStringLiteral("%1").arg(number + 1, 2, 10, QLatin1Char('0'));
-        profile.uid += suffix;
-        profile.name += QLatin1Char(' ') % suffix;
-    }
+    const QString suffix = suffixOf(options, number);
+    profile.uid = options.uid + suffix;
+    profile.name =
+        suffix.isEmpty() ? options.name : QString(options.name % QLatin1Char(' ') % suffix);
     profile.deviceType = options.deviceType;
     profile.timezoneMinutes = options.timezoneMinutes;
     profile.pictureHeight = feed.format().height;
@@ -103,20 +110,42 @@ CameraProfile makeProfile(const CameraOptions& options, const Feed& feed, int nu
     return profile;
 }
 
-std::unique_ptr<Camera> makeCamera(const CameraOptions& options, Feed* feed, PanTilt* panTilt,
-                                   MemoryCard* card, int number) {
+std::unique_ptr<Camera> makeCamera(const CameraOptions& options, const std::string& password,
+                                   Feed* feed, PanTilt* panTilt, MemoryCard* card, int number) {
     CameraAddress address;
-    address.password = options.password;
+    address.password = password;
     address.bindAddress = options.bindAddress.toStdString();
     address.port = options.port > 0 ? static_cast<uint16_t>(options.port + number) : uint16_t{0};
-    return std::make_unique<Camera>(makeProfile(options, *feed, number), address, feed,
+    return std::make_unique<Camera>(makeProfile(options, *feed, number), std::move(address), feed,
                                     options.deviceType == 1 ? panTilt : nullptr, card);
 }
 
+void printCode(const QString& uid, const std::string& password) {
+    std::string code = encodeDeviceCode(uid.toStdString(), password);
+    const WipedAtEnd<std::string> wiped(code);
+    std::printf("Device code: %s\n", code.c_str());
+}
+
+/// The code is for a person's eyes: what is no terminal may be a journal or a log file.
 void announce(const Camera& camera, const std::string& password) {
-    const std::string uid = camera.profile().uid.toStdString();
-    std::printf("UID: %s\nDevice code: %s\nPort: %d\n", uid.c_str(),
-                encodeDeviceCode(uid, password).c_str(), camera.port());
+    std::printf("UID: %s\n", qUtf8Printable(camera.profile().uid));
+    if (isTerminal(stdout))
+        printCode(camera.profile().uid, password);
+    std::printf("Port: %d\n", camera.port());
+}
+
+void announceHowToSeeCodes() {
+    if (!isTerminal(stdout))
+        std::puts("The device code is not shown here: add --show-code to see it.");
+}
+
+int showCodes(const CameraOptions& options, const std::string& password) {
+    for (int number = 0; number < options.cameras; ++number) {
+        const QString uid = options.uid + suffixOf(options, number);
+        std::printf("UID: %s\n", qUtf8Printable(uid));
+        printCode(uid, password);
+    }
+    return kStopped;
 }
 
 std::unique_ptr<MemoryCard> makeMemoryCard(const CameraOptions& options, Feed* feed) {
@@ -147,7 +176,7 @@ void runUntilEnd(QCoreApplication& application, const Feed& feed, bool isRepeate
 
 /// kStopped once all are reachable and announced, kNoPort at the first that cannot be.
 ExitCode startCameras(const std::vector<std::unique_ptr<Camera>>& cameras,
-                      const CameraOptions& options) {
+                      const CameraOptions& options, const std::string& password) {
     for (const auto& camera : cameras) {
         const int result = camera->start();
         if (result < 0) {
@@ -156,13 +185,14 @@ ExitCode startCameras(const std::vector<std::unique_ptr<Camera>>& cameras,
                                    options.bindAddress));
             return kNoPort;
         }
-        announce(*camera, options.password);
+        announce(*camera, password);
     }
+    announceHowToSeeCodes();
     return kStopped;
 }
 
 int runCameras(QCoreApplication& application, const CameraOptions& options,
-               std::unique_ptr<HeldQuitSignals>& held) {
+               const std::string& password, std::unique_ptr<HeldQuitSignals>& held) {
     const QuitSignals quitSignals([&application] { application.quit(); });
     held.reset();
     PanTilt panTilt;
@@ -174,7 +204,7 @@ int runCameras(QCoreApplication& application, const CameraOptions& options,
     std::vector<std::unique_ptr<SingleInstance>> claims;
     std::vector<std::unique_ptr<Camera>> cameras;
     for (int number = 0; number < options.cameras; ++number) {
-        cameras.push_back(makeCamera(options, feed.get(), &panTilt, card.get(), number));
+        cameras.push_back(makeCamera(options, password, feed.get(), &panTilt, card.get(), number));
         const QString& uid = cameras.back()->profile().uid;
         if (!claimUid(uid, claims))
             return fail(kNoPort, QStringLiteral("camera %1 runs on this machine already").arg(uid));
@@ -182,7 +212,7 @@ int runCameras(QCoreApplication& application, const CameraOptions& options,
     feed->start();
     if (card)
         card->start();
-    const ExitCode code = startCameras(cameras, options);
+    const ExitCode code = startCameras(cameras, options, password);
     if (code == kStopped)
         runUntilEnd(application, *feed, options.isRepeated);
     for (const auto& camera : cameras)
@@ -206,6 +236,20 @@ QString makeFile(const CameraOptions& options) {
     return makeCard(options.madeCard, options.madeCardDays, config);
 }
 
+int runWithPassword(QCoreApplication& application, const CameraOptions& options,
+                    std::unique_ptr<HeldQuitSignals>& held) {
+    FoundPassword password = findPassword(
+        {options.passwordFile, options.stateDirectory, options.uid, !options.isCodeAsked});
+    const WipedAtEnd<std::string> wiped(password.text);
+    if (!password.error.isEmpty())
+        return fail(kWrongOptions, password.error);
+    if (options.isCodeAsked)
+        return showCodes(options, password.text);
+    if (!password.madeFile.isEmpty())
+        std::printf("Password: made, and kept in %s\n", qUtf8Printable(password.madeFile));
+    return runCameras(application, options, password.text, held);
+}
+
 int run(QCoreApplication& application, std::unique_ptr<HeldQuitSignals> held) {
     const ParsedOptions parsed = parseOptions(QCoreApplication::arguments());
     if (!parsed.text.isEmpty()) {
@@ -215,7 +259,7 @@ int run(QCoreApplication& application, std::unique_ptr<HeldQuitSignals> held) {
     if (!parsed.error.isEmpty())
         return fail(kWrongOptions, parsed.error);
     if (parsed.options.clipFile.isEmpty() && parsed.options.madeCard.isEmpty())
-        return runCameras(application, parsed.options, held);
+        return runWithPassword(application, parsed.options, held);
     held.reset();
     const QString error = makeFile(parsed.options);
     return error.isEmpty() ? kStopped : fail(kBadSource, error);
@@ -226,6 +270,7 @@ int run(QCoreApplication& application, std::unique_ptr<HeldQuitSignals> held) {
 }  // namespace orvelle
 
 int main(int argc, char** argv) {
+    orvelle::keepMemorySecret();
     auto held = std::make_unique<orvelle::HeldQuitSignals>();
     // Lines must reach a pipe at once: whoever starts a camera waits for them.
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);

@@ -1,6 +1,7 @@
 #include "core/configure.h"
 
 #include "core/file_utils.h"
+#include "platform/private_file.h"
 
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -78,6 +79,8 @@ bool KvConfigure::contains(const QString& key) const {
 }
 
 void KvConfigure::store(const QString& key, const QVariant& value) {
+    // A file that QSettings makes is open to others; one that is there keeps its rights.
+    orvelle::makePrivateFile(m_settings.fileName().toStdString());
     m_settings.setValue(key, value);
     m_settings.sync();
     if (m_settings.status() == QSettings::AccessError)

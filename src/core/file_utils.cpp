@@ -2,9 +2,11 @@
 
 #include "core/configure.h"
 #include "platform/open_folder.h"
+#include "platform/private_file.h"
 #include "platform/sync_file.h"
 
 #include <QDir>
+#include <QDirIterator>
 #include <QFile>
 #include <QFileInfo>
 #include <QLoggingCategory>
@@ -18,12 +20,27 @@ Q_LOGGING_CATEGORY(lcCore, "orvelle.core")
 
 KvFileUtils* s_instance = nullptr;
 
-QString created(const QString& path) {
+QString tellUnless(bool isThere, const QString& path) {
     // Folders are asked for at every use: one line says enough about a disk that takes none.
     static std::atomic_flag isTold = ATOMIC_FLAG_INIT;
-    if (!KvFileUtils::mkdir(path) && !isTold.test_and_set())
+    if (!isThere && !isTold.test_and_set())
         qCWarning(lcCore, "cannot create folder %s", qUtf8Printable(path));
     return path;
+}
+
+/// A folder below the media directory, which is the user's business.
+QString created(const QString& path) {
+    return tellUnless(KvFileUtils::mkdir(path), path);
+}
+
+/// One of the program's own, where passwords and pictures are.
+QString createdPrivate(const QString& path) {
+    return tellUnless(orvelle::makePrivateFolder(path.toStdString()), path);
+}
+
+void takeFromOthers(const QString& path) {
+    if (!orvelle::takeFromOthers(path.toStdString()))
+        qCWarning(lcCore, "others may read %s", qUtf8Printable(path));
 }
 
 }  // namespace
@@ -41,31 +58,33 @@ KvFileUtils* KvFileUtils::instance() {
 }
 
 QString KvFileUtils::dataRoot() {
-    return created(QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation));
+    const QString root = QStandardPaths::writableLocation(QStandardPaths::AppLocalDataLocation);
+    mkdir(QFileInfo(root).path());
+    return createdPrivate(root);
 }
 
 QString KvFileUtils::cachePath() {
-    return created(dataRoot() + QStringLiteral("/cache"));
+    return createdPrivate(dataRoot() + QStringLiteral("/cache"));
 }
 
 QString KvFileUtils::cachePath(const QString& name) {
-    return created(cachePath() + QLatin1Char('/') + name);
+    return createdPrivate(cachePath() + QLatin1Char('/') + name);
 }
 
 QString KvFileUtils::configurePath() {
-    return created(dataRoot() + QStringLiteral("/configure"));
+    return createdPrivate(dataRoot() + QStringLiteral("/configure"));
 }
 
 QString KvFileUtils::devicesPath() {
-    return created(dataRoot() + QStringLiteral("/Devices"));
+    return createdPrivate(dataRoot() + QStringLiteral("/Devices"));
 }
 
 QString KvFileUtils::devicesPath(const QString& name) {
-    return created(devicesPath() + QLatin1Char('/') + name);
+    return createdPrivate(devicesPath() + QLatin1Char('/') + name);
 }
 
 QString KvFileUtils::updatePath() {
-    return created(dataRoot() + QStringLiteral("/Update"));
+    return createdPrivate(dataRoot() + QStringLiteral("/Update"));
 }
 
 QString KvFileUtils::mediaRoot() {
@@ -83,6 +102,20 @@ QString KvFileUtils::screenshotPath(const QString& uid) {
 
 QString KvFileUtils::videoPath(const QString& uid) {
     return created(mediaPath(uid) + QStringLiteral("/Video"));
+}
+
+void KvFileUtils::closeToOthers() {
+    takeFromOthers(dataRoot());
+    for (const QString& folder : {cachePath(), configurePath(), devicesPath(), updatePath()}) {
+        if (QFileInfo(folder).isSymLink())
+            continue;
+        takeFromOthers(folder);
+        QDirIterator entries(folder,
+                             QDir::AllEntries | QDir::Hidden | QDir::System | QDir::NoDotAndDotDot,
+                             QDirIterator::Subdirectories);
+        while (entries.hasNext())
+            takeFromOthers(entries.next());
+    }
 }
 
 bool KvFileUtils::exists(const QString& path) {

@@ -8,6 +8,8 @@
 /// The application creates the one object at start-up and destroys it at exit; it holds no state,
 /// so the operations are class-wide and work from any thread and before it exists. Each path
 /// operation creates the directories up to its path and returns the path even where that failed.
+/// The program's own directories are closed to other users; those below the media directory are as
+/// the user's system makes them.
 class KvFileUtils : public QObject {
     Q_OBJECT
 
@@ -30,6 +32,11 @@ public:
     static QString mediaPath(const QString& uid);
     static QString screenshotPath(const QString& uid);
     static QString videoPath(const QString& uid);
+
+    /// Takes the rights of other users on the program's own directories and what is in them away,
+    /// as an earlier version or a copy may have left them. Symbolic links are not followed. Waits
+    /// for the disk.
+    static void closeToOthers();
 
     /// Whether the directory exists.
     static bool exists(const QString& path);

@@ -1,5 +1,7 @@
 #include "core/log.h"
 
+#include "platform/private_file.h"
+
 #include <QDateTime>
 #include <QFile>
 #include <QtDebug>
@@ -9,6 +11,7 @@
 #include <cstdio>
 #include <memory>
 #include <mutex>
+#include <string>
 
 namespace orvelle {
 namespace {
@@ -72,6 +75,9 @@ bool isLogEnabled() {
 }
 
 bool openLogFile(const QString& path) {
+    const std::string name = path.toStdString();
+    makePrivateFile(name);
+    takeFromOthers(name);
     FilePtr file(std::fopen(QFile::encodeName(path).constData(), "a+"));
     const std::lock_guard<std::mutex> lock(s_mutex);
     s_file = std::move(file);

@@ -17,7 +17,8 @@ constexpr int kLogInfo = 6;
 void setLogEnabled(bool enabled);
 bool isLogEnabled();
 
-/// Closes an open log file and appends to `path` from now on; false when it cannot be opened.
+/// Closes an open log file and appends to `path`, a file closed to other users, from now on; false
+/// when it cannot be opened.
 bool openLogFile(const QString& path);
 void closeLogFile();
 

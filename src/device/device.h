@@ -15,8 +15,11 @@ enum class DeviceState {
     kConnecting,
     kOnline,
     kUnreachable,     ///< no camera answers to the UID
-    kWrongPassword,   ///< the camera answers and refuses the login
-    kRefused,         ///< the camera answers and takes no further client
+    kWrongPassword,   ///< the camera answers and refuses the password
+    kWrongVersion,    ///< the camera answers and speaks another version of the protocol
+    kFull,            ///< the camera answers and takes no further client
+    kRefusedForNow,   ///< the camera takes no login from this address until some time has passed
+    kRefused,         ///< the camera answers and refuses without a cause
     kTimedOut,        ///< the attempt hung and was cut by the watchdog
     kCancelled,       ///< the only attempt so far was stopped from this side
     kClosedByCamera,  ///< the session was open and the camera said goodbye

@@ -1,6 +1,9 @@
 #include "device/device_add_thread.h"
 
+#include <QDeadlineTimer>
+
 #include "core/language.h"
+#include "core/wipe.h"
 #include "device/device_group.h"
 #include "device/device_manager.h"
 #include "device/logging.h"
@@ -21,6 +24,7 @@ KvTUTKDeviceTryConnectThread::~KvTUTKDeviceTryConnectThread() {
         stop();
     while (!waitForEnd(kAbortRepeatMs));
     _doFinish();
+    orvelle::wipe(m_code);
 }
 
 QString KvTUTKDeviceTryConnectThread::nameFor(const QString& code) {
@@ -51,20 +55,38 @@ KvTUTKDeviceTryConnectThread::Status KvTUTKDeviceTryConnectThread::attempt() {
     if (!manager || m_device->uid().isEmpty() || m_device->password().isEmpty())
         return kFailed;
     m_pause.emplace(*manager);
-    if (manager->contains(m_device.get(), true))
+    const std::optional<QString> known = manager->passwordOf(m_device->uid());
+    if (known == m_device->password())
         return kExists;
-    if (manager->devicesSnapshot().size() >= KvDeviceManager::kMaxDevices)
+    if (!known && manager->devicesSnapshot().size() >= KvDeviceManager::kMaxDevices)
         return kFull;
-    return connectDevice();
+    if (!proveCode())
+        return kFailed;
+    if (!known)
+        return bindDevice();
+    // The bound camera has a session of its own.
+    m_device->requestStop();
+    m_device->uninit();
+    return kChanged;
 }
 
-KvTUTKDeviceTryConnectThread::Status KvTUTKDeviceTryConnectThread::connectDevice() {
-    if (isStopped())
-        return kFailed;
-    if (m_device->init() != 0) {
-        m_failure = m_device->state();
-        return kFailed;
+bool KvTUTKDeviceTryConnectThread::proveCode() {
+    const QDeadlineTimer deadline(m_patience.totalMs);
+    while (!isStopped()) {
+        if (m_device->init() == 0)
+            return true;
+        const orvelle::DeviceState failure = m_device->state();
+        if (failure != orvelle::DeviceState::kRefusedForNow || deadline.hasExpired()) {
+            m_failure = failure;
+            return false;
+        }
+        emit waitingSignal();
+        sleepUnlessStopped(m_patience.pauseMs);
     }
+    return false;
+}
+
+KvTUTKDeviceTryConnectThread::Status KvTUTKDeviceTryConnectThread::bindDevice() {
     const QString name = nameFor(m_code);
     m_device->setName(name);
     m_entry = std::make_unique<KvDeviceGroup>(m_device.get());
@@ -89,18 +111,36 @@ void KvTUTKDeviceTryConnectThread::_doFinish() {
     m_isFinished = true;
     waitForEnd();
     KvDeviceManager* manager = KvDeviceManager::instance();
-    if (manager && m_status == kAdded) {
-        KvDevice* const device = m_device.get();
-        // Two attempts on one camera may both succeed; the second finds it listed.
-        if (manager->addDevice(std::move(m_device))) {
-            // First, since an entry may be left over from an earlier binding.
-            manager->resolveMembers();
-            manager->addGroup(std::move(m_entry));
-            emit manager->listChanged();
-        } else {
-            qCWarning(lcDevice) << "bound meanwhile:" << device->uid();
-        }
-    }
+    if (manager && m_status == kAdded)
+        addToList(*manager);
+    else if (manager && (m_status == kChanged || m_status == kExists))
+        changePassword(*manager);
     m_pause.reset();
     emit updateDeviceStatusSignal(m_status);
+}
+
+void KvTUTKDeviceTryConnectThread::addToList(KvDeviceManager& manager) {
+    KvDevice* const device = m_device.get();
+    // Two attempts on one camera may both succeed; the second finds it listed.
+    if (!manager.addDevice(std::move(m_device))) {
+        qCWarning(lcDevice) << "bound meanwhile:" << device->uid();
+        return;
+    }
+    // First, since an entry may be left over from an earlier binding.
+    manager.resolveMembers();
+    manager.addGroup(std::move(m_entry));
+    emit manager.listChanged();
+}
+
+void KvTUTKDeviceTryConnectThread::changePassword(const KvDeviceManager& manager) {
+    auto* device = qobject_cast<KvTUTKDevice*>(manager.findDevice(m_device->uid()));
+    // It may have been removed meanwhile.
+    if (!device) {
+        m_status = kFailed;
+        return;
+    }
+    // Also the same one: it is tried by the round that begins now, though it was refused before.
+    device->changePassword(m_device->password());
+    if (m_status == kChanged && !device->saveLater())
+        m_status = kNotSaved;
 }

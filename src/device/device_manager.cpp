@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/log.h"
+#include "core/safe_name.h"
 #include "device/device_closer.h"
 #include "device/tutk_device.h"
 #include "device/xml_file.h"
@@ -26,7 +27,7 @@ std::unique_ptr<KvTUTKDevice> deviceOf(const LanSearchRecord& record) {
     device->setIp(QString::fromLatin1(record.ip));
     device->setUid(QString::fromLatin1(record.uid));
     device->setPort(record.port);
-    device->setName(QString::fromUtf8(record.deviceName));
+    device->setName(orvelle::safeName(QString::fromUtf8(record.deviceName)));
     return device;
 }
 
@@ -199,6 +200,12 @@ KvDevice* KvDeviceManager::findDevice(const QString& uid) const {
         return device->uid() == uid;
     });
     return found == devices.end() ? nullptr : *found;
+}
+
+std::optional<QString> KvDeviceManager::passwordOf(const QString& uid) const {
+    const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
+    const auto* device = qobject_cast<const KvTUTKDevice*>(findDevice(uid));
+    return device ? std::make_optional(device->password()) : std::nullopt;
 }
 
 bool KvDeviceManager::addDevice(std::unique_ptr<KvDevice>&& device) {

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <vector>
 
 #include "device/device.h"
@@ -66,6 +67,9 @@ public:
     bool contains(const KvDevice* device, bool lock) const;
     /// Short. Null when there is none.
     KvDevice* findDevice(const QString& uid) const;
+
+    /// The password of a listed camera. Takes the device lock.
+    std::optional<QString> passwordOf(const QString& uid) const;
 
     /// Takes the device only when no equal one is listed; true when so.
     bool addDevice(std::unique_ptr<KvDevice>&& device);

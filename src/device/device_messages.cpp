@@ -4,6 +4,8 @@
 
 #include <algorithm>
 
+#include "core/safe_name.h"
+
 namespace orvelle {
 namespace {
 
@@ -42,12 +44,12 @@ std::optional<Number> numberAt(const QByteArray& payload, int offset) {
     return qFromLittleEndian<Number>(payload.constData() + offset);
 }
 
-// Of a field of `size` bytes: what was received of it, up to its NUL.
+// Of a field of `size` bytes: what was received of it, up to its NUL, made safe to show.
 QString textAt(const QByteArray& payload, int offset, int size) {
     const QByteArray field = payload.mid(offset, size);
-    return QString::fromUtf8(
-        field.constData(),
-        static_cast<int>(qstrnlen(field.constData(), static_cast<uint>(field.size()))));
+    const auto length =
+        static_cast<int>(qstrnlen(field.constData(), static_cast<uint>(field.size())));
+    return safeName(QString::fromUtf8(field.constData(), length));
 }
 
 }  // namespace

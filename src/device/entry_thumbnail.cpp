@@ -33,8 +33,9 @@ QImage loadQuarter(const QString& path) {
 bool save(const QImage& image, const QString& path) {
     QSaveFile file(path);
     // An error at the buffer's last flush would not reach commit().
-    return file.open(QIODevice::WriteOnly) && image.save(&file, "JPEG") && file.flush() &&
-           file.commit();
+    return file.open(QIODevice::WriteOnly) &&
+           file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
+           image.save(&file, "JPEG") && file.flush() && file.commit();
 }
 
 bool compose(const QStringList& memberPaths, const QString& path) {

@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "core/thread.h"
+#include "core/wipe.h"
 #include "device/xml_file.h"
 
 namespace orvelle {
@@ -53,8 +54,10 @@ void FileWriter::finish() {
 }
 
 void FileWriter::drop(const QString& path) {
-    const auto isOfPath = [&path](const Task& task) { return task.path == path; };
-    m_waiting.erase(std::remove_if(m_waiting.begin(), m_waiting.end(), isOfPath), m_waiting.end());
+    const auto isOfOtherPath = [&path](const Task& task) { return task.path != path; };
+    const auto dropped = std::stable_partition(m_waiting.begin(), m_waiting.end(), isOfOtherPath);
+    std::for_each(dropped, m_waiting.end(), [](Task& task) { wipe(task.bytes); });
+    m_waiting.erase(dropped, m_waiting.end());
 }
 
 void FileWriter::run() {
@@ -62,6 +65,7 @@ void FileWriter::run() {
     while (takeTask(task)) {
         if (!writePrivateFile(task.path, task.bytes))
             m_failed();
+        wipe(task.bytes);
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_writing.clear();

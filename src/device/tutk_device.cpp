@@ -7,6 +7,7 @@
 
 #include "core/thread.h"
 #include "core/timer.h"
+#include "core/wipe.h"
 #include "device/device_input_factory.h"
 #include "link/device_code.h"
 #include "link/limits.h"
@@ -31,6 +32,7 @@ KvTUTKDevice::KvTUTKDevice(const QString& deviceCode) {
             m_uid = QString::fromLatin1(uidText.data(), size);
         m_password = QString::fromUtf8(passwordText.data());
     }
+    orvelle::wipe(passwordText.data(), passwordText.size());
     qDebug() << "uid = " << m_uid << ", password = " << (m_password.isEmpty() ? "" : "***");
 }
 
@@ -38,18 +40,19 @@ KvTUTKDevice::KvTUTKDevice(const KvTUTKDevice& other)
     : m_name(other.m_name),
       m_ip(other.m_ip),
       m_uid(other.m_uid),
-      m_password(other.m_password),
       m_port(other.m_port),
       m_volume(other.m_volume),
       m_ownsSession(false),
       m_mode(other.mode()),
       m_sid(other.sid()),
       m_avIndex(other.avIndex()),
-      m_channel(other.channel()) {}
+      m_channel(other.channel()),
+      m_password(other.password()) {}
 
 KvTUTKDevice::~KvTUTKDevice() {
     requestStop();
     uninit();
+    orvelle::wipe(m_password);
 }
 
 bool KvTUTKDevice::isValidUid(const char* text, int size) {
@@ -77,7 +80,26 @@ KvBasePlayerInput* KvTUTKDevice::createInput() {
 
 bool KvTUTKDevice::isFailure(State state) {
     return state == State::kUnreachable || state == State::kWrongPassword ||
-           state == State::kRefused || state == State::kTimedOut;
+           state == State::kWrongVersion || state == State::kFull ||
+           state == State::kRefusedForNow || state == State::kRefused || state == State::kTimedOut;
+}
+
+QString KvTUTKDevice::password() const {
+    const std::lock_guard<std::mutex> lock(m_passwordMutex);
+    return m_password;
+}
+
+void KvTUTKDevice::setPassword(const QString& password) {
+    const std::lock_guard<std::mutex> lock(m_passwordMutex);
+    orvelle::wipe(m_password);
+    m_password = password;
+}
+
+void KvTUTKDevice::changePassword(const QString& password) {
+    setPassword(password);
+    holdBackNoMore();
+    State refused = State::kWrongPassword;
+    m_state.compare_exchange_strong(refused, State::kNeverTried);
 }
 
 orvelle::DeviceState KvTUTKDevice::state() const {

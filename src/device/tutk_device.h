@@ -3,6 +3,7 @@
 #include <QString>
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
@@ -20,9 +21,9 @@ class KvTimer;
 
 /// A camera reached over the link: its record, its file, its session and command channel.
 ///
-/// The record (name, uid, password, ...) is filled before the device is shared; afterwards
-/// uid and password stay as they are and name, ip, port and volume belong to the interface
-/// thread. The session part may be used from any thread.
+/// The record (name, uid, password, ...) is filled before the device is shared; afterwards the uid
+/// stays as it is, the password changes by changePassword() and name, ip, port and volume belong to
+/// the interface thread. The session part may be used from any thread.
 class KvTUTKDevice : public KvDevice {
     Q_OBJECT
 public:
@@ -32,6 +33,12 @@ public:
     struct Timing {
         int watchdogMs = 20000;   ///< an attempt that takes longer is aborted
         int keepAliveMs = 30000;  ///< from one keep-alive to the next
+        /// How long a refused password is not tried again by ensureConnected(): at first, doubled
+        /// each time, and at most. A camera counts the wrong ones of an address and makes all who
+        /// share it wait; but a stranger who answers in its place looks the same, and must not keep
+        /// the client away for long.
+        int refusedMs = 5000;
+        int maxRefusedMs = 30'000;
     };
 
     KvTUTKDevice();
@@ -44,6 +51,8 @@ public:
 
     /// Whether every character is an ASCII letter or digit; true for an empty text.
     static bool isValidUid(const char* text, int size);
+    /// What a failed attempt with that result says about the camera.
+    static State stateOfFailure(int result);
     /// Whether a UID can name a camera and its files: valid, not empty and not too long.
     static bool isUsableUid(const QString& uid);
     /// The usable devices of a directory, in order of their file names.
@@ -75,7 +84,7 @@ public:
     int deviceId() const { return m_deviceId; }
     QString name() const { return m_name; }
     QString ip() const { return m_ip; }
-    QString password() const { return m_password; }
+    QString password() const;  ///< any thread
     int port() const { return m_port; }
     int mode() const { return m_mode; }  ///< the camera's device type code, -1 when unknown
     double volume() const { return m_volume; }
@@ -83,7 +92,10 @@ public:
     int avIndex() const { return m_avIndex; }
     uint8_t channel() const { return m_channel; }
     void setIp(const QString& ip) { m_ip = ip; }
-    void setPassword(const QString& password) { m_password = password; }
+    void setPassword(const QString& password);
+    /// Takes a password that has proved right. An open session goes on; the next attempt, which
+    /// nothing holds back, uses it. Not saved by this. Any thread.
+    void changePassword(const QString& password);
     void setPort(int port) { m_port = port; }
     void setMode(int mode) { m_mode = mode; }
     void setVolume(double volume) { m_volume = volume; }
@@ -133,7 +145,9 @@ private:
     void receive(KvTUTKResponse response);
     void rememberMode(const KvTUTKResponse& response);
     void noteFailure(int result);
-    static State stateOfFailure(int result);
+    void holdBack(bool isAnotherRefusal);
+    bool isHeldBack() const;
+    void holdBackNoMore();
     static bool isFailure(State state);
     void readField(const QString& tag, const QString& text);
 
@@ -142,7 +156,6 @@ private:
     QString m_name;
     QString m_ip;
     QString m_uid;
-    QString m_password;
     int m_port = 0;
     double m_volume = 1.0;
     Timing m_timing;
@@ -158,6 +171,11 @@ private:
     std::atomic<bool> m_recvRunning{false};
     std::atomic<State> m_state{State::kNeverTried};
     std::atomic<int> m_lastResult{0};
+
+    mutable std::mutex m_passwordMutex;  ///< guards the next three
+    QString m_password;
+    int m_refusals = 0;  ///< of this password, one after the other
+    std::chrono::steady_clock::time_point m_heldBackUntil;
 
     std::mutex m_callbackMutex;  ///< guards m_sessionLost
     std::function<void()> m_sessionLost;

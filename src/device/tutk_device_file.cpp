@@ -6,6 +6,7 @@
 
 #include "core/configure.h"
 #include "core/file_utils.h"
+#include "core/wipe.h"
 #include "device/device_ids.h"
 #include "device/device_manager.h"
 #include "device/logging.h"
@@ -76,7 +77,9 @@ bool KvTUTKDevice::removeFile() {
 
 bool KvTUTKDevice::writeToFile(const QString& path) const {
     qDebug().noquote() << "KvTUTKDevice writeToFile" << path;
-    return orvelle::writePrivateFile(path, toXml());
+    QByteArray bytes = toXml();
+    const orvelle::WipedAtEnd<QByteArray> wiped(bytes);
+    return orvelle::writePrivateFile(path, bytes);
 }
 
 QByteArray KvTUTKDevice::toXml() const {
@@ -86,7 +89,7 @@ QByteArray KvTUTKDevice::toXml() const {
         orvelle::writeXmlText(writer, QStringLiteral("name"), m_name);
         orvelle::writeXmlText(writer, QStringLiteral("ip"), m_ip);
         orvelle::writeXmlText(writer, QStringLiteral("uid"), m_uid);
-        orvelle::writeXmlText(writer, QStringLiteral("password"), m_password);
+        orvelle::writeXmlText(writer, QStringLiteral("password"), password());
         orvelle::writeXmlNumber(writer, QStringLiteral("port"), m_port);
         orvelle::writeXmlNumber(writer, QStringLiteral("mode"), m_mode);
         orvelle::writeXmlText(writer, QStringLiteral("volume"), QStringLiteral("%1").arg(m_volume));
@@ -112,7 +115,7 @@ void KvTUTKDevice::readField(const QString& tag, const QString& text) {
     else if (tag == QLatin1String("uid"))
         m_uid = text;
     else if (tag == QLatin1String("password"))
-        m_password = text;
+        setPassword(text);
     else if (tag == QLatin1String("port"))
         m_port = text.toInt();
     else if (tag == QLatin1String("mode"))

@@ -1,12 +1,15 @@
 #include "core/log.h"
 #include "core/thread.h"
 #include "core/timer.h"
+#include "core/wipe.h"
 #include "device/logging.h"
 #include "device/tutk_device.h"
 #include "link/av.h"
 #include "link/iotc.h"
 #include "link/limits.h"
 #include "link/result_codes.h"
+
+#include <algorithm>
 
 using orvelle::kLogInfo;
 using orvelle::log;
@@ -45,7 +48,7 @@ int KvTUTKDevice::ensureConnected() {
         log("%s device inited\n", kLogInfo, qUtf8Printable(m_uid));
         return -1;
     }
-    return openAttempt();
+    return isHeldBack() ? -1 : openAttempt();
 }
 
 int KvTUTKDevice::init() {
@@ -92,6 +95,7 @@ int KvTUTKDevice::openAttempt() {
         m_connecting = false;
         return -1;
     }
+    holdBackNoMore();
     startLoops();
     log("%s init thread wait for join\n", kLogInfo, qUtf8Printable(m_uid));
     m_connecting = false;
@@ -123,7 +127,9 @@ int KvTUTKDevice::login(int sid) {
     log("init tutk avClientStart2(%d)\n", kLogInfo, sid);
     uint32_t serviceType = 0;
     int resend = 0;
-    const int avIndex = avClientStart2(sid, orvelle::kLinkAccount, m_password.toUtf8().constData(),
+    QByteArray password = this->password().toUtf8();
+    const orvelle::WipedAtEnd<QByteArray> wiped(password);
+    const int avIndex = avClientStart2(sid, orvelle::kLinkAccount, password.constData(),
                                        kLoginTimeoutSec, &serviceType, m_channel, &resend);
     log("init tutk avClientStart2(%d) = %d\n", kLogInfo, sid, avIndex);
     if (avIndex >= 0)
@@ -188,11 +194,37 @@ void KvTUTKDevice::noteFailure(int result) {
             m_state = State::kCancelled;
         return;
     }
-    const State state = abort == Abort::kTimedOut ? State::kTimedOut : stateOfFailure(result);
+    State state = abort == Abort::kTimedOut ? State::kTimedOut : stateOfFailure(result);
+    // Of this camera that is because of the password, and a new one is what helps.
+    if (state == State::kRefusedForNow && m_state == State::kWrongPassword)
+        state = State::kWrongPassword;
+    if (state == State::kWrongPassword)
+        holdBack(result == AV_ER_WRONG_VIEWACCorPWD);
+    else
+        holdBackNoMore();
     // A camera that stays off is tried every few seconds: one line for each new reason.
     if (m_state.exchange(state) != state)
         qCInfo(lcDevice) << m_uid << "cannot be reached:" << orvelle::linkResultText(result);
     m_lastResult = result;
+}
+
+void KvTUTKDevice::holdBack(bool isAnotherRefusal) {
+    constexpr int kMaxDoublings = 16;
+    const std::lock_guard<std::mutex> lock(m_passwordMutex);
+    m_refusals = std::clamp(m_refusals + (isAnotherRefusal ? 1 : 0), 1, kMaxDoublings);
+    const int64_t pauseMs =
+        std::min<int64_t>(int64_t{m_timing.refusedMs} << (m_refusals - 1), m_timing.maxRefusedMs);
+    m_heldBackUntil = std::chrono::steady_clock::now() + std::chrono::milliseconds(pauseMs);
+}
+
+bool KvTUTKDevice::isHeldBack() const {
+    const std::lock_guard<std::mutex> lock(m_passwordMutex);
+    return m_refusals > 0 && std::chrono::steady_clock::now() < m_heldBackUntil;
+}
+
+void KvTUTKDevice::holdBackNoMore() {
+    const std::lock_guard<std::mutex> lock(m_passwordMutex);
+    m_refusals = 0;
 }
 
 orvelle::DeviceState KvTUTKDevice::stateOfFailure(int result) {
@@ -200,8 +232,12 @@ orvelle::DeviceState KvTUTKDevice::stateOfFailure(int result) {
         case AV_ER_WRONG_VIEWACCorPWD:
             return State::kWrongPassword;
         case AV_ER_NO_PERMISSION:
-        case LINK_ER_REFUSED:
+            return State::kFull;
         case LINK_ER_VERSION:
+            return State::kWrongVersion;
+        case LINK_ER_TOO_MANY_ATTEMPTS:
+            return State::kRefusedForNow;
+        case LINK_ER_REFUSED:
             return State::kRefused;
         default:
             return State::kUnreachable;

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "core/wipe.h"
 #include "device/logging.h"
 
 namespace orvelle {
@@ -41,7 +42,8 @@ QString readInto(const QString& path, const QString& documentName, QDomDocument&
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         return file.errorString();
-    const QByteArray bytes = file.read(kMaxFileBytes + 1);
+    QByteArray bytes = file.read(kMaxFileBytes + 1);
+    const WipedAtEnd<QByteArray> wiped(bytes);
     if (bytes.size() > kMaxFileBytes)
         return QStringLiteral("larger than %1 bytes").arg(kMaxFileBytes);
     const QString refusal = refusalOf(bytes);

@@ -1,8 +1,13 @@
 #include <QDir>
 
+#include <algorithm>
+
 #include "core/configure.h"
 #include "core/file_utils.h"
 #include "core/language.h"
+#include "core/log.h"
+#include "core/safe_name.h"
+#include "core/wipe.h"
 #include "support/suites.h"
 
 namespace {
@@ -63,6 +68,75 @@ private slots:
         QVERIFY(!KvFileUtils::exists(KvFileUtils::videoPath(uid)));
         QVERIFY(KvFileUtils::resetMediaRoot() && !KvFileUtils::resetMediaRoot());
         QVERIFY(KvFileUtils::exists(KvFileUtils::videoPath(uid)));
+    }
+
+    void ownFiles_areClosedToOthers_andTheUsersAreNot() {
+        const auto rights = [](const QString& path) {
+            return QFileInfo(path).permissions() & 0x77;
+        };
+        const QFile::Permissions none;
+        const QString log = KvFileUtils::dataRoot() + QStringLiteral("/log");
+        KvConfigure().setInt(m_key, 1);
+        QVERIFY(orvelle::openLogFile(log));
+        for (const QString& path :
+             {KvFileUtils::dataRoot(), KvFileUtils::cachePath(m_key), KvFileUtils::configurePath(),
+              KvFileUtils::devicesPath(m_key), KvFileUtils::updatePath(), settings(), log})
+            QVERIFY2(rights(path) == none, qPrintable(path));
+        QVERIFY(rights(KvFileUtils::videoPath(QStringLiteral("U1"))) != none);
+
+        const QString elsewhere = KvFileUtils::mediaRoot() + QStringLiteral("/elsewhere");
+        const QString thumbnail = KvFileUtils::cachePath(m_key) + QStringLiteral("/thumb.jpg");
+        write(elsewhere, "picture");
+        write(thumbnail, "picture");
+        QVERIFY(QFile::link(elsewhere, KvFileUtils::cachePath() + QStringLiteral("/link")));
+        const QStringList opened{KvFileUtils::dataRoot(),
+                                 KvFileUtils::cachePath(m_key),
+                                 settings(),
+                                 log,
+                                 thumbnail,
+                                 elsewhere};
+        for (const QString& path : opened)
+            QFile::setPermissions(path,
+                                  QFile::Permissions(QFileInfo(path).isDir() ? 0x7755 : 0x6644));
+        KvConfigure().setInt(m_key, 2);
+        KvFileUtils::closeToOthers();
+        QVERIFY(orvelle::openLogFile(log));
+        orvelle::closeLogFile();
+        for (const QString& path : opened)
+            QVERIFY2((rights(path) == none) == (path != elsewhere), qPrintable(path));
+    }
+
+    void nameOfTheNetwork_isMadeSafeToShow() {
+        const std::tuple<const char16_t*, const char16_t*> cases[] = {
+            {u"Gate 2 \u524d\u95e8 \u00dc", u"Gate 2 \u524d\u95e8 \u00dc"},
+            {u" \t two\r\n  lines\u2028 \u2029", u"two lines"},
+            {u"a\u0007\u001b[31mb\u007f\u0085", u"a[31mb"},
+            {u"\u202egpj.exe\u202c \u2067x\u2069\u200f\u061c", u"gpj.exe x"},
+            {u"\u200b\ufeff\u00ad", u""},
+            {u"\xd83d\xdcf7 lone \xd83d", u"\xd83d\xdcf7 lone \ufffd"},
+            {u"\ue000\uffff\ufffe\u0378", u""},
+            {u"<b>&amp;</b>", u"<b>&amp;</b>"},
+        };
+        for (const auto& [given, shown] : cases)
+            QCOMPARE(orvelle::safeName(QString::fromUtf16(given)), QString::fromUtf16(shown));
+        QCOMPARE(orvelle::safeName(QStringLiteral("abcd efgh"), 5), QStringLiteral("abcd"));
+        QCOMPARE(orvelle::safeName(QString(100000, QLatin1Char('x'))).size(), 64);
+    }
+
+    void wiped_leavesNothing_butWhatOthersHold() {
+        std::string text(100, 'x');
+        const char* const memory = text.data();
+        { const orvelle::WipedAtEnd<std::string> wiped(text); }
+        QVERIFY(text.empty() && text.data() == memory);
+        QVERIFY(std::all_of(memory, memory + 100, [](char byte) { return byte == 0; }));
+        QString shared = QStringLiteral("secret").repeated(2);
+        const QString kept = shared;
+        orvelle::wipe(shared);
+        QVERIFY(shared.isEmpty());
+        QCOMPARE(kept, QStringLiteral("secretsecret"));
+        QByteArray bytes("secret");
+        orvelle::wipe(bytes);
+        QVERIFY(bytes.isEmpty());
     }
 
     void language_readsTheEntries_data() {

@@ -61,10 +61,76 @@ private slots:
             QVERIFY(m_manager->findDevice(kUid)->isOnline());
             QCOMPARE(m_manager->groups().first()->name(), Adder::nameFor(codeOf()));
             QVERIFY(m_files.read("BINDCAM1").contains("<deviceId>1<"));
-            Adder again(codeOf("other"));
+            Adder again(codeOf());
             QCOMPARE(outcomeOf(again), int(Adder::kExists));
-            QCOMPARE(camera.clients(), 1);
+            // A wrong code costs the camera that is bound nothing.
+            Adder other(codeOf("other"));
+            QCOMPARE(outcomeOf(other), int(Adder::kFailed));
+            QCOMPARE(other.failure(), DeviceState::kWrongPassword);
+            QVERIFY(m_manager->findDevice(kUid)->isOnline());
+            QTRY_COMPARE(camera.clients(), 1);
         }
+    }
+
+    void changedPassword_isReplaced_onceItProvedRight() {
+        auto camera = std::make_unique<TestCamera>(kUid);
+        QVERIFY(camera->start());
+        Adder first(codeOf());
+        QCOMPARE(outcomeOf(first), int(Adder::kAdded));
+        auto* device = qobject_cast<KvTUTKDevice*>(m_manager->findDevice(kUid));
+        device->setName(QStringLiteral("Gate"));
+        auto pair = std::make_unique<KvDeviceGroup>(device);
+        pair->setType(KvDeviceGroup::kGroup);
+        pair->setName(QStringLiteral("pair"));
+        QVERIFY(m_manager->addGroup(std::move(pair)));
+        const QList<KvDeviceGroup*> entries = m_manager->groups();
+
+        camera = std::make_unique<TestCamera>(kUid, "changed");
+        QVERIFY(camera->start());
+        QTRY_COMPARE(device->state(), DeviceState::kWrongPassword);
+        const std::tuple<const char*, int, DeviceState, const char*> attempts[] = {
+            {"guessed", Adder::kFailed, DeviceState::kWrongPassword, "<password>right<"},
+            {"right", Adder::kExists, DeviceState::kNeverTried, "<password>right<"},
+            {"changed", Adder::kChanged, DeviceState::kNeverTried, "<password>changed<"},
+        };
+        for (const auto& [password, status, failure, stored] : attempts) {
+            Adder adder(codeOf(password));
+            QCOMPARE(outcomeOf(adder), status);
+            QCOMPARE(adder.failure(), failure);
+            m_manager->finishWrites();
+            QVERIFY2(m_files.read("BINDCAM1").contains(stored), password);
+        }
+        QTRY_VERIFY(device->isOnline());
+        QVERIFY(m_manager->findDevice(kUid) == device && m_manager->groups() == entries);
+        QCOMPARE(device->name(), QStringLiteral("Gate"));
+        QVERIFY(m_files.read("BINDCAM1").contains("<name>Gate<"));
+        QTRY_COMPARE(camera->clients(), 1);
+
+        // With a session that is open, the new password waits for the next one.
+        const int sid = device->sid();
+        device->changePassword(QStringLiteral("next"));
+        QVERIFY(device->isOnline() && device->sid() == sid);
+    }
+
+    void codes_areTriedOnceTheCameraListensAgain_afterTooManyWrongOnes() {
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        // The seventh makes the camera deaf for four seconds; each but the first five waits, too.
+        for (int i = 0; i < 7; ++i) {
+            Adder guess(codeOf("wrong"));
+            guess.setPatience({50, 20000});
+            QCOMPARE(outcomeOf(guess), int(Adder::kFailed));
+            QCOMPARE(guess.failure(), DeviceState::kWrongPassword);
+        }
+        Adder impatient(codeOf());
+        impatient.setPatience({1, 0});
+        QCOMPARE(outcomeOf(impatient), int(Adder::kFailed));
+        QCOMPARE(impatient.failure(), DeviceState::kRefusedForNow);
+        Adder adder(codeOf());
+        adder.setPatience({50, 20000});
+        const QSignalSpy waiting(&adder, &Adder::waitingSignal);
+        QCOMPARE(outcomeOf(adder), int(Adder::kAdded));
+        QVERIFY(!waiting.isEmpty());
     }
 
     void camera_isNotBound_whenItCannotBeSaved() {

@@ -53,6 +53,20 @@ private slots:
         QCOMPARE(SMsgAVIoctrlGetWifiResp_vbk::decode(whole).mac.size(), 6);
     }
 
+    void names_areMadeSafeToShow() {
+        const QByteArray name(
+            "\xE2\x80\xAE"
+            "a\x1B[1m\r\n b");
+        QByteArray wifi(100, '\0');
+        wifi.replace(0, name.size(), name);
+        wifi.replace(68, name.size(), name);
+        wifi.replace(84, name.size(), name);
+        const auto network = SMsgAVIoctrlGetWifiResp_vbk::decode(wifi);
+        for (const QString& shown : {SMsgAVIoctrlDeviceInfoResp::decode(wifi).model, network.ssid,
+                                     network.ip, network.mac})
+            QCOMPARE(shown, QStringLiteral("a[1m b"));
+    }
+
     void eventList_believesNoCount() {
         using Reply = SMsgAVIoctrlListEventResp_VBK;
         const QByteArray reply =

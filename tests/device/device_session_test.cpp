@@ -90,6 +90,41 @@ private slots:
         }
     }
 
+    void everyRefusal_hasAStateOfItsOwn() {
+        const std::pair<int, DeviceState> cases[] = {
+            {AV_ER_WRONG_VIEWACCorPWD, DeviceState::kWrongPassword},
+            {LINK_ER_VERSION, DeviceState::kWrongVersion},
+            {AV_ER_NO_PERMISSION, DeviceState::kFull},
+            {LINK_ER_TOO_MANY_ATTEMPTS, DeviceState::kRefusedForNow},
+            {LINK_ER_REFUSED, DeviceState::kRefused},
+            {LINK_ER_NOT_FOUND, DeviceState::kUnreachable},
+            {AV_ER_TIMEOUT, DeviceState::kUnreachable},
+        };
+        for (const auto& [result, state] : cases)
+            QCOMPARE(KvTUTKDevice::stateOfFailure(result), state);
+    }
+
+    void refusedPassword_isNotTriedAtEveryTurn() {
+        for (const bool isPatient : {true, false}) {
+            TestCamera camera(kUid);
+            QVERIFY(camera.start());
+            const auto device = deviceFor(kUid, "wrong");
+            device->setTiming({20000, 30000, isPatient ? 3600 * 1000 : 1, 3600 * 1000});
+            QCOMPARE(device->ensureConnected(), -1);
+            QCOMPARE(device->state(), DeviceState::kWrongPassword);
+            camera.stop();
+            QThread::msleep(2);
+            QCOMPARE(device->ensureConnected(), -1);
+            QCOMPARE(device->state(),
+                     isPatient ? DeviceState::kWrongPassword : DeviceState::kUnreachable);
+            QVERIFY(camera.start());
+            device->changePassword(QLatin1String(TestCamera::kPassword));
+            QCOMPARE(device->state(),
+                     isPatient ? DeviceState::kNeverTried : DeviceState::kUnreachable);
+            QCOMPARE(device->ensureConnected(), 0);
+        }
+    }
+
     void commands_arriveInOrder_andListenersHearTheReplies() {
         TestCamera camera(kUid);
         QVERIFY(camera.start());

@@ -43,7 +43,7 @@ bool CameraProcess::start() {
             !m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
             break;
         while (m_process.canReadLine())
-            ready += m_process.readLine().startsWith("Device code:") ? 1 : 0;
+            ready += m_process.readLine().startsWith("Port:") ? 1 : 0;
     }
     return ready == camerasWanted(m_arguments);
 }

@@ -19,10 +19,10 @@ class TestCamera : public LinkServerListener {
 public:
     static constexpr char kPassword[] = "right";
 
-    explicit TestCamera(const QString& uid) {
+    explicit TestCamera(const QString& uid, const char* password = kPassword) {
         m_config.uid = uid.toStdString();
-        m_config.password = kPassword;
-        m_config.deviceName = "Test camera";
+        m_config.password = password;
+        m_config.deviceName = "Test\n camera\xE2\x80\xAE";
     }
     ~TestCamera() override { stop(); }
 

@@ -11,6 +11,7 @@
 #include "ui/list/cameras_view_ui.h"
 #include "ui/list/device_group_pop_menu.h"
 #include "ui/list/device_search_view.h"
+#include "ui/list/device_state_text.h"
 #include "ui/list/list_view.h"
 #include "ui/list/mode_menu.h"
 #include "ui/list/tutk_group_view.h"
@@ -152,8 +153,20 @@ private slots:
 
     void states_areFollowed() {
         m_view->show();
-        m_devices[1]->setState(DeviceState::kWrongPassword);
-        QTRY_COMPARE(item(2)->accessibleName(), QStringLiteral("Garage, Wrong password"));
+        const std::pair<DeviceState, const char*> refusals[] = {
+            {DeviceState::kWrongPassword, "Garage, Wrong password"},
+            {DeviceState::kWrongVersion, "Garage, Incompatible version"},
+            {DeviceState::kFull, "Garage, Too many viewers"},
+            {DeviceState::kRefusedForNow, "Garage, Refused for now"},
+            {DeviceState::kRefused, "Garage, Connection refused"},
+        };
+        for (const auto& [state, name] : refusals) {
+            m_devices[1]->setState(state);
+            QTRY_COMPARE(item(2)->accessibleName(), QLatin1String(name));
+            const bool isPassword = state == DeviceState::kWrongPassword;
+            QCOMPARE(orvelle::needsNewCode(*m_entries[2]), isPassword);
+            QVERIFY(!orvelle::needsNewCode(*m_entries[1]));
+        }
         QCOMPARE(item(1)->accessibleName(), QStringLiteral("Doors, 1/2"));
         m_devices[1]->setState(DeviceState::kTimedOut);
         QTRY_COMPARE(item(2)->accessibleName(), QStringLiteral("Garage, Unreachable"));

@@ -150,6 +150,25 @@ private slots:
         QVERIFY(!dialog.isVisible());
     }
 
+    void input_staysWithTheReason_whenTheTextWillNotDo() {
+        KvInputDialog dialog(QString(), QString(), nullptr);
+        dialog.setCheck([](const QString& text) {
+            return text == QLatin1String("good") ? QString()
+                                                 : QStringLiteral("<b>why</b>").repeated(20);
+        });
+        dialog.show();
+        const int height = dialog.height();
+        auto* edit = dialog.findChild<QLineEdit*>();
+        const auto warning = [&] { return edit->accessibleDescription(); };
+        dialog.setText(QStringLiteral("bad"));
+        button(dialog, "ok")->click();
+        QVERIFY(dialog.isVisible() && dialog.height() > height && !warning().isEmpty());
+        dialog.setText(QStringLiteral("good"));
+        QVERIFY(dialog.height() == height && warning().isEmpty());
+        button(dialog, "ok")->click();
+        QCOMPARE(dialog.result(), int(QDialog::Accepted));
+    }
+
     void directory_opensTheFoldersOfFiles_orStaysAndSaysSo() {
         const QTemporaryDir home;
         const QString folder = home.filePath(QStringLiteral("a folder = 50%"));

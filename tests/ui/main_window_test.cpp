@@ -1,6 +1,7 @@
 #include "ui/main/main_window.h"
 
 #include <QDir>
+#include <QLineEdit>
 #include <QPushButton>
 #include <QSet>
 
@@ -8,10 +9,12 @@
 #include "core/file_utils.h"
 #include "device/device_manager.h"
 #include "fake_device.h"
+#include "link/device_code.h"
 #include "support/suites.h"
 #include "ui/dialogs/confirm_dialog.h"
 #include "ui/dialogs/device_table_model.h"
 #include "ui/dialogs/device_table_view.h"
+#include "ui/dialogs/input_dialog.h"
 #include "ui/list/cameras_view.h"
 #include "ui/list/device_search_view.h"
 #include "ui/list/list_view.h"
@@ -21,6 +24,7 @@
 #include "ui/main/restart_hook.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/preview/devices_preview.h"
+#include "ui/widgets/text.h"
 #include "ui/widgets/toast_view.h"
 
 using orvelle::test::entryOf;
@@ -77,6 +81,28 @@ private slots:
         emit m_manager->listChanged();
         QCoreApplication::processEvents();
         QVERIFY(!ui->isPreviewShown() && !ui->areCamerasShown());
+    }
+
+    void newCode_isRefusedForAnotherCamera_withTheReason() {
+        addEntry();
+        MainWindow window;
+        window.show();
+        const auto* ui = window.findChild<MainWindowUI*>();
+        QStringList reasons;
+        QTimer::singleShot(0, &window, [&] {
+            auto* dialog = window.findChild<KvInputDialog*>();
+            for (const std::string& code :
+                 {orvelle::encodeDeviceCode("OTHERCAM", "a password"), std::string("no code")}) {
+                dialog->setText(QString::fromStdString(code));
+                QTest::keyClick(dialog->findChild<QLineEdit*>(), Qt::Key_Return);
+                reasons += dialog->findChild<QLineEdit*>()->accessibleDescription();
+            }
+            dialog->reject();
+        });
+        emit ui->preview()->enterCode(m_manager->devicesSnapshot().first());
+        QCOMPARE(reasons, QStringList({orvelle::text("this_code_is_of_another_camera"),
+                                       orvelle::text("device_code_error_please_bind_the_device_on_"
+                                                     "mobile_phone_first")}));
     }
 
     void language_isStoredAndRestarts() {

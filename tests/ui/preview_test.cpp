@@ -1,4 +1,5 @@
 #include <QDialog>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QtTest>
 
@@ -87,6 +88,27 @@ class PreviewTest : public QObject {
     Q_OBJECT
 
 private slots:
+    void newCode_isOfferedByTheTile_whoseCameraRefusesThePassword() {
+        Grid grid(2);
+        KvDevicePlayerView* tile = grid.ui->tiles()[1];
+        const auto* button = tile->findChild<KvDevicePlayerViewUI*>()->codeButton();
+        for (const auto state : {FakeDevice::State::kUnreachable, FakeDevice::State::kRefusedForNow,
+                                 FakeDevice::State::kFull, FakeDevice::State::kWrongPassword,
+                                 FakeDevice::State::kOnline}) {
+            grid.owned[1]->setState(state);
+            tile->setDevice(grid.devices[1]);
+            QCOMPARE(button->isVisible(), state == FakeDevice::State::kWrongPassword);
+            if (!button->isVisible())
+                continue;
+            KvDevice* asked = nullptr;
+            const auto connection = connect(&grid.preview, &KvDevicesPreview::enterCode,
+                                            [&asked](KvDevice* device) { asked = device; });
+            QTest::mouseClick(const_cast<QPushButton*>(button), Qt::LeftButton);
+            disconnect(connection);
+            QCOMPARE(asked, grid.devices[1]);
+        }
+    }
+
     void tilePlaces_followTheArrangement_data() {
         QTest::addColumn<int>("layout");
         QTest::addColumn<int>("tile");

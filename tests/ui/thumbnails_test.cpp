@@ -92,6 +92,7 @@ private slots:
         QImage image = load(group);
         QVERIFY(isLike(image.pixelColor(20, 20), kRed));
         QVERIFY(isLike(image.pixelColor(120, 20), Qt::black));
+        QVERIFY(!(QFile::permissions(group.path) & QFile::Permissions(0x77)));
         write("b", picture({640, 360}, kBlue));
         touch(members[1], 5);
         image = load(group);

@@ -31,14 +31,19 @@ QPixmap turningPicture() {
 }  // namespace
 
 BusyDialog::BusyDialog(const QString& text, QWidget* parent)
-    : KvDialog(parent), m_animation(new KvAnimationView(this)), m_label(new QLabel(text, this)) {
+    : KvDialog(parent), m_animation(new KvAnimationView(this)), m_label(new QLabel(this)) {
     setMinimumSize(kSize);
     resize(kSize);
-    setAccessibleName(text);
     m_animation->setPixmap(turningPicture());
     m_label->setAlignment(Qt::AlignCenter);
     m_label->setStyleSheet(QStringLiteral("QLabel{color:%1;}").arg(QLatin1String(palette::kText)));
     KvWidgetUtils::setFont(m_label, kLabelPixels);
+    setText(text);
+}
+
+void BusyDialog::setText(const QString& text) {
+    m_label->setText(text);
+    setAccessibleName(text);
 }
 
 void BusyDialog::done(int result) {

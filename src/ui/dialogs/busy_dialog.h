@@ -19,6 +19,7 @@ public:
 protected:
     BusyDialog(const QString& text, QWidget* parent);
 
+    void setText(const QString& text);
     void resizeEvent(QResizeEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;

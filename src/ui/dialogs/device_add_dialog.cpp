@@ -8,6 +8,7 @@
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
+using orvelle::textKey;
 using Thread = KvTUTKDeviceTryConnectThread;
 
 namespace {
@@ -37,7 +38,12 @@ KvTUTKDeviceAddDialog::~KvTUTKDeviceAddDialog() {
 void KvTUTKDeviceAddDialog::start(const QString& code) {
     KvDeviceManager::abandonWorker(std::move(m_thread), this);
     m_status = kNotFinished;
+    const KvDeviceManager* manager = KvDeviceManager::instance();
+    const bool isKnown = manager && manager->findDevice(KvTUTKDevice(code).uid());
+    setText(orvelle::text(isKnown ? textKey("checking_the_new_code") : textKey("adding_camera")));
     m_thread = std::make_unique<Thread>(code);
+    connect(m_thread.get(), &Thread::waitingSignal, this,
+            [this] { setText(orvelle::text("the_camera_makes_us_wait")); });
     connect(m_thread.get(), &Thread::updateDeviceStatusSignal, this,
             &KvTUTKDeviceAddDialog::updateDeviceStatusSignal);
     m_thread->start(QThread::InheritPriority);
@@ -53,6 +59,9 @@ void KvTUTKDeviceAddDialog::_doUpdateDeviceStatus(int status) {
             break;
         case Thread::kFull:
             m_status = kFull;
+            break;
+        case Thread::kChanged:
+            m_status = kChanged;
             break;
         case Thread::kNotSaved:
             m_status = kNotSaved;

@@ -8,8 +8,9 @@
 class KvTUTKDeviceTryConnectThread;
 class QPushButton;
 
-/// Waits while a camera is bound by its code; exec() gives 1 with an outcome and 0 when the user
-/// cancelled. Cancelling returns at once: the manager's reaper ends the attempt. Interface thread.
+/// Waits while a camera is bound by its code, or is given the new password that the code holds;
+/// exec() gives 1 with an outcome and 0 when the user cancelled. Cancelling returns at once: the
+/// manager's reaper ends the attempt. Interface thread.
 class KvTUTKDeviceAddDialog : public orvelle::BusyDialog {
     Q_OBJECT
 
@@ -21,7 +22,8 @@ public:
         kAdded = 0,
         kCancelled = 1,
         kExists = 2,
-        kFull = 3,  ///< no further camera can be bound
+        kFull = 3,     ///< no further camera can be bound
+        kChanged = 4,  ///< bound before, with another password: the new one is stored
     };
 
     explicit KvTUTKDeviceAddDialog(QWidget* parent = nullptr);

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <functional>
+
 #include "ui/dialogs/message_dialog.h"
 
+class QLabel;
 class QLineEdit;
 
 /// Asks for a line of text: OK gives 1 with the text; cancel, close and Esc give 0.
@@ -16,6 +19,9 @@ public:
     void setMaxLength(int maximum);
     /// OK waits for a text that is more than blanks.
     void setTextRequired(bool required);
+    /// OK gives the text to `check` and goes on when that has nothing to say; else the dialog stays
+    /// and shows the reason.
+    void setCheck(std::function<QString(const QString& text)> check) { m_check = std::move(check); }
     void setText(const QString& text);
     QString text() const;
 
@@ -30,8 +36,12 @@ private slots:
 
 private:
     void updateOkButton();
+    void showWarning(const QString& warning);
 
-    QLineEdit* m_edit;  ///< child
+    QWidget* m_body;  ///< children
+    QLineEdit* m_edit;
+    QLabel* m_warning;
+    std::function<QString(const QString& text)> m_check;
     int m_maxLength = -1;
     bool m_textRequired = false;
 };

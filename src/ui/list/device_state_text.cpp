@@ -22,8 +22,14 @@ const char* keyOf(DeviceState state) {
             return textKey("connecting");
         case DeviceState::kWrongPassword:
             return textKey("wrong_password");
+        case DeviceState::kWrongVersion:
+            return textKey("incompatible_version");
+        case DeviceState::kFull:
+            return textKey("too_many_viewers");
+        case DeviceState::kRefusedForNow:
+            return textKey("refused_for_now");
         case DeviceState::kRefused:
-            return textKey("camera_is_busy");
+            return textKey("connection_refused");
         case DeviceState::kUnreachable:
         case DeviceState::kTimedOut:
             return textKey("unreachable");
@@ -43,8 +49,12 @@ QColor colourOf(const KvDevice& device) {
     switch (device.state()) {
         case DeviceState::kNeverTried:
         case DeviceState::kConnecting:
+        case DeviceState::kFull:
+        case DeviceState::kRefusedForNow:
             return kWaitingColour;
         case DeviceState::kWrongPassword:
+        case DeviceState::kWrongVersion:
+        case DeviceState::kRefused:
             return kFaultColour;
         default:
             return kOfflineColour;
@@ -64,6 +74,16 @@ EntryState groupState(const QList<KvDevice*>& devices) {
 
 QString deviceStateText(const KvDevice& device) {
     return text(device.isOnline() ? textKey("online") : keyOf(device.state()));
+}
+
+bool needsNewCode(const KvDevice& device) {
+    return !device.isOnline() && device.state() == DeviceState::kWrongPassword;
+}
+
+bool needsNewCode(const KvDeviceGroup& entry) {
+    const KvDevice* device =
+        entry.type() == KvDeviceGroup::kSingleCamera ? entry.firstDevice() : nullptr;
+    return device && needsNewCode(*device);
 }
 
 EntryState entryState(const KvDeviceGroup& entry) {

@@ -15,13 +15,18 @@ public:
 
     /// Names the actions for a group or for a single camera.
     void setGroupType(int type);
+    /// Whether a new device code can be entered.
+    void setCodeOffered(bool offered);
 
+    const QAction* codeAction() const { return m_code; }
     const QAction* topAction() const { return m_top; }
     const QAction* editAction() const { return m_edit; }
     const QAction* removeAction() const { return m_remove; }
 
 private:
-    QAction* m_top;  ///< children
+    QAction* m_code;  ///< children, as all below
+    QAction* m_codeSeparator;
+    QAction* m_top;
     QAction* m_edit;
     QAction* m_remove;
 };

@@ -110,6 +110,7 @@ void MainWindow::connectContent() {
             &MainWindow::_onDeviceGroupThumbUpdate);
     connect(m_ui->preview(), &Preview::requestFullscreen, this, &MainWindow::_onRequestFullscreen);
     connect(m_ui->preview(), &Preview::unbindDevice, this, &MainWindow::_onUnbindDevice);
+    connect(m_ui->preview(), &Preview::enterCode, this, &MainWindow::_onEnterCode);
     connect(m_ui->preview(), &Preview::deviceGroupInfoChanged, this,
             &MainWindow::_onPreviewDeviceGroupInfoChanged);
 }

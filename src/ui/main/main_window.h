@@ -65,6 +65,8 @@ private slots:
     void _onClickEditGroup(bool);
     void _onClickRemoveGroup(bool);
     void _onClickTopGroup(bool);
+    void _onClickEnterCode(bool);
+    void _onEnterCode(KvDevice* device);
     void _onDeviceGroupThumbUpdate(KvDeviceGroup* group);
     void _onClickDeviceGroupMenu(KvDeviceGroup* group);
     void _onReadUpdateInfo(KvUpdateInfo* info);
@@ -80,6 +82,7 @@ private:
     void updateEntries();
     void showGroup(KvDeviceGroup* group);
     void searchNetwork();
+    void addByCode(const QString& code);
     void showAddOutcome(int status, orvelle::DeviceState failure);
     void toastOverContent(const QString& text);
     void inform(const QString& text);

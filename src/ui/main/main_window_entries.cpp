@@ -11,6 +11,7 @@
 #include "ui/list/device_group_pop_menu.h"
 #include "ui/list/device_group_select_dialog.h"
 #include "ui/list/device_search_view.h"
+#include "ui/list/device_state_text.h"
 #include "ui/main/entry_menu.h"
 #include "ui/main/main_window.h"
 #include "ui/main/main_window_ui.h"
@@ -44,13 +45,32 @@ const char* failureKey(orvelle::DeviceState failure) {
     switch (failure) {
         case orvelle::DeviceState::kWrongPassword:
             return textKey("the_camera_refused_the_password");
-        case orvelle::DeviceState::kRefused:
+        case orvelle::DeviceState::kWrongVersion:
+            return textKey("the_camera_speaks_another_version");
+        case orvelle::DeviceState::kFull:
             return textKey("the_camera_serves_too_many_viewers");
+        case orvelle::DeviceState::kRefusedForNow:
+            return textKey("the_camera_takes_no_login_for_now");
+        case orvelle::DeviceState::kRefused:
+            return textKey("the_camera_refused_the_connection");
         case orvelle::DeviceState::kNeverTried:
             return textKey("device_code_error_please_bind_the_device_on_mobile_phone_first");
         default:
             return textKey("the_camera_cannot_be_reached");
     }
+}
+
+/// Why a code is no new one of that camera; empty when it may be.
+QString codeRefusal(const QString& uid, const QString& code) {
+    const KvTUTKDevice decoded(code);
+    if (decoded.uid().isEmpty() || decoded.password().isEmpty())
+        return text(failureKey(orvelle::DeviceState::kNeverTried));
+    if (decoded.uid() != uid)
+        return text("this_code_is_of_another_camera");
+    const auto* device =
+        qobject_cast<KvTUTKDevice*>(manager() ? manager()->findDevice(uid) : nullptr);
+    return device && device->password() == decoded.password() ? text("this_code_is_the_refused_one")
+                                                              : QString();
 }
 
 QList<KvDeviceGroup*> groupsWith(const KvDeviceGroup& camera) {
@@ -134,8 +154,11 @@ void MainWindow::_onRightClickDevice(KvDeviceGroup* group, int, int) {
         connect(m_entryMenu->removeAction(), &QAction::triggered, this,
                 &MainWindow::_onClickRemoveGroup);
         connect(m_entryMenu->topAction(), &QAction::triggered, this, &MainWindow::_onClickTopGroup);
+        connect(m_entryMenu->codeAction(), &QAction::triggered, this,
+                &MainWindow::_onClickEnterCode);
     }
     m_entryMenu->setGroupType(group->type());
+    m_entryMenu->setCodeOffered(orvelle::needsNewCode(*group));
     m_menuEntry = group;
     m_entryMenu->exec(m_ui->cameras()->menuPosition(group));
 }
@@ -267,6 +290,25 @@ void MainWindow::_onClickSearch(const QString& code) {
         toastOverContent(text(failureKey(orvelle::DeviceState::kNeverTried)));
         return;
     }
+    addByCode(code);
+}
+
+void MainWindow::_onClickEnterCode(bool) {
+    if (isListed(m_menuEntry) && m_menuEntry->firstDevice())
+        _onEnterCode(m_menuEntry->firstDevice());
+}
+
+void MainWindow::_onEnterCode(KvDevice* device) {
+    const QString uid = device->uid();
+    KvInputDialog dialog(text("enter_the_new_device_code_of").arg(device->displayName()),
+                         text("please_input_device_code"), this);
+    dialog.setTextRequired(true);
+    dialog.setCheck([&uid](const QString& code) { return codeRefusal(uid, code); });
+    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
+        addByCode(dialog.text());
+}
+
+void MainWindow::addByCode(const QString& code) {
     KvTUTKDeviceAddDialog dialog(this);
     dialog.start(code);
     if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
@@ -277,6 +319,10 @@ void MainWindow::showAddOutcome(int status, orvelle::DeviceState failure) {
     switch (status) {
         case KvTUTKDeviceAddDialog::kExists:
             inform(text("camera_exists"));
+            break;
+        case KvTUTKDeviceAddDialog::kChanged:
+            // Tiles that wait for the camera find it by themselves.
+            inform(text("the_new_password_is_saved"));
             break;
         case KvTUTKDeviceAddDialog::kFull:
             inform(text("at_most_32_cameras_can_be_added"));

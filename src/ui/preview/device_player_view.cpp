@@ -97,6 +97,8 @@ void KvDevicePlayerView::connectButtons() {
     link(UI::kSound, &View::_onClickUIVolumeButton);
     link(UI::kSettings, &View::_onClickUISettingsButton);
     link(UI::kFullscreen, &View::_onClickUIFullscreenButton);
+    connect(m_ui->codeButton(), &QPushButton::clicked, this,
+            [this] { emit clickCodeButton(this); });
     const KvDeviceRecordView* record = m_ui->recordView();
     connect(record->cancelButton(), &QPushButton::clicked, this, &View::_onClickCancelRecordButton);
     connect(record->saveButton(), &QPushButton::clicked, this, &View::_onClickSaveRecordButton);
@@ -240,6 +242,12 @@ void KvDevicePlayerView::updateState() {
     m_ui->setStateText(state);
     updateButtons();
     const bool isWaiting = m_checkTimer.isActive();
+    const bool offersCode = isWaiting && m_device && orvelle::needsNewCode(*m_device);
+    // Nothing comes back by itself, so the last picture must not look as if it did.
+    if (offersCode && m_hasPicture) {
+        m_hasPicture = false;
+        m_ui->videoView()->showFrame(nullptr);
+    }
     if (m_isLoading || (isWaiting && m_hasPicture))
         m_ui->showCover(m_hasPicture ? orvelle::text("reconnecting") : orvelle::text("loading"));
     else
@@ -248,7 +256,8 @@ void KvDevicePlayerView::updateState() {
     const QString reason = m_device && m_device->isOnline() ? orvelle::text("reconnecting") : state;
     m_ui->showNotice(isWaiting && !m_hasPicture
                          ? m_device->displayName() + QLatin1Char('\n') + reason
-                         : QString());
+                         : QString(),
+                     offersCode);
 }
 
 /// What needs a picture waits for the first, so that the buttons do not come and go with every

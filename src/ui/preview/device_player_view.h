@@ -62,6 +62,8 @@ signals:
     void clickFullButton(KvDevicePlayerView* view, bool fullscreen);
     void clickSettingButton(KvDevicePlayerView* view);
     void clickSDCardButton(KvDevicePlayerView* view);
+    /// The button for a new device code, of a camera whose password was changed.
+    void clickCodeButton(KvDevicePlayerView* view);
     void startSignal();
     void stopSignal();
     void hideLoadingSignal();

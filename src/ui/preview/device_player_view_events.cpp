@@ -2,6 +2,7 @@
 #include "device/tutk_request.h"
 #include "media/device_player.h"
 #include "media/player_recorder.h"
+#include "platform/private_file.h"
 #include "render/video_view.h"
 #include "ui/logging.h"
 #include "ui/preview/device_player_view.h"
@@ -45,10 +46,14 @@ void KvDevicePlayerView::handlePlayerEvent(int32_t event) {
 }
 
 void KvDevicePlayerView::writeThumbnail() {
-    if (m_ui->videoView()->snapshot(m_thumbnailPath))
-        emit playerViewThumbUpdate(this);
-    else
+    if (!m_ui->videoView()->snapshot(m_thumbnailPath)) {
         qCWarning(lcUi) << m_thumbnailPath << "could not be written";
+        return;
+    }
+    // Snapshots are the user's to share, this one is not.
+    if (!orvelle::takeFromOthers(m_thumbnailPath.toStdString()))
+        qCWarning(lcUi) << "others may read" << m_thumbnailPath;
+    emit playerViewThumbUpdate(this);
 }
 
 /// The label changes once a second at most, whatever the frame rate.

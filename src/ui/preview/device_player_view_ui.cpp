@@ -1,6 +1,7 @@
 #include "ui/preview/device_player_view_ui.h"
 
 #include <QLabel>
+#include <QPushButton>
 #include <QTime>
 
 #include "render/video_view.h"
@@ -27,6 +28,8 @@ constexpr int kRounding = 2;  // a text that just fits is not to be elided
 constexpr int kMaxPtzSize = 160;
 constexpr int kInset = 8;
 constexpr QSize kNoticePadding(12, 6);
+constexpr QSize kCodePadding(14, 7);
+constexpr int kCodeGap = 8;
 // The bit rate's distances from the corner of the picture.
 constexpr QRect kSpeedPlace(-85, -35, 80, 30);
 constexpr QRect kCompactSpeedPlace(-71, -27, 66, 22);
@@ -53,6 +56,7 @@ KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
     : QWidget(tile),
       m_videoView(new KvVideoView(this)),
       m_noticeLabel(new QLabel(this)),
+      m_codeButton(new QPushButton(orvelle::text("enter_new_code"), this)),
       m_speedLabel(new QLabel(this)),
       m_ptzView(new KvTUTKDevicePTZView(this)),
       m_topBar(new KvWidget(this)),
@@ -111,6 +115,10 @@ void KvDevicePlayerViewUI::setUpLabels() {
         label->hide();
     }
     m_noticeLabel->setWordWrap(true);
+    m_codeButton->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
+    m_codeButton->setCursor(Qt::PointingHandCursor);
+    m_codeButton->setFocusPolicy(Qt::TabFocus);
+    m_codeButton->hide();
 }
 
 KvPushButton* KvDevicePlayerViewUI::makeButton(QWidget* bar, const char* name, const char* key) {
@@ -240,15 +248,24 @@ void KvDevicePlayerViewUI::hideCover() {
 }
 
 void KvDevicePlayerViewUI::raiseControls() {
-    for (QWidget* control : std::initializer_list<QWidget*>{m_noticeLabel, m_speedLabel, m_topBar,
-                                                            m_bottomBar, m_recordView, m_ptzView})
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{m_noticeLabel, m_codeButton, m_speedLabel, m_topBar,
+                                         m_bottomBar, m_recordView, m_ptzView})
         control->raise();
 }
 
-void KvDevicePlayerViewUI::showNotice(const QString& text) {
+void KvDevicePlayerViewUI::setCodeOffered(bool offered) {
+    // Else the toolkit hands the focus to the next widget, wherever that is.
+    if (!offered && window()->focusWidget() == m_codeButton)
+        parentWidget()->setFocus(Qt::OtherFocusReason);
+    m_codeButton->setVisible(offered);
+}
+
+void KvDevicePlayerViewUI::showNotice(const QString& text, bool offersCode) {
     if (m_noticeLabel->text() != text)
         m_noticeLabel->setText(text);
     m_noticeLabel->setVisible(!text.isEmpty());
+    setCodeOffered(offersCode);
     placeNotice();
 }
 
@@ -309,6 +326,7 @@ void KvDevicePlayerViewUI::layOut() {
     for (QLabel* label : {m_nameLabel, m_stateLabel, m_dateTimeLabel})
         KvWidgetUtils::setFont(label, now.fontPixels);
     KvWidgetUtils::setFont(m_speedLabel, now.fontPixels);
+    KvWidgetUtils::setFont(m_codeButton, now.fontPixels);
     m_topBar->setGeometry(0, 0, width(), now.barHeight);
     m_bottomBar->setGeometry(0, height() - now.barHeight, width(), now.barHeight);
     layOutTopBar(now);
@@ -396,6 +414,15 @@ void KvDevicePlayerViewUI::placeNotice() {
     const QRect free = rect().adjusted(kInset, kInset, -kInset, -kInset);
     QSize size = metrics.boundingRect(free, Qt::TextWordWrap, m_noticeLabel->text()).size();
     size = (size + 2 * kNoticePadding).boundedTo(free.size());
-    m_noticeLabel->setGeometry(
-        QRect(QPoint((width() - size.width()) / 2, (height() - size.height()) / 2), size));
+    const QSize button =
+        m_codeButton->isHidden()
+            ? QSize()
+            : QSize(m_codeButton->fontMetrics().horizontalAdvance(m_codeButton->text()) +
+                        2 * kCodePadding.width(),
+                    m_codeButton->fontMetrics().height() + 2 * kCodePadding.height());
+    const int below = button.isEmpty() ? 0 : kCodeGap + button.height();
+    const int top = (height() - size.height() - below) / 2;
+    m_noticeLabel->setGeometry(QRect(QPoint((width() - size.width()) / 2, top), size));
+    m_codeButton->setGeometry(
+        QRect(QPoint((width() - button.width()) / 2, top + size.height() + kCodeGap), button));
 }

@@ -13,6 +13,7 @@ class KvTUTKDevicePTZView;
 class KvVideoView;
 class KvWidget;
 class QLabel;
+class QPushButton;
 
 /// The widgets of KvDevicePlayerView: the picture fills the tile, everything else lies on it.
 class KvDevicePlayerViewUI : public QWidget {
@@ -54,8 +55,9 @@ public:
     /// Darkens the picture below a turning sign and a text.
     void showCover(const QString& text);
     void hideCover();
-    /// A text in the middle of the tile; empty for none.
-    void showNotice(const QString& text);
+    /// A text in the middle of the tile; empty for none. Below it, where it is offered, the button
+    /// for a new device code.
+    void showNotice(const QString& text, bool offersCode = false);
     /// Empty for none. The text changes with the next repaint of the picture.
     void setSpeedText(const QString& text);
     void setRecordShown(bool shown);
@@ -66,6 +68,7 @@ public:
     KvVideoView* videoView() const { return m_videoView; }
     KvTUTKDevicePTZView* ptzView() const { return m_ptzView; }
     KvDeviceRecordView* recordView() const { return m_recordView; }
+    QPushButton* codeButton() const { return m_codeButton; }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -87,6 +90,7 @@ private:
     void placeSpeedLabel();
     void placeRecordView();
     void placeNotice();
+    void setCodeOffered(bool offered);
     void applySpeedText();
     void raiseControls();
 
@@ -100,6 +104,7 @@ private:
 
     KvVideoView* m_videoView;  ///< children, as all below
     QLabel* m_noticeLabel;
+    QPushButton* m_codeButton;
     QLabel* m_speedLabel;
     KvTUTKDevicePTZView* m_ptzView;
     KvWidget* m_topBar;

@@ -44,6 +44,7 @@ void KvDevicesPreview::connectChildren() {
         connect(tile, &Tile::clickFullButton, this, &Grid::_onClickPlayerViewFullscreen);
         connect(tile, &Tile::clickSettingButton, this, &Grid::_onClickDeviceSettingButton);
         connect(tile, &Tile::clickSDCardButton, this, &Grid::_onClickDeviceSDCardButton);
+        connect(tile, &Tile::clickCodeButton, this, &Grid::_onClickDeviceCodeButton);
     }
     connect(m_ui->infoView(), &KvTUTKDeviceInfoView::clickBackButton, this,
             &Grid::_onClickInfoViewBackButton);
@@ -243,6 +244,11 @@ void KvDevicesPreview::_onClickDeviceSDCardButton(KvDevicePlayerView* view) {
     }
     reloadTiles();
     alertOffline(view);
+}
+
+void KvDevicesPreview::_onClickDeviceCodeButton(KvDevicePlayerView* view) {
+    if (view->device())
+        emit enterCode(view->device());
 }
 
 void KvDevicesPreview::alertOffline(KvDevicePlayerView* view) {

@@ -47,6 +47,8 @@ signals:
     void requestFullscreen(bool fullscreen);
     void deviceGroupInfoChanged(KvDeviceGroup* group);
     void unbindDevice(KvDevice* device);
+    /// The user wants to enter the new device code of a camera whose password was changed.
+    void enterCode(KvDevice* device);
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -62,6 +64,7 @@ private slots:
     void _onClickPlayerViewFullscreen(KvDevicePlayerView* view, bool fullscreen);
     void _onClickDeviceSettingButton(KvDevicePlayerView* view);
     void _onClickDeviceSDCardButton(KvDevicePlayerView* view);
+    void _onClickDeviceCodeButton(KvDevicePlayerView* view);
     void _onClickLayout1x1(bool);
     void _onClickLayout2x2(bool);
     void _onClickLayout3x3(bool);

@@ -1,0 +1,11 @@
+#include "platform/user_folders.h"
+
+#include <QStandardPaths>
+
+namespace orvelle {
+
+QString stateRoot() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
+}
+
+}  // namespace orvelle
