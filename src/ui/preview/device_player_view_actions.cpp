@@ -4,6 +4,7 @@
 #include "core/file_utils.h"
 #include "device/tutk_device.h"
 #include "media/device_player.h"
+#include "media/player_recorder.h"
 #include "render/video_view.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/logging.h"
@@ -23,8 +24,9 @@ namespace {
 constexpr int kPathToastMs = 5000;  // a path takes longer to read
 constexpr double kRecordLimitSeconds = 3600.0;
 
-QString timeStampName() {
-    return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
+QString timeStampName(double secondsAgo = 0.0) {
+    const QDateTime time = QDateTime::currentDateTime().addMSecs(qRound64(-1000 * secondsAgo));
+    return time.toString(QStringLiteral("yyyyMMddHHmmss"));
 }
 
 }  // namespace
@@ -118,7 +120,9 @@ void KvDevicePlayerView::startRecord() {
     // The question may have lasted longer than the stream.
     if (folder.isEmpty() || !m_player->isRunning())
         return;
-    m_recordPath = QStringLiteral("%1/%2.mp4").arg(folder, timeStampName());
+    // Of the first picture, which came before the click.
+    m_recordPath =
+        QStringLiteral("%1/%2.mp4").arg(folder, timeStampName(m_player->recordLeadSec()));
     qDebug().noquote() << "start record path " << m_recordPath;
     m_recordFailed = false;
     m_recordSecond = 0;
@@ -136,7 +140,8 @@ void KvDevicePlayerView::requestRecordEnd(RecordEnd end) {
         return;
     m_recordEnd = end;
     m_ui->setRecordShown(false);
-    m_player->requestStopRecord();
+    if (KvPlayerRecorder* recorder = m_player->recorder())
+        recorder->requestStop();
 }
 
 void KvDevicePlayerView::saveRecord() {
@@ -175,7 +180,8 @@ void KvDevicePlayerView::_doHideRecordView() {
 QString KvDevicePlayerView::endRecord() {
     if (m_recordPath.isEmpty())
         return {};
-    const QString path = m_player->recordPath();
+    const KvPlayerRecorder* recorder = m_player->recorder();
+    const QString path = recorder && recorder->hasFile() ? recorder->path() : QString();
     m_player->stopRecord();
     m_recordPath.clear();
     m_recordEnd = RecordEnd::kByItself;
