@@ -49,6 +49,11 @@ FragmentFinisher::Outcome FragmentFinisher::finish() {
     return movie.empty() ? Outcome::kNoPicture : append(movie, samples.endBytes);
 }
 
+bool FragmentFinisher::isInFragments(const QString& path) {
+    FragmentFinisher looking(path);
+    return looking.m_file.open(QIODevice::ReadOnly | QIODevice::Unbuffered) && looking.readMovie();
+}
+
 /// The movie follows the file's type, and fragments or nothing follow it.
 bool FragmentFinisher::readMovie() {
     const BoxHeader type = readHeader(m_file, 0);

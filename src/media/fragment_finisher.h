@@ -28,6 +28,8 @@ public:
 
     explicit FragmentFinisher(const QString& path) : m_file(path) {}
     Outcome finish();
+    /// Whether finish() has something to do; reads a few bytes.
+    static bool isInFragments(const QString& path);
 
 private:
     bool readMovie();

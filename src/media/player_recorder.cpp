@@ -10,6 +10,7 @@
 #include "media/media_log.h"
 #include "media/recording_writer.h"
 
+using orvelle::RecordingFault;
 using orvelle::RecordingResult;
 using orvelle::RecordingWriter;
 
@@ -21,6 +22,14 @@ constexpr int64_t kMaxBytes = int64_t{64} << 20;
 constexpr int kWaitMs = 1000;
 /// How long what waits may take to be written once the recording was asked to end.
 constexpr qint64 kMaxDrainMs = 10'000;
+
+RecordingFault faultOf(int error) {
+    if (error >= 0)
+        return RecordingFault::kNone;
+    if (error == AVERROR(ENOSPC))
+        return RecordingFault::kDiskFull;
+    return error == AVERROR(ETIMEDOUT) ? RecordingFault::kDiskTooSlow : RecordingFault::kOther;
+}
 
 bool hasBytes(const KvBasePlayerInputPacket& packet) {
     return packet.packet() && packet.packet()->size > 0;
@@ -108,7 +117,7 @@ void KvPlayerRecorder::onPacket(void* user, KvBasePlayerInputPacket* packet) {
 
 void KvPlayerRecorder::tap(const KvBasePlayerInputPacket& packet) {
     const bool isKnown = packet.isVideo() || packet.mediaType() == KvBasePlayerInputPacket::kAudio;
-    if (!isKnown || !hasBytes(packet) || !m_isTapOpen)
+    if (!isKnown || !hasBytes(packet) || !(m_isTapOpen || m_isAttaching))
         return;
     const bool hasRoom = m_packets->size() < kMaxPackets && m_queuedBytes < kMaxBytes;
     auto copy = hasRoom ? packet.deepCopy() : nullptr;
@@ -126,7 +135,10 @@ void KvPlayerRecorder::record(KvThread& thread) {
     RecordingWriter writer(m_source, path(), m_formatName,
                            {[this](const QString& path) { noteFile(path); },
                             [this](double seconds) { notify(kProgress, seconds, -1.0); }});
+    // Also for a recording that was ended at once: what it was begun for is in that group.
+    m_isAttaching = true;
     const double keptSec = m_source.attach(this, &KvPlayerRecorder::onPacket);
+    m_isAttaching = false;
     writer.setBegunAt(QDateTime::currentDateTimeUtc().addMSecs(-std::llround(1000 * keptSec)));
     const int error = copyPackets(thread, writer);
     qDebug("input set callback null");
@@ -137,9 +149,10 @@ void KvPlayerRecorder::record(KvThread& thread) {
     thread.stop();
     m_hasEnded = true;
     qDebug("docallback");
-    if (result().error < 0)
+    const bool hasFailed = result().fault != RecordingFault::kNone;
+    if (hasFailed)
         notify(kFailed);
-    if (writer.hasBegun() || result().error == 0)
+    if (writer.hasBegun() || !hasFailed)
         notify(kEnded);
     qDebug("record thread ended");
 }
@@ -194,7 +207,7 @@ void KvPlayerRecorder::finish(RecordingWriter& writer, int error) {
         files.clear();
     }
     std::lock_guard<std::mutex> lock(m_resultMutex);
-    m_result = {files, error < 0 ? error : closing, writer.lacksSound()};
+    m_result = {files, faultOf(error < 0 ? error : closing), writer.lacksSound()};
 }
 
 void KvPlayerRecorder::notify(Event event, double a, double b) {

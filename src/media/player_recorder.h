@@ -104,7 +104,8 @@ private:
     void* m_user = nullptr;
     EventCallback m_callback = nullptr;
 
-    std::atomic<bool> m_isTapOpen{true};   ///< orders nothing, as the four below
+    std::atomic<bool> m_isTapOpen{true};  ///< orders nothing, as the five below
+    std::atomic<bool> m_isAttaching{false};
     std::atomic<bool> m_isOverrun{false};  ///< the queue was full, so what follows is missing
     std::atomic<bool> m_isDiscarded{false};
     std::atomic<int64_t> m_queuedBytes{0};  ///< bounds what a stalled disk costs

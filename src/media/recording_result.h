@@ -4,10 +4,13 @@
 
 namespace orvelle {
 
+/// What ended a recording early.
+enum class RecordingFault { kNone, kDiskFull, kDiskTooSlow, kOther };
+
 /// What came of a recording.
 struct RecordingResult {
-    QStringList files;        ///< the finished ones; empty when nothing was kept
-    int error = 0;            ///< the FFmpeg error that ended it early, or 0
+    QStringList files;  ///< the finished ones; empty when nothing was kept
+    RecordingFault fault = RecordingFault::kNone;
     bool lacksSound = false;  ///< the camera's sound is in no file
 };
 

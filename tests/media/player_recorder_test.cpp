@@ -237,7 +237,7 @@ private slots:
             recorder.stop();
             QCOMPARE(RecordingReader(recorder.path()).packets(0), 300);
             QCOMPARE(recorder.result().files, QStringList{recorder.path()});
-            QCOMPARE(recorder.result().error, 0);
+            QVERIFY(recorder.result().fault == RecordingFault::kNone);
         }
     }
 
@@ -258,7 +258,7 @@ private slots:
         QTRY_VERIFY(rig.recorder.hasEnded());
         rig.recorder.stop();
         QCOMPARE(gate.failures.load(), 1);
-        QVERIFY(rig.recorder.result().error < 0);
+        QVERIFY(rig.recorder.result().fault == RecordingFault::kDiskTooSlow);
         const int pictures = RecordingReader(rig.recorder.path()).packets(0);
         QVERIFY2(pictures > 4090 && pictures < 4150, qPrintable(QString::number(pictures)));
     }
@@ -363,7 +363,8 @@ private slots:
             QTRY_VERIFY(!rig.recorder.isRecording());
             rig.recorder.stop();
             QCOMPARE(rig.events.take(R::kProgress), events);
-            QVERIFY(rig.recorder.result().error < 0 && QDir(rig.dir.path()).isEmpty());
+            QVERIFY(rig.recorder.result().fault == RecordingFault::kOther &&
+                    QDir(rig.dir.path()).isEmpty());
         }
     }
 };

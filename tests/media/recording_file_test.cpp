@@ -239,7 +239,11 @@ private slots:
                 QVERIFY(outcome == Outcome::kNoPicture || outcome == Outcome::kNotInFragments);
                 continue;
             }
-            QVERIFY2(outcome == Outcome::kFinished, qPrintable(QStringLiteral("cut at %1 of %2, first picture ends at %3").arg(cut).arg(fragments.size()).arg(firstPicture)));
+            QVERIFY2(outcome == Outcome::kFinished,
+                     qPrintable(QStringLiteral("cut at %1 of %2, first picture ends at %3")
+                                    .arg(cut)
+                                    .arg(fragments.size())
+                                    .arg(firstPicture)));
             QCOMPARE(RecordingReader(path).packets(0),
                      picturesBefore(all.tracks[0], uint64_t(cut)));
             QVERIFY(FragmentFinisher(path).finish() == Outcome::kNotInFragments);
