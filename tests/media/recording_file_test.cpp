@@ -12,6 +12,7 @@
 #include "media/fragment_finisher.h"
 #include "media/recorded_samples.h"
 #include "media/recording_clock.h"
+#include "media/unfinished_recordings.h"
 #include "recording_reader.h"
 #include "support/encoded_clip.h"
 #include "support/suites.h"
@@ -261,6 +262,48 @@ private slots:
             QVERIFY(QFileInfo(path).size() < 2 * fragments.size());
         }
         QVERIFY2(finished > 100, qPrintable(QString::number(finished)));
+    }
+
+    /// Of what lies in a media folder only the program's own unfinished recordings are touched.
+    void start_finishesWhatACrashHasLeft() {
+        Take take;
+        QCOMPARE(take.create("mp4"), 0);
+        QFile unfinished(take.file.path());
+        QVERIFY(unfinished.open(QIODevice::ReadOnly));
+        const QByteArray header = unfinished.readAll();
+        while (take.pictures < 20)
+            QCOMPARE(take.picture(), 0);
+        QVERIFY(unfinished.seek(0));
+        const QByteArray fragments = unfinished.readAll();
+        QTemporaryDir media;
+        const QDir video(media.filePath(QStringLiteral("CAMERA1/Video")));
+        QVERIFY(video.mkpath(QStringLiteral(".")));
+        const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-60);
+        const auto write = [&](const char* name, const QByteArray& bytes, bool isOld) {
+            QFile file(video.filePath(QLatin1String(name)));
+            return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() &&
+                   file.flush() &&
+                   (!isOld || file.setFileTime(before, QFileDevice::FileModificationTime));
+        };
+        QVERIFY(write("20260102030405.mp4", fragments, true) &&
+                write("20260102030405-2.mp4", fragments.left(fragments.size() - 7), true) &&
+                write("20260102030406.mp4", header, true) &&
+                write("holiday.mp4", fragments, true) && write("20260102030407.mp4", "no", true));
+        UnfinishedRecordings finishing(media.path());
+        QVERIFY(write("20260102030408.mp4", fragments, false));  // it is being recorded
+        finishing.start();
+        finishing.waitForEnd();
+        QCOMPARE(video.entryList(QDir::Files).size(), 5);
+        QVERIFY(!video.exists(QStringLiteral("20260102030406.mp4")));
+        for (const char* name : {"20260102030405.mp4", "20260102030405-2.mp4"}) {
+            const QString path = video.filePath(QLatin1String(name));
+            QCOMPARE(boxesOf(path), QByteArray("ftyp mdat moov"));
+            QVERIFY(RecordingReader(path).decodesAllPictures());
+        }
+        for (const char* name : {"holiday.mp4", "20260102030408.mp4"}) {
+            QFile same(video.filePath(QLatin1String(name)));
+            QVERIFY(same.open(QIODevice::ReadOnly) && same.readAll() == fragments);
+        }
     }
 
 private:

@@ -85,7 +85,7 @@ void TileActionsTest::record(int seconds) {
     const auto connection = connect(m_tile.get(), &KvDevicePlayerView::updateRecordTimeSignal, this,
                                     [&recorded](double now) { recorded = now; });
     ui()->button(Tile::kRecord)->click();
-    QTRY_VERIFY_WITH_TIMEOUT(recorded >= seconds, kTimeoutMs);
+    QTRY_VERIFY_WITH_TIMEOUT(m_tile->isRecording() && recorded >= seconds, kTimeoutMs);
     disconnect(connection);
 }
 

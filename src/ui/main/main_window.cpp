@@ -19,6 +19,7 @@
 #include "ui/main/title_view.h"
 #include "ui/main/window_edges.h"
 #include "ui/preview/devices_preview.h"
+#include "ui/preview/recording_news.h"
 #include "ui/preview/recording_question.h"
 #include "ui/preview/saving_dialog.h"
 #include "ui/widgets/click_label.h"
@@ -213,6 +214,7 @@ void MainWindow::closeProgram() {
     KvConfirmDialog question(text, this);
     if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {
         m_isClosing = false;
+        orvelle::RecordingNews::instance().announce();
         return;
     }
     exitProgram();

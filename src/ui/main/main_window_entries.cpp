@@ -107,7 +107,7 @@ void MainWindow::refresh() {
     KvDeviceGroup* const watched = m_ui->preview()->group();
     const bool isLeft = isListed(watched) && watched->firstDevice();
     if (isLeft)
-        m_ui->preview()->reloadGroup();
+        m_ui->preview()->updateGroup();
     else
         releaseDevices();
     showEntries();
@@ -149,7 +149,8 @@ void MainWindow::_onDoubleClickDevice(KvDeviceGroup* group) {
 
 void MainWindow::_onClickDeviceGroupMenu(KvDeviceGroup* group) {
     showGroup(group);
-    m_ui->cameras()->selectGroup(group);
+    if (m_ui->preview()->group() == group)
+        m_ui->cameras()->selectGroup(group);
 }
 
 void MainWindow::_onDeviceGroupThumbUpdate(KvDeviceGroup* group) {

@@ -23,9 +23,12 @@ void MainWindow::connectRecordings() {
 
 /// A failure stays until the user has seen it.
 void MainWindow::tellRecordings() {
+    // Behind the question whether to close, or the program's end, nobody would read it.
+    if (m_isClosing)
+        return;
     const orvelle::RecordingNews::Message message =
         orvelle::RecordingNews::instance().takeMessage();
-    if (message.text.isEmpty() || m_isClosing)
+    if (message.text.isEmpty())
         return;
     if (message.isWarning)
         m_recordingNotice->add(message.text);

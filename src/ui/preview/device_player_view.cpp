@@ -13,6 +13,7 @@
 #include "render/video_view.h"
 #include "ui/list/device_state_text.h"
 #include "ui/preview/device_record_view.h"
+#include "ui/preview/folder_search.h"
 #include "ui/preview/tile_recording.h"
 #include "ui/preview/tutk_device_ptz_view.h"
 #include "ui/widgets/focus_ring.h"
@@ -38,6 +39,7 @@ constexpr int kNoticeBottom = 52;  // above the bar of buttons
 KvDevicePlayerView::KvDevicePlayerView(QWidget* parent)
     : QWidget(parent),
       m_ui(new UI(this)),
+      m_folderSearch(new orvelle::FolderSearch(this)),
       m_recordNotice(new orvelle::NoticeBar(this, kNoticeBottom)),
       m_player(std::make_unique<KvDevicePlayer>()) {
     m_recording = new orvelle::TileRecording(*m_player, this);
@@ -112,6 +114,7 @@ void KvDevicePlayerView::connectButtons() {
 void KvDevicePlayerView::connectRecording() {
     using Recording = orvelle::TileRecording;
     using View = KvDevicePlayerView;
+    connect(m_folderSearch, &orvelle::FolderSearch::found, this, &View::startRecord);
     connect(m_recording, &Recording::stateChanged, this, &View::updateRecordControls);
     connect(m_recording, &Recording::secondsChanged, this, &View::updateRecordTimeSignal);
     connect(this, &View::hideRecordView, this, &View::_doHideRecordView);

@@ -18,6 +18,7 @@ class KvTUTKDevice;
 class KvTUTKResponse;
 
 namespace orvelle {
+class FolderSearch;
 class NoticeBar;
 struct RecordingResult;
 class TileRecording;
@@ -139,7 +140,7 @@ private:
     void updateState();
     void updateButtons();
     void wakeBars();
-    void startRecord();
+    void startRecord(const QString& uid, const QString& folder, bool exists);
     void interruptRecord();
     void resumeRecord();
     void tellSaved(const orvelle::RecordingResult& result);
@@ -148,14 +149,15 @@ private:
 
     bool m_noSound = false;
     double m_volume = 0.0;
-    KvDevice* m_device = nullptr;          ///< borrowed; the manager owns it
-    KvTUTKDevice* m_tutkDevice = nullptr;  ///< the same, when it is one with a command channel
-    KvDevicePlayerViewUI* const m_ui;      ///< child
-    orvelle::TileRecording* m_recording;   ///< child
-    orvelle::NoticeBar* m_recordNotice;    ///< child
-    bool m_isStarted = false;              ///< it plays, or waits for its camera
-    bool m_isLoading = false;              ///< the player runs and has shown no picture yet
-    bool m_hasPicture = false;             ///< one of this camera's is on the screen
+    KvDevice* m_device = nullptr;           ///< borrowed; the manager owns it
+    KvTUTKDevice* m_tutkDevice = nullptr;   ///< the same, when it is one with a command channel
+    KvDevicePlayerViewUI* const m_ui;       ///< child
+    orvelle::FolderSearch* m_folderSearch;  ///< child
+    orvelle::TileRecording* m_recording;    ///< child
+    orvelle::NoticeBar* m_recordNotice;     ///< child
+    bool m_isStarted = false;               ///< it plays, or waits for its camera
+    bool m_isLoading = false;               ///< the player runs and has shown no picture yet
+    bool m_hasPicture = false;              ///< one of this camera's is on the screen
     QTimer m_checkTimer;
     QTimer m_stallTimer;
     QTimer m_barsTimer;

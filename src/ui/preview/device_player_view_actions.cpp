@@ -9,6 +9,7 @@
 #include "ui/logging.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/device_record_view.h"
+#include "ui/preview/folder_search.h"
 #include "ui/preview/media_folder.h"
 #include "ui/preview/tile_recording.h"
 #include "ui/preview/tutk_device_ptz_view.h"
@@ -109,15 +110,21 @@ void KvDevicePlayerView::_onClickUIRecordButton(bool) {
     if (m_recording->isRunning())
         m_recording->requestEnd(TileRecording::End::kSave);
     else if (m_device && m_player->isRunning())
-        startRecord();
+        m_folderSearch->start(KvFileUtils::videoPath, m_device->uid());
 }
 
-void KvDevicePlayerView::startRecord() {
-    const QString folder =
-        orvelle::usableMediaFolder(KvFileUtils::videoPath, m_device->uid(), this);
-    // The question may have lasted longer than the stream.
-    if (!folder.isEmpty() && m_player->isRunning())
+/// The answer may have lasted longer than the stream.
+void KvDevicePlayerView::startRecord(const QString& uid, const QString& folder, bool exists) {
+    const auto isWanted = [this, &uid] {
+        return m_device && m_device->uid() == uid && m_player->isRunning() &&
+               !m_recording->isRunning();
+    };
+    if (!isWanted())
+        return;
+    if (exists)
         m_recording->start(folder);
+    else if (orvelle::agreesToDefaultFolder(this) && isWanted())
+        m_recording->start(KvFileUtils::videoPath(uid));
 }
 
 bool KvDevicePlayerView::isRecording() const {

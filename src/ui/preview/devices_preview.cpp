@@ -94,6 +94,18 @@ void KvDevicesPreview::reloadGroup() {
     reloadTiles();
 }
 
+void KvDevicesPreview::updateGroup() {
+    QList<KvDevice*> bound;
+    for (const KvDevicePlayerView* tile : m_ui->tiles()) {
+        if (tile->device())
+            bound += tile->device();
+    }
+    if (bound == devicesShown())
+        updateNames();
+    else
+        reloadGroup();
+}
+
 void KvDevicesPreview::updateNames() {
     m_ui->setTitle(m_group ? m_group->name() : QString());
     for (KvDevicePlayerView* tile : m_ui->tiles())

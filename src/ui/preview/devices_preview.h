@@ -29,6 +29,8 @@ public:
     /// Shows the entry anew after it was edited, in its layout if its cameras still fit. Cameras
     /// that stay in it play on.
     void reloadGroup();
+    /// The same where its cameras have changed; else everything stays, also a page over the tiles.
+    void updateGroup();
     /// Lets go of a camera that is to die.
     void releaseDevice(KvDevice* device);
     /// How many recordings run that would end if only those cameras stayed.
