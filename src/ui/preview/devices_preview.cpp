@@ -164,11 +164,12 @@ KvDevicePlayerView* KvDevicesPreview::tileOf(const KvDevice* device) const {
 }
 
 void KvDevicesPreview::releaseDevice(KvDevice* device) {
+    KvDevicePlayerView* tile = device ? tileOf(device) : nullptr;
+    if (!tile)
+        return;
     hidePages();
-    if (KvDevicePlayerView* tile = device ? tileOf(device) : nullptr) {
-        tile->setDevice(nullptr);
-        tile->hide();
-    }
+    tile->setDevice(nullptr);
+    tile->hide();
 }
 
 int KvDevicesPreview::recordingsBut(const QList<KvDevice*>& staying) const {
