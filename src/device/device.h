@@ -47,6 +47,10 @@ public:
     virtual int init() = 0;
     /// Ends the loops and closes the session. Blocks, also for a running attempt.
     virtual void uninit() = 0;
+    /// A search went by without an answer for this device; `result` says why, a code of
+    /// link/result_codes.h. Closes what is left of a lost session; an open one lives on. Blocks for
+    /// moments.
+    virtual void noteNotFound(int result) = 0;
     /// Aborts a running attempt and nothing else: an open session lives on, since stopping the
     /// manager's rounds must not cost a live picture. One that comes before the attempt began
     /// has no effect, so whoever waits for a worker to give up repeats it while waiting.

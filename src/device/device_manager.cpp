@@ -134,7 +134,7 @@ void KvDeviceManager::endInitThread() {
         thread->stop();
         // A cancel that comes just before an attempt begins is lost, hence the repetition.
         do
-            cancelCurrentDevice();
+            m_attempts.cancel();
         while (!thread->waitForEnd(kCancelRepeatMs));
         lock.lock();
         --m_endingThreads;
@@ -144,37 +144,6 @@ void KvDeviceManager::endInitThread() {
     m_threadEnded.wait(lock, [this] { return m_endingThreads == 0; });
     lock.unlock();
     log("KvDeviceManager release thread ended\n", kLogInfo);
-}
-
-void KvDeviceManager::cancelCurrentDevice() {
-    const std::lock_guard<std::mutex> lock(m_currentMutex);
-    if (!m_currentDevice)
-        return;
-    log("KvDeviceManager current device cancel init\n", kLogInfo);
-    m_currentDevice->cancelInit();
-}
-
-void KvDeviceManager::runRound(const KvThread& thread) {
-    const std::lock_guard<std::mutex> lock(m_devicesMutex);
-    log("KvDeviceManager init thread check device init\n", kLogInfo);
-    for (KvDevice* device : devicesSnapshot()) {
-        if (thread.isStopped())
-            break;
-        connectDevice(*device);
-    }
-}
-
-void KvDeviceManager::connectDevice(KvDevice& device) {
-    setCurrentDevice(&device);
-    log("KvDeviceManager runInit device (%s)\n", kLogInfo, qUtf8Printable(device.uid()));
-    device.ensureConnected();
-    log("KvDeviceManager runInit device (%s) ended\n", kLogInfo, qUtf8Printable(device.uid()));
-    setCurrentDevice(nullptr);
-}
-
-void KvDeviceManager::setCurrentDevice(KvDevice* device) {
-    const std::lock_guard<std::mutex> lock(m_currentMutex);
-    m_currentDevice = device;
 }
 
 QList<KvDevice*> KvDeviceManager::devicesSnapshot() const {
@@ -229,6 +198,7 @@ std::unique_ptr<KvDevice> KvDeviceManager::removeDevice(KvDevice* device) {
     std::unique_ptr<KvDevice> removed = takeListed(device);
     if (!removed)
         return nullptr;
+    m_attempts.end(*removed);
     resolveMembers();
     removed->setSessionLostCallback({});
     return removed;
@@ -253,6 +223,7 @@ void KvDeviceManager::clearDevices() {
         const std::lock_guard<std::mutex> lock(m_listMutex);
         devices.swap(m_devices);
     }
+    m_attempts.endAll();
     resolveMembers();
     orvelle::closeDevices(devices);
     devices.clear();

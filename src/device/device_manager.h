@@ -11,6 +11,7 @@
 #include <optional>
 #include <vector>
 
+#include "device/connect_attempts.h"
 #include "device/device.h"
 #include "device/device_group.h"
 #include "device/device_manager_thread.h"
@@ -25,10 +26,9 @@ class InitThreadPause;
 /// The one owner of all devices and of the entries of the camera list. It keeps every device
 /// connected by a thread that goes round the list.
 ///
-/// Locks, in this order: the device lock (lockDevices), which the thread holds for a whole
-/// round, seconds when cameras are off; then one of current device, list, groups. The
-/// interface thread calls only what is marked "short"; the rest waits for a round to end, so
-/// it belongs to workers, which call stopInitThread() first.
+/// Locks, in this order: the device lock (lockDevices), which the thread holds for moments; then
+/// one of attempts, list, groups. The interface thread calls only what is marked "short"; the rest
+/// may close a session, so it belongs to workers, which call stopInitThread() first.
 class KvDeviceManager : public QObject {
     Q_OBJECT
 public:
@@ -39,6 +39,7 @@ public:
     struct Timing {
         int pauseMs = 6000;     ///< between two rounds
         int minPauseMs = 1000;  ///< least time from one round's start to the next
+        int lostMs = 60000;     ///< so long after a session broke the pauses are minPauseMs
     };
 
     /// Makes the process's manager; start-up calls it once.
@@ -52,7 +53,7 @@ public:
     /// the thread. Returns 0.
     int start(const QString& devicesPath);
     void startInitThread();
-    /// Returns as soon as a running attempt is aborted. Not from the thread itself.
+    /// Returns as soon as the running attempts are aborted. Not from the thread itself.
     void stopInitThread();
     /// Before start() only.
     void setTiming(const Timing& timing) { m_timing = timing; }
@@ -76,7 +77,7 @@ public:
     /// The same for each; the others are deleted. Returns how many were taken.
     int addDevices(std::vector<std::unique_ptr<KvDevice>> devices);
     /// Takes that very object out of the list and out of every group's members and hands it
-    /// to the caller; null when it is not listed.
+    /// to the caller; null when it is not listed. Aborts a running attempt.
     [[nodiscard]] std::unique_ptr<KvDevice> removeDevice(KvDevice* device);
     /// Closes and deletes all devices, sixteen within 2 s. The thread must have been stopped.
     void clearDevices();
@@ -143,10 +144,6 @@ private:
     void resolve(KvDeviceGroup& group) const;
     void launchInitThread();
     void endInitThread();
-    void cancelCurrentDevice();
-    void runRound(const KvThread& thread);
-    void connectDevice(KvDevice& device);
-    void setCurrentDevice(KvDevice* device);
     std::unique_ptr<KvDevice> takeListed(const KvDevice* device);
 
     Timing m_timing;
@@ -162,8 +159,7 @@ private:
     mutable std::mutex m_listMutex;     ///< guards m_devices; writers also hold the device lock
     std::vector<std::unique_ptr<KvDevice>> m_devices;
 
-    std::mutex m_currentMutex;  ///< guards m_currentDevice
-    KvDevice* m_currentDevice = nullptr;
+    orvelle::ConnectAttempts m_attempts;  ///< begun by the thread, with the device lock held
 
     mutable std::mutex m_groupsMutex;  ///< guards m_groups
     std::vector<std::unique_ptr<KvDeviceGroup>> m_groups;

@@ -1,7 +1,9 @@
 #include "device/device_manager_thread.h"
 
+#include <algorithm>
 #include <chrono>
 
+#include "device/connect_round.h"
 #include "device/device_manager.h"
 
 namespace orvelle {
@@ -9,6 +11,7 @@ namespace orvelle {
 void RoundSignal::raise() {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_raised = true;
+    m_lastRaise = Clock::now();
     m_changed.notify_all();
 }
 
@@ -16,6 +19,11 @@ void RoundSignal::wait(int timeoutMs) {
     std::unique_lock<std::mutex> lock(m_mutex);
     m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs), [this] { return m_raised; });
     m_raised = false;
+}
+
+bool RoundSignal::wasRaisedWithin(int ms) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_lastRaise && Clock::now() - *m_lastRaise < std::chrono::milliseconds(ms);
 }
 
 }  // namespace orvelle
@@ -30,8 +38,10 @@ void KvDeviceManagerThread::run() {
     const KvDeviceManager::Timing timing = m_manager.m_timing;
     while (!isStopped()) {
         const auto start = std::chrono::steady_clock::now();
-        m_manager.runRound(*this);
-        m_roundSignal->wait(timing.pauseMs);
+        orvelle::ConnectRound(m_manager, m_manager.m_attempts).run(*this);
+        // A camera that dropped a moment ago is likely to be back in a moment.
+        const bool isSoon = m_roundSignal->wasRaisedWithin(timing.lostMs);
+        m_roundSignal->wait(isSoon ? std::min(timing.minPauseMs, timing.pauseMs) : timing.pauseMs);
         // A camera that drops as soon as it is connected must not make the rounds spin.
         const auto elapsed = std::chrono::duration_cast<std::chrono::milliseconds>(
             std::chrono::steady_clock::now() - start);
@@ -39,6 +49,8 @@ void KvDeviceManagerThread::run() {
         if (tooEarlyMs > 0 && sleepUnlessStopped(tooEarlyMs))
             break;
     }
+    // Whoever stops the thread goes on aborting them until it has ended.
+    m_manager.m_attempts.wait();
 }
 
 void KvDeviceManagerThread::stop() {

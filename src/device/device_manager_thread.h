@@ -1,8 +1,10 @@
 #pragma once
 
+#include <chrono>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
+#include <optional>
 
 #include "core/thread.h"
 
@@ -17,11 +19,15 @@ public:
     void raise();
     /// Waits up to `timeoutMs` for a raise(), also one that came before; consumes it.
     void wait(int timeoutMs);
+    bool wasRaisedWithin(int ms) const;
 
 private:
-    std::mutex m_mutex;  ///< guards m_raised
+    using Clock = std::chrono::steady_clock;
+
+    mutable std::mutex m_mutex;  ///< guards what follows
     std::condition_variable m_changed;
     bool m_raised = false;
+    std::optional<Clock::time_point> m_lastRaise;
 };
 
 }  // namespace orvelle

@@ -62,6 +62,7 @@ public:
     int ensureConnected() override;
     int init() override;
     void uninit() override;
+    void noteNotFound(int result) override;
     void cancelInit() override;
     bool isWorking() const override { return m_sendRunning && m_recvRunning; }
     bool isConnected() const override { return m_sid >= 0 && m_avIndex >= 0; }

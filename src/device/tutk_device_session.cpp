@@ -64,6 +64,15 @@ void KvTUTKDevice::uninit() {
     closeAll();
 }
 
+void KvTUTKDevice::noteNotFound(int result) {
+    const Turn turn(*this);
+    if (isOnline())
+        return;
+    closeAll();
+    m_abort = Abort::kNone;
+    noteFailure(result);
+}
+
 void KvTUTKDevice::cancelInit() {
     abortAttempt(Abort::kCancelled);
 }

@@ -51,3 +51,8 @@ void IOTC_Session_Close(int sid);
 /// within 20 ms.
 int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs,
                      const std::function<bool()>& isStopped = {});
+
+/// The same, but hands over each answer as it comes, on the calling thread. A camera answers
+/// several times, and anybody may claim to be one. `isStopped` may become true by an answer.
+void IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)>& onAnswer,
+                  const std::function<bool()>& isStopped);

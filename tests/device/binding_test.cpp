@@ -39,6 +39,7 @@ private slots:
     void cleanup() {
         KvDeviceManager::release();
         qunsetenv("ORVELLE_LINK_UNBOUNDED");
+        qunsetenv("ORVELLE_CAMERA_ADDRESSES");
     }
 
     void code_bindsOnlyWhatAnswersToIt() {
@@ -144,7 +145,7 @@ private slots:
     }
 
     void cancelledAttempt_leavesNothing_andTheRoundsGoOn() {
-        qputenv("ORVELLE_LINK_UNBOUNDED", "1");
+        orvelle::test::hangAttemptsOn({QStringLiteral("KNOWN1")});
         m_manager->addDevice(orvelle::test::deviceFor(QStringLiteral("KNOWN1")));
         const KvDevice* known = m_manager->findDevice(QStringLiteral("KNOWN1"));
         QTRY_COMPARE(known->state(), DeviceState::kConnecting);

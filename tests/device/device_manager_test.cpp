@@ -32,6 +32,7 @@ private slots:
         KvDeviceManager::release();
         QVERIFY(!KvDeviceManager::instance());
         qunsetenv("ORVELLE_LINK_UNBOUNDED");
+        qunsetenv("ORVELLE_CAMERA_ADDRESSES");
     }
 
     void devices_changeHands_onlyWhenAddedOrRemoved() {
@@ -52,7 +53,7 @@ private slots:
     }
 
     void views_neverWait_whileAnAttemptHangs_andStoppingCutsIt() {
-        qputenv("ORVELLE_LINK_UNBOUNDED", "1");
+        orvelle::test::hangAttemptsOn({kUid});
         m_manager->addDevice(deviceFor(kUid));
         m_manager->start({});
         KvDevice* const device = m_manager->findDevice(kUid);

@@ -58,6 +58,16 @@ private:
     rlimit m_former = {};
 };
 
+/// Attempts to reach these cameras last until they are aborted, as nobody listens where they are
+/// said to be. Undone by unsetting ORVELLE_LINK_UNBOUNDED and ORVELLE_CAMERA_ADDRESSES.
+inline void hangAttemptsOn(const QStringList& uids) {
+    QStringList addresses;
+    for (const QString& uid : uids)
+        addresses << uid + QStringLiteral("=127.0.0.1:9");
+    qputenv("ORVELLE_LINK_UNBOUNDED", "1");
+    qputenv("ORVELLE_CAMERA_ADDRESSES", addresses.join(QLatin1Char(',')).toLatin1());
+}
+
 /// The XML files of one kind, "KvTUTK" or "KvTUTKGroup".
 struct XmlFiles {
     const QString kind;

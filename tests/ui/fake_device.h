@@ -21,6 +21,7 @@ public:
     int ensureConnected() override { return -1; }
     int init() override { return -1; }
     void uninit() override {}
+    void noteNotFound(int /*result*/) override {}
     void cancelInit() override {}
     bool isWorking() const override { return m_state == State::kOnline; }
     bool isConnected() const override { return m_state == State::kOnline; }

@@ -71,21 +71,26 @@ int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs,
                      const std::function<bool()>& isStopped) {
     if (!records || maxRecords < 1)
         return AV_ER_INVALID_ARG;
-    const int64_t endMs = orvelle::steadyMilliseconds() + timeoutMs;
-    orvelle::LanQuery query{{}};
     int count = 0;
-    while (count < maxRecords && orvelle::steadyMilliseconds() < endMs &&
-           !(isStopped && isStopped())) {
-        const auto answer = query.next(kSearchSliceMs);
-        if (!answer)
-            continue;
-        const LanSearchRecord record = recordOf(*answer);
+    const auto collect = [&](const LanSearchRecord& record) {
         // A camera answers each query, and once for each network that reaches it.
         const bool isKnown = std::any_of(records, records + count, [&](const auto& other) {
             return std::strcmp(other.uid, record.uid) == 0 && other.port == record.port;
         });
         if (!isKnown)
             records[count++] = record;
-    }
+    };
+    IOTC_Lan_Ask(timeoutMs, collect,
+                 [&] { return count == maxRecords || (isStopped && isStopped()); });
     return count;
+}
+
+void IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)>& onAnswer,
+                  const std::function<bool()>& isStopped) {
+    const int64_t endMs = orvelle::steadyMilliseconds() + timeoutMs;
+    orvelle::LanQuery query{{}};
+    while (orvelle::steadyMilliseconds() < endMs && !isStopped()) {
+        if (const auto answer = query.next(kSearchSliceMs))
+            onAnswer(recordOf(*answer));
+    }
 }

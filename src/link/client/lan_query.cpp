@@ -12,8 +12,9 @@ namespace orvelle {
 
 namespace {
 
-constexpr int kQueries = 3;
-constexpr int64_t kQueryIntervalMs = 200;
+constexpr int kQuickQueries = 3;
+constexpr int64_t kQuickIntervalMs = 200;
+constexpr int64_t kIntervalMs = 500;
 
 std::vector<in_addr> searchedAddresses() {
     std::vector<in_addr> addresses;
@@ -32,10 +33,11 @@ LanQuery::LanQuery(const std::string& uid, const std::optional<sockaddr_in>& dir
 }
 
 void LanQuery::sendDueQueries() {
-    if (m_queriesSent == kQueries || steadyMilliseconds() < m_nextQueryMs)
+    if (steadyMilliseconds() < m_nextQueryMs)
         return;
     ++m_queriesSent;
-    m_nextQueryMs += kQueryIntervalMs;
+    m_nextQueryMs =
+        steadyMilliseconds() + (m_queriesSent < kQuickQueries ? kQuickIntervalMs : kIntervalMs);
     const SearchDatagram datagram = encodeSearchQuery(m_query);
     // An address that cannot be reached is as good as one without a camera.
     if (m_direct) [[maybe_unused]]

@@ -16,8 +16,9 @@ struct LanAnswer {
     uint8_t version = 0;
 };
 
-/// One running search of the local network: sends the query three times to every network that
-/// is up, and collects answers. One thread.
+/// One running search of the local network: sends the query to every network that is up, three
+/// times quickly, since datagrams get lost, then now and then, since cameras come up; and collects
+/// answers. One thread.
 class LanQuery {
 public:
     /// An empty UID asks every camera. Without a usable socket the query just stays unanswered.

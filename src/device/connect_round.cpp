@@ -1,0 +1,78 @@
+#include "device/connect_round.h"
+
+#include <mutex>
+
+#include "core/log.h"
+#include "core/thread.h"
+#include "device/connect_attempts.h"
+#include "device/device_manager.h"
+#include "link/environment.h"
+#include "link/iotc.h"
+#include "link/result_codes.h"
+
+namespace orvelle {
+
+namespace {
+
+constexpr int kSearchMs = 2000;
+
+/// The device lock, held for a moment.
+class DeviceLock {
+public:
+    explicit DeviceLock(KvDeviceManager& manager) : m_manager(manager) { manager.lockDevices(); }
+    ~DeviceLock() { m_manager.unlockDevices(); }
+    DeviceLock(const DeviceLock&) = delete;
+    DeviceLock& operator=(const DeviceLock&) = delete;
+
+private:
+    KvDeviceManager& m_manager;
+};
+
+}  // namespace
+
+void ConnectRound::run(const KvThread& thread) {
+    log("KvDeviceManager init thread check device init\n", kLogInfo);
+    begin();
+    IOTC_Lan_Ask(
+        kSearchMs,
+        [this](const LanSearchRecord& record) { answered(QString::fromLatin1(record.uid)); },
+        [this, &thread] { return m_silent.isEmpty() || thread.isStopped(); });
+    if (!thread.isStopped())
+        tellSilent();
+}
+
+void ConnectRound::begin() {
+    const DeviceLock lock(m_manager);
+    for (const auto& device : m_manager.devices()) {
+        const QString uid = device->uid();
+        // Where its address is known, its own attempt asks there and can say more than silence.
+        if (configuredCameraAddress(uid.toStdString()))
+            tryDevice(*device);
+        else if (!device->isOnline())
+            m_silent.insert(uid);
+    }
+}
+
+void ConnectRound::answered(const QString& uid) {
+    const DeviceLock lock(m_manager);
+    KvDevice* const device = m_manager.findDevice(uid);
+    m_silent.remove(uid);
+    // Also one whose session broke since the round began, but each once: it answers several times.
+    if (device && !m_tried.contains(uid) && tryDevice(*device))
+        m_tried.insert(uid);
+}
+
+bool ConnectRound::tryDevice(KvDevice& device) {
+    return !device.isOnline() && m_attempts.begin(device);
+}
+
+void ConnectRound::tellSilent() {
+    for (const QString& uid : qAsConst(m_silent)) {
+        const DeviceLock lock(m_manager);
+        KvDevice* const device = m_manager.findDevice(uid);
+        if (device && !m_attempts.isUnderWay(*device))
+            device->noteNotFound(LINK_ER_NOT_FOUND);
+    }
+}
+
+}  // namespace orvelle
