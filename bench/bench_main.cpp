@@ -22,9 +22,9 @@ struct Section {
     bool (*measure)(Workbench& bench);
 };
 constexpr Section kSections[] = {
-    {"startup", measureStartUp},   {"engine", measureEngine},   {"fullhd", measureFullHd},
-    {"grid", measureGrid},         {"delay", measureDelay},     {"record", measureRecording},
-    {"playback", measurePlayback}, {"latency", measureLatency},
+    {"startup", measureStartUp},  {"connect", measureConnecting}, {"engine", measureEngine},
+    {"fullhd", measureFullHd},    {"grid", measureGrid},          {"delay", measureDelay},
+    {"record", measureRecording}, {"playback", measurePlayback},  {"latency", measureLatency},
 };
 
 QStringList sectionNames() {

@@ -62,6 +62,18 @@ int CameraProcess::terminate() {
     return m_process.exitCode();
 }
 
+bool CameraProcess::waitForClient(int timeoutMs) {
+    const QDeadlineTimer deadline(timeoutMs);
+    for (;;) {
+        while (m_process.canReadLine()) {
+            if (m_process.readLine().trimmed().endsWith(" connected"))
+                return true;
+        }
+        if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))
+            return false;
+    }
+}
+
 double CameraProcess::cpuSeconds() const {
     QFile file(QStringLiteral("/proc/%1/stat").arg(m_process.processId()));
     if (!file.open(QIODevice::ReadOnly))
