@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "app/application.h"
+#include "app/command_line.h"
 #include "app/language_choice.h"
 #include "core/file_utils.h"
 #include "core/language.h"
@@ -108,7 +109,9 @@ int runOrvelle(int argc, char** argv) {
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
     // Tiles move between windows when they go full screen; their pictures must come along.
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    std::optional<DisplayNeeded> displayNeeded(std::in_place);
     KvApplication application(argc, argv);
+    displayNeeded.reset();
     application.installNativeEventFilter(&application);
     setRestartHook(&KvApplication::restart);
     FocusRing::install();

@@ -33,12 +33,12 @@ private:
 void ConnectRound::run(const KvThread& thread) {
     log("KvDeviceManager init thread check device init\n", kLogInfo);
     begin();
-    IOTC_Lan_Ask(
+    const int asked = IOTC_Lan_Ask(
         kSearchMs,
         [this](const LanSearchRecord& record) { answered(QString::fromLatin1(record.uid)); },
         [this, &thread] { return m_silent.isEmpty() || thread.isStopped(); });
     if (!thread.isStopped())
-        tellSilent();
+        tellSilent(asked == 0 ? LINK_ER_NOT_FOUND : asked);
 }
 
 void ConnectRound::begin() {
@@ -66,12 +66,12 @@ bool ConnectRound::tryDevice(KvDevice& device) {
     return !device.isOnline() && m_attempts.begin(device);
 }
 
-void ConnectRound::tellSilent() {
+void ConnectRound::tellSilent(int result) {
     for (const QString& uid : qAsConst(m_silent)) {
         const DeviceLock lock(m_manager);
         KvDevice* const device = m_manager.findDevice(uid);
         if (device && !m_attempts.isUnderWay(*device))
-            device->noteNotFound(LINK_ER_NOT_FOUND);
+            device->noteNotFound(result);
     }
 }
 

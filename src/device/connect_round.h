@@ -28,7 +28,7 @@ public:
 private:
     void begin();
     void answered(const QString& uid);
-    void tellSilent();
+    void tellSilent(int result);
     bool tryDevice(KvDevice& device);
 
     KvDeviceManager& m_manager;

@@ -20,6 +20,8 @@ enum class DeviceState {
     kFull,            ///< the camera answers and takes no further client
     kRefusedForNow,   ///< the camera takes no login from this address until some time has passed
     kRefused,         ///< the camera answers and refuses without a cause
+    kNoNetwork,       ///< this computer is in no network in which the camera could be
+    kNoFreeChannel,   ///< as many cameras are connected as the link has channels
     kTimedOut,        ///< the attempt hung and was cut by the watchdog
     kCancelled,       ///< the only attempt so far was stopped from this side
     kClosedByCamera,  ///< the session was open and the camera said goodbye

@@ -81,7 +81,9 @@ KvBasePlayerInput* KvTUTKDevice::createInput() {
 bool KvTUTKDevice::isFailure(State state) {
     return state == State::kUnreachable || state == State::kWrongPassword ||
            state == State::kWrongVersion || state == State::kFull ||
-           state == State::kRefusedForNow || state == State::kRefused || state == State::kTimedOut;
+           state == State::kRefusedForNow || state == State::kRefused ||
+           state == State::kNoNetwork || state == State::kNoFreeChannel ||
+           state == State::kTimedOut;
 }
 
 QString KvTUTKDevice::password() const {

@@ -246,6 +246,11 @@ orvelle::DeviceState KvTUTKDevice::stateOfFailure(int result) {
             return State::kWrongVersion;
         case LINK_ER_TOO_MANY_ATTEMPTS:
             return State::kRefusedForNow;
+        case LINK_ER_NETWORK:
+            return State::kNoNetwork;
+        case LINK_ER_NO_FREE_CHANNEL:
+        case LINK_ER_NO_FREE_SESSION:
+            return State::kNoFreeChannel;
         case LINK_ER_REFUSED:
             return State::kRefused;
         default:

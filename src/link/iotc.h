@@ -54,5 +54,6 @@ int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs,
 
 /// The same, but hands over each answer as it comes, on the calling thread. A camera answers
 /// several times, and anybody may claim to be one. `isStopped` may become true by an answer.
-void IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)>& onAnswer,
-                  const std::function<bool()>& isStopped);
+/// LINK_ER_NETWORK when no network is up in which a camera could be, else 0.
+int IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)>& onAnswer,
+                 const std::function<bool()>& isStopped);

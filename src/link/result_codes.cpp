@@ -34,7 +34,7 @@ constexpr ResultText kResultTexts[] = {
     {LINK_ER_REFUSED, "the host refused the login"},
     {LINK_ER_PROTOCOL, "the peer broke the protocol"},
     {LINK_ER_NOT_INITIALIZED, "the link was not started"},
-    {LINK_ER_NETWORK, "no socket to be had, or the port is taken"},
+    {LINK_ER_NETWORK, "no network is up, no socket to be had, or the port is taken"},
     {LINK_ER_BAD_UID, "not a UID"},
     {LINK_ER_TOO_MANY_ATTEMPTS, "refused for now: too many attempts came from this address"},
 };

@@ -30,8 +30,9 @@ enum LinkResult : int {
     LINK_ER_REFUSED = -30008,   ///< the host refused the login without naming a cause of this table
     LINK_ER_PROTOCOL = -30009,  ///< the peer sent bytes that break the protocol; it was cut off
     LINK_ER_NOT_INITIALIZED = -30010,  ///< IOTC_Initialize2 or avInitialize was not called
-    LINK_ER_NETWORK = -30011,          ///< the system gave no socket, or the port is taken
-    LINK_ER_BAD_UID = -30012,          ///< the UID is empty, too long or not of letters and digits
+    LINK_ER_NETWORK =
+        -30011,  ///< no network is up, the system gave no socket, or the port is taken
+    LINK_ER_BAD_UID = -30012,  ///< the UID is empty, too long or not of letters and digits
     LINK_ER_TOO_MANY_ATTEMPTS =
         -30013,  ///< refused for now: too many attempts came from this address
 };

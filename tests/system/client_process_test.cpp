@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -26,6 +27,8 @@ private slots:
     void initTestCase();
     void init();
     void cleanup();
+    void client_answersInFewLines_withoutADisplay_data();
+    void client_answersInFewLines_withoutADisplay();
     void client_quitsInOrder_whenToldToEnd_data();
     void client_quitsInOrder_whenToldToEnd();
     void secondCopy_isRefused_whileTheFirstRuns();
@@ -106,6 +109,44 @@ void ClientProcessTest::pressReturnIn(const QProcess& client) {
         {QStringLiteral("search"), QStringLiteral("--onlyvisible"), QStringLiteral("--pid"),
          QString::number(client.processId()), QStringLiteral("windowfocus"), QStringLiteral("key"),
          QStringLiteral("Return")});
+}
+
+void ClientProcessTest::client_answersInFewLines_withoutADisplay_data() {
+    QTest::addColumn<QString>("argument");
+    QTest::addColumn<QString>("display");
+    QTest::addColumn<int>("code");
+    QTest::addColumn<QString>("answer");
+    QTest::newRow("help") << "--help"
+                          << "" << 0 << "^Usage: orvelle \\[--help\\] \\[--version\\]\n";
+    QTest::newRow("version") << "--version"
+                             << "" << 0 << "^orvelle \\d+\\.\\d+\\.\\d+\n$";
+    const QString noDisplay = QStringLiteral("^orvelle: there is no display[^\n]*\n$");
+    QTest::newRow("none") << ""
+                          << "" << 1 << noDisplay;
+    QTest::newRow("none that works") << ""
+                                     << ":59999" << 1 << noDisplay;
+}
+
+void ClientProcessTest::client_answersInFewLines_withoutADisplay() {
+    QFETCH(QString, argument);
+    QFETCH(QString, display);
+    QProcess client;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("QT_QPA_PLATFORM"), QStringLiteral("xcb"));
+    environment.insert(QStringLiteral("DISPLAY"), display);
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.path());
+    environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path());
+    client.setProcessEnvironment(environment);
+    client.setProcessChannelMode(QProcess::MergedChannels);
+    client.start(QCoreApplication::applicationDirPath() + QStringLiteral("/orvelle"),
+                 argument.isEmpty() ? QStringList() : QStringList(argument));
+    QVERIFY(client.waitForFinished(kTimeoutMs));
+    const QByteArray output = client.readAll();
+    QVERIFY2(client.exitStatus() == QProcess::NormalExit, output.constData());
+    QTEST(client.exitCode(), "code");
+    QFETCH(QString, answer);
+    QVERIFY2(QRegularExpression(answer).match(QString::fromUtf8(output)).hasMatch(),
+             output.constData());
 }
 
 void ClientProcessTest::client_quitsInOrder_whenToldToEnd_data() {

@@ -85,7 +85,9 @@ bool CameraSearch::isOver() const {
 int CameraSearch::failure() const {
     if (m_isOtherVersion)
         return LINK_ER_VERSION;
-    return m_isOtherCamera ? LINK_ER_UNKNOWN_UID : LINK_ER_NOT_FOUND;
+    if (m_isOtherCamera)
+        return LINK_ER_UNKNOWN_UID;
+    return m_configured || m_lan.wasNetworkUp() ? LINK_ER_NOT_FOUND : LINK_ER_NETWORK;
 }
 
 }  // namespace orvelle

@@ -85,12 +85,13 @@ int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs,
     return count;
 }
 
-void IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)>& onAnswer,
-                  const std::function<bool()>& isStopped) {
+int IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)>& onAnswer,
+                 const std::function<bool()>& isStopped) {
     const int64_t endMs = orvelle::steadyMilliseconds() + timeoutMs;
     orvelle::LanQuery query{{}};
     while (orvelle::steadyMilliseconds() < endMs && !isStopped()) {
         if (const auto answer = query.next(kSearchSliceMs))
             onAnswer(recordOf(*answer));
     }
+    return query.wasNetworkUp() ? 0 : LINK_ER_NETWORK;
 }

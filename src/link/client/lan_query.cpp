@@ -16,14 +16,6 @@ constexpr int kQuickQueries = 3;
 constexpr int64_t kQuickIntervalMs = 200;
 constexpr int64_t kIntervalMs = 500;
 
-std::vector<in_addr> searchedAddresses() {
-    std::vector<in_addr> addresses;
-    if (!isLinkLoopbackOnly())
-        addresses = networkBroadcasts();
-    addresses.push_back(loopbackBroadcast());
-    return addresses;
-}
-
 }  // namespace
 
 LanQuery::LanQuery(const std::string& uid, const std::optional<sockaddr_in>& direct)
@@ -42,7 +34,12 @@ void LanQuery::sendDueQueries() {
     // An address that cannot be reached is as good as one without a camera.
     if (m_direct) [[maybe_unused]]
         const bool isSent = m_socket.send(datagram.data(), datagram.size(), *m_direct);
-    for (const in_addr address : searchedAddresses()) {
+    std::vector<in_addr> addresses;
+    if (!isLinkLoopbackOnly())
+        addresses = networkBroadcasts();
+    m_wasNetworkUp = isLinkLoopbackOnly() || !addresses.empty();
+    addresses.push_back(loopbackBroadcast());
+    for (const in_addr address : addresses) {
         sockaddr_in to{};
         to.sin_family = AF_INET;
         to.sin_port = htons(discoveryPort());

@@ -27,6 +27,8 @@ public:
 
     /// Sends what is due, then waits up to `waitMs` for one answer.
     std::optional<LanAnswer> next(int waitMs);
+    /// False when the last query could go to this machine only, as no network is up.
+    bool wasNetworkUp() const { return m_wasNetworkUp; }
     /// Asks an address whether a camera of version 1 is there; next() tells.
     void probeForVersionOne(const sockaddr_in& address);
 
@@ -37,6 +39,7 @@ private:
     const SearchQuery m_query;
     const std::optional<sockaddr_in> m_direct;
     DatagramSocket m_socket;
+    bool m_wasNetworkUp = true;
     int m_queriesSent = 0;
     int64_t m_nextQueryMs = 0;
 };

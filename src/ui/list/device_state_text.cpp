@@ -30,6 +30,10 @@ const char* keyOf(DeviceState state) {
             return textKey("refused_for_now");
         case DeviceState::kRefused:
             return textKey("connection_refused");
+        case DeviceState::kNoNetwork:
+            return textKey("no_network");
+        case DeviceState::kNoFreeChannel:
+            return textKey("too_many_cameras");
         case DeviceState::kUnreachable:
         case DeviceState::kTimedOut:
             return textKey("unreachable");
@@ -55,6 +59,8 @@ QColor colourOf(const KvDevice& device) {
         case DeviceState::kWrongPassword:
         case DeviceState::kWrongVersion:
         case DeviceState::kRefused:
+        case DeviceState::kNoNetwork:
+        case DeviceState::kNoFreeChannel:
             return kFaultColour;
         default:
             return kOfflineColour;

@@ -54,6 +54,10 @@ const char* failureKey(orvelle::DeviceState failure) {
             return textKey("the_camera_takes_no_login_for_now");
         case orvelle::DeviceState::kRefused:
             return textKey("the_camera_refused_the_connection");
+        case orvelle::DeviceState::kNoNetwork:
+            return textKey("this_computer_is_in_no_network");
+        case orvelle::DeviceState::kNoFreeChannel:
+            return textKey("too_many_cameras_are_connected");
         case orvelle::DeviceState::kNeverTried:
             return textKey("device_code_error_please_bind_the_device_on_mobile_phone_first");
         default:
