@@ -5,6 +5,8 @@
 #include <mutex>
 #include <vector>
 
+#include "link/limits.h"
+
 class KvDevice;
 
 namespace orvelle {
@@ -13,8 +15,8 @@ namespace orvelle {
 /// login and lets it hang holds up no other. Any thread.
 class ConnectAttempts {
 public:
-    /// So many at once, as many as the link has channels.
-    static constexpr int kMaxAttempts = 32;
+    /// At once: as many as the link has channels.
+    static constexpr int kMaxAttempts = kMaxLinkChannels;
 
     ConnectAttempts();
     ~ConnectAttempts();  ///< aborts what is under way

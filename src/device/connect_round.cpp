@@ -1,7 +1,5 @@
 #include "device/connect_round.h"
 
-#include <mutex>
-
 #include "core/log.h"
 #include "core/thread.h"
 #include "device/connect_attempts.h"

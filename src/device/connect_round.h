@@ -12,8 +12,8 @@ namespace orvelle {
 class ConnectAttempts;
 
 /// One round of connecting. The network is asked once for all cameras; each that is missing is
-/// connected as soon as it answers, beside all others, and those that stay silent are told so
-/// without an attempt of their own. So no camera waits for another, and there is no order.
+/// connected as soon as it answers, beside all others; those that stay silent get a state that says
+/// so, without an attempt of their own. So no camera waits for another, and there is no order.
 ///
 /// Lives on the manager's thread. It takes the device lock for one camera at a time.
 class ConnectRound {
