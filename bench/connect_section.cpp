@@ -54,6 +54,8 @@ bool report(const char* key, const QElapsedTimer& timer, CameraProcess& camera, 
 }
 
 bool measureRestart(const char* key, int awayMs, CameraProcess& camera, Report& figures) {
+    // The client may still be busy with the end of its login.
+    QThread::msleep(kSettleMs);
     if (camera.terminate() != 0)
         return false;
     QThread::msleep(static_cast<unsigned long>(awayMs));

@@ -14,6 +14,10 @@ namespace {
 
 constexpr int kSearchMs = 2000;
 
+bool isLost(const KvDevice& device) {
+    return device.state() == DeviceState::kLost || device.state() == DeviceState::kClosedByCamera;
+}
+
 /// The device lock, held for a moment.
 class DeviceLock {
 public:
@@ -55,8 +59,9 @@ void ConnectRound::answered(const QString& uid) {
     const DeviceLock lock(m_manager);
     KvDevice* const device = m_manager.findDevice(uid);
     m_silent.remove(uid);
-    // Also one whose session broke since the round began, but each once: it answers several times.
-    if (device && !m_tried.contains(uid) && tryDevice(*device))
+    // It answers several times, and what failed is not repeated; but a session may have broken
+    // since.
+    if (device && (!m_tried.contains(uid) || isLost(*device)) && tryDevice(*device))
         m_tried.insert(uid);
 }
 
