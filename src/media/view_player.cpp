@@ -21,7 +21,7 @@ void ViewPlayer::shutdown() {
     close();
 }
 
-void ViewPlayer::setView(KvVideoView* view) {
+void ViewPlayer::setView(VideoSurface* view) {
     m_view = view;
     if (m_viewOutput)
         m_viewOutput->setView(view);

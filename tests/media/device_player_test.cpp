@@ -6,7 +6,7 @@
 #include "media/device_player.h"
 #include "media/player_output_default.h"
 #include "media/tutk_input.h"
-#include "render/video_view.h"
+#include "render/raster_video_view.h"
 #include "support/suites.h"
 
 #include <QTemporaryDir>
@@ -31,7 +31,7 @@ struct OpenPlayer : KvDevicePlayer {
 /// the sound that a device takes meanwhile, so that its writes block where there is a device.
 struct Rig {
     test::DeviceCamera camera;
-    KvVideoView view;
+    orvelle::RasterVideoView view;
     std::unique_ptr<test::EventLog> events;
     KvDevicePlayer player;
     std::vector<test::EncodedPicture> clip = test::encodeClip({});

@@ -8,7 +8,7 @@
 
 #include "device/tutk_device.h"
 #include "media/tutk_player.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/list/device_state_text.h"
 #include "ui/playback/calendar_dialog.h"
 #include "ui/playback/no_sdcard_view.h"
@@ -52,7 +52,7 @@ KvSDCardPlaybackView::KvSDCardPlaybackView(QWidget* parent)
     for (QTimer* timer : {&m_coverTimer, &m_answerTimer, &m_barsTimer, &m_choiceTimer})
         timer->setSingleShot(true);
     m_choiceTimer.setTimerType(Qt::PreciseTimer);
-    m_clicker.setTarget(m_ui->videoView());
+    m_clicker.setTarget(&m_ui->videoView()->widget());
     m_toast.setMargins(0, kToastBottom);
     connectSignals();
     connectButtons();
@@ -137,7 +137,7 @@ void KvSDCardPlaybackView::releaseDevice() {
     m_recordings.clear();
     m_infoRequest = InfoRequest::kNone;
     m_hasPicture = false;
-    m_ui->videoView()->showFrame(nullptr);
+    m_ui->videoView()->showNothing();
     updateCover();
     m_toast.remove();
     if (m_calendar)

@@ -5,7 +5,7 @@
 
 #include <initializer_list>
 
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/palette.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/video_time_line_view.h"
@@ -39,7 +39,7 @@ int textWidth(const QLabel& label) {
 
 KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
     : QWidget(view),
-      m_videoView(new KvVideoView(this)),
+      m_videoView(orvelle::makeVideoSurface(this)),
       m_noSdcardView(new KvNoSdcardView(this)),
       m_noticeLabel(new QLabel(this)),
       m_topBar(new KvWidget(this)),
@@ -191,7 +191,7 @@ void KvSDCardPlaybackViewUI::setNoCardShown(bool shown) {
         return;
     m_noCardShown = shown;
     m_noSdcardView->setVisible(shown);
-    m_videoView->setVisible(!shown);
+    m_videoView->widget().setVisible(!shown);
     showBars();
     layOut();
 }
@@ -213,7 +213,7 @@ void KvSDCardPlaybackViewUI::resizeEvent(QResizeEvent*) {
 
 void KvSDCardPlaybackViewUI::layOut() {
     const QRect picture = pictureArea();
-    m_videoView->setGeometry(picture);
+    m_videoView->widget().setGeometry(picture);
     m_noSdcardView->setGeometry(picture);
     if (m_loadingView.isOver())
         m_loadingView.setGeometry(picture);

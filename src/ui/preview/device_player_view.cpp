@@ -10,7 +10,7 @@
 #include "device/device_messages.h"
 #include "device/tutk_device.h"
 #include "media/device_player.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/list/device_state_text.h"
 #include "ui/preview/device_record_view.h"
 #include "ui/preview/tutk_device_ptz_view.h"
@@ -152,7 +152,7 @@ void KvDevicePlayerView::stopPlay() {
     setFullscreen(false);
     _doStop();
     m_hasPicture = false;
-    m_ui->videoView()->showFrame(nullptr);
+    m_ui->videoView()->showNothing();
     updateState();
 }
 
@@ -339,7 +339,7 @@ void KvDevicePlayerView::setPtzShown(bool shown) {
 }
 
 bool KvDevicePlayerView::inVideoArea(int x, int y) const {
-    const QWidget* video = m_ui->videoView();
+    const QWidget* video = &m_ui->videoView()->widget();
     return QRect(video->mapTo(this, QPoint()), video->size()).contains(QPoint(x, y) - pos());
 }
 
@@ -349,7 +349,7 @@ void KvDevicePlayerView::paintThumb(QPainter* painter, const QRect& rect) const 
         return;
     // Read back from the screen, since encoding a picture would hold up the drag.
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
-    painter->drawImage(rect, m_ui->videoView()->grabFramebuffer());
+    painter->drawImage(rect, m_ui->videoView()->grabView());
 }
 
 bool KvDevicePlayerView::event(QEvent* event) {

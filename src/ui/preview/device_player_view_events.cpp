@@ -3,7 +3,7 @@
 #include "media/device_player.h"
 #include "media/player_recorder.h"
 #include "platform/private_file.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/logging.h"
 #include "ui/preview/device_player_view.h"
 
