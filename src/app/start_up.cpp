@@ -17,6 +17,7 @@
 #include "platform/quit_signals.h"
 #include "platform/single_instance.h"
 #include "platform/suspend_watch.h"
+#include "render/drawing.h"
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"
 #include "ui/palette.h"
@@ -94,8 +95,7 @@ int runOrvelle(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-    // Tiles move between windows when they go full screen; their pictures must come along.
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    spareOpenGl();
     KvApplication application(argc, argv);
     application.installNativeEventFilter(&application);
     setRestartHook(&KvApplication::restart);

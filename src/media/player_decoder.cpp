@@ -174,6 +174,9 @@ void KvPlayerDecoder::decodeVideo(const KvThread& thread) {
 void KvPlayerDecoder::handleVideoPacket(const KvBasePlayerInputPacket& packet) {
     if (!hasBytes(packet) || (!isCodecFor(packet) && !openVideo(packet)))
         return;
+    // What is left out here is missing to those that follow.
+    if (m_keyPicturesOnly && !packet.isKey())
+        m_keyFrameSeen = false;
     if (!m_keyFrameSeen) {
         if (!packet.isKey())
             return;

@@ -58,6 +58,7 @@ public:
     bool isRunning() override;
     void flush() override;
     void setSoundWanted(bool isWanted) override { m_isSoundWanted = isWanted; }
+    void setKeyPicturesOnly(bool isOnly) override { m_keyPicturesOnly = isOnly; }
     bool waitForVideoFrame(const KvThread& reader, int timeoutMs) override;
     bool waitForAudioFrame(const KvThread& reader, int timeoutMs) override;
     void wakeReaders() override;
@@ -101,7 +102,8 @@ private:
 
     /// Pictures may be shown: set by the video thread alone, cleared by flush() too.
     std::atomic<bool> m_keyFrameSeen{false};
-    std::atomic<bool> m_isSoundWanted{true};  ///< orders nothing
+    std::atomic<bool> m_isSoundWanted{true};  ///< orders nothing, as the one below
+    std::atomic<bool> m_keyPicturesOnly{false};
 
     orvelle::PublishedParameters m_videoParameters;
     orvelle::PublishedParameters m_audioParameters;

@@ -31,6 +31,7 @@ void ViewPlayer::setVolume(double volume) {
     m_volume = volume;
     if (m_viewOutput)
         m_viewOutput->setVolume(volume);
+    followSound();
 }
 
 std::unique_ptr<KvBasePlayerDecoder> ViewPlayer::createDecoder() {

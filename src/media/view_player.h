@@ -32,6 +32,9 @@ public:
     std::unique_ptr<KvBasePlayerOutput> createOutput() override;
     void releaseOutput() override;
 
+protected:
+    bool isSoundHeard() const override { return m_volume > 0.0; }
+
 private:
     VideoSurface* m_view = nullptr;
     double m_volume = 1.0;

@@ -13,6 +13,9 @@
 namespace orvelle {
 namespace {
 
+/// The toolkit's own, on X11.
+constexpr char kIntegration[] = "QT_XCB_GL_INTEGRATION";
+
 Q_LOGGING_CATEGORY(lcDrawing, "orvelle.render")
 
 std::optional<Drawing> drawingAsked() {
@@ -22,6 +25,12 @@ std::optional<Drawing> drawingAsked() {
     if (asked == "raster")
         return Drawing::kRaster;
     return std::nullopt;
+}
+
+/// As far as can be told without OpenGL; false says nothing.
+bool isSurelyRaster() {
+    const std::optional<Drawing> asked = drawingAsked();
+    return asked ? *asked == Drawing::kRaster : !mayHaveGraphicsCard();
 }
 
 /// The renderer of this machine's OpenGL; empty when there is none that would do.
@@ -44,7 +53,7 @@ QByteArray rendererName() {
 Drawing findOut() {
     if (const std::optional<Drawing> asked = drawingAsked())
         return *asked;
-    if (isSurelyRaster())
+    if (!mayHaveGraphicsCard())
         return Drawing::kRaster;
     const QByteArray name = rendererName();
     const bool isReal = !name.isEmpty() && !isSoftwareRenderer(name.constData());
@@ -60,9 +69,9 @@ Drawing drawing() {
     return s_drawing;
 }
 
-bool isSurelyRaster() {
-    const std::optional<Drawing> asked = drawingAsked();
-    return asked ? *asked == Drawing::kRaster : !mayHaveGraphicsCard();
+void spareOpenGl() {
+    if (isSurelyRaster() && !qEnvironmentVariableIsSet(kIntegration))
+        qputenv(kIntegration, "none");
 }
 
 bool isSoftwareRenderer(const char* name) {

@@ -13,9 +13,9 @@ enum class Drawing {
 /// environment's ORVELLE_DRAWING ("opengl" or "raster") has the last word. Interface thread.
 Drawing drawing();
 
-/// What can be told without OpenGL: that this machine has no graphics card. False says nothing.
-/// Before the application object is made.
-bool isSurelyRaster();
+/// Keeps the toolkit from loading OpenGL, which it would for any window, where it is sure not to be
+/// used. Before the application object is made.
+void spareOpenGl();
 
 /// Whether an OpenGL renderer of this name computes on the processor.
 bool isSoftwareRenderer(const char* name);

@@ -38,7 +38,6 @@ KvDevicePlayerView::KvDevicePlayerView(QWidget* parent)
     setAttribute(Qt::WA_MouseTracking);
     // Reports the mouse over the children too, which take its moves.
     setAttribute(Qt::WA_Hover);
-    m_player->setView(m_ui->videoView());
     m_player->setCallback(this, onPlayerEvent);
     m_player->setRecordCallback(this, onRecordEvent);
     m_checkTimer.setInterval(kCheckIntervalMs);
@@ -117,6 +116,8 @@ void KvDevicePlayerView::setDevice(KvDevice* device) {
         m_tutkDevice->addListener(this, onResponse);
         setVolume(m_noSound ? 0.0 : m_tutkDevice->volume());
     }
+    if (device)
+        m_player->setView(m_ui->videoView());
     m_player->setDevice(device);
     m_ui->ptzView()->setDevice(device);
     m_ui->setName(device ? device->displayName() : QString());
@@ -152,7 +153,7 @@ void KvDevicePlayerView::stopPlay() {
     setFullscreen(false);
     _doStop();
     m_hasPicture = false;
-    m_ui->videoView()->showNothing();
+    m_ui->blankPicture();
     updateState();
 }
 
@@ -220,7 +221,20 @@ void KvDevicePlayerView::_invokeCheckPlayer() {
         updateState();
 }
 
+void KvDevicePlayerView::setMinimised(bool minimised) {
+    if (m_isMinimised == minimised)
+        return;
+    m_isMinimised = minimised;
+    m_player->setKeyPicturesOnly(minimised);
+    m_lastPictureMs = nowMs();
+}
+
 void KvDevicePlayerView::_invokeStallTimer() {
+    // Key pictures alone may be far apart.
+    const uint64_t received = m_player->stats().videoFramesReceived;
+    if (m_isMinimised && received != m_packetsSeen)
+        m_lastPictureMs = nowMs();
+    m_packetsSeen = received;
     if (m_ui->button(UI::kPlay)->state() != 0 || nowMs() - m_lastPictureMs < kStallMs)
         return;
     m_openFailed = true;
@@ -339,8 +353,7 @@ void KvDevicePlayerView::setPtzShown(bool shown) {
 }
 
 bool KvDevicePlayerView::inVideoArea(int x, int y) const {
-    const QWidget* video = &m_ui->videoView()->widget();
-    return QRect(video->mapTo(this, QPoint()), video->size()).contains(QPoint(x, y) - pos());
+    return m_ui->geometry().contains(QPoint(x, y) - pos());
 }
 
 void KvDevicePlayerView::paintThumb(QPainter* painter, const QRect& rect) const {

@@ -40,6 +40,9 @@ public:
     /// What the full-screen button shows; the window itself is the owner's.
     void setFullscreen(bool fullscreen);
 
+    /// While nobody can see the window only key pictures are decoded.
+    void setMinimised(bool minimised);
+
     /// Ends playing and blanks the picture.
     void stopPlay();
     /// Asks the player's threads to end, without waiting. An owner of several tiles calls it on
@@ -147,6 +150,8 @@ private:
     RecordEnd m_recordEnd = RecordEnd::kByItself;  ///< as asked for
     bool m_isLoading = false;                      ///< the player runs and has shown no picture yet
     bool m_hasPicture = false;                     ///< one of this camera's is on the screen
+    bool m_isMinimised = false;
+    uint64_t m_packetsSeen = 0;  ///< by the check for a stream that stands still
     QTimer m_checkTimer;
     QTimer m_stallTimer;
     QTimer m_barsTimer;
