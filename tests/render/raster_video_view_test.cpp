@@ -164,6 +164,11 @@ private slots:
         view.showNothing();
         window.show();
         QVERIFY(shows(0));
+        window.setWindowState(Qt::WindowMinimized);
+        QVERIFY(!view.isSeen());
+        view.showPicture(*grey(100));
+        window.setWindowState(Qt::WindowNoState);
+        QVERIFY(view.isSeen() && shows(116));
         // Of another size, while the old one is still in the window.
         view.showPicture(*grey(100));
         view.showPicture(*rainbow({32, 64}));
