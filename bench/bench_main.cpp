@@ -9,6 +9,7 @@
 #include "media/device_inputs.h"
 #include "media/media_log.h"
 #include "platform/heap.h"
+#include "render/drawing.h"
 #include "sections.h"
 #include "ui/widgets/focus_ring.h"
 #include "workbench.h"
@@ -24,8 +25,10 @@ struct Section {
 constexpr Section kSections[] = {
     {"startup", measureStartUp},   {"engine", measureEngine},   {"fullhd", measureFullHd},
     {"grid", measureGrid},         {"delay", measureDelay},     {"record", measureRecording},
-    {"playback", measurePlayback}, {"latency", measureLatency},
+    {"playback", measurePlayback}, {"latency", measureLatency}, {"peers", measurePeers},
 };
+/// It needs another program.
+constexpr char kOnlyByName[] = "peers";
 
 QStringList sectionNames() {
     QStringList names;
@@ -49,6 +52,7 @@ bool measure(const QStringList& wanted, Workbench& bench) {
 
 /// What the client's own start does for its windows.
 void prepareClient() {
+    QCoreApplication::setApplicationName(QStringLiteral("Orvelle"));
     QCoreApplication::setApplicationVersion(QStringLiteral("bench"));
     QApplication::setQuitOnLastWindowClosed(false);
     KvLanguage::setRoot(QCoreApplication::applicationDirPath() + QStringLiteral("/language"));
@@ -65,9 +69,11 @@ int run(const QApplication& application) {
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Also write the figures as JSON."),
                                   QStringLiteral("file"));
+    QStringList usual = sectionNames();
+    usual.removeOne(QLatin1String(kOnlyByName));
     const QCommandLineOption only(QStringLiteral("only"),
                                   QStringLiteral("Measure only these of ") + names,
-                                  QStringLiteral("sections"), names);
+                                  QStringLiteral("sections"), usual.join(QLatin1Char(',')));
     QCommandLineParser parser;
     parser.addOptions({json, only});
     parser.addHelpOption();
@@ -98,7 +104,10 @@ int main(int argc, char** argv) {
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47821");
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    // As the client itself does.
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    orvelle::spareOpenGl();
     const QApplication application(argc, argv);
     Q_INIT_RESOURCE(orvelle);
     return orvelle::bench::run(application);

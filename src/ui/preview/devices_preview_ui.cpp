@@ -105,7 +105,7 @@ void KvDevicesPreviewUI::setTitle(const QString& title) {
 void KvDevicesPreviewUI::place(KvDevicePlayerView* tile, const QRect& area, int controlMode) {
     tile->setControlMode(controlMode);
     tile->setGeometry(area);
-    tile->setVisible(tile->device() != nullptr);
+    tile->setVisible(tile->device() && !isPageShown());
 }
 
 void KvDevicesPreviewUI::layOut() {
@@ -115,7 +115,7 @@ void KvDevicesPreviewUI::layOut() {
     if (m_fullscreenTile) {
         place(m_fullscreenTile, rect(), UI::kLarge);
         for (KvDevicePlayerView* tile : m_tiles)
-            tile->setVisible(tile == m_fullscreenTile);
+            tile->setVisible(tile == m_fullscreenTile && !isPageShown());
         return;
     }
     const std::vector<QRect> places =
@@ -148,6 +148,7 @@ void KvDevicesPreviewUI::showPage(QWidget* page) {
     page->setGeometry(rect());
     page->show();
     page->raise();
+    layOut();
     page->setFocus(Qt::OtherFocusReason);
 }
 
@@ -155,7 +156,12 @@ void KvDevicesPreviewUI::hidePage(QWidget* page) {
     page->clearFocus();
     page->hide();
     page->setGeometry(QRect());
-    setGridEnabled(m_infoView->isHidden() && m_playbackView->isHidden());
+    setGridEnabled(!isPageShown());
+    layOut();
+}
+
+bool KvDevicesPreviewUI::isPageShown() const {
+    return !m_infoView->isHidden() || !m_playbackView->isHidden();
 }
 
 /// What a page covers is out of the keyboard's reach as well.
