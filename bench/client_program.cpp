@@ -54,6 +54,8 @@ ClientProgram::~ClientProgram() {
 }
 
 void ClientProgram::start() {
+    // The window of the one before may still be going.
+    test::waitUntil(kWindowTimeoutMs, [] { return !isTitleBarSeen(); });
     m_sinceStart.start();
     m_process.start(Workbench::program("orvelle"), QStringList());
 }

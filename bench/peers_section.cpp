@@ -109,6 +109,7 @@ public:
             auto device = std::make_unique<KvTUTKDevice>();
             device->setUid(uid);
             device->setPassword(QLatin1String(CameraProcess::kPassword));
+            device->setVolume(0.0);  // the players are silent, too
             m_isWritten = device->save() && m_isWritten;
             devices << device.get();
             m_devices.push_back(std::move(device));
@@ -144,14 +145,11 @@ private:
 /// CPU of the client in percent of a core; negative when it could not be had.
 double measureClient(const Scene& scene, Workbench& bench) {
     ClientScene cameras(scene, bench);
-    if (!cameras.start()) {
+    if (!cameras.start())
         return -1.0;
-    }
     ClientProgram client(cameras.data());
     client.start();
-    if (client.waitUntilSeen() < 0.0)
-        return -1.0;
-    if (!client.openFirstEntry())
+    if (client.waitUntilSeen() < 0.0 || !client.openFirstEntry())
         return -1.0;
     runFor(kClientMs);
     const double used = cpuPercentOf({client.processId()});

@@ -96,7 +96,9 @@ private:
     orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
     std::vector<uint8_t> m_parameterSets;             ///< of the last key frame that had any
     orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below
-    int m_knownSoundId = -1;                          ///< the codec that m_audioParameters tell of
+    int m_knownSoundId = -1;  ///< of what m_audioParameters tell, as the two below
+    int m_knownSoundRate = 0;
+    int m_knownSoundChannels = 0;
     size_t m_lastG726Bytes = 0;
     double m_lastG726Sec = 0.0;
 
