@@ -197,6 +197,8 @@ void KvTUTKInput::storeVideo(std::unique_ptr<Packet> packet) {
 void KvTUTKInput::storeAudio(std::unique_ptr<Packet> packet) {
     m_rate.add(packet->packet()->size);
     audioQueue().put(std::move(packet));
+    if (m_soundFramesToLearn == 0)
+        return;
     const std::lock_guard<std::mutex> lock(m_soundMutex);
     if (m_soundFramesToLearn > 0 && --m_soundFramesToLearn == 0)
         followSound();

@@ -59,10 +59,10 @@ private:
 
     orvelle::ByteRate m_rate;
 
-    std::mutex m_soundMutex;  ///< guards what follows and the order of the requests for sound
+    std::mutex m_soundMutex;  ///< guards the next one and the order of the requests for sound
     bool m_isSoundWanted = true;
-    int m_soundFramesToLearn = 0;  ///< that come before the camera may let its sound rest
 
-    /// The camera was told to stop its sound. Orders nothing; written under m_soundMutex.
-    std::atomic<bool> m_isSoundResting{false};
+    // These order nothing, and are written under m_soundMutex.
+    std::atomic<int> m_soundFramesToLearn{0};   ///< that come before the sound may rest
+    std::atomic<bool> m_isSoundResting{false};  ///< the camera was told to stop it
 };

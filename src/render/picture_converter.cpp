@@ -10,12 +10,13 @@ constexpr int kUnchanged = 1 << 16;
 constexpr int kFilter = SWS_AREA;
 constexpr AVPixelFormat kTargetFormat = AV_PIX_FMT_0RGB32;
 
-bool isPlanar420(const AVFrame& picture) {
-    return picture.format == AV_PIX_FMT_YUV420P && picture.data[0] && picture.width > 1 &&
-           picture.height > 1;
-}
-
 }  // namespace
+
+bool PictureConverter::accepts(const AVFrame& picture) {
+    const bool isPlanar420 =
+        picture.format == AV_PIX_FMT_YUV420P || picture.format == AV_PIX_FMT_YUVJ420P;
+    return isPlanar420 && picture.data[0] && picture.width > 1 && picture.height > 1;
+}
 
 QImage PictureConverter::Target::image() const {
     if (!m_frame)
@@ -48,8 +49,7 @@ bool PictureConverter::Target::allocate(const QSize& size) {
 }
 
 int PictureConverter::convert(const AVFrame& picture, const QSize& size, Target& target) {
-    if (size.isEmpty() || !isPlanar420(picture) || !target.allocate(size) ||
-        !prepare(picture, target)) {
+    if (size.isEmpty() || !target.allocate(size) || !prepare(picture, target)) {
         target.clear();
         return -1;
     }

@@ -30,8 +30,9 @@ public:
         QSize m_size;  ///< of what is shown: the memory may be a column wider
     };
 
-    /// Fills the target with the picture at `size` in pixels: 0, or -1 when one of them makes no
-    /// sense or memory lacks, and the target is empty.
+    static bool accepts(const AVFrame& picture);
+    /// Fills the target with an accepted picture at `size` in pixels: 0, or -1 when that is empty
+    /// or memory lacks, and the target is empty.
     int convert(const AVFrame& picture, const QSize& size, Target& target);
 
 private:

@@ -38,6 +38,8 @@ RasterVideoView::RasterVideoView(QWidget* parent)
 RasterVideoView::~RasterVideoView() = default;
 
 int RasterVideoView::showPicture(const AVFrame& picture) {
+    if (!PictureConverter::accepts(picture))
+        return -1;
     QSize view;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -136,6 +138,9 @@ void RasterVideoView::paintEvent(QPaintEvent*) {
     followSize();
     QPainter painter(this);
     const qreal ratio = devicePixelRatioF();
+    // Between whole pixels the view may reach a part of one further than its size says.
+    if (ratio != std::floor(ratio))
+        painter.fillRect(rect(), Qt::black);
     painter.scale(1.0 / ratio, 1.0 / ratio);
     const std::lock_guard<std::mutex> lock(m_mutex);
     const QRect place = prepareShown();
