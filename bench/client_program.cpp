@@ -7,7 +7,6 @@
 #include <QThread>
 
 #include "system/camera_set.h"
-#include "ui/palette.h"
 #include "workbench.h"
 
 namespace orvelle::bench {
@@ -31,10 +30,11 @@ QPoint onScreen(const QPoint& inWindow) {
                              (screen.height() - kTaskBarHeight - kWindow.height()) / 2);
 }
 
-bool isTitleBarSeen() {
+/// Where the title bar will be: its colour depends on whether the guide of a first start covers it.
+QRgb titleBarPixel() {
     const QPoint at = onScreen(kTitleBar);
     const QPixmap pixel = QGuiApplication::primaryScreen()->grabWindow(0, at.x(), at.y(), 1, 1);
-    return pixel.toImage().pixelColor(0, 0) == QColor(QLatin1String(palette::kTitleBar));
+    return pixel.toImage().pixel(0, 0);
 }
 
 }  // namespace
@@ -54,8 +54,7 @@ ClientProgram::~ClientProgram() {
 }
 
 void ClientProgram::start() {
-    // The window of the one before may still be going.
-    test::waitUntil(kWindowTimeoutMs, [] { return !isTitleBarSeen(); });
+    m_pixelBefore = titleBarPixel();
     m_sinceStart.start();
     m_process.start(Workbench::program("orvelle"), QStringList());
 }
@@ -63,7 +62,7 @@ void ClientProgram::start() {
 double ClientProgram::waitUntilSeen() {
     const QDeadlineTimer deadline(kWindowTimeoutMs);
     while (!deadline.hasExpired()) {
-        if (isTitleBarSeen())
+        if (titleBarPixel() != m_pixelBefore)
             return static_cast<double>(m_sinceStart.nsecsElapsed()) * 1e-6;
         QThread::msleep(kLookIntervalMs);
     }
@@ -84,8 +83,12 @@ bool ClientProgram::openFirstEntry() {
 }
 
 bool ClientProgram::end() {
+    if (m_process.state() == QProcess::NotRunning)
+        return true;
     m_process.terminate();
-    return m_process.waitForFinished(kEndTimeoutMs);
+    // The screen may show the window for a moment longer, which the next one must not be taken for.
+    return m_process.waitForFinished(kEndTimeoutMs) &&
+           test::waitUntil(kEndTimeoutMs, [this] { return titleBarPixel() == m_pixelBefore; });
 }
 
 }  // namespace orvelle::bench

@@ -2,6 +2,7 @@
 
 #include <QElapsedTimer>
 #include <QProcess>
+#include <QRgb>
 #include <QString>
 
 namespace orvelle::bench {
@@ -28,6 +29,7 @@ public:
 private:
     QProcess m_process;
     QElapsedTimer m_sinceStart;
+    QRgb m_pixelBefore = 0;
 };
 
 }  // namespace orvelle::bench

@@ -3,6 +3,7 @@
 #include <QStandardPaths>
 
 #include <algorithm>
+#include <cstdio>
 #include <memory>
 
 #include "client_program.h"
@@ -169,8 +170,11 @@ bool measurePeers(Workbench& bench) {
         const double x11 = measurePlayers(scene, clip, QStringLiteral("x11"));
         const double client = measureClient(scene, bench);
         const double gpu = measurePlayers(scene, clip, QStringLiteral("gpu"));
-        if (x11 < 0.0 || client < 0.0 || gpu < 0.0)
+        if (x11 < 0.0 || client < 0.0 || gpu < 0.0) {
+            std::fprintf(stderr, "peers: no figures for %s of %s\n",
+                         client < 0.0 ? "the client" : "mpv", qPrintable(scene.name()));
             return false;
+        }
         report.add(QStringLiteral("peer_client_%1_pct").arg(scene.name()), client);
         report.add(QStringLiteral("peer_mpv_x11_%1_pct").arg(scene.name()), x11);
         report.add(QStringLiteral("peer_mpv_gpu_%1_pct").arg(scene.name()), gpu);
