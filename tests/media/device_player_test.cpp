@@ -136,10 +136,10 @@ private slots:
         QTRY_VERIFY(rig.isSoundAsked());
         const uint64_t before = rig.player.stats().audioFramesReceived;
         QTRY_VERIFY(!rig.player.recordPath().isEmpty() &&
-                    rig.player.stats().audioFramesReceived > before + 40);
+                    rig.player.stats().audioFramesReceived > before + 100);
         rig.player.stopRecord();
         const test::RecordingReader recording(path);
-        QVERIFY(recording.isOpen() && recording.streams() == 2 && recording.packets(1) > 5);
+        QVERIFY(recording.isOpen() && recording.streams() == 2 && recording.packets(1) > 2);
         QTRY_VERIFY(!rig.isSoundAsked());
         for (const double volume : {1.0, 0.0}) {
             rig.player.setVolume(volume);
