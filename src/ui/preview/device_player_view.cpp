@@ -260,7 +260,7 @@ void KvDevicePlayerView::updateState() {
     // Nothing comes back by itself, so the last picture must not look as if it did.
     if (offersCode && m_hasPicture) {
         m_hasPicture = false;
-        m_ui->videoView()->showFrame(nullptr);
+        m_ui->blankPicture();
     }
     if (m_isLoading || (isWaiting && m_hasPicture))
         m_ui->showCover(m_hasPicture ? orvelle::text("reconnecting") : orvelle::text("loading"));
