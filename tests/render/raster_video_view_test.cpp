@@ -184,9 +184,10 @@ private slots:
         showAt(view, {300, 200});
         std::atomic<bool> isOver{false};
         std::thread worker([&] {
-            while (!isOver)
+            do {
                 for (const int width : {64, 320})
                     view.showPicture(*rainbow({width, 64}));
+            } while (!isOver);
         });
         for (int i = 0; i < 60; ++i) {
             view.resize(200 + i, 100 + i % 7);

@@ -43,8 +43,7 @@ void RestartTest::picture_returns_whenCameraIsKilledAndStarted() {
     QSignalSpy firstPictures(&tile, &KvDevicePlayerView::hideLoadingSignal);
     tile.setDevice(device);
     orvelle::VideoSurface* const view = tile.findChild<KvDevicePlayerViewUI*>()->videoView();
-    QTRY_VERIFY_WITH_TIMEOUT(firstPictures.count() == 1 && !isBlack(view->grabView()),
-                             kTimeoutMs);
+    QTRY_VERIFY_WITH_TIMEOUT(firstPictures.count() == 1 && !isBlack(view->grabView()), kTimeoutMs);
 
     for (int cycle = 1; cycle <= kCycles; ++cycle) {
         cameras.process().kill();
