@@ -123,8 +123,8 @@ public:
 
 private:
     sockaddr_in m_from{};
-    LoginGate m_gate{"CAMERA1", "admin", "secret word", *this};
     LoginIdentity m_identity{"CAMERA1", "admin", "secret word"};
+    LoginGate m_gate{"CAMERA1", "admin", m_identity.generator, *this};
     std::optional<LoginExchange> m_exchange{std::in_place, m_identity, m_from, 0};
     bool m_isAdmitted = false;
 };

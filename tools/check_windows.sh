@@ -13,7 +13,7 @@ fi
 headers=$(mktemp -d)
 trap 'rm -rf "$headers"' EXIT
 libraries=/usr/include/$(gcc -print-multiarch)
-ln -s /usr/include/srt "$libraries"/lib{av*,sw*} "$libraries"/qt5/Qt* /usr/include/gnutls /usr/include/sodium{,.h} "$headers"
+ln -s /usr/include/srt "$libraries"/lib{av*,sw*} "$libraries"/qt5/Qt* /usr/include/sodium{,.h} "$headers"
 # What these libraries ask for beyond the compiler's own headers.
 mkdir "$headers/sys" "$headers/win"
 echo 'struct iovec { void* iov_base; size_t iov_len; };' >"$headers/sys/uio.h"

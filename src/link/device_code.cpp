@@ -1,5 +1,6 @@
 #include "link/device_code.h"
 
+#include "core/wipe.h"
 #include "link/wire/wire.h"
 
 #include <algorithm>
@@ -184,7 +185,8 @@ int GetDeUIDPasswd(const char* code, char* uid, char* password) {
         return -1;
     Number number({digits->begin() + kCheckDigits, digits->end()});
     const std::string uidText = number.popText(kMaxUidLength);
-    const std::string passwordText = number.popText(kMaxPasswordBytes);
+    std::string passwordText = number.popText(kMaxPasswordBytes);
+    const WipedAtEnd wiped(passwordText);
     if (!number.isZero() || !isValidUid(uidText))
         return -1;
     std::memcpy(uid, uidText.c_str(), uidText.size() + 1);

@@ -16,8 +16,8 @@ public:
     RawCamera()
         : m_ports(bound(m_socket)),
           m_search(kUid, "Raw camera", m_socket.port()),
-          m_gate(config(), m_socket, m_search, m_clients, m_ports,
-                 [this](SRTSOCKET listener) { m_listener = listener; }) {
+          m_gate(kUid, {kPassword, loginContext(kUid, kLinkAccount)}, m_socket, m_search, m_clients,
+                 m_ports, [this](SRTSOCKET listener) { m_listener = listener; }) {
         m_gate.start();
     }
     ~RawCamera() {
@@ -75,13 +75,6 @@ private:
         address.sin_port = htons(socket.port());
         return address;
     }
-    static LinkServerConfig config() {
-        LinkServerConfig config;
-        config.uid = kUid;
-        config.password = kPassword;
-        return config;
-    }
-
     bool open(SrtSocket& socket) {
         uint8_t buffer[kMaxDatagramBytes];
         int size = 0;

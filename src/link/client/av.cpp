@@ -1,5 +1,6 @@
 #include "link/av.h"
 
+#include "core/wipe.h"
 #include "link/client/link_client.h"
 #include "link/result_codes.h"
 
@@ -47,7 +48,9 @@ int avClientStart2(int sid, const char* account, const char* password, uint32_t 
     if (serviceType)
         *serviceType = 0;
     setIfWanted(resend, 1);
-    return LinkClient::instance().openChannel(sid, account, password, channel,
+    std::string secret = password;
+    const orvelle::WipedAtEnd wiped(secret);
+    return LinkClient::instance().openChannel(sid, account, secret, channel,
                                               int64_t{timeoutSec} * 1000);
 }
 

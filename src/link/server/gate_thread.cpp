@@ -16,16 +16,16 @@ constexpr int64_t kPlaceMs = 3000;  // for the sockets of a session to come
 
 }  // namespace
 
-GateThread::GateThread(const LinkServerConfig& config, DatagramSocket& gate,
-                       SearchResponder& search, ClientTable& clients, PeerPorts& ports,
-                       std::function<void(SRTSOCKET)> watch)
+GateThread::GateThread(const std::string& uid, const CpaceGenerator& generator,
+                       DatagramSocket& gate, SearchResponder& search, ClientTable& clients,
+                       PeerPorts& ports, std::function<void(SRTSOCKET)> watch)
     : KvThread(QStringLiteral("link-gate")),
       m_socket(gate),
       m_search(search),
       m_clients(clients),
       m_ports(ports),
       m_watch(std::move(watch)),
-      m_gate(config.uid, kLinkAccount, config.password, *this) {}
+      m_gate(uid, kLinkAccount, generator, *this) {}
 
 void GateThread::run() {
     while (!isStopped()) {

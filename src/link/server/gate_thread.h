@@ -16,8 +16,9 @@ namespace orvelle {
 class GateThread : public KvThread, private LoginGate::Host {
 public:
     /// `gate` is bound; `watch` is told each new listening socket, on this thread.
-    GateThread(const LinkServerConfig& config, DatagramSocket& gate, SearchResponder& search,
-               ClientTable& clients, PeerPorts& ports, std::function<void(SRTSOCKET)> watch);
+    GateThread(const std::string& uid, const CpaceGenerator& generator, DatagramSocket& gate,
+               SearchResponder& search, ClientTable& clients, PeerPorts& ports,
+               std::function<void(SRTSOCKET)> watch);
 
     void run() override;
     void stop() override;

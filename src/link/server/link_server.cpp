@@ -1,5 +1,6 @@
 #include "link/server/link_server.h"
 
+#include "core/wipe.h"
 #include "link/clock.h"
 #include "link/environment.h"
 #include "link/limits.h"
@@ -24,8 +25,7 @@ constexpr std::chrono::milliseconds kPortRetry{10};
 
 class LinkServer::Impl {
 public:
-    Impl(LinkServerConfig config, LinkServerListener* listener)
-        : m_config(std::move(config)), m_listener(listener) {}
+    Impl(LinkServerConfig config, LinkServerListener* listener);
 
     int start();
     void stop();
@@ -44,8 +44,10 @@ private:
     bool bindGate(const sockaddr_in& address);
     void startThreads();
 
-    const LinkServerConfig m_config;
+    LinkServerConfig m_config;  ///< fixed after construction, without the password
     LinkServerListener* const m_listener;
+    /// What the password comes to; nothing without a password or without random numbers.
+    std::optional<CpaceGenerator> m_generator;
     uint16_t m_port = 0;
     ClientTable m_clients;
     ServerCounters m_counters;
@@ -61,6 +63,13 @@ private:
     std::unique_ptr<GateThread> m_gate;
 };
 
+LinkServer::Impl::Impl(LinkServerConfig config, LinkServerListener* listener)
+    : m_config(std::move(config)), m_listener(listener) {
+    if (startCrypto() && !m_config.password.empty())
+        m_generator.emplace(m_config.password, loginContext(m_config.uid, kLinkAccount));
+    wipe(m_config.password);
+}
+
 int LinkServer::Impl::start() {
     if (m_service)
         return 0;
@@ -68,10 +77,8 @@ int LinkServer::Impl::start() {
         return LINK_ER_BAD_UID;
     const std::string host = isLinkLoopbackOnly() ? "127.0.0.1" : m_config.bindAddress;
     const auto address = ipv4Address(host, m_config.port);
-    if (!address || m_config.password.empty())
+    if (!address || !m_generator)
         return AV_ER_INVALID_ARG;
-    if (!startCrypto())
-        return LINK_ER_NETWORK;
 
     if (!bindGate(*address)) {
         qCWarning(lcLink, "cannot listen on %s:%d", host.c_str(), m_config.port);
@@ -116,7 +123,7 @@ void LinkServer::Impl::startThreads() {
     }
     m_service->start();
     m_gate = std::make_unique<GateThread>(
-        m_config, *m_socket, *m_search, m_clients, *m_ports,
+        m_config.uid, *m_generator, *m_socket, *m_search, m_clients, *m_ports,
         [service = m_service.get()](SRTSOCKET listener) { service->watch(listener); });
     m_gate->start();
 }

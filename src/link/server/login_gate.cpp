@@ -32,10 +32,11 @@ Bytes refusal(uint64_t token, int reason) {
 
 }  // namespace
 
-LoginGate::LoginGate(std::string uid, std::string account, const std::string& password, Host& host)
+LoginGate::LoginGate(std::string uid, std::string account, const CpaceGenerator& generator,
+                     Host& host)
     : m_uid(std::move(uid)),
       m_account(std::move(account)),
-      m_generator(password, loginContext(m_uid, m_account)),
+      m_generator(generator),
       m_host(host),
       m_cookieKey(randomKey()),
       m_formerCookieKey(randomKey()) {}

@@ -35,7 +35,8 @@ public:
 
     static constexpr size_t kMaxExchanges = 256;
 
-    LoginGate(std::string uid, std::string account, const std::string& password, Host& host);
+    /// `generator`: of the password, in the context of UID and account.
+    LoginGate(std::string uid, std::string account, const CpaceGenerator& generator, Host& host);
 
     /// What to send back to whom; nothing for what deserves no answer.
     struct Answer {
