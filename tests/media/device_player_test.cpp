@@ -6,6 +6,7 @@
 #include "media/device_inputs.h"
 #include "media/device_player.h"
 #include "media/player_output_default.h"
+#include "media/player_recorder.h"
 #include "media/tutk_input.h"
 #include "render/raster_video_view.h"
 #include "support/suites.h"
@@ -135,7 +136,7 @@ private slots:
         rig.player.startRecord(path, QStringLiteral("mp4"), 3600.0);
         QTRY_VERIFY(rig.isSoundAsked());
         const uint64_t before = rig.player.stats().audioFramesReceived;
-        QTRY_VERIFY(!rig.player.recordPath().isEmpty() &&
+        QTRY_VERIFY(rig.player.recorder()->isRecording() &&
                     rig.player.stats().audioFramesReceived > before + 100);
         rig.player.stopRecord();
         const test::RecordingReader recording(path);
