@@ -115,7 +115,7 @@ public:
                m_gate.exchanges() <= LoginGate::kMaxExchanges;
     }
 
-    Admission admit(uint64_t, const SecretKey&, const sockaddr_in&) override {
+    Admission admit(uint64_t, const SecretKey&, const sockaddr_in&, uint64_t) override {
         m_isAdmitted = true;
         return {};
     }
