@@ -292,6 +292,9 @@ void GateTest::budget_isOfEachAddress_andOfAll() {
     for (uint32_t from = 100; from < 150; ++from)
         all += allowed(from, 20, 20'000);
     QCOMPARE(all, 200);
+    ledger.noteRightPassword(host(1));
+    QCOMPARE(allowed(200, 1, 20'000), 0);
+    QCOMPARE(allowed(1, 100, 20'000), 20);
 }
 
 void GateTest::delay_grows_withWrongPasswords() {
