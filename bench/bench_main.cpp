@@ -20,17 +20,27 @@ namespace {
 struct Section {
     const char* name;
     bool (*measure)(Workbench& bench);
+    bool isUsual = true;  ///< measured unless others are wanted
 };
 constexpr Section kSections[] = {
     {"startup", measureStartUp},   {"engine", measureEngine},   {"fullhd", measureFullHd},
     {"grid", measureGrid},         {"delay", measureDelay},     {"record", measureRecording},
-    {"playback", measurePlayback}, {"latency", measureLatency},
+    {"playback", measurePlayback}, {"latency", measureLatency}, {"storm", measureStorm, false},
 };
 
 QStringList sectionNames() {
     QStringList names;
     for (const Section& section : kSections)
         names << QLatin1String(section.name);
+    return names;
+}
+
+QStringList usualSections() {
+    QStringList names;
+    for (const Section& section : kSections) {
+        if (section.isUsual)
+            names << QLatin1String(section.name);
+    }
     return names;
 }
 
@@ -65,9 +75,9 @@ int run(const QApplication& application) {
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Also write the figures as JSON."),
                                   QStringLiteral("file"));
-    const QCommandLineOption only(QStringLiteral("only"),
-                                  QStringLiteral("Measure only these of ") + names,
-                                  QStringLiteral("sections"), names);
+    const QCommandLineOption only(
+        QStringLiteral("only"), QStringLiteral("Measure only these of ") + names,
+        QStringLiteral("sections"), usualSections().join(QLatin1Char(',')));
     QCommandLineParser parser;
     parser.addOptions({json, only});
     parser.addHelpOption();

@@ -24,5 +24,7 @@ bool measureDelay(Workbench& bench);
 bool measureRecording(Workbench& bench);
 /// From choosing a moment on the timeline until the recording's first picture is on the screen.
 bool measurePlayback(Workbench& bench);
+/// What a camera's viewer, memory and logins suffer while strangers flood its port; four minutes.
+bool measureStorm(Workbench& bench);
 
 }  // namespace orvelle::bench

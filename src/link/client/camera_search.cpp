@@ -18,6 +18,7 @@ constexpr int64_t kSearchAfterAnswerMs = 800;
 // A camera of version 1 leaves a query to its port unanswered.
 constexpr int64_t kVersionOneAfterMs = 600;
 constexpr int kMaxCandidatesPerHost = 4;
+constexpr int kMaxAnswersInARow = 256;
 
 std::optional<sockaddr_in> configuredAddress(const std::string& uid) {
     const auto configured = configuredCameraAddress(uid);
@@ -40,8 +41,12 @@ CameraSearch::CameraSearch(const std::string& uid)
 bool CameraSearch::step(int waitMs) {
     probeForVersionOne();
     const size_t before = m_candidates.size();
-    if (const auto answer = m_lan.next(waitMs))
+    for (int i = 0; i < kMaxAnswersInARow; ++i) {
+        const auto answer = m_lan.next(i == 0 ? waitMs : 0);
+        if (!answer)
+            break;
         take(*answer);
+    }
     return m_candidates.size() > before;
 }
 

@@ -9,7 +9,9 @@ namespace orvelle {
 
 namespace {
 
-constexpr size_t kMaxExchanges = 8;
+constexpr size_t kExchangesAtOnce = 8;
+constexpr int64_t kNextAfterMs = 50;  // then another one, so that none who stalls stands in the way
+constexpr int kMaxMessagesInARow = 64;
 constexpr int kSliceMs = 10;
 
 // What a failure tells the user about the camera, least first.
@@ -44,9 +46,12 @@ void CandidateRace::admitCandidates() {
         if (m_search->isOver())
             m_search.reset();
     }
-    while (m_nextCandidate < m_candidates.size() && m_exchanges.size() < kMaxExchanges) {
+    const int64_t nowMs = steadyMilliseconds();
+    while (m_nextCandidate < m_candidates.size() &&
+           (m_exchanges.size() < kExchangesAtOnce || nowMs >= m_nextAdmissionMs)) {
+        m_nextAdmissionMs = nowMs + kNextAfterMs;
         const sockaddr_in& camera = m_candidates[m_nextCandidate++];
-        m_exchanges.emplace_back(m_identity, camera, m_port.wayTo(camera));
+        m_exchanges.emplace_back(m_identity, camera, m_port.way());
     }
 }
 
@@ -68,7 +73,10 @@ void CandidateRace::receive() {
         return;
     uint8_t buffer[kMaxDatagramBytes];
     sockaddr_in from{};
-    for (int size; (size = m_socket.receive(buffer, sizeof buffer, from)) >= 0;) {
+    for (int i = 0; i < kMaxMessagesInARow; ++i) {
+        const int size = m_socket.receive(buffer, sizeof buffer, from);
+        if (size < 0)
+            return;
         const auto message =
             decodeLogin(buffer, std::min(static_cast<size_t>(size), sizeof buffer));
         if (!message)
@@ -88,7 +96,6 @@ void CandidateRace::collect() {
             continue;
         }
         if (it->result() == 0) {
-            m_port.noteWay(it->camera(), it->way());
             m_proof = {it->camera(), it->socketAddress(), it->token(), it->sessionSecret()};
             m_result = 0;
             m_isDone = true;

@@ -34,6 +34,7 @@ private:
     std::unique_ptr<CameraSearch> m_search;  ///< null once nobody else is awaited
     std::vector<sockaddr_in> m_candidates;
     size_t m_nextCandidate = 0;
+    int64_t m_nextAdmissionMs = 0;
     DatagramSocket m_socket;
     std::list<LoginExchange> m_exchanges;
     int m_result = 0;

@@ -11,6 +11,7 @@ namespace {
 constexpr int64_t kFirstRepeatMs = 150;
 constexpr int64_t kMaxRepeatMs = 600;
 constexpr int64_t kSilenceMs = 3000;
+constexpr int kMaxCookies = 4;  // a camera changes its own twice a minute
 
 uint64_t randomToken() {
     uint64_t token = 0;
@@ -85,7 +86,7 @@ void LoginExchange::handle(const LoginMessage& message, int64_t nowMs) {
 }
 
 void LoginExchange::handleCookie(const LoginCookie& cookie) {
-    if (m_keys || m_hello.cookie == cookie.cookie)
+    if (m_keys || m_hello.cookie == cookie.cookie || ++m_cookies > kMaxCookies)
         return;
     m_hello.cookie = cookie.cookie;
     sendAtOnce();
@@ -105,12 +106,9 @@ void LoginExchange::handleWelcome(const LoginWelcome& welcome) {
 }
 
 void LoginExchange::handleReady(const LoginReady& ready) {
-    if (!m_keys)
+    // Whoever has another password sends REFUSED; this was changed on its way, and comes again.
+    if (!m_keys || !isAuthentic(ready, *m_keys))
         return;
-    if (!isAuthentic(ready, *m_keys)) {
-        finish(AV_ER_WRONG_VIEWACCorPWD);
-        return;
-    }
     m_ready = ready;
     finish(0);
 }

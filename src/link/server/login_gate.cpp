@@ -146,12 +146,12 @@ Bytes LoginGate::finishExchange(Exchange& exchange, const LoginProof& proof,
         return refusal(proof.token, AV_ER_WRONG_VIEWACCorPWD);
     }
     m_ledger.noteRightPassword(peer.sin_addr);
-    const Host::Admission admission = m_host.admit(proof.token, exchange.keys->session, peer);
+    const Host::Admission admission =
+        m_host.admit(proof.token, exchange.keys->session, peer, proof.way);
     if (admission.result != 0)
         return refusal(proof.token, admission.result);
     LoginReady ready;
     ready.token = proof.token;
-    ready.way = admission.way;
     ready.port = admission.port;
     sign(ready, *exchange.keys);
     exchange.ready = ready;

@@ -24,12 +24,12 @@ public:
         struct Admission {
             int result = 0;     ///< a code to refuse it with
             uint16_t port = 0;  ///< where the peer's sockets are awaited; 0: where it logged in
-            uint64_t way = 0;   ///< names the peer from now on
         };
         virtual ~Host() = default;
-        virtual Admission admit(uint64_t token, const SecretKey& secret,
-                                const sockaddr_in& peer) = 0;
-        /// The peer of a way that was given out lately.
+        /// `way`: names the peer from now on.
+        virtual Admission admit(uint64_t token, const SecretKey& secret, const sockaddr_in& peer,
+                                uint64_t way) = 0;
+        /// The peer that a way named lately.
         virtual std::optional<sockaddr_in> peerOf(uint64_t way) const = 0;
     };
 

@@ -2,8 +2,6 @@
 
 #include "link/link_log.h"
 
-#include <sodium.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -25,11 +23,17 @@ SrtSocket listenOn(DatagramSocket::Descriptor descriptor) {
 
 }  // namespace
 
-PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, const Stray& stray) {
+PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, uint64_t way, const Stray& stray) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    for (const Port& port : m_ports) {
-        if (isSameAddress(port.peer, peer))
-            return {port.number, port.way, SRT_INVALID_SOCK};
+    for (Port& port : m_ports) {
+        if (port.way == way)
+            port.way = 0;  // the newest has it
+    }
+    for (Port& port : m_ports) {
+        if (isSameAddress(port.peer, peer)) {
+            port.way = way;
+            return {port.number, SRT_INVALID_SOCK};
+        }
     }
     DatagramSocket socket;
     if (!socket.bindBeside(m_gate, peer))
@@ -45,11 +49,11 @@ PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, const Stray& stray) {
     port.number = socket.port();
     port.descriptor = socket.release();
     port.listener = listenOn(port.descriptor);
-    randombytes_buf(&port.way, sizeof port.way);
+    port.way = way;
     if (!port.listener.isOpen())
         return {};
     m_ports.push_back(std::move(port));
-    return {m_ports.back().number, m_ports.back().way, m_ports.back().listener.id()};
+    return {m_ports.back().number, m_ports.back().listener.id()};
 }
 
 bool PeerPorts::isListener(SRTSOCKET socket) const {
@@ -61,7 +65,7 @@ bool PeerPorts::isListener(SRTSOCKET socket) const {
 std::optional<sockaddr_in> PeerPorts::peerOf(uint64_t way) const {
     std::lock_guard<std::mutex> lock(m_mutex);
     for (const Port& port : m_ports) {
-        if (port.way == way)
+        if (way != 0 && port.way == way)
             return port.peer;
     }
     return std::nullopt;
