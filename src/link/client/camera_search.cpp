@@ -13,8 +13,8 @@ namespace orvelle {
 namespace {
 
 constexpr int64_t kSearchMs = 2000;
-// Time for everybody to answer once one has.
-constexpr int64_t kSearchAfterAnswerMs = 800;
+// Time for the LAN to answer once the configured host has said that it cannot serve us.
+constexpr int64_t kSearchAfterRefusalMs = 800;
 // A camera of version 1 leaves a query to its port unanswered.
 constexpr int64_t kVersionOneAfterMs = 600;
 constexpr int kMaxCandidatesPerHost = 4;
@@ -82,8 +82,8 @@ void CameraSearch::take(const LanAnswer& answer) {
 
 bool CameraSearch::isOver() const {
     const int64_t elapsedMs = steadyMilliseconds() - m_startMs;
-    if (m_isOtherCamera || m_isOtherVersion || !m_candidates.empty())
-        return elapsedMs >= kSearchAfterAnswerMs;
+    if (m_candidates.empty() && (m_isOtherCamera || m_isOtherVersion))
+        return elapsedMs >= kSearchAfterRefusalMs;
     return !isLinkUnbounded() && elapsedMs >= kSearchMs;
 }
 

@@ -25,11 +25,15 @@ int weightOf(int result) {
 
 }  // namespace
 
-CandidateRace::CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port)
+CandidateRace::CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port,
+                             const std::optional<sockaddr_in>& lastCamera)
     : m_identity(identity),
       m_port(port),
       m_search(session.takeSearch()),
-      m_candidates(session.candidates()) {}
+      m_candidates(session.candidates()) {
+    if (lastCamera)
+        m_exchanges.emplace_back(m_identity, *lastCamera, m_port.way());
+}
 
 bool CandidateRace::step() {
     admitCandidates();
@@ -83,7 +87,7 @@ void CandidateRace::receive() {
             continue;
         const uint64_t token = std::visit([](const auto& m) { return m.token; }, *message);
         for (LoginExchange& exchange : m_exchanges) {
-            if (exchange.token() == token)
+            if (exchange.token() == token && isSameAddress(exchange.camera(), from))
                 exchange.handle(*message, steadyMilliseconds());
         }
     }
@@ -111,9 +115,20 @@ void CandidateRace::noteFailure(int result) {
         m_result = result;
 }
 
+// One who has not answered, and did not answer to the search either, is not waited for.
+bool CandidateRace::isSomebodyPending() const {
+    return std::any_of(m_exchanges.begin(), m_exchanges.end(), [this](const auto& exchange) {
+        return exchange.wasAnswered() ||
+               std::any_of(m_candidates.begin(), m_candidates.end(), [&](const auto& candidate) {
+                   return isSameAddress(candidate, exchange.camera());
+               });
+    });
+}
+
 // A refusal may come from somebody in the camera's place, so the search has its time first.
 bool CandidateRace::isOver() const {
-    return m_isDone || (m_exchanges.empty() && m_nextCandidate == m_candidates.size() && !m_search);
+    return m_isDone ||
+           (!isSomebodyPending() && m_nextCandidate == m_candidates.size() && !m_search);
 }
 
 }  // namespace orvelle

@@ -12,8 +12,10 @@ namespace orvelle {
 /// password is the camera, and what the others say does not count. One thread.
 class CandidateRace {
 public:
-    /// All are borrowed.
-    CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port);
+    /// All are borrowed. `lastCamera`: who proved the password the last time, and is tried first
+    /// whoever else answers now.
+    CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port,
+                  const std::optional<sockaddr_in>& lastCamera);
 
     /// Waits a slice of 10 ms at most; whether the outcome is known.
     bool step();
@@ -27,6 +29,7 @@ private:
     void receive();
     void collect();
     void noteFailure(int result);
+    bool isSomebodyPending() const;
     bool isOver() const;
 
     const LoginIdentity& m_identity;

@@ -23,9 +23,10 @@ bool LocalPort::open(uint16_t port) {
     m_address = *ipv4Address(isLinkLoopbackOnly() ? "127.0.0.1" : "0.0.0.0", socket.port());
     randombytes_buf(&m_way, sizeof m_way);
     m_anchor = createLinkSocket(SocketUse::Control);
-    m_descriptor = socket.release();
-    if (m_anchor.isOpen() && srt_bind_acquire(m_anchor.id(), m_descriptor) == 0)
+    if (m_anchor.isOpen() && srt_bind_acquire(m_anchor.id(), socket.descriptor()) == 0) {
+        m_descriptor = socket.release();
         return true;
+    }
     qCWarning(lcLink, "no local port: %s", srt_getlasterror_str());
     return false;
 }

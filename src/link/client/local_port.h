@@ -22,6 +22,7 @@ public:
     uint64_t way() const { return m_way; }
 
 private:
+    const SrtLibrary m_library;  ///< goes last: a login may still run when the client is shut down
     // Fixed after open().
     SrtSocket m_anchor;  ///< bound and never used: the transport keeps the port while it lives
     DatagramSocket::Descriptor m_descriptor = DatagramSocket::kNone;  ///< the transport's

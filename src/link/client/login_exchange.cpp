@@ -11,6 +11,7 @@ namespace {
 constexpr int64_t kFirstRepeatMs = 150;
 constexpr int64_t kMaxRepeatMs = 600;
 constexpr int64_t kSilenceMs = 3000;
+constexpr int64_t kSecondThoughtsMs = 300;
 constexpr int kMaxCookies = 4;  // a camera changes its own twice a minute
 
 uint64_t randomToken() {
@@ -52,6 +53,9 @@ std::vector<LoginExchange::Outgoing> LoginExchange::due(int64_t nowMs) {
         m_startMs = nowMs;
     if (nowMs - m_startMs >= kSilenceMs)
         finish(AV_ER_TIMEOUT);
+    // Somebody on the path may have said it, so the camera has time to say something else.
+    if (m_refusal != 0 && nowMs - m_refusedMs >= kSecondThoughtsMs)
+        finish(m_refusal);
     if (m_isDone || nowMs < m_nextSendMs)
         return {};
     m_waitMs = m_nextSendMs == 0 ? kFirstRepeatMs : std::min(m_waitMs * 2, kMaxRepeatMs);
@@ -80,9 +84,16 @@ void LoginExchange::handle(const LoginMessage& message, int64_t nowMs) {
     else if (const auto* ready = std::get_if<LoginReady>(&message))
         handleReady(*ready);
     else if (const auto* refused = std::get_if<LoginRefused>(&message))
-        finish(resultOfRefusal(refused->reason));
+        handleRefusal(resultOfRefusal(refused->reason), nowMs);
     else if (std::holds_alternative<LoginOfOtherVersion>(message))
-        finish(LINK_ER_VERSION);
+        handleRefusal(LINK_ER_VERSION, nowMs);
+}
+
+void LoginExchange::handleRefusal(int result, int64_t nowMs) {
+    if (m_refusal != 0)
+        return;
+    m_refusal = result;
+    m_refusedMs = nowMs;
 }
 
 void LoginExchange::handleCookie(const LoginCookie& cookie) {

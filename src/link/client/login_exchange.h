@@ -61,6 +61,7 @@ private:
     void handleCookie(const LoginCookie& cookie);
     void handleWelcome(const LoginWelcome& welcome);
     void handleReady(const LoginReady& ready);
+    void handleRefusal(int result, int64_t nowMs);
     void finish(int result);
     void sendAtOnce() { m_nextSendMs = 0; }
 
@@ -75,6 +76,8 @@ private:
     int64_t m_nextSendMs = 0;
     int64_t m_waitMs = 0;
     int m_cookies = 0;
+    int m_refusal = 0;  ///< what somebody refused us with
+    int64_t m_refusedMs = 0;
     bool m_wasAnswered = false;
     bool m_isDone = false;
     int m_result = 0;

@@ -72,6 +72,11 @@ AttemptLedger::Verdict AttemptLedger::judge(in_addr address, int64_t nowMs) {
     return Verdict::Allowed;
 }
 
+bool AttemptLedger::isDelayed(in_addr address, int64_t nowMs) const {
+    const auto known = m_byAddress.find(address.s_addr);
+    return known != m_byAddress.end() && nowMs < known->second->delayedUntilMs;
+}
+
 void AttemptLedger::noteWrongPassword(in_addr address, int64_t nowMs) {
     Entry& entry = entryOf(address, nowMs);
     if (nowMs - entry.lastWrongMs > kForgivenMs)

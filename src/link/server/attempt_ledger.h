@@ -27,6 +27,8 @@ public:
     };
     Verdict judge(in_addr address, int64_t nowMs);
 
+    bool isDelayed(in_addr address, int64_t nowMs) const;
+
     void noteWrongPassword(in_addr address, int64_t nowMs);
     void noteRightPassword(in_addr address);
 

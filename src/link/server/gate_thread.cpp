@@ -91,8 +91,10 @@ LoginGate::Host::Admission GateThread::admit(uint64_t token, const SecretKey& se
         });
     if (opened.listener != SRT_INVALID_SOCK)
         m_watch(opened.listener);
-    if (opened.port == 0)
+    if (opened.port == 0) {
+        m_clients.unreserve(token);
         return {LINK_ER_NETWORK, 0};
+    }
     // Behind a relay the client knows the port by another number.
     const bool isSame = opened.port == m_socket.port();
     return {0, isSame ? uint16_t{0} : opened.port};

@@ -52,13 +52,14 @@ public:
     size_t exchanges() const { return m_exchanges.size(); }
 
 private:
-    /// From WELCOME on; kept for a while after READY, which may have to be repeated.
+    /// From WELCOME on; kept for a while, since READY or REFUSED may have to be repeated.
     struct Exchange {
         Bytes hello;         ///< associated data and share: what a repetition must equal
         sockaddr_in from{};  ///< of the client's login socket
         LoginWelcome welcome;
         std::optional<LoginKeys> keys;
         std::optional<LoginReady> ready;
+        bool isCounted = false;  ///< as a wrong password
         int64_t untilMs = 0;
     };
     using Exchanges = std::list<std::pair<uint64_t, Exchange>>;  ///< by token, oldest first
@@ -69,6 +70,7 @@ private:
                                        int64_t nowMs);
     std::optional<Answer> answerProof(const LoginProof& proof, const sockaddr_in& from,
                                       int64_t nowMs);
+    Answer refuseProof(Exchange& exchange, uint64_t token, int64_t nowMs);
     std::optional<sockaddr_in> peerOf(const LoginProof& proof, const sockaddr_in& from) const;
     Bytes finishExchange(Exchange& exchange, const LoginProof& proof, const sockaddr_in& peer,
                          int64_t nowMs);

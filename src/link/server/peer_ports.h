@@ -28,6 +28,10 @@ public:
     Opened open(const sockaddr_in& peer, uint64_t way, const Stray& stray);
 
     bool isListener(SRTSOCKET socket) const;
+    /// Counts a socket that was accepted. False when the address has opened more than a client
+    /// ever would, which can only be somebody who forges it: the port was closed with all its
+    /// sockets, and the client has to log in anew.
+    bool noteAccepted(SRTSOCKET listener, int64_t nowMs);
     /// The address behind a way. While its port is open, what the peer sends from there to the gate
     /// ends in the transport.
     std::optional<sockaddr_in> peerOf(uint64_t way) const;
@@ -42,7 +46,11 @@ private:
         uint16_t number = 0;
         DatagramSocket::Descriptor descriptor = DatagramSocket::kNone;  ///< the transport's
         SrtSocket listener;
+        int accepted = 0;  ///< since countedMs
+        int64_t countedMs = 0;
     };
+
+    static void giveUp(std::vector<Port>& ports);
 
     const sockaddr_in m_gate;
 

@@ -196,7 +196,7 @@ std::optional<LoginMessage> decodeLogin(const uint8_t* data, size_t size) {
         return std::nullopt;
     const uint64_t token = getU64(data + kTokenAt);
     if (data[kVersionAt] != kProtocolVersion)
-        return LoginOfOtherVersion{token};
+        return LoginOfOtherVersion{token, data[kKindAt] == static_cast<uint8_t>(Kind::Hello)};
     const Kind kind{data[kKindAt]};
     if (size != sizeOf(kind))
         return std::nullopt;

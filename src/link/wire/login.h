@@ -59,6 +59,7 @@ struct LoginRefused {
 /// A datagram of a login in another version.
 struct LoginOfOtherVersion {
     uint64_t token = 0;
+    bool isHello = false;  ///< the only kind that may be answered
 };
 
 using LoginMessage = std::variant<LoginHello, LoginCookie, LoginWelcome, LoginProof, LoginReady,
