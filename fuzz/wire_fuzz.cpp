@@ -181,8 +181,8 @@ private:
     const sockaddr_in m_client{};
     int64_t m_nowMs = 1;
     unsigned long m_logins = 0;
-    LoginGate m_gate{"CAMERA1", "admin", "secret word", *this};
     LoginIdentity m_identity{"CAMERA1", "admin", "secret word"};
+    LoginGate m_gate{"CAMERA1", "admin", m_identity.generator, *this};
     std::optional<SecretKey> m_admitted;
 };
 

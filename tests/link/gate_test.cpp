@@ -61,7 +61,8 @@ private:
         return id == 7 ? way : std::nullopt;
     }
 
-    LoginGate m_gate{kUid, kLinkAccount, (startCrypto(), kPassword), *this};
+    LoginGate m_gate{
+        kUid, kLinkAccount, {(startCrypto(), kPassword), loginContext(kUid, kLinkAccount)}, *this};
 };
 
 /// One client that logs in at it, a message at a time.
