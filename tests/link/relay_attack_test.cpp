@@ -80,6 +80,20 @@ Datagram shutdownOf(const Datagram& ofSameSocket) {
     return packet;
 }
 
+/// Lets a relay tamper while it lives, so that what the hook uses outlives it.
+class Tampering {
+public:
+    Tampering(UdpRelay& relay, UdpRelay::Tamper tamper) : m_relay(relay) {
+        m_relay.setTamper(std::move(tamper));
+    }
+    ~Tampering() { m_relay.setTamper({}); }
+    Tampering(const Tampering&) = delete;
+    Tampering& operator=(const Tampering&) = delete;
+
+private:
+    UdpRelay& m_relay;
+};
+
 QByteArray order(char letter) {
     return QByteArray(kOrderBytes, letter);
 }
@@ -197,7 +211,7 @@ void RelayAttackTest::changedMessage_isNeverBelieved() {
     QFETCH(RelayDirection, direction);
     QFETCH(bool, atEnd);
     std::atomic<int> changed{0};
-    m_relay->setTamper([&](RelayDirection way, Datagram datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, Datagram datagram) {
         if (way == direction && kindOf(datagram) == Seen(kind)) {
             const size_t begin = isData(datagram) ? kTransportHeaderBytes : 0;
             datagram[atEnd ? datagram.size() - 1 : (begin + datagram.size()) / 2] ^= 1;
@@ -230,7 +244,7 @@ void RelayAttackTest::changedGoodbye_isNone() {
     QFETCH(RelayDirection, direction);
     TestClient client;
     QVERIFY(connectThrough(m_relay->port(), client) >= 0);
-    m_relay->setTamper([&](RelayDirection way, Datagram datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, Datagram datagram) {
         if (way == direction && kindOf(datagram) == Seen::Token)
             datagram.back() ^= 1;
         return std::vector<Datagram>{datagram};
@@ -268,7 +282,7 @@ void RelayAttackTest::movedMessage_isNotObeyed() {
     std::deque<Datagram> orders;  // that went by in the direction of the attack
     Datagram other;               // one that went the other way
     std::atomic<bool> hasOther{false};
-    m_relay->setTamper([&](RelayDirection way, const Datagram& datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, const Datagram& datagram) {
         std::vector<Datagram> passing{datagram};
         if (kindOf(datagram) != Seen::Order)
             return passing;
@@ -321,7 +335,7 @@ void RelayAttackTest::movedMessage_isNotObeyed() {
 void RelayAttackTest::session_works_whenEverythingIsRepeatedAndReordered() {
     std::map<RelayDirection, std::vector<Datagram>> held;
     int count = 0;
-    m_relay->setTamper([&](RelayDirection way, const Datagram& datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, const Datagram& datagram) {
         std::vector<Datagram>& waiting = held[way];
         waiting.push_back(datagram);
         waiting.push_back(datagram);
@@ -360,7 +374,7 @@ void RelayAttackTest::forgedShutdown_isNoGoodbye() {
     TestClient client;
     QVERIFY(connectThrough(m_relay->port(), client) >= 0);
     std::atomic<int> forged{0};
-    m_relay->setTamper([&](RelayDirection way, const Datagram& datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, const Datagram& datagram) {
         std::vector<Datagram> passing{datagram};
         if (way == direction && isData(datagram)) {
             passing.push_back(shutdownOf(datagram));
@@ -385,7 +399,7 @@ void RelayAttackTest::shutdownFromElsewhere_isIgnored() {
     QFETCH(RelayDirection, direction);
     std::mutex mutex;
     std::map<Datagram, Datagram> shutdowns;  // by the socket they end
-    m_relay->setTamper([&](RelayDirection way, const Datagram& datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, const Datagram& datagram) {
         if (way == direction && isData(datagram)) {
             const Datagram packet = shutdownOf(datagram);
             const std::lock_guard<std::mutex> lock(mutex);
@@ -418,7 +432,7 @@ void RelayAttackTest::recordedLogin_opensNothing() {
     std::mutex mutex;
     std::vector<Datagram> recorded;
     std::atomic<int> readies{0};
-    m_relay->setTamper([&](RelayDirection way, const Datagram& datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, const Datagram& datagram) {
         if (way == RelayDirection::ToCamera && isLogin(datagram)) {
             const std::lock_guard<std::mutex> lock(mutex);
             recorded.push_back(datagram);
@@ -466,7 +480,7 @@ void RelayAttackTest::recordedSocket_isNotObeyed() {
     std::mutex mutex;
     std::vector<Datagram> recorded;
     std::atomic<bool> isRecording{false};
-    m_relay->setTamper([&](RelayDirection way, const Datagram& datagram) {
+    const Tampering tampering(*m_relay, [&](RelayDirection way, const Datagram& datagram) {
         if (way == RelayDirection::ToCamera && isRecording && isData(datagram)) {
             const std::lock_guard<std::mutex> lock(mutex);
             recorded.push_back(datagram);
