@@ -100,6 +100,7 @@ public:
         begin();
         for (int i = 0; i < 3 && m_exchange.isPending(); ++i)
             step();
+        m_exchange.due(m_gate.nowMs + 400);  // a refusal has stood for long enough
         return m_exchange.isPending() ? int{AV_ER_TIMEOUT} : m_exchange.result();
     }
 

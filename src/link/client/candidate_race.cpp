@@ -29,10 +29,11 @@ CandidateRace::CandidateRace(const LoginIdentity& identity, ClientSession& sessi
                              const std::optional<sockaddr_in>& lastCamera)
     : m_identity(identity),
       m_port(port),
+      m_lastCamera(lastCamera),
       m_search(session.takeSearch()),
       m_candidates(session.candidates()) {
-    if (lastCamera)
-        m_exchanges.emplace_back(m_identity, *lastCamera, m_port.way());
+    if (m_lastCamera)
+        m_exchanges.emplace_back(m_identity, *m_lastCamera, m_port.way());
 }
 
 bool CandidateRace::step() {
@@ -53,8 +54,10 @@ void CandidateRace::admitCandidates() {
     const int64_t nowMs = steadyMilliseconds();
     while (m_nextCandidate < m_candidates.size() &&
            (m_exchanges.size() < kExchangesAtOnce || nowMs >= m_nextAdmissionMs)) {
-        m_nextAdmissionMs = nowMs + kNextAfterMs;
         const sockaddr_in& camera = m_candidates[m_nextCandidate++];
+        if (m_lastCamera && isSameAddress(*m_lastCamera, camera))
+            continue;
+        m_nextAdmissionMs = nowMs + kNextAfterMs;
         m_exchanges.emplace_back(m_identity, camera, m_port.way());
     }
 }

@@ -34,6 +34,7 @@ private:
 
     const LoginIdentity& m_identity;
     LocalPort& m_port;
+    const std::optional<sockaddr_in> m_lastCamera;
     std::unique_ptr<CameraSearch> m_search;  ///< null once nobody else is awaited
     std::vector<sockaddr_in> m_candidates;
     size_t m_nextCandidate = 0;

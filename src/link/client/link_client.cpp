@@ -1,6 +1,7 @@
 #include "link/client/link_client.h"
 
 #include "link/crypto/cpace.h"
+#include "link/environment.h"
 #include "link/result_codes.h"
 
 #include <algorithm>
@@ -142,7 +143,10 @@ std::shared_ptr<LocalPort> LinkClient::localPort() {
     return port;
 }
 
+// A configured address is the user's word about where the camera is.
 std::optional<sockaddr_in> LinkClient::lastCamera(const std::string& uid) const {
+    if (configuredCameraAddress(uid))
+        return std::nullopt;
     std::lock_guard<std::mutex> lock(m_mutex);
     const auto known = m_lastCameras.find(uid);
     return known == m_lastCameras.end() ? std::nullopt : std::optional(known->second);
