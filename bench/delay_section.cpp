@@ -3,11 +3,11 @@
 #include <memory>
 
 #include "device/device_manager.h"
-#include "event_loop_probe.h"
 #include "grid_window.h"
 #include "link/device_code.h"
 #include "sections.h"
 #include "system/camera_set.h"
+#include "system/event_loop_probe.h"
 #include "ui/dialogs/app_cancel_dialog.h"
 #include "ui/dialogs/device_add_dialog.h"
 #include "ui/dialogs/device_delete_dialog.h"
@@ -54,7 +54,7 @@ bool removeCamera(MainWindow& window) {
 }
 
 bool measureWorstDelay(MainWindow& window, Report& report) {
-    const EventLoopProbe probe;
+    const test::EventLoopProbe probe;
     runFor(kRoundMs);
     report.add(QStringLiteral("ui_worst_delay_playing_ms"), probe.worstDelayMs());
     const bool changed = addCamera(window) && removeCamera(window);

@@ -26,7 +26,7 @@ namespace {
 
 constexpr int kRuns = 3;
 constexpr int kMeasureMs = 8000;
-/// A recording begins with the next key frame, and those are 2 s apart.
+/// Opening the files, and writing the group of pictures that each begins with, is over by then.
 constexpr int kBeginMs = 3000;
 /// Longer than all that is recorded, so that a clip's end is no gap in it.
 constexpr int kSectionSeconds = 120;

@@ -13,6 +13,7 @@
 #include "device/device_manager.h"
 #include "media/device_inputs.h"
 #include "media/media_log.h"
+#include "media/unfinished_recordings.h"
 #include "platform/keep_awake.h"
 #include "platform/quit_signals.h"
 #include "platform/single_instance.h"
@@ -20,6 +21,8 @@
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"
 #include "ui/palette.h"
+#include "ui/preview/recording_news.h"
+#include "ui/preview/saving_dialog.h"
 #include "ui/widgets/focus_ring.h"
 
 namespace orvelle {
@@ -28,6 +31,8 @@ namespace {
 
 constexpr int kRestart = -1;
 constexpr int kAlreadyRunning = -1;
+/// Finishing one recording of an interrupted run takes less.
+constexpr int kUnfinishedWaitMs = 2000;
 
 void chooseFont() {
     // Not every system has the house font; these have its Chinese characters.
@@ -61,8 +66,13 @@ public:
         registerDeviceInputs();
         m_fileCloser.start();
         KvDeviceManager::create()->start(KvFileUtils::devicesPath());
+        m_unfinished->start(QThread::LowPriority);
     }
     ~Services() {
+        m_unfinished->stop();
+        // A share that hangs holds up nothing but its own thread.
+        if (!m_unfinished->waitForEnd(kUnfinishedWaitMs))
+            static_cast<void>(m_unfinished.release());
         KvDeviceManager::release();
         m_fileCloser.waitForEnd();
     }
@@ -72,6 +82,8 @@ public:
 private:
     KvFileUtils m_fileUtils;
     FileCloser m_fileCloser;
+    std::unique_ptr<UnfinishedRecordings> m_unfinished =
+        std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot());
 };
 
 /// One main window from its start to its end; the event loop's exit code.
@@ -123,6 +135,7 @@ int runOrvelle(int argc, char** argv) {
         KvDeviceManager::instance()->finishWrites();
         singleInstance.release();
     }
+    RecordingNews::shutDown(SavingDialog::kMaxWaitMs);
     return code;
 }
 

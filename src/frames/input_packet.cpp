@@ -43,3 +43,9 @@ std::unique_ptr<KvBasePlayerInputPacket> KvBasePlayerInputPacket::deepCopy() con
         return nullptr;
     return copy;
 }
+
+std::unique_ptr<KvBasePlayerInputPacket> KvBasePlayerInputPacket::reference() const {
+    auto other = std::make_unique<KvBasePlayerInputPacket>(m_packet.get(), m_codecId, m_mediaType,
+                                                           m_timeSec);
+    return !m_packet || other->m_packet ? std::move(other) : nullptr;
+}

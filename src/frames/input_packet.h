@@ -22,12 +22,15 @@ public:
                                                            double timeSec);
     /// A packet of its own buffer: same bytes, flags, codec, medium and time.
     std::unique_ptr<KvBasePlayerInputPacket> deepCopy() const;
+    /// Another packet on the same bytes, which nobody may change then; null when out of memory.
+    std::unique_ptr<KvBasePlayerInputPacket> reference() const;
 
     AVPacket* packet() const { return m_packet.get(); }
     int codecId() const { return m_codecId; }  ///< an AVCodecID
     int mediaType() const { return m_mediaType; }
     double time() const { return m_timeSec; }  ///< presentation time in seconds
     void setTime(double timeSec) { m_timeSec = timeSec; }
+    bool isVideo() const { return m_mediaType == kVideo; }
     bool isKey() const { return m_packet && (m_packet->flags & AV_PKT_FLAG_KEY); }
 
 private:

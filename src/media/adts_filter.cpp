@@ -1,10 +1,24 @@
 #include "media/adts_filter.h"
 
+#include <iterator>
+
 #include "frames/parameter_sets.h"
 
 namespace orvelle {
 
 namespace {
+
+constexpr int kRates[] = {96000, 88200, 64000, 48000, 44100, 32000, 24000,
+                          22050, 16000, 12000, 11025, 8000,  7350};
+
+/// The decoder may not have heard of it yet.
+void applyFormat(uint32_t format, AVCodecParameters& codec) {
+    const uint32_t rate = format >> 10 & 0xF, channels = format >> 6 & 0x7;
+    if (rate < std::size(kRates))
+        codec.sample_rate = kRates[rate];
+    if (channels > 0)
+        av_channel_layout_default(&codec.ch_layout, channels == 7 ? 8 : static_cast<int>(channels));
+}
 
 BitstreamFilterPtr openFilter(const StreamParameters& source) {
     AVBSFContext* made = nullptr;
@@ -21,6 +35,15 @@ BitstreamFilterPtr openFilter(const StreamParameters& source) {
 
 }  // namespace
 
+/// The two bytes behind the sync word: 2 bits of profile, 4 of the rate, 1 private, 3 of channels,
+/// and others.
+uint32_t AdtsFilter::formatOf(const AVPacket& packet) {
+    const uint8_t* bytes = packet.data;
+    if (packet.size < 7 || bytes[0] != 0xFF || (bytes[1] & 0xF6) != 0xF0)
+        return 0;
+    return 0x10000U | ((uint32_t{bytes[2]} << 8 | bytes[3]) & 0xFDC0U);
+}
+
 StreamParameters AdtsFilter::open(const StreamParameters& source, const AVPacket& sample) {
     m_filter = openFilter(source);
     const PacketPtr first(av_packet_clone(&sample));
@@ -33,8 +56,11 @@ StreamParameters AdtsFilter::open(const StreamParameters& source, const AVPacket
     const uint8_t* header = av_packet_get_side_data(first.get(), AV_PKT_DATA_NEW_EXTRADATA, &size);
     if (track && header && !setExtradata(*track.codec, {header, header + size}))
         track = {};
-    if (track && track.codec->extradata_size > 0)
+    if (track && track.codec->extradata_size > 0) {
+        if (const uint32_t format = formatOf(sample))
+            applyFormat(format, *track.codec);
         return track;
+    }
     m_filter.reset();
     return {};
 }

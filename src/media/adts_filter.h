@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+
 #include "frames/ffmpeg_ptr.h"
 #include "media/stream_parameters.h"
 
@@ -13,6 +15,10 @@ public:
     /// the track's parameters; empty when they cannot be told.
     StreamParameters open(const StreamParameters& source, const AVPacket& sample);
     bool isOpen() const { return m_filter != nullptr; }
+
+    /// What the frame's ADTS header says of profile, rate and channels; 0 without such a header.
+    /// Frames of one track agree in it.
+    static uint32_t formatOf(const AVPacket& packet);
 
     /// Filters in place; false when the packet is no sound that the track can hold.
     bool apply(AVPacket& packet);

@@ -128,13 +128,14 @@ void KvBasePlayer::stopRecord() {
     m_recorder.reset();
 }
 
-void KvBasePlayer::requestStopRecord() {
+std::unique_ptr<KvPlayerRecorder> KvBasePlayer::releaseRecord() {
     if (m_recorder)
-        m_recorder->requestStop();
+        m_recorder->release();
+    return std::move(m_recorder);
 }
 
-QString KvBasePlayer::recordPath() const {
-    return m_recorder && m_recorder->hasFile() ? m_recorder->path() : QString();
+double KvBasePlayer::recordLeadSec() const {
+    return m_input ? m_input->keptSec() : 0.0;
 }
 
 bool KvBasePlayer::isRecording() {

@@ -54,12 +54,15 @@ public:
     virtual int startRecord(const QString& path, const QString& formatName, double limitSeconds);
     /// Waits until the file is closed, which takes as long as its disk does.
     virtual void stopRecord();
-    /// Asks the recording to end without waiting; its last event says when its file is closed, and
-    /// stopRecord() still has to follow.
-    void requestStopRecord();
+    /// Asks the recording to end and lets go of it: it writes what waits and closes its file by
+    /// itself. Null without one.
+    std::unique_ptr<KvPlayerRecorder> releaseRecord();
     virtual bool isRecording();
-    /// The file of the recording, whose name may have got a number; empty while there is none.
-    QString recordPath() const;
+    /// The recording since startRecord(); null when there is none. The player's owner's thread.
+    KvPlayerRecorder* recorder() const { return m_recorder.get(); }
+    /// How far a recording that is started now reaches back, in seconds: it begins with a key
+    /// picture.
+    double recordLeadSec() const;
     virtual bool isInputRunning();
     virtual bool isRunning();
     virtual double outputTime();

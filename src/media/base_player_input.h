@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <mutex>
 
+#include "media/packet_group.h"
 #include "media/stream_stats.h"
 
 class KvBasePlayerInputPacket;
@@ -71,14 +72,23 @@ public:
     void notify(int32_t event);
 
     /// Attaches or (null) detaches the one packet tap; once it returns, the former is not running.
-    void setPacketCallback(void* user, PacketCallback callback);
+    /// A tap of a live input is first given the group of pictures that runs, so that it begins
+    /// with a key picture: how many seconds ago that came, 0 without one.
+    double setPacketCallback(void* user, PacketCallback callback);
     void deliverPacket(KvBasePlayerInputPacket* packet);
+    /// How long ago the key picture came that a tap would begin with now, in seconds; 0 without
+    /// one. Any thread.
+    double keptSec() const;
 
 private:
     void* m_user = nullptr;  ///< fixed while threads run
     EventCallback m_callback = nullptr;
 
-    std::mutex m_packetMutex;  ///< guards the two below; held while the tap runs
+    double groupAgeSec() const;
+
+    mutable std::mutex m_packetMutex;  ///< guards everything below; held while the tap runs
     void* m_packetUser = nullptr;
     PacketCallback m_packetCallback = nullptr;
+    orvelle::PacketGroup m_group;  ///< of a live input
+    int64_t m_groupArrivalUs = 0;  ///< of its key picture
 };

@@ -1,15 +1,18 @@
 #include "media/player_recorder.h"
 
+#include <QDateTime>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QtDebug>
 
-#include "frames/parameter_sets.h"
-#include "media/base_player_decoder.h"
-#include "media/base_player_input.h"
-#include "media/media_log.h"
-#include "media/recording_file.h"
+#include <cmath>
 
-using orvelle::RecordingFile;
-using orvelle::StreamParameters;
+#include "media/media_log.h"
+#include "media/recording_writer.h"
+
+using orvelle::RecordingFault;
+using orvelle::RecordingResult;
+using orvelle::RecordingWriter;
 
 namespace {
 
@@ -17,16 +20,15 @@ namespace {
 constexpr int kMaxPackets = 4096;
 constexpr int64_t kMaxBytes = int64_t{64} << 20;
 constexpr int kWaitMs = 1000;
-/// The decoder needs a moment for the first key frame of a stream that has only just begun.
-constexpr int kParameterTries = 100;
-constexpr int kParameterStepMs = 10;
+/// How long what waits may take to be written once the recording was asked to end.
+constexpr qint64 kMaxDrainMs = 10'000;
 
-bool isVideo(const KvBasePlayerInputPacket& packet) {
-    return packet.mediaType() == KvBasePlayerInputPacket::kVideo;
-}
-
-bool needsParameterSets(int codecId) {
-    return codecId == AV_CODEC_ID_H264 || codecId == AV_CODEC_ID_HEVC;
+RecordingFault faultOf(int error) {
+    if (error >= 0)
+        return RecordingFault::kNone;
+    if (error == AVERROR(ENOSPC))
+        return RecordingFault::kDiskFull;
+    return error == AVERROR(ETIMEDOUT) ? RecordingFault::kDiskTooSlow : RecordingFault::kOther;
 }
 
 bool hasBytes(const KvBasePlayerInputPacket& packet) {
@@ -43,31 +45,37 @@ void KvPlayerRecoderThread::run() {
 }
 
 KvPlayerRecorder::KvPlayerRecorder(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder)
-    : m_input(input), m_decoder(decoder) {}
+    : m_source(input, decoder) {}
 
 KvPlayerRecorder::~KvPlayerRecorder() {
     stop();
 }
 
 void KvPlayerRecorder::setCallback(void* user, EventCallback callback) {
+    std::lock_guard<std::mutex> lock(m_callbackMutex);
     m_user = user;
     m_callback = callback;
 }
 
 void KvPlayerRecorder::configure(const QString& path, const QString& formatName,
                                  double /*limitSeconds*/) {
-    std::lock_guard<std::mutex> lock(m_pathMutex);
+    std::lock_guard<std::mutex> lock(m_resultMutex);
     m_path = path;
     m_formatName = formatName;
 }
 
 QString KvPlayerRecorder::path() const {
-    std::lock_guard<std::mutex> lock(m_pathMutex);
+    std::lock_guard<std::mutex> lock(m_resultMutex);
     return m_path;
 }
 
+RecordingResult KvPlayerRecorder::result() const {
+    std::lock_guard<std::mutex> lock(m_resultMutex);
+    return m_result;
+}
+
 int KvPlayerRecorder::start() {
-    if (!m_input || !m_decoder || m_thread)
+    if (!m_source.isComplete() || m_thread)
         return -1;
     m_packets = std::make_unique<PacketQueue>();
     m_thread = std::make_unique<KvPlayerRecoderThread>(this);
@@ -76,10 +84,21 @@ int KvPlayerRecorder::start() {
 }
 
 void KvPlayerRecorder::requestStop() {
+    m_isTapOpen = false;
     if (!m_thread)
         return;
     m_thread->stop();
     m_packets->interrupt();
+}
+
+void KvPlayerRecorder::requestDiscard() {
+    m_isDiscarded = true;
+    requestStop();
+}
+
+void KvPlayerRecorder::release() {
+    requestStop();
+    m_source.release();
 }
 
 void KvPlayerRecorder::stop() {
@@ -97,13 +116,14 @@ void KvPlayerRecorder::onPacket(void* user, KvBasePlayerInputPacket* packet) {
 }
 
 void KvPlayerRecorder::tap(const KvBasePlayerInputPacket& packet) {
-    const bool isKnown = isVideo(packet) || packet.mediaType() == KvBasePlayerInputPacket::kAudio;
-    if (!isKnown || !hasBytes(packet))
+    const bool isKnown = packet.isVideo() || packet.mediaType() == KvBasePlayerInputPacket::kAudio;
+    if (!isKnown || !hasBytes(packet) || !(m_isTapOpen || m_isAttaching))
         return;
     const bool hasRoom = m_packets->size() < kMaxPackets && m_queuedBytes < kMaxBytes;
     auto copy = hasRoom ? packet.deepCopy() : nullptr;
     if (!copy) {
         m_isOverrun = true;
+        m_isTapOpen = false;
         return;
     }
     m_queuedBytes += copy->packet()->size;
@@ -112,128 +132,86 @@ void KvPlayerRecorder::tap(const KvBasePlayerInputPacket& packet) {
 
 void KvPlayerRecorder::record(KvThread& thread) {
     qDebug("KvPlayerRecorder doRecord");
-    RecordingFile file;
-    m_input->setPacketCallback(this, &KvPlayerRecorder::onPacket);
-    Outcome outcome = copyPackets(thread, file);
+    RecordingWriter writer(m_source, path(), m_formatName,
+                           {[this](const QString& path) { noteFile(path); },
+                            [this](double seconds) { notify(kProgress, seconds, -1.0); }});
+    // Also for a recording that was ended at once: what it was begun for is in that group.
+    m_isAttaching = true;
+    const double keptSec = m_source.attach(this, &KvPlayerRecorder::onPacket);
+    m_isAttaching = false;
+    writer.setBegunAt(QDateTime::currentDateTimeUtc().addMSecs(-std::llround(1000 * keptSec)));
+    const int error = copyPackets(thread, writer);
     qDebug("input set callback null");
-    m_input->setPacketCallback(nullptr, nullptr);
+    m_source.detach();
     qDebug("uninit record");
-    if (file.close() < 0)
-        outcome = Outcome::kSpoiled;
+    finish(writer, error);
     // Whoever hears of the end, on whatever thread, finds that nothing is being recorded.
     thread.stop();
+    m_hasEnded = true;
     qDebug("docallback");
-    if (outcome != Outcome::kStopped)
+    const bool hasFailed = result().fault != RecordingFault::kNone;
+    if (hasFailed)
         notify(kFailed);
-    if (outcome != Outcome::kNotBegun)
+    if (writer.hasBegun() || !hasFailed)
         notify(kEnded);
     qDebug("record thread ended");
 }
 
-KvPlayerRecorder::Outcome KvPlayerRecorder::copyPackets(KvThread& thread, RecordingFile& file) {
-    while (!thread.isStopped()) {
+/// Until the recording is to end and nothing waits any more; 0 or the error that ended it.
+int KvPlayerRecorder::copyPackets(KvThread& thread, RecordingWriter& writer) {
+    QElapsedTimer draining;
+    for (;;) {
+        if (thread.isStopped() && !draining.isValid())
+            draining.start();
         std::unique_ptr<KvBasePlayerInputPacket> packet = m_packets->take();
+        if (!packet && m_isOverrun) {
+            qCWarning(lcMedia, "the disk does not keep up with the recording");
+            return AVERROR(ETIMEDOUT);
+        }
+        if (!packet && draining.isValid())
+            return 0;
         if (!packet) {
             m_packets->waitForItem(kWaitMs);
             continue;
         }
-        m_queuedBytes -= packet->packet()->size;
-        if (!file.isOpen()) {
-            if (!isVideo(*packet))
-                m_soundSample = std::move(packet);
-            if (!packet || !packet->isKey())
-                continue;
-            if (begin(thread, file, *packet) < 0)
-                return thread.isStopped() ? Outcome::kStopped : Outcome::kNotBegun;
-            notify(kCreated);
+        if (draining.isValid() && draining.elapsed() > kMaxDrainMs) {
+            qCWarning(lcMedia, "the disk did not take the end of the recording");
+            return AVERROR(ETIMEDOUT);
         }
-        const int result = write(file, *packet);
+        m_queuedBytes -= packet->packet()->size;
+        const int result = writer.write(std::move(packet));
         if (result < 0) {
             qDebug("write packet failed = %d break", result);
-            return Outcome::kSpoiled;
+            return result;
         }
     }
-    return Outcome::kStopped;
 }
 
-int KvPlayerRecorder::begin(KvThread& thread, RecordingFile& file,
-                            const KvBasePlayerInputPacket& keyPacket) {
-    const AVPacket& bytes = *keyPacket.packet();
-    const std::vector<uint8_t> sets = orvelle::parameterSets(
-        static_cast<AVCodecID>(keyPacket.codecId()), bytes.data, static_cast<size_t>(bytes.size));
-    StreamParameters video = awaitVideo(thread, keyPacket.codecId(), sets);
-    if (!video) {
-        qCWarning(lcMedia, "no recording: the picture is not being decoded");
-        return AVERROR(EAGAIN);
+void KvPlayerRecorder::noteFile(const QString& path) {
+    {
+        std::lock_guard<std::mutex> lock(m_resultMutex);
+        m_path = path;
     }
-    if (!sets.empty() && !orvelle::setExtradata(*video.codec, sets))
-        return AVERROR(ENOMEM);
-    if (!video.codec->extradata && needsParameterSets(keyPacket.codecId())) {
-        qCWarning(lcMedia, "no recording: the stream has no parameter sets");
-        return AVERROR_INVALIDDATA;
-    }
-    const StreamParameters sound = m_decoder->audioParameters();
-    awaitSoundSample(thread, sound);
-    const int result = file.create(path(), m_formatName, video, sound, m_soundSample.get());
-    if (result < 0)
-        return result;
-    std::lock_guard<std::mutex> lock(m_pathMutex);
-    m_path = file.path();
     m_hasFile = true;
-    return 0;
+    notify(kCreated);
 }
 
-StreamParameters KvPlayerRecorder::awaitVideo(KvThread& thread, int codecId,
-                                              const std::vector<uint8_t>& sets) {
-    StreamParameters video;
-    for (int tries = 0; tries < kParameterTries; ++tries) {
-        video = m_decoder->videoParameters();
-        const bool isSameCodec = video && video.codec->codec_id == codecId;
-        if (isSameCodec && (sets.empty() || orvelle::hasExtradata(*video.codec, sets)))
-            break;
-        if (!isSameCodec)
-            video = {};
-        if (thread.sleepUnlessStopped(kParameterStepMs))
-            break;
+void KvPlayerRecorder::finish(RecordingWriter& writer, int error) {
+    const int closing = writer.close();
+    QStringList files = writer.files();
+    if (m_isDiscarded) {
+        for (const QString& file : qAsConst(files)) {
+            if (!QFile::remove(file))
+                qCWarning(lcMedia).noquote() << file << "could not be removed";
+        }
+        files.clear();
     }
-    return video;
-}
-
-void KvPlayerRecorder::awaitSoundSample(KvThread& thread, const StreamParameters& sound) {
-    if (!sound || sound.codec->codec_id != AV_CODEC_ID_AAC)
-        return;
-    for (int tries = 0; !m_soundSample && tries < kParameterTries; ++tries) {
-        m_soundSample = copyQueuedSound();
-        if (!m_soundSample && thread.sleepUnlessStopped(kParameterStepMs))
-            break;
-    }
-}
-
-std::unique_ptr<KvBasePlayerInputPacket> KvPlayerRecorder::copyQueuedSound() const {
-    std::unique_ptr<KvBasePlayerInputPacket> copy;
-    m_packets->lock();
-    for (const KvQueue::Node* node = m_packets->headNode(); node && !copy; node = node->next) {
-        const auto* packet = static_cast<const KvBasePlayerInputPacket*>(node->item);
-        if (!isVideo(*packet))
-            copy = packet->deepCopy();
-    }
-    m_packets->unlock();
-    return copy;
-}
-
-int KvPlayerRecorder::write(RecordingFile& file, KvBasePlayerInputPacket& packet) {
-    if (m_isOverrun) {
-        qCWarning(lcMedia, "the disk does not keep up with the recording");
-        return AVERROR(EIO);
-    }
-    if (!isVideo(packet))
-        return file.writeSound(packet);
-    const int result = file.writeVideo(packet);
-    notify(kProgress, file.recordedSec(), -1.0);
-    return result;
+    std::lock_guard<std::mutex> lock(m_resultMutex);
+    m_result = {files, faultOf(error < 0 ? error : closing), writer.lacksSound()};
 }
 
 void KvPlayerRecorder::notify(Event event, double a, double b) {
+    std::lock_guard<std::mutex> lock(m_callbackMutex);
     if (m_callback)
         m_callback(m_user, event, a, b);
 }

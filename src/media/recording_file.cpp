@@ -12,11 +12,13 @@ namespace orvelle {
 namespace {
 
 constexpr AVRational kTimeBase = {1, 90000};
+/// Where the opening key picture stands, as no packet may stand at the origin itself.
+constexpr int64_t kOpeningTicks = 1;
 /// How long a track waits in memory for the other one before it is written alone.
-constexpr int64_t kInterleaveUs = 1000 * 1000;
+constexpr int64_t kInterleaveUs = 500 * 1000;
 /// A fragment ends with a group of pictures, or after this time where groups are longer: what is
 /// in no fragment yet is lost when the program is killed.
-constexpr char kFragmentUs[] = "1000000";
+constexpr char kFragmentUs[] = "500000";
 /// Without an index of its own at the end, which the finished file has no use for. Fragments keep
 /// the tracks' times as they are, so that sound which begins later stays later.
 constexpr char kFragmentFlags[] =
@@ -59,7 +61,7 @@ RecordingFile::~RecordingFile() {
 
 int RecordingFile::create(const QString& path, const QString& formatName,
                           const StreamParameters& video, const StreamParameters& sound,
-                          const KvBasePlayerInputPacket* soundSample) {
+                          const KvBasePlayerInputPacket* soundSample, const QDateTime& begunAt) {
     AVFormatContext* format = nullptr;
     int result = avformat_alloc_output_context2(&format, nullptr, formatName.toUtf8().constData(),
                                                 path.toUtf8().constData());
@@ -70,6 +72,8 @@ int RecordingFile::create(const QString& path, const QString& formatName,
     m_format->flush_packets = 1;
     // No time is negative, and none may be moved: a track that begins later has to stay later.
     m_format->avoid_negative_ts = AVFMT_AVOID_NEG_TS_DISABLED;
+    av_dict_set(&m_format->metadata, "creation_time",
+                begunAt.toUTC().toString(Qt::ISODateWithMs).toLatin1().constData(), 0);
     m_hasFragments = isFragmented(formatName);
     result = addVideo(video);
     if (result >= 0) {
@@ -180,15 +184,31 @@ int RecordingFile::writeHeader() {
 int RecordingFile::writeVideo(KvBasePlayerInputPacket& packet) {
     if (!m_video.stream || packet.codecId() != m_video.stream->codecpar->codec_id)
         return AVERROR(EINVAL);
-    if (!m_video.clock.isStarted())
+    if (!m_video.clock.isStarted()) {
         m_video.clock.start(packet.time(), 0.0);
-    const bool isWritten = stamp(m_video, packet);
+        m_opening.reset(av_packet_clone(packet.packet()));
+        return m_opening ? 0 : AVERROR(ENOMEM);
+    }
+    bool isWritten = stamp(m_video, packet);
+    if (isWritten && m_opening) {
+        const int result = writeOpening();
+        if (result < 0)
+            return result;
+        isWritten = packet.packet()->pts > kOpeningTicks;
+    }
     const AVPacket& stamped = *packet.packet();
     qDebug("write video pts = %lld, duration = %lld, time = %.2lf, srcTime = %.3lf",
            static_cast<long long>(stamped.pts), static_cast<long long>(stamped.duration),
            static_cast<double>(stamped.pts) * av_q2d(m_video.stream->time_base), packet.time());
-    m_hasPicture = m_hasPicture || (isWritten && packet.isKey());
     return isWritten ? hold(m_video, *packet.packet()) : 0;
+}
+
+int RecordingFile::writeOpening() {
+    m_opening->stream_index = m_video.stream->index;
+    m_opening->pts = m_opening->dts = kOpeningTicks;
+    const int result = hold(m_video, *m_opening);
+    m_opening.reset();
+    return result;
 }
 
 int RecordingFile::writeSound(KvBasePlayerInputPacket& packet) {
@@ -259,6 +279,7 @@ int RecordingFile::hold(Track& track, AVPacket& packet) {
 
 int RecordingFile::write(AVPacket& packet) {
     const int result = av_interleaved_write_frame(m_format.get(), &packet);
+    m_sink->syncWhenDue();
     if (m_sink->error() < 0)
         return m_sink->error();
     if (result != AVERROR_INVALIDDATA)
@@ -284,8 +305,10 @@ int RecordingFile::close() {
     ends[3] = av_write_trailer(m_format.get());
     // The trailer may well report success after the disk has refused a write.
     const int result = m_sink->finish();
-    if (!m_hasPicture)
+    // Only the opening picture came, if any.
+    if (!m_video.clock.isStarted() || m_opening)
         m_sink->discard();
+    m_isKept = m_sink->isKept();
     release();
     const int* failed = std::find_if(std::begin(ends), std::end(ends), [](int e) { return e < 0; });
     return result < 0 || failed == std::end(ends) ? result : *failed;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 #include <cstdint>
@@ -20,9 +21,11 @@ namespace orvelle {
 /// track. Packets are copied in as they are, but for sound that the format cannot hold, which
 /// becomes AAC. Belongs to one thread.
 ///
-/// MP4 and MOV files are written in fragments of at most a second, so that they play however the
-/// recording ends; close() makes ordinary files of them. The first picture packet fixes the origin
-/// of both tracks' times and is not written itself, nor is any packet whose time does not advance.
+/// MP4 and MOV files are written in fragments of half a second and are on their disk a second
+/// later, so that they play however the recording ends; close() makes ordinary files of them. The
+/// first picture packet, a key picture, fixes the origin of both tracks' times. It is not written
+/// until the next picture comes, and then one tick after the origin; no other packet is written
+/// whose time does not advance.
 class RecordingFile {
 public:
     RecordingFile();
@@ -32,10 +35,12 @@ public:
 
     /// Creates the file and writes its header. `video.codec` holds the parameter sets as
     /// extradata; `sound` may be empty. `soundSample`, a packet of that sound, spares AAC from
-    /// being encoded anew; it may be null. A name that is taken gets "-2", "-3", ... Returns 0 or
-    /// an FFmpeg error, and then leaves no file behind.
+    /// being encoded anew; it may be null. `begunAt` is when the first picture was made. A name
+    /// that is taken gets "-2", "-3", ... Returns 0 or an FFmpeg error, and then leaves no file
+    /// behind.
     int create(const QString& path, const QString& formatName, const StreamParameters& video,
-               const StreamParameters& sound, const KvBasePlayerInputPacket* soundSample);
+               const StreamParameters& sound, const KvBasePlayerInputPacket* soundSample,
+               const QDateTime& begunAt = QDateTime::currentDateTimeUtc());
     bool isOpen() const { return m_format != nullptr; }
     QString path() const { return m_path; }  ///< of the file really written
 
@@ -45,9 +50,12 @@ public:
     int writeSound(KvBasePlayerInputPacket& packet);
     double recordedSec() const { return m_video.clock.lineSec(); }
 
+    bool hasSound() const { return m_sound.stream != nullptr; }
+
     /// Ends the file; 0 or the first error since it was created. A file without a picture that can
     /// be decoded is of no use and is deleted.
     int close();
+    bool isKept() const { return m_isKept; }  ///< whether close() left a file
 
 private:
     struct Track {
@@ -67,6 +75,7 @@ private:
     int openFile(const QString& path);
     int writeHeader();
     bool startSound(double cameraSec);
+    int writeOpening();
     int writeEncoded(AVPacket& packet, double cameraSec);
     /// Sets the packet's place in the file; false when it is not to be written.
     bool stamp(Track& track, const KvBasePlayerInputPacket& packet);
@@ -84,7 +93,8 @@ private:
     AdtsFilter m_adts;
     RecordingSoundEncoder m_encoder;
     QString m_path;
-    bool m_hasPicture = false;  ///< one that can be decoded by itself
+    PacketPtr m_opening;  ///< the first key picture, until another picture follows it
+    bool m_isKept = false;
     bool m_hasRefused = false;  ///< a packet was left out, and that was logged
 };
 

@@ -20,51 +20,19 @@ uint64_t rescale(uint64_t ticks, uint32_t from, uint32_t to) {
     return static_cast<uint64_t>(av_rescale(static_cast<int64_t>(ticks), to, from));
 }
 
-/// Which part of a track is played, and when.
+/// When a track is played, in the movie's ticks.
 struct Edit {
-    uint64_t delay = 0;    ///< until it begins, in the movie's ticks
-    uint64_t skipped = 0;  ///< at the front of the track, in the track's ticks
-    uint64_t played = 0;   ///< in the movie's ticks
+    uint64_t delay = 0;  ///< until it begins
+    uint64_t played = 0;
 
     uint64_t length() const { return delay + played; }
 };
 
-/// The moment, in ticks of `ticksPerSec`, at which playing begins.
-struct Origin {
-    uint64_t ticks = 0;
-    uint32_t ticksPerSec = 1;
-
-    explicit Origin(const std::vector<RecordedTrack>& tracks);
-};
-
-Origin::Origin(const std::vector<RecordedTrack>& tracks) {
-    const RecordedTrack* first = nullptr;
-    for (const RecordedTrack& track : tracks) {
-        if (track.isPicture && !track.keys.empty()) {
-            ticks = track.ticksAt(track.keys.front());
-            ticksPerSec = track.ticksPerSec;
-            return;
-        }
-        if (!track.sizes.empty() &&
-            (!first || av_compare_ts(int64_t(track.startTicks), {1, int(track.ticksPerSec)},
-                                     int64_t(first->startTicks), {1, int(first->ticksPerSec)}) < 0))
-            first = &track;
-    }
-    if (first) {
-        ticks = first->startTicks;
-        ticksPerSec = first->ticksPerSec;
-    }
-}
-
-Edit editOf(const RecordedTrack& track, const Origin& origin, uint32_t movieTicksPerSec) {
-    const uint64_t begin = rescale(origin.ticks, origin.ticksPerSec, track.ticksPerSec);
-    Edit edit;
-    if (track.startTicks > begin)
-        edit.delay = rescale(track.startTicks - begin, track.ticksPerSec, movieTicksPerSec);
-    else
-        edit.skipped = std::min(begin - track.startTicks, track.lengthTicks());
-    edit.played = rescale(track.lengthTicks() - edit.skipped, track.ticksPerSec, movieTicksPerSec);
-    return edit;
+Edit editOf(const RecordedTrack& track, uint32_t movieTicksPerSec) {
+    if (track.ticksPerSec == 0)
+        return {};
+    return {rescale(track.startTicks, track.ticksPerSec, movieTicksPerSec),
+            rescale(track.lengthTicks(), track.ticksPerSec, movieTicksPerSec)};
 }
 
 class MovieWriter {
@@ -86,13 +54,12 @@ private:
 
     BoxReader m_header;
     const std::vector<RecordedTrack>& m_tracks;
-    const Origin m_origin;
     uint32_t m_ticksPerSec = 0;
     BoxWriter m_out;
 };
 
 MovieWriter::MovieWriter(const BoxReader& header, const std::vector<RecordedTrack>& tracks)
-    : m_header(header), m_tracks(tracks), m_origin(tracks) {
+    : m_header(header), m_tracks(tracks) {
     m_header.skip(8);
     BoxReader general = m_header.find(boxType("mvhd"));
     general.skip(general.u32() >> 24 == 0 ? 8 : 16);
@@ -105,7 +72,7 @@ std::vector<uint8_t> MovieWriter::write() {
     std::vector<Edit> edits;
     uint64_t length = 0;
     for (const RecordedTrack& track : m_tracks) {
-        edits.push_back(editOf(track, m_origin, m_ticksPerSec));
+        edits.push_back(editOf(track, m_ticksPerSec));
         length = std::max(length, edits.back().length());
     }
     size_t written = 0, at = 0;
@@ -143,17 +110,17 @@ void MovieWriter::writeTrack(BoxReader track, const RecordedTrack& recorded, con
 }
 
 void MovieWriter::writeEdits(const Edit& edit) {
-    const bool isWide = std::max(edit.length(), edit.skipped) > kMost32 / 2;
+    if (edit.delay == 0)
+        return;
+    const bool isWide = edit.length() > kMost32 / 2;
     const size_t edits = m_out.begin(boxType("edts"));
     const size_t list = m_out.beginFull(boxType("elst"), isWide);
-    m_out.u32(edit.delay > 0 ? 2 : 1);
-    if (edit.delay > 0) {
-        m_out.sized(edit.delay, isWide);
-        m_out.sized(~uint64_t{0}, isWide);
-        m_out.u32(kPlainRate);
-    }
+    m_out.u32(2);
+    m_out.sized(edit.delay, isWide);
+    m_out.sized(~uint64_t{0}, isWide);  // nothing is shown
+    m_out.u32(kPlainRate);
     m_out.sized(edit.played, isWide);
-    m_out.sized(edit.skipped, isWide);
+    m_out.sized(0, isWide);  // from the track's beginning
     m_out.u32(kPlainRate);
     m_out.end(list);
     m_out.end(edits);

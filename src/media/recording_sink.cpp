@@ -3,9 +3,8 @@
 #include <QFileInfo>
 
 #include "core/file_utils.h"
-#include "media/box_writer.h"
+#include "media/fragment_finisher.h"
 #include "media/media_log.h"
-#include "media/recording_movie.h"
 
 namespace orvelle {
 
@@ -15,6 +14,8 @@ namespace {
 /// these are patched while they are in the buffer, since the file itself is only written forwards.
 constexpr int kBufferBytes = 256 * 1024;
 constexpr int kMaxNames = 1000;
+/// From the end of one to the next, so that a slow disk has time to take what waits.
+constexpr qint64 kSyncIntervalMs = 1000;
 
 QString numbered(const QFileInfo& file, int number) {
     const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
@@ -30,15 +31,14 @@ int RecordingSink::create(const QString& path, Layout layout) {
     if (!openFree(path)) {
         qCWarning(lcMedia).noquote()
             << "no recording:" << path + QLatin1Char(':') << m_file.errorString();
-        return AVERROR(EACCES);
+        return m_file.error() == QFileDevice::ResourceError ? AVERROR(ENOSPC) : AVERROR(EACCES);
     }
-    const bool isPlain = layout == Layout::kPlain;
-    if (!isPlain)
-        m_index = std::make_unique<RecordingIndex>();
+    m_hasFragments = layout == Layout::kFragments;
+    m_sinceSync.start();
     auto* buffer = static_cast<uint8_t*>(av_malloc(kBufferBytes));
     if (buffer)
         m_io.reset(avio_alloc_context(buffer, kBufferBytes, 1, this, nullptr, writeTo,
-                                      isPlain ? seekIn : nullptr));
+                                      m_hasFragments ? nullptr : seekIn));
     if (m_io)
         return 0;
     av_free(buffer);
@@ -79,9 +79,17 @@ int RecordingSink::write(const uint8_t* bytes, int size) {
                 m_file.errorString());
         done += written;
     }
-    if (m_index && m_index->append(bytes, static_cast<size_t>(size)) < 0)
-        return fail(AVERROR_INVALIDDATA, QStringLiteral("malformed fragment"));
+    m_isSynced = false;
     return size;
+}
+
+void RecordingSink::syncWhenDue() {
+    if (m_isSynced || m_error < 0 || m_sinceSync.elapsed() < kSyncIntervalMs)
+        return;
+    if (!KvFileUtils::syncFile(m_file.fileName()))
+        fail(AVERROR(EIO), QStringLiteral("the disk does not keep it"));
+    m_isSynced = true;
+    m_sinceSync.start();
 }
 
 int64_t RecordingSink::seek(int64_t offset, int whence) {
@@ -104,51 +112,35 @@ int RecordingSink::finish() {
     if (!m_file.isOpen())
         return m_error;
     avio_flush(m_io.get());
-    if (m_index) {
-        const uint64_t end = m_index->wholeBytes();
-        // A torn fragment at the end would keep some players from opening the file.
-        if (end > 0)
-            m_file.resize(static_cast<qint64>(end));
-        if (!appendMovie(end)) {
-            m_file.resize(static_cast<qint64>(end));
-            qCWarning(lcMedia).noquote() << "recording stays in fragments:" << m_file.fileName();
-        }
-    }
     m_file.close();
+    m_isKept = true;
+    if (m_hasFragments)
+        finishFragments();
     return m_error;
 }
 
-bool RecordingSink::appendMovie(uint64_t end) {
-    const std::vector<uint8_t> movie = finishedMovie(m_index->movie(), m_index->tracks());
-    // Nothing was recorded that a player could show.
-    if (movie.empty())
-        return true;
-    if (!putAt(end, movie))
-        return false;
-    // What was written before may have failed on its way to the disk.
-    if (!KvFileUtils::syncFile(m_file.fileName())) {
-        fail(AVERROR(EIO), QStringLiteral("the disk does not keep it"));
-        return false;
+void RecordingSink::finishFragments() {
+    using Outcome = FragmentFinisher::Outcome;
+    switch (FragmentFinisher(m_file.fileName()).finish()) {
+        case Outcome::kNoPicture:
+            discard();
+            break;
+        case Outcome::kNotKept:
+            fail(AVERROR(EIO), QStringLiteral("the disk does not keep it"));
+            break;
+        case Outcome::kNoRoom:
+        case Outcome::kNotInFragments:
+            qCWarning(lcMedia).noquote() << "recording stays in fragments:" << m_file.fileName();
+            break;
+        case Outcome::kFinished:
+            break;
     }
-    BoxWriter header;
-    header.u32(1);  // the size follows the type
-    header.u32(boxType("mdat"));
-    header.u64(end - m_index->movieOffset());
-    // With or without it the file plays, from here on only with the tables at its end.
-    putAt(m_index->movieOffset(), header.written());
-    KvFileUtils::syncFile(m_file.fileName());
-    return true;
-}
-
-bool RecordingSink::putAt(uint64_t offset, const std::vector<uint8_t>& bytes) {
-    const auto size = static_cast<qint64>(bytes.size());
-    return m_file.seek(static_cast<qint64>(offset)) &&
-           m_file.write(reinterpret_cast<const char*>(bytes.data()), size) == size;
 }
 
 void RecordingSink::discard() {
     m_file.close();
     m_file.remove();
+    m_isKept = false;
 }
 
 }  // namespace orvelle

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QElapsedTimer>
 #include <QFile>
 #include <QString>
 
@@ -7,7 +8,6 @@
 #include <memory>
 
 #include "frames/ffmpeg_io_ptr.h"
-#include "media/recording_index.h"
 
 namespace orvelle {
 
@@ -23,13 +23,7 @@ using IoContextPtr = std::unique_ptr<AVIOContext, IoContextDeleter>;
 /// it. Belongs to one thread.
 ///
 /// A file of fragments plays at any moment up to its last whole fragment, however the program
-/// ends. finish() makes an ordinary file of it in place:
-///
-///     type | movie | fragment ... fragment          while recording
-///     type | movie | fragment ... fragment | movie' the tables of all samples, synced
-///     type | data ------------------------ | movie' one header of 16 bytes rewritten, synced
-///
-/// A player that meets two movies takes the first, so that each of these is playable.
+/// ends. finish() makes an ordinary file of it in place.
 class RecordingSink {
 public:
     enum class Layout { kPlain, kFragments };
@@ -44,11 +38,15 @@ public:
     QString path() const { return m_file.fileName(); }  ///< of the file really created
     AVIOContext* io() const { return m_io.get(); }
 
+    /// Waits until what was written is on the disk, where a second has passed since that was so
+    /// last.
+    void syncWhenDue();
     int error() const { return m_error; }  ///< 0, or the FFmpeg code of the first error
 
-    /// After the muxer's trailer: leaves fragments that are whole and, where there is room for its
-    /// tables, an ordinary file. Then closes; returns error().
+    /// After the muxer's trailer: closes, and where there is room for its tables makes an ordinary
+    /// file of fragments. A file in which nothing could be shown is deleted. Returns error().
     int finish();
+    bool isKept() const { return m_isKept; }  ///< whether finish() left a file
     /// Closes and deletes the file.
     void discard();
 
@@ -59,13 +57,15 @@ private:
     int64_t seek(int64_t offset, int whence);
     int fail(int error, const QString& text);
     bool openFree(const QString& path);
-    bool putAt(uint64_t offset, const std::vector<uint8_t>& bytes);
-    bool appendMovie(uint64_t end);
+    void finishFragments();
 
     QFile m_file;
-    std::unique_ptr<RecordingIndex> m_index;  ///< of a file of fragments
+    bool m_hasFragments = false;
+    bool m_isKept = false;
     IoContextPtr m_io;
     int m_error = 0;
+    QElapsedTimer m_sinceSync;
+    bool m_isSynced = true;
 };
 
 }  // namespace orvelle

@@ -9,7 +9,8 @@ bool syncFile(const std::string& path) {
     const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
     if (file < 0)
         return false;
-    const bool isSynced = fsync(file) == 0;
+    // With the size that is needed to find the data again, but without the times.
+    const bool isSynced = fdatasync(file) == 0;
     close(file);
     return isSynced;
 }

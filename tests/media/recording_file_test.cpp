@@ -9,8 +9,10 @@
 
 #include "frames/input_packet.h"
 #include "frames/parameter_sets.h"
+#include "media/fragment_finisher.h"
+#include "media/recorded_samples.h"
 #include "media/recording_clock.h"
-#include "media/recording_movie.h"
+#include "media/unfinished_recordings.h"
 #include "recording_reader.h"
 #include "support/encoded_clip.h"
 #include "support/suites.h"
@@ -160,12 +162,12 @@ private slots:
         QTest::addColumn<int>("room");
         QTest::addColumn<QByteArray>("boxes");
         QTest::addColumn<int>("pictures");
-        // Fragments of five pictures; the first picture is not written. The last fragment needs
-        // some 40 KB, the tables less than 4.
+        // Fragments of five pictures. The last fragment needs some 40 KB, the tables less than 4.
         const QByteArray open("ftyp moov moof mdat moof mdat moof mdat");
-        QTest::newRow("none") << 0 << open << 14;
-        QTest::newRow("for the tables") << 4096 << QByteArray("ftyp mdat moov") << 10;
-        QTest::newRow("for everything") << 100000 << QByteArray("ftyp mdat moov") << 15;
+        QTest::newRow("none") << 0 << open << 15;
+        // With the two pictures of the last fragment for which there is room.
+        QTest::newRow("for the tables") << 4096 << QByteArray("ftyp mdat moov") << 17;
+        QTest::newRow("for everything") << 100000 << QByteArray("ftyp mdat moov") << 20;
     }
 
     void close_leavesAPlayableFile_whenNoRoomIsLeft() {
@@ -208,35 +210,112 @@ private slots:
         }
     }
 
-    void index_readsOrRefuses_whateverTheBytes() {
+    /// A crash tears a file anywhere, and a bad disk changes its bytes.
+    void tornFile_keepsEveryWholePicture() {
         Take take;
         const EncodedTone tone("pcm_alaw", 50);
         QCOMPARE(take.create("mp4", tone.parameters), 0);
-        for (int i = 0; i < 30; ++i)
+        for (int i = 0; i < 50; ++i)
             QVERIFY(take.picture() == 0 && take.sound(tone.packets[size_t(i)], 65543) == 0);
         QFile written(take.file.path());
         QVERIFY(written.open(QIODevice::ReadOnly));
         const QByteArray fragments = written.readAll();
+        const RecordedSamples all = readSamples(take.file.path());
+        QVERIFY(all.hasPicture && all.tracks.size() == 2 && all.tracks[0].sizes.size() > 25);
+        const auto firstPicture = int(all.tracks[0].chunks[0].offset + all.tracks[0].sizes[0]);
+
+        using Outcome = FragmentFinisher::Outcome;
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("torn.mp4"));
+        const auto finish = [&](const QByteArray& bytes) {
+            QFile torn(path);
+            return torn.open(QIODevice::WriteOnly) && torn.write(bytes) == bytes.size() &&
+                           torn.flush()
+                       ? FragmentFinisher(path).finish()
+                       : Outcome::kNoRoom;
+        };
+        for (int cut = 0; cut <= fragments.size(); cut += cut < firstPicture + 10 ? 97 : 331) {
+            const Outcome outcome = finish(fragments.left(cut));
+            if (cut < firstPicture) {
+                QVERIFY(outcome == Outcome::kNoPicture || outcome == Outcome::kNotInFragments);
+                continue;
+            }
+            QVERIFY2(outcome == Outcome::kFinished,
+                     qPrintable(QStringLiteral("cut at %1 of %2, first picture ends at %3")
+                                    .arg(cut)
+                                    .arg(fragments.size())
+                                    .arg(firstPicture)));
+            QCOMPARE(RecordingReader(path).packets(0),
+                     picturesBefore(all.tracks[0], uint64_t(cut)));
+            QVERIFY(FragmentFinisher(path).finish() == Outcome::kNotInFragments);
+        }
         uint32_t random = 1;
-        int refused = 0;
-        for (int round = 0; round < 3000; ++round) {
+        int finished = 0;
+        for (int round = 0; round < 300; ++round) {
             QByteArray damaged = fragments;
             for (int change = 0; change <= round % 3; ++change) {
                 random = random * 1664525 + 1013904223;
                 const int at = int(random >> 8) % damaged.size();
                 damaged[at] = char(round % 2 ? 0xFF : damaged[at] ^ (1 << (random & 7)));
             }
-            RecordingIndex index;
-            const auto* bytes = reinterpret_cast<const uint8_t*>(damaged.constData());
-            const int half = int(random >> 4) % damaged.size();
-            const bool isRead = index.append(bytes, size_t(half)) == 0 &&
-                                index.append(bytes + half, size_t(damaged.size() - half)) == 0;
-            refused += isRead ? 0 : 1;
-            if (isRead)
-                QVERIFY(finishedMovie(index.movie(), index.tracks()).size() <
-                        size_t(fragments.size()));
+            finished += finish(damaged) == Outcome::kFinished;
+            QVERIFY(QFileInfo(path).size() < 2 * fragments.size());
         }
-        QVERIFY(refused > 100 && refused < 3000);
+        QVERIFY2(finished > 100, qPrintable(QString::number(finished)));
+    }
+
+    /// Of what lies in a media folder only the program's own unfinished recordings are touched.
+    void start_finishesWhatACrashHasLeft() {
+        Take take;
+        QCOMPARE(take.create("mp4"), 0);
+        QFile unfinished(take.file.path());
+        QVERIFY(unfinished.open(QIODevice::ReadOnly));
+        const QByteArray header = unfinished.readAll();
+        while (take.pictures < 20)
+            QCOMPARE(take.picture(), 0);
+        QVERIFY(unfinished.seek(0));
+        const QByteArray fragments = unfinished.readAll();
+        QTemporaryDir media;
+        const QDir video(media.filePath(QStringLiteral("CAMERA1/Video")));
+        QVERIFY(video.mkpath(QStringLiteral(".")));
+        const QDateTime before = QDateTime::currentDateTimeUtc().addSecs(-60);
+        const auto write = [&](const char* name, const QByteArray& bytes, bool isOld) {
+            QFile file(video.filePath(QLatin1String(name)));
+            return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() &&
+                   file.flush() &&
+                   (!isOld || file.setFileTime(before, QFileDevice::FileModificationTime));
+        };
+        QVERIFY(write("20260102030405.mp4", fragments, true) &&
+                write("20260102030405-2.mp4", fragments.left(fragments.size() - 7), true) &&
+                write("20260102030406.mp4", header, true) &&
+                write("holiday.mp4", fragments, true) && write("20260102030407.mp4", "no", true));
+        UnfinishedRecordings finishing(media.path());
+        QVERIFY(write("20260102030408.mp4", fragments, false));  // it is being recorded
+        finishing.start();
+        finishing.waitForEnd();
+        QCOMPARE(video.entryList(QDir::Files).size(), 5);
+        QVERIFY(!video.exists(QStringLiteral("20260102030406.mp4")));
+        for (const char* name : {"20260102030405.mp4", "20260102030405-2.mp4"}) {
+            const QString path = video.filePath(QLatin1String(name));
+            QCOMPARE(boxesOf(path), QByteArray("ftyp mdat moov"));
+            QVERIFY(RecordingReader(path).decodesAllPictures());
+        }
+        for (const char* name : {"holiday.mp4", "20260102030408.mp4"}) {
+            QFile same(video.filePath(QLatin1String(name)));
+            QVERIFY(same.open(QIODevice::ReadOnly) && same.readAll() == fragments);
+        }
+    }
+
+private:
+    static int picturesBefore(const RecordedTrack& track, uint64_t end) {
+        int whole = 0;
+        size_t sample = 0;
+        for (const RecordedTrack::Chunk& chunk : track.chunks) {
+            uint64_t at = chunk.offset;
+            for (uint32_t i = 0; i < chunk.samples; ++i)
+                whole += (at += track.sizes[sample++]) <= end;
+        }
+        return whole;
     }
 };
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QFile>
 #include <QString>
 
@@ -15,15 +16,9 @@ namespace orvelle::test {
 /// A media file opened again and read to its end.
 class RecordingReader {
 public:
-    enum Edits { kKeepEdits, kIgnoreEdits };
-
-    explicit RecordingReader(const QString& path, Edits edits = kKeepEdits) {
-        AVDictionary* options = nullptr;
-        if (edits == kIgnoreEdits)
-            av_dict_set(&options, "ignore_editlist", "1", 0);
+    explicit RecordingReader(const QString& path) {
         AVFormatContext* opened = nullptr;
-        avformat_open_input(&opened, path.toUtf8().constData(), nullptr, &options);
-        av_dict_free(&options);
+        avformat_open_input(&opened, path.toUtf8().constData(), nullptr, nullptr);
         m_format.reset(opened);
         if (m_format)
             avformat_find_stream_info(opened, nullptr);
@@ -43,6 +38,34 @@ public:
     double endSec(size_t stream) const {
         const AVPacket& last = *m_packets.at(stream).back();
         return sec(stream, last.pts + last.duration);
+    }
+
+    QDateTime createdAt() const {
+        const AVDictionaryEntry* time =
+            av_dict_get(m_format->metadata, "creation_time", nullptr, 0);
+        return QDateTime::fromString(QLatin1String(time ? time->value : ""), Qt::ISODateWithMs);
+    }
+    /// Whether each packet of the first stream becomes a picture without a fault.
+    bool decodesAllPictures() const {
+        const AVCodec* decoder = avcodec_find_decoder(codec(0).codec_id);
+        const CodecContextPtr context(avcodec_alloc_context3(decoder));
+        avcodec_parameters_to_context(context.get(), &codec(0));
+        context->err_recognition = AV_EF_EXPLODE;
+        avcodec_open2(context.get(), decoder, nullptr);
+        const FramePtr frame(av_frame_alloc());
+        int pictures = 0;
+        const auto receive = [&] {
+            while (avcodec_receive_frame(context.get(), frame.get()) == 0)
+                pictures += !(frame->flags & AV_FRAME_FLAG_CORRUPT) && !frame->decode_error_flags;
+        };
+        for (const PacketPtr& packet : m_packets[0]) {
+            if (avcodec_send_packet(context.get(), packet.get()) < 0)
+                return false;
+            receive();
+        }
+        avcodec_send_packet(context.get(), nullptr);
+        receive();
+        return pictures == packets(0);
     }
 
     /// The first channel of the second stream.

@@ -1,6 +1,7 @@
 #include <QApplication>
 #include <QLoggingCategory>
 #include <QTemporaryDir>
+#include <QThreadPool>
 
 #include "media/device_inputs.h"
 #include "media/media_log.h"
@@ -19,6 +20,8 @@ int main(int argc, char** argv) {
         return orvelle::test::runRecordingChild(argc, argv);
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     const QApplication application(argc, argv);
+    // Scaling pictures leaves threads that idle for half a minute otherwise.
+    QThreadPool::globalInstance()->setExpiryTimeout(100);
     orvelle::registerDeviceInputs();
     return orvelle::test::runSuites(argc, argv);
 }

@@ -29,12 +29,17 @@ struct Told {
     std::atomic<bool> isEnded{false};
     std::atomic<double> seconds{0.0};
 
+    void tellSecond(double now) {
+        if (static_cast<int>(now) != static_cast<int>(seconds))
+            std::printf("recorded %d\n", static_cast<int>(now)), std::fflush(stdout);
+        seconds = now;
+    }
     static int32_t event(void* user, int32_t event, double seconds, double) {
         auto& told = *static_cast<Told*>(user);
         if (event == KvPlayerRecorder::kCreated)
             told.isCreated = true;
         else if (event == KvPlayerRecorder::kProgress)
-            told.seconds = seconds;
+            told.tellSecond(seconds);
         else
             std::puts(event == KvPlayerRecorder::kFailed ? "failed" : "ended");
         std::fflush(stdout);

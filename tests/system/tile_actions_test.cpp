@@ -4,10 +4,11 @@
 #include "render/video_view.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
-#include "ui/dialogs/alert_dialog.h"
-#include "ui/dialogs/directory_dialog.h"
+#include "system/clerk.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/device_record_view.h"
+#include "ui/preview/recording_news.h"
+#include "ui/widgets/notice_bar.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/toast_view.h"
 
@@ -16,7 +17,9 @@
 #include <QLabel>
 #include <QtTest>
 
+using orvelle::RecordingNews;
 using orvelle::test::CameraSet;
+using orvelle::test::Clerk;
 using orvelle::test::waitUntil;
 using Tile = KvDevicePlayerViewUI;
 
@@ -24,30 +27,6 @@ namespace {
 
 constexpr int kTimeoutMs = 30000;
 constexpr QLatin1Char kGap(' ');
-
-/// Closes the modal dialogs that come up, and remembers of which kind they were.
-class Clerk : public QObject {
-public:
-    Clerk() { qApp->installEventFilter(this); }
-    QStringList seen;
-    bool isAgreeing = true;  ///< to questions
-
-    bool eventFilter(QObject* shown, QEvent* event) override {
-        auto* dialog = event->type() == QEvent::Show ? qobject_cast<QDialog*>(shown) : nullptr;
-        if (!dialog)
-            return false;
-        seen.append(QLatin1String(dialog->metaObject()->className()));
-        const bool isQuestion = qobject_cast<KvAlertDialog*>(dialog) != nullptr;
-        // Later: the dialog's own loop has not begun.
-        QMetaObject::invokeMethod(
-            dialog,
-            [dialog, isAccepted = isQuestion && isAgreeing] {
-                isAccepted ? dialog->accept() : dialog->reject();
-            },
-            Qt::QueuedConnection);
-        return false;
-    }
-};
 
 /// A tile's buttons, with a real camera.
 class TileActionsTest : public QObject {
@@ -58,11 +37,14 @@ private slots:
     void cleanupTestCase();
     void recording_endsAsAskedFor_data();
     void recording_endsAsAskedFor();
+    void recording_goesOn_whenTheCameraIsBack();
     void snapshot_isSaved_alsoWhenItsFolderIsGone();
     void lostPicture_stays_underItsSign();
 
 private:
     Tile* ui() const { return m_tile->findChild<Tile*>(); }
+    /// Starts a recording and waits until it is that long.
+    void record(int seconds);
     QLabel* label(const QString& text) const;
     QStringList files(QString (*folderOf)(const QString&), const char* pattern) const;
 
@@ -98,6 +80,15 @@ void TileActionsTest::cleanupTestCase() {
     m_cameras.reset();
 }
 
+void TileActionsTest::record(int seconds) {
+    double recorded = 0.0;
+    const auto connection = connect(m_tile.get(), &KvDevicePlayerView::updateRecordTimeSignal, this,
+                                    [&recorded](double now) { recorded = now; });
+    ui()->button(Tile::kRecord)->click();
+    QTRY_VERIFY_WITH_TIMEOUT(m_tile->isRecording() && recorded >= seconds, kTimeoutMs);
+    disconnect(connection);
+}
+
 QLabel* TileActionsTest::label(const QString& text) const {
     for (QLabel* label : m_tile->findChildren<QLabel*>()) {
         if (label->isVisible() && label->text().startsWith(text))
@@ -111,32 +102,27 @@ QStringList TileActionsTest::files(QString (*folderOf)(const QString&), const ch
 }
 
 void TileActionsTest::recording_endsAsAskedFor_data() {
-    QTest::addColumn<double>("seconds");
+    QTest::addColumn<int>("seconds");
     QTest::addColumn<QString>("ending");
-    QTest::addColumn<QString>("told");  // by a toast, else by the dialog
     QTest::addColumn<bool>("isKept");
-    QTest::newRow("saved") << 4.5 << "save" << QString() << true;
-    QTest::newRow("dropped") << 4.5 << "drop" << QString() << false;
-    QTest::newRow("too short") << 0.5 << "save"
-                               << "recording_too_short" << false;
-    QTest::newRow("tile closed") << 4.5 << "leave"
-                                 << "the_video_you_recorded_is_save_to" << true;
+    QTest::newRow("saved") << 4 << "save" << true;
+    // There is a picture from before the click.
+    QTest::newRow("saved at once") << 0 << "save" << true;
+    QTest::newRow("dropped") << 4 << "drop" << false;
+    QTest::newRow("tile closed") << 4 << "leave" << true;
 }
 
 void TileActionsTest::recording_endsAsAskedFor() {
-    QFETCH(const double, seconds);
+    QFETCH(const int, seconds);
     QFETCH(const QString, ending);
-    QFETCH(const QString, told);
     QFETCH(const bool, isKept);
-    const int before = files(KvFileUtils::videoPath, "*.mp4").size();
-    double recorded = 0.0;
-    const auto connection = connect(m_tile.get(), &KvDevicePlayerView::updateRecordTimeSignal, this,
-                                    [&recorded](double now) { recorded = now; });
-    ui()->button(Tile::kRecord)->click();
-    QVERIFY(ui()->recordView()->isVisible());
-    QTRY_VERIFY_WITH_TIMEOUT(recorded >= int(seconds), kTimeoutMs);
-    QTest::qWait(int(1000 * (seconds - int(seconds))));
-    disconnect(connection);
+    const QStringList before = files(KvFileUtils::videoPath, "*.mp4");
+    QSignalSpy news(&RecordingNews::instance(), &RecordingNews::ready);
+    // Some pictures after the first one.
+    QSignalSpy speed(m_tile.get(), &KvDevicePlayerView::updateSpeedLabelSignal);
+    QTRY_VERIFY(speed.count() >= 2);
+    record(seconds);
+    QVERIFY(ui()->recordView()->isVisible() && m_tile->isRecording());
     if (ending == QLatin1String("save"))
         ui()->recordView()->saveButton()->click();
     else if (ending == QLatin1String("drop"))
@@ -144,11 +130,40 @@ void TileActionsTest::recording_endsAsAskedFor() {
     else
         m_tile->stopPlay();
     QTRY_VERIFY(ui()->recordView()->isHidden() && ui()->button(Tile::kRecord)->state() == 1);
-    if (!told.isEmpty())
-        QTRY_VERIFY(label(told));
+    if (ending == QLatin1String("leave"))
+        QTRY_COMPARE(news.count(), 1);
     else if (isKept)
         QTRY_COMPARE(m_clerk.seen.join(kGap), QStringLiteral("KvDirectoryDialog"));
-    QTRY_COMPARE(files(KvFileUtils::videoPath, "*.mp4").size() - before, int(isKept));
+    QTRY_COMPARE(RecordingNews::instance().pending(), 0);
+    QStringList now = files(KvFileUtils::videoPath, "*.mp4");
+    for (const QString& name : before)
+        now.removeOne(name);
+    QCOMPARE(now.size(), int(isKept));
+    const RecordingNews::Message message = RecordingNews::instance().takeMessage();
+    if (ending == QLatin1String("leave"))
+        QVERIFY(message.text.endsWith(now.first()) && !message.isWarning);
+    else
+        QVERIFY(message.text.isEmpty());
+}
+
+void TileActionsTest::recording_goesOn_whenTheCameraIsBack() {
+    const int before = files(KvFileUtils::videoPath, "*.mp4").size();
+    record(2);
+    m_cameras->process().kill();
+    const QString notice = QStringLiteral("the_recording_ended_early_and_goes_on_with_the_camera");
+    QTRY_VERIFY_WITH_TIMEOUT(label(notice), kTimeoutMs);
+    QVERIFY(!m_tile->isRecording());
+    QVERIFY(m_cameras->process().start());
+    QTRY_VERIFY_WITH_TIMEOUT(m_tile->isRecording(), kTimeoutMs);
+    // It stays until it is dismissed.
+    QVERIFY(label(notice));
+    auto* bar = m_tile->findChild<orvelle::NoticeBar*>();
+    bar->findChild<QPushButton*>()->click();
+    QVERIFY(!label(notice));
+    QTRY_COMPARE(files(KvFileUtils::videoPath, "*.mp4").size(), before + 2);
+    m_tile->stopPlay();
+    QTRY_COMPARE(RecordingNews::instance().pending(), 0);
+    RecordingNews::instance().takeMessage();
 }
 
 void TileActionsTest::snapshot_isSaved_alsoWhenItsFolderIsGone() {

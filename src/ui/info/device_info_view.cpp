@@ -211,8 +211,14 @@ void KvTUTKDeviceInfoView::_doUpdateSDCardCleanupView(int round, int result) {
 
 void KvTUTKDeviceInfoView::_onClickUIUnbindButton(bool) {
     KvDevice* const device = m_device;
-    if (device && agreed(text("it_will_automatically_delete_all_local_information_after_the_camera_"
-                              "is_unlinked")))
+    if (!device)
+        return;
+    QString question =
+        text("it_will_automatically_delete_all_local_information_after_the_camera_is_unlinked");
+    const QString warning = m_unbindWarning ? m_unbindWarning() : QString();
+    if (!warning.isEmpty())
+        question += QLatin1Char('\n') + warning;
+    if (agreed(question))
         emit unbindDevice(device);
 }
 

@@ -3,6 +3,8 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <functional>
+
 #include <atomic>
 #include <cstdint>
 
@@ -33,6 +35,11 @@ public:
     KvDevice* device() const { return m_device; }
     /// Holds from the next question on.
     void setTimeouts(const Timeouts& timeouts) { m_timeouts = timeouts; }
+
+    /// What else ends when the camera is unbound, asked with the question; empty for nothing.
+    void setUnbindWarning(std::function<QString()> warning) {
+        m_unbindWarning = std::move(warning);
+    }
 
     /// Whole gigabytes; less than none counts as none.
     static QString formatSpace(int megabytes);
@@ -84,6 +91,7 @@ private:
     KvDevice* m_device = nullptr;          ///< borrowed
     KvTUTKDevice* m_tutkDevice = nullptr;  ///< the same, when it has a command channel
     std::atomic<int> m_round{0};           ///< written with no listener registered
+    std::function<QString()> m_unbindWarning;
     Timeouts m_timeouts;
     Waiting m_waiting = Waiting::kNo;
     bool m_isOnline = false;  ///< as last seen

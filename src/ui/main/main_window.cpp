@@ -19,6 +19,9 @@
 #include "ui/main/title_view.h"
 #include "ui/main/window_edges.h"
 #include "ui/preview/devices_preview.h"
+#include "ui/preview/recording_news.h"
+#include "ui/preview/recording_question.h"
+#include "ui/preview/saving_dialog.h"
 #include "ui/widgets/click_label.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
@@ -47,12 +50,14 @@ MainWindow::MainWindow(QWidget* parent)
     connectTitleBar();
     connectCameras();
     connectContent();
+    connectRecordings();
     refresh();
     m_ui->focusStart();
     lookForUpdate();
 }
 
 MainWindow::~MainWindow() {
+    KvThread::stopAndDelete(m_languageThread);
     releaseDevices();
 }
 
@@ -203,10 +208,13 @@ void MainWindow::closeProgram() {
         return;
     m_isClosing = true;
     m_ui->hideHelpMenu();
-    KvConfirmDialog question(
-        orvelle::text("are_you_sure_you_want_to_close_the_orvelle_pc_application"), this);
+    QString text = orvelle::text("are_you_sure_you_want_to_close_the_orvelle_pc_application");
+    if (const int recordings = m_ui->preview()->runningRecordings())
+        text += QLatin1Char('\n') + orvelle::runningRecordingsText(recordings);
+    KvConfirmDialog question(text, this);
     if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {
         m_isClosing = false;
+        orvelle::RecordingNews::instance().announce();
         return;
     }
     exitProgram();
@@ -217,5 +225,6 @@ void MainWindow::exitProgram() {
     releaseDevices();
     m_ui->cameras()->freezeStates();
     KvAppCancelDialog(this).start(m_ui->contentLeft());
+    orvelle::SavingDialog(this).run(m_ui->contentLeft());
     QCoreApplication::quit();
 }

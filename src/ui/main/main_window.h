@@ -3,6 +3,9 @@
 #include <QMainWindow>
 #include <QPointer>
 
+#include <memory>
+
+#include "core/thread.h"
 #include "device/device.h"
 #include "device/device_group.h"
 #include "ui/widgets/toast.h"
@@ -14,6 +17,7 @@ class MainWindowUI;
 
 namespace orvelle {
 class EntryMenu;
+class NoticeBar;
 struct InstallerProof;
 }  // namespace orvelle
 
@@ -76,7 +80,8 @@ private:
     void connectCameras();
     void connectContent();
     void setDefaultGeometry();
-    /// Shows what the manager lists, and the welcome page.
+    /// Shows what the manager lists. What is being watched goes on while it is listed; else the
+    /// welcome page comes.
     void refresh();
     void showEntries();
     void updateEntries();
@@ -89,6 +94,11 @@ private:
     void editGroup(KvDeviceGroup& group);
     void renameCamera(KvDeviceGroup& entry);
     void removeEntry(KvDeviceGroup* entry);
+    /// How many recordings run that end when the entry is removed.
+    int recordingsOf(const KvDeviceGroup& entry) const;
+    void releaseEntry(KvDeviceGroup& entry);
+    void connectRecordings();
+    void tellRecordings();
     void reportUnsaved();
     void lookForUpdate();
     /// Once nothing else is in front.
@@ -104,10 +114,12 @@ private:
 
     MainWindowUI* m_ui;  ///< child
     KvToast m_toast;
+    orvelle::NoticeBar* m_recordingNotice = nullptr;  ///< child
     KvUpdater m_updater;
     KvUpdateInfo* m_update = nullptr;  ///< of the updater; a newer version that is to be offered
-    KvDeviceGroupPopMenu* const m_groupMenu;    ///< child
-    orvelle::EntryMenu* m_entryMenu = nullptr;  ///< child, made when first needed
-    QPointer<KvDeviceGroup> m_menuEntry;        ///< for which the menu was last opened
+    KvDeviceGroupPopMenu* const m_groupMenu;     ///< child
+    orvelle::EntryMenu* m_entryMenu = nullptr;   ///< child, made when first needed
+    QPointer<KvDeviceGroup> m_menuEntry;         ///< for which the menu was last opened
+    std::unique_ptr<KvThread> m_languageThread;  ///< until the window is built anew
     bool m_isClosing = false;
 };

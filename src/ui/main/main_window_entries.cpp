@@ -18,6 +18,7 @@
 #include "ui/palette.h"
 #include "ui/preview/devices_preview.h"
 #include "ui/preview/grid_layout.h"
+#include "ui/preview/recording_question.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast_dialog.h"
 
@@ -103,9 +104,14 @@ void MainWindow::updateEntries() {
 }
 
 void MainWindow::refresh() {
-    releaseDevices();
+    KvDeviceGroup* const watched = m_ui->preview()->group();
+    const bool isLeft = isListed(watched) && watched->firstDevice();
+    if (isLeft)
+        m_ui->preview()->updateGroup();
+    else
+        releaseDevices();
     showEntries();
-    m_ui->showPreview(false);
+    m_ui->showPreview(isLeft);
 }
 
 void MainWindow::showGroup(KvDeviceGroup* group) {
@@ -116,6 +122,14 @@ void MainWindow::showGroup(KvDeviceGroup* group) {
         return;
     }
     m_ui->hideHelpMenu();
+    const KvDeviceGroup* const watched = m_ui->preview()->group();
+    if (group != watched &&
+        !orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this)) {
+        showEntries();
+        return;
+    }
+    if (!isListed(group))
+        return;
     m_ui->showPreview(true);
     m_ui->preview()->setGroup(group);
 }
@@ -135,7 +149,8 @@ void MainWindow::_onDoubleClickDevice(KvDeviceGroup* group) {
 
 void MainWindow::_onClickDeviceGroupMenu(KvDeviceGroup* group) {
     showGroup(group);
-    m_ui->cameras()->selectGroup(group);
+    if (m_ui->preview()->group() == group)
+        m_ui->cameras()->selectGroup(group);
 }
 
 void MainWindow::_onDeviceGroupThumbUpdate(KvDeviceGroup* group) {
@@ -188,13 +203,17 @@ void MainWindow::editGroup(KvDeviceGroup& group) {
     if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !isListed(&group))
         return;
     const auto edited = dialog.takeGroup();
+    const bool isWatched = m_ui->preview()->group() == &group;
+    if (isWatched &&
+        !orvelle::mayEndRecordings(m_ui->preview()->recordingsBut(edited->devices()), this))
+        return;
     edited->setLayout(orvelle::usableLayout(group.layout(), edited->devices().size()));
     group.copyFrom(*edited);
     group.setName(edited->name());
     if (!group.saveLater())
         reportUnsaved();
     m_ui->cameras()->updateGroup(&group);
-    if (m_ui->preview()->group() == &group)
+    if (isWatched && m_ui->preview()->group() == &group)
         m_ui->preview()->reloadGroup();
 }
 
@@ -226,19 +245,41 @@ void MainWindow::_onClickRemoveGroup(bool) {
     if (!isListed(m_menuEntry))
         return;
     const bool isGroup = m_menuEntry->type() == KvDeviceGroup::kGroup;
-    KvAlertDialog question(
+    QString what =
         isGroup ? text("do_you_want_to_remove_group")
-                : text("it_will_automatically_delete_all_local_information_after_the_camera_is_"
-                       "unlinked"),
-        this);
+                : text(
+                      "it_will_automatically_delete_all_local_information_after_the_camera_is_"
+                      "unlinked");
+    if (const int recordings = recordingsOf(*m_menuEntry))
+        what += QLatin1Char('\n') + orvelle::runningRecordingsText(recordings);
+    KvAlertDialog question(what, this);
     if (question.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
         removeEntry(m_menuEntry);
+}
+
+int MainWindow::recordingsOf(const KvDeviceGroup& entry) const {
+    const KvDevicesPreview& preview = *m_ui->preview();
+    if (preview.group() == &entry)
+        return preview.runningRecordings();
+    if (entry.type() == KvDeviceGroup::kGroup || !preview.group())
+        return 0;
+    QList<KvDevice*> staying = preview.group()->devices();
+    staying.removeAll(entry.firstDevice());
+    return preview.recordingsBut(staying);
+}
+
+/// What else is being watched goes on.
+void MainWindow::releaseEntry(KvDeviceGroup& entry) {
+    if (m_ui->preview()->group() == &entry)
+        releaseDevices();
+    else if (entry.type() != KvDeviceGroup::kGroup)
+        m_ui->preview()->releaseDevice(entry.firstDevice());
 }
 
 void MainWindow::removeEntry(KvDeviceGroup* entry) {
     if (!isListed(entry))
         return;
-    releaseDevices();
+    releaseEntry(*entry);
     log("start remove group\n", kLogInfo);
     KvTUTKDeviceDeleteDialog dialog(entry, this);
     dialog.execCentred(m_ui->contentLeft());
@@ -248,6 +289,7 @@ void MainWindow::removeEntry(KvDeviceGroup* entry) {
 }
 
 void MainWindow::_onUnbindDevice(KvDevice* device) {
+    releaseDevices();
     if (manager())
         removeEntry(manager()->findDeviceGroup(device));
 }

@@ -12,12 +12,25 @@
 #include "ui/main/main_window_ui.h"
 #include "ui/main/menu_view.h"
 #include "ui/main/restart_hook.h"
+#include "ui/preview/devices_preview.h"
+#include "ui/preview/recording_question.h"
 #include "ui/widgets/text.h"
 #include "update/update_server.h"
 
 namespace {
 
 constexpr int kManualMargin = 20;
+
+/// Stores the choice, for which the disk may take its time.
+class LanguageThread : public KvThread {
+public:
+    explicit LanguageThread(const QString& language)
+        : KvThread(QStringLiteral("language")), m_language(language) {}
+    void run() override { KvConfigure().setString(orvelle::settings::kLanguage, m_language); }
+
+private:
+    const QString m_language;
+};
 
 }  // namespace
 
@@ -54,6 +67,11 @@ void MainWindow::_onClickHelpMenu() {
 
 void MainWindow::_onClickLanguage(const QString& language) {
     m_ui->hideHelpMenu();
-    KvConfigure().setString(orvelle::settings::kLanguage, language);
-    orvelle::requestRestart();
+    if (!orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this))
+        return;
+    // The window that is built anew reads it.
+    KvThread::stopAndDelete(m_languageThread);
+    m_languageThread = std::make_unique<LanguageThread>(language);
+    connect(m_languageThread.get(), &QThread::finished, this, [] { orvelle::requestRestart(); });
+    m_languageThread->start();
 }

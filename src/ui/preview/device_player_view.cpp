@@ -13,8 +13,11 @@
 #include "render/video_view.h"
 #include "ui/list/device_state_text.h"
 #include "ui/preview/device_record_view.h"
+#include "ui/preview/folder_search.h"
+#include "ui/preview/tile_recording.h"
 #include "ui/preview/tutk_device_ptz_view.h"
 #include "ui/widgets/focus_ring.h"
+#include "ui/widgets/notice_bar.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -29,18 +32,23 @@ constexpr int kStallIntervalMs = 1000;
 constexpr int kStallMs = 5000;
 constexpr int kBarsMs = 3000;
 constexpr int kTurnableType = 1;
+constexpr int kNoticeBottom = 52;  // above the bar of buttons
 
 }  // namespace
 
 KvDevicePlayerView::KvDevicePlayerView(QWidget* parent)
-    : QWidget(parent), m_ui(new UI(this)), m_player(std::make_unique<KvDevicePlayer>()) {
+    : QWidget(parent),
+      m_ui(new UI(this)),
+      m_folderSearch(new orvelle::FolderSearch(this)),
+      m_recordNotice(new orvelle::NoticeBar(this, kNoticeBottom)),
+      m_player(std::make_unique<KvDevicePlayer>()) {
+    m_recording = new orvelle::TileRecording(*m_player, this);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_MouseTracking);
     // Reports the mouse over the children too, which take its moves.
     setAttribute(Qt::WA_Hover);
     m_player->setView(m_ui->videoView());
     m_player->setCallback(this, onPlayerEvent);
-    m_player->setRecordCallback(this, onRecordEvent);
     m_checkTimer.setInterval(kCheckIntervalMs);
     m_stallTimer.setInterval(kStallIntervalMs);
     m_barsTimer.setInterval(kBarsMs);
@@ -48,6 +56,7 @@ KvDevicePlayerView::KvDevicePlayerView(QWidget* parent)
     m_clicker.setTarget(m_ui);
     connectSignals();
     connectButtons();
+    connectRecording();
     setDevice(nullptr);
     setVolume(0.0);
 }
@@ -56,7 +65,6 @@ KvDevicePlayerView::~KvDevicePlayerView() {
     if (m_tutkDevice)
         m_tutkDevice->removeListener(this);
     m_checkTimer.stop();
-    endRecord();
     closePlayer();
 }
 
@@ -75,7 +83,6 @@ void KvDevicePlayerView::connectSignals() {
     connect(this, &View::updateRecordTimeSignal, this, &View::_doUpdateRecordTime);
     connect(this, &View::updateDeviceTypeSignal, this, &View::_doUpdateDeviceType);
     connect(this, &View::updateSpeedLabelSignal, this, &View::_doUpdateSpeedLabel);
-    connect(this, &View::hideRecordView, this, &View::_doHideRecordView);
     connect(&m_checkTimer, &QTimer::timeout, this, &View::_invokeCheckPlayer);
     connect(&m_stallTimer, &QTimer::timeout, this, &View::_invokeStallTimer);
     connect(&m_barsTimer, &QTimer::timeout, this, &View::_invokeMouseTimer);
@@ -104,10 +111,23 @@ void KvDevicePlayerView::connectButtons() {
     connect(record->saveButton(), &QPushButton::clicked, this, &View::_onClickSaveRecordButton);
 }
 
+void KvDevicePlayerView::connectRecording() {
+    using Recording = orvelle::TileRecording;
+    using View = KvDevicePlayerView;
+    connect(m_folderSearch, &orvelle::FolderSearch::found, this, &View::startRecord);
+    connect(m_recording, &Recording::stateChanged, this, &View::updateRecordControls);
+    connect(m_recording, &Recording::secondsChanged, this, &View::updateRecordTimeSignal);
+    connect(this, &View::hideRecordView, this, &View::_doHideRecordView);
+    connect(m_recording, &Recording::saved, this, &View::tellSaved);
+    connect(m_recording, &Recording::nothingSaved, this,
+            [this] { m_toast.show(this, orvelle::text("recording_too_short")); });
+}
+
 void KvDevicePlayerView::setDevice(KvDevice* device) {
     if (m_tutkDevice)
         m_tutkDevice->removeListener(this);
     stopPlay();
+    m_recordNotice->dismiss();
     resetControls();
     m_device = device;
     m_tutkDevice = qobject_cast<KvTUTKDevice*>(device);
@@ -151,6 +171,8 @@ void KvDevicePlayerView::requestCameraFacts() {
 void KvDevicePlayerView::stopPlay() {
     setFullscreen(false);
     _doStop();
+    m_recording->forgetInterruption();
+    m_isStarted = false;
     m_hasPicture = false;
     m_ui->videoView()->showFrame(nullptr);
     updateState();
@@ -169,7 +191,7 @@ void KvDevicePlayerView::requestStop() {
 
 void KvDevicePlayerView::closePlayer() {
     m_stallTimer.stop();
-    closeRecord();
+    m_recording->leave();
     m_player->shutdown();
     m_openFailed = false;
     m_firstPicture = false;
@@ -182,6 +204,7 @@ void KvDevicePlayerView::_doStart() {
     m_checkTimer.stop();
     if (!m_device)
         return;
+    m_isStarted = true;
     if (!m_device->isOnline()) {
         waitForCamera();
         return;
@@ -208,6 +231,7 @@ void KvDevicePlayerView::waitForCamera() {
 void KvDevicePlayerView::_doStartCheck() {
     if (!m_openFailed.exchange(false))
         return;
+    interruptRecord();
     closePlayer();
     waitForCamera();
 }
@@ -233,6 +257,7 @@ void KvDevicePlayerView::_doHideLoading() {
     m_isLoading = false;
     m_hasPicture = true;
     updateState();
+    resumeRecord();
 }
 
 /// The state's words, and what lies on the picture: a sign while something is awaited, or the
@@ -266,7 +291,7 @@ void KvDevicePlayerView::updateButtons() {
     const bool isPlaying = m_player->isRunning() && !m_isLoading;
     for (const UI::Button button : {UI::kSound, UI::kCapture, UI::kPtz})
         m_ui->setButtonEnabled(button, isPlaying);
-    m_ui->setButtonEnabled(UI::kRecord, isPlaying || !m_recordPath.isEmpty());
+    m_ui->setButtonEnabled(UI::kRecord, isPlaying || m_recording->isRunning());
     m_ui->setButtonEnabled(UI::kPlay, !m_isLoading && m_player->isInputRunning());
     m_ui->setButtonEnabled(UI::kSettings, m_device && m_device->isOnline());
 }

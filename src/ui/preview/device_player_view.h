@@ -17,6 +17,13 @@ class KvDevicePlayer;
 class KvTUTKDevice;
 class KvTUTKResponse;
 
+namespace orvelle {
+class FolderSearch;
+class NoticeBar;
+struct RecordingResult;
+class TileRecording;
+}  // namespace orvelle
+
 /// One camera's live picture with its name, state, bit rate and controls.
 ///
 /// It plays whenever the camera is online. A camera that is not is looked for every two seconds,
@@ -40,7 +47,12 @@ public:
     /// What the full-screen button shows; the window itself is the owner's.
     void setFullscreen(bool fullscreen);
 
-    /// Ends playing and blanks the picture.
+    /// Whether it plays or waits for its camera.
+    bool isStarted() const { return m_isStarted; }
+    /// Whether a recording runs that would end with the picture.
+    bool isRecording() const;
+
+    /// Ends playing and blanks the picture. Of a recording what was recorded is saved meanwhile.
     void stopPlay();
     /// Asks the player's threads to end, without waiting. An owner of several tiles calls it on
     /// all before it stops the first.
@@ -109,7 +121,6 @@ private slots:
 
 private:
     static int32_t onPlayerEvent(void* user, int32_t event, double a, double b);
-    static int32_t onRecordEvent(void* user, int32_t event, double a, double b);
     static void onResponse(void* user, KvTUTKResponse* response);
     void handlePlayerEvent(int32_t event);
     void handleResponse(const KvTUTKResponse& response);
@@ -118,6 +129,7 @@ private:
 
     void connectSignals();
     void connectButtons();
+    void connectRecording();
     void resetControls();
     void requestCameraFacts();
     void waitForCamera();
@@ -128,25 +140,24 @@ private:
     void updateState();
     void updateButtons();
     void wakeBars();
-    /// What becomes of a recording that ends.
-    enum class RecordEnd { kByItself, kSave, kDiscard };
-    void startRecord();
-    void requestRecordEnd(RecordEnd end);
-    QString endRecord();
-    void closeRecord();
-    void saveRecord();
-    void tellRecordEnd(const QString& path);
+    void startRecord(const QString& uid, const QString& folder, bool exists);
+    void interruptRecord();
+    void resumeRecord();
+    void tellSaved(const orvelle::RecordingResult& result);
+    void updateRecordControls();
     static qint64 nowMs();
 
     bool m_noSound = false;
     double m_volume = 0.0;
-    KvDevice* m_device = nullptr;          ///< borrowed; the manager owns it
-    KvTUTKDevice* m_tutkDevice = nullptr;  ///< the same, when it is one with a command channel
-    KvDevicePlayerViewUI* const m_ui;      ///< child
-    QString m_recordPath;                  ///< as asked for; empty without a recording
-    RecordEnd m_recordEnd = RecordEnd::kByItself;  ///< as asked for
-    bool m_isLoading = false;                      ///< the player runs and has shown no picture yet
-    bool m_hasPicture = false;                     ///< one of this camera's is on the screen
+    KvDevice* m_device = nullptr;           ///< borrowed; the manager owns it
+    KvTUTKDevice* m_tutkDevice = nullptr;   ///< the same, when it is one with a command channel
+    KvDevicePlayerViewUI* const m_ui;       ///< child
+    orvelle::FolderSearch* m_folderSearch;  ///< child
+    orvelle::TileRecording* m_recording;    ///< child
+    orvelle::NoticeBar* m_recordNotice;     ///< child
+    bool m_isStarted = false;               ///< it plays, or waits for its camera
+    bool m_isLoading = false;               ///< the player runs and has shown no picture yet
+    bool m_hasPicture = false;              ///< one of this camera's is on the screen
     QTimer m_checkTimer;
     QTimer m_stallTimer;
     QTimer m_barsTimer;
@@ -163,9 +174,6 @@ private:
     std::atomic<qint64> m_lastPictureMs{0};
     std::atomic<bool> m_openFailed{false};
     std::atomic<bool> m_firstPicture{false};
-    std::atomic<bool> m_recordFailed{false};
-    std::atomic<int> m_recordSecond{0};  ///< last told to the interface
-    std::atomic<bool> m_recordEnded{false};
 
     std::unique_ptr<KvDevicePlayer> m_player;  ///< last, so that it goes first
 };

@@ -9,19 +9,20 @@
 #include "ui/logging.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/device_record_view.h"
+#include "ui/preview/folder_search.h"
 #include "ui/preview/media_folder.h"
+#include "ui/preview/tile_recording.h"
 #include "ui/preview/tutk_device_ptz_view.h"
+#include "ui/widgets/notice_bar.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
 using orvelle::textKey;
+using orvelle::TileRecording;
 using UI = KvDevicePlayerViewUI;
 
 namespace {
-
-constexpr int kPathToastMs = 5000;  // a path takes longer to read
-constexpr double kRecordLimitSeconds = 3600.0;
 
 QString timeStampName() {
     return QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
@@ -106,49 +107,49 @@ void KvDevicePlayerView::_onClickUICaptureButton(bool) {
 }
 
 void KvDevicePlayerView::_onClickUIRecordButton(bool) {
-    if (!m_recordPath.isEmpty())
-        saveRecord();
+    if (m_recording->isRunning())
+        m_recording->requestEnd(TileRecording::End::kSave);
     else if (m_device && m_player->isRunning())
-        startRecord();
+        m_folderSearch->start(KvFileUtils::videoPath, m_device->uid());
 }
 
-void KvDevicePlayerView::startRecord() {
-    const QString folder =
-        orvelle::usableMediaFolder(KvFileUtils::videoPath, m_device->uid(), this);
-    // The question may have lasted longer than the stream.
-    if (folder.isEmpty() || !m_player->isRunning())
+/// The answer may have lasted longer than the stream.
+void KvDevicePlayerView::startRecord(const QString& uid, const QString& folder, bool exists) {
+    const auto isWanted = [this, &uid] {
+        return m_device && m_device->uid() == uid && m_player->isRunning() &&
+               !m_recording->isRunning();
+    };
+    if (!isWanted())
         return;
-    m_recordPath = QStringLiteral("%1/%2.mp4").arg(folder, timeStampName());
-    qDebug().noquote() << "start record path " << m_recordPath;
-    m_recordFailed = false;
-    m_recordSecond = 0;
-    m_recordEnded = false;
-    m_player->startRecord(m_recordPath, QStringLiteral("mp4"), kRecordLimitSeconds);
+    if (exists)
+        m_recording->start(folder);
+    else if (orvelle::agreesToDefaultFolder(this) && isWanted())
+        m_recording->start(KvFileUtils::videoPath(uid));
+}
+
+bool KvDevicePlayerView::isRecording() const {
+    return m_recording->isRecording();
+}
+
+void KvDevicePlayerView::updateRecordControls() {
     KvPushButton* button = m_ui->button(UI::kRecord);
-    button->setState(0);
-    KvWidgetUtils::setToolTip(button, textKey("stop_recording"));
-    m_ui->setRecordShown(true);
-}
-
-/// Nobody waits for the disk here: the recording's last event goes on.
-void KvDevicePlayerView::requestRecordEnd(RecordEnd end) {
-    if (m_recordPath.isEmpty() || m_recordEnd != RecordEnd::kByItself)
-        return;
-    m_recordEnd = end;
-    m_ui->setRecordShown(false);
-    m_player->requestStopRecord();
-}
-
-void KvDevicePlayerView::saveRecord() {
-    requestRecordEnd(RecordEnd::kSave);
+    const bool isRunning = m_recording->isRunning();
+    button->setState(isRunning ? 0 : 1);
+    KvWidgetUtils::setToolTip(button,
+                              isRunning ? textKey("stop_recording") : textKey("record_video"));
+    if (m_recording->isRecording())
+        m_ui->setRecordShown(true);
+    else
+        emit hideRecordView();
+    updateButtons();
 }
 
 void KvDevicePlayerView::_onClickSaveRecordButton(bool) {
-    saveRecord();
+    m_recording->requestEnd(TileRecording::End::kSave);
 }
 
 void KvDevicePlayerView::_onClickCancelRecordButton(bool) {
-    requestRecordEnd(RecordEnd::kDiscard);
+    m_recording->requestEnd(TileRecording::End::kDiscard);
 }
 
 void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
@@ -156,57 +157,29 @@ void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
 }
 
 void KvDevicePlayerView::_doHideRecordView() {
-    if (m_recordPath.isEmpty() || !m_recordEnded)
-        return;
-    const RecordEnd end = m_recordEnd;
-    const QString path = endRecord();
-    if (end == RecordEnd::kDiscard) {
-        if (!path.isEmpty() && !KvFileUtils::removeFile(path))
-            qCWarning(lcUi) << path << "could not be removed";
-    } else if (end == RecordEnd::kSave && !path.isEmpty() && !m_recordFailed) {
-        KvDirectoryDialog(orvelle::text("the_video_you_recorded_is_save_to"), path, window())
-            .execCentred(this);
-    } else {
-        tellRecordEnd(path);
-    }
-}
-
-/// Ends a recording; the path of its file, or empty when there is none.
-QString KvDevicePlayerView::endRecord() {
-    if (m_recordPath.isEmpty())
-        return {};
-    const QString path = m_player->recordPath();
-    m_player->stopRecord();
-    m_recordPath.clear();
-    m_recordEnd = RecordEnd::kByItself;
-    KvPushButton* button = m_ui->button(UI::kRecord);
-    button->setState(1);
-    KvWidgetUtils::setToolTip(button, textKey("record_video"));
     m_ui->setRecordShown(false);
-    updateButtons();
-    return KvFileUtils::fileExists(path) ? path : QString();
 }
 
-/// The stream ends under the recording: what was recorded up to here is kept, unless it was to go.
-void KvDevicePlayerView::closeRecord() {
-    if (m_recordPath.isEmpty())
-        return;
-    const RecordEnd end = m_recordEnd;
-    const QString path = endRecord();
-    if (end == RecordEnd::kDiscard)
-        KvFileUtils::removeFile(path);
-    else
-        tellRecordEnd(path);
+void KvDevicePlayerView::tellSaved(const orvelle::RecordingResult& result) {
+    QString what = orvelle::text("the_video_you_recorded_is_save_to");
+    if (result.lacksSound)
+        what.prepend(orvelle::text("recorded_without_sound") + QLatin1Char('\n'));
+    KvDirectoryDialog(what, result.files.last(), window()).execCentred(this);
 }
 
-void KvDevicePlayerView::tellRecordEnd(const QString& path) {
-    if (path.isEmpty()) {
-        m_toast.show(this, m_recordFailed ? orvelle::text("recording_failed")
-                                          : orvelle::text("recording_too_short"));
+/// The camera was lost under the recording.
+void KvDevicePlayerView::interruptRecord() {
+    if (!m_recording->isRecording())
         return;
-    }
-    const QString what = m_recordFailed ? orvelle::text("the_recording_ended_early_it_is_saved_to")
-                                        : orvelle::text("the_video_you_recorded_is_save_to");
-    m_toast.show(this, what + QLatin1Char('\n') + QDir::toNativeSeparators(path),
-                 KvToast::kBottomCentre, kPathToastMs);
+    const QString path = m_recording->interrupt();
+    QString news = orvelle::text("the_recording_ended_early_and_goes_on_with_the_camera");
+    if (!path.isEmpty())
+        news += QLatin1Char('\n') + QDir::toNativeSeparators(path);
+    m_recordNotice->add(news);
+}
+
+/// The camera is back: without a question, as nobody may be there.
+void KvDevicePlayerView::resumeRecord() {
+    if (m_recording->isInterrupted())
+        m_recording->start(m_recording->interruptedFolder());
 }

@@ -1,7 +1,6 @@
 #include "device/device_messages.h"
 #include "device/tutk_request.h"
 #include "media/device_player.h"
-#include "media/player_recorder.h"
 #include "platform/private_file.h"
 #include "render/video_view.h"
 #include "ui/logging.h"
@@ -62,30 +61,6 @@ void KvDevicePlayerView::reportSpeed() {
         return;
     m_speedClock.start();
     emit updateSpeedLabelSignal(m_player->speed());
-}
-
-int32_t KvDevicePlayerView::onRecordEvent(void* user, int32_t event, double seconds, double) {
-    auto* view = static_cast<KvDevicePlayerView*>(user);
-    switch (event) {
-        case KvPlayerRecorder::kProgress:
-            // It comes with every packet, and whole seconds are shown.
-            if (view->m_recordSecond.exchange(static_cast<int>(seconds)) !=
-                static_cast<int>(seconds))
-                emit view->updateRecordTimeSignal(seconds);
-            break;
-        case KvPlayerRecorder::kFailed:
-            view->m_recordFailed = true;
-            view->m_recordEnded = true;
-            emit view->hideRecordView();
-            break;
-        case KvPlayerRecorder::kEnded:
-            view->m_recordEnded = true;
-            emit view->hideRecordView();
-            break;
-        default:
-            break;
-    }
-    return 0;
 }
 
 void KvDevicePlayerView::onResponse(void* user, KvTUTKResponse* response) {

@@ -2,6 +2,8 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 #include "device/tutk_device.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/info/device_info_view.h"
@@ -9,6 +11,7 @@
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/devices_preview_ui.h"
+#include "ui/preview/recording_question.h"
 #include "ui/widgets/focus_ring.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
@@ -49,6 +52,8 @@ void KvDevicesPreview::connectChildren() {
     connect(m_ui->infoView(), &KvTUTKDeviceInfoView::clickBackButton, this,
             &Grid::_onClickInfoViewBackButton);
     connect(m_ui->infoView(), &KvTUTKDeviceInfoView::unbindDevice, this, &Grid::_onUnbindDevice);
+    m_ui->infoView()->setUnbindWarning(
+        [this] { return orvelle::runningRecordingsText(runningRecordings()); });
     connect(m_ui->playbackView(), &KvSDCardPlaybackView::clickBackButton, this,
             &Grid::_onClickPlaybackViewBackButton);
     connect(m_ui->playbackView(), &KvSDCardPlaybackView::requestFullscreen, this,
@@ -71,6 +76,7 @@ void KvDevicesPreview::connectLayoutButtons() {
 void KvDevicesPreview::setGroup(KvDeviceGroup* group) {
     if (group && group == m_group)
         return;
+    unbindTiles();
     m_group = group;
     reloadGroup();
 }
@@ -88,24 +94,89 @@ void KvDevicesPreview::reloadGroup() {
     reloadTiles();
 }
 
+void KvDevicesPreview::updateGroup() {
+    QList<KvDevice*> bound;
+    for (const KvDevicePlayerView* tile : m_ui->tiles()) {
+        if (tile->device())
+            bound += tile->device();
+    }
+    if (bound == devicesShown())
+        updateNames();
+    else
+        reloadGroup();
+}
+
 void KvDevicesPreview::updateNames() {
     m_ui->setTitle(m_group ? m_group->name() : QString());
     for (KvDevicePlayerView* tile : m_ui->tiles())
         tile->updateName();
 }
 
+/// A camera that plays already goes on, in whatever place.
 void KvDevicesPreview::reloadTiles() {
     if (!m_group)
         return;
-    unbindTiles();
-    const QList<KvDevice*> devices = m_group->devices();
-    const int count = qMin(devices.size(), m_ui->tilesShown());
-    for (int i = 0; i < count; ++i) {
-        KvDevicePlayerView* tile = m_ui->tiles()[i];
-        tile->setNoSound(m_group->type() == KvDeviceGroup::kGroup);
-        tile->setDevice(devices[i]);
+    const QList<KvDevice*> devices = devicesShown();
+    const auto goes = [&devices](const KvDevicePlayerView* tile) {
+        return tile->device() && !devices.contains(tile->device());
+    };
+    for (KvDevicePlayerView* tile : m_ui->tiles()) {
+        if (goes(tile))
+            tile->requestStop();
     }
+    for (KvDevicePlayerView* tile : m_ui->tiles()) {
+        if (goes(tile))
+            tile->setDevice(nullptr);
+    }
+    std::vector<KvDevicePlayerView*> order;
+    for (KvDevice* device : devices) {
+        KvDevicePlayerView* tile = tileOf(device);
+        if (!tile)
+            tile = tileOf(nullptr);
+        bind(tile, device);
+        order.push_back(tile);
+    }
+    m_ui->moveToFront(order);
+    for (size_t i = order.size(); i < m_ui->tiles().size(); ++i)
+        m_ui->tiles()[i]->hide();
     m_ui->layOut();
+}
+
+void KvDevicesPreview::bind(KvDevicePlayerView* tile, KvDevice* device) {
+    if (tile->device() == device && tile->isStarted()) {
+        tile->updateName();
+        return;
+    }
+    tile->setNoSound(m_group->type() == KvDeviceGroup::kGroup);
+    tile->setDevice(device);
+}
+
+QList<KvDevice*> KvDevicesPreview::devicesShown() const {
+    return m_group ? m_group->devices().mid(0, m_ui->tilesShown()) : QList<KvDevice*>();
+}
+
+/// Null: the first tile without a camera.
+KvDevicePlayerView* KvDevicesPreview::tileOf(const KvDevice* device) const {
+    const auto& tiles = m_ui->tiles();
+    const auto tile = std::find_if(tiles.begin(), tiles.end(),
+                                   [device](const auto* t) { return t->device() == device; });
+    return tile == tiles.end() ? nullptr : *tile;
+}
+
+void KvDevicesPreview::releaseDevice(KvDevice* device) {
+    KvDevicePlayerView* tile = device ? tileOf(device) : nullptr;
+    if (!tile)
+        return;
+    hidePages();
+    tile->setDevice(nullptr);
+    tile->hide();
+}
+
+int KvDevicesPreview::recordingsBut(const QList<KvDevice*>& staying) const {
+    const auto& tiles = m_ui->tiles();
+    return static_cast<int>(std::count_if(tiles.begin(), tiles.end(), [&](const auto* tile) {
+        return tile->isRecording() && !staying.contains(tile->device());
+    }));
 }
 
 /// All are asked before the first is waited for, so that their threads end side by side.
@@ -187,7 +258,8 @@ void KvDevicesPreview::_invokeThumbTimer() {
 }
 
 void KvDevicesPreview::_onClickPlayerViewShutdown(KvDevicePlayerView*) {
-    closePreview();
+    if (orvelle::mayEndRecordings(runningRecordings(), this))
+        closePreview();
 }
 
 void KvDevicesPreview::_onClickPlayerViewFullscreen(KvDevicePlayerView* view, bool fullscreen) {
@@ -232,7 +304,8 @@ void KvDevicesPreview::_onClickDeviceSDCardButton(KvDevicePlayerView* view) {
         return;
     }
     auto* device = qobject_cast<KvTUTKDevice*>(view->device());
-    if (!device)
+    if (!device || !orvelle::mayEndRecordings(runningRecordings(), this) ||
+        view->device() != device)
         return;
     stopTiles();
     m_ui->playbackView()->setDevice(device);

@@ -26,8 +26,16 @@ public:
     /// already goes on undisturbed.
     void setGroup(KvDeviceGroup* group);
     KvDeviceGroup* group() const { return m_group; }
-    /// Shows the entry anew after it was edited, in its layout if its cameras still fit.
+    /// Shows the entry anew after it was edited, in its layout if its cameras still fit. Cameras
+    /// that stay in it play on.
     void reloadGroup();
+    /// The same where its cameras have changed; else everything stays, also a page over the tiles.
+    void updateGroup();
+    /// Lets go of a camera that is to die.
+    void releaseDevice(KvDevice* device);
+    /// How many recordings run that would end if only those cameras stayed.
+    int recordingsBut(const QList<KvDevice*>& staying) const;
+    int runningRecordings() const { return recordingsBut({}); }
     /// Shows the names of entry and cameras anew.
     void updateNames();
     /// Ends everything and hides the grid.
@@ -81,6 +89,9 @@ private:
     void connectChildren();
     void connectLayoutButtons();
     void reloadTiles();
+    QList<KvDevice*> devicesShown() const;
+    KvDevicePlayerView* tileOf(const KvDevice* device) const;
+    void bind(KvDevicePlayerView* tile, KvDevice* device);
     void stopTiles();
     void unbindTiles();
     void hidePages();

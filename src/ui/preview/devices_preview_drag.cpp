@@ -68,14 +68,7 @@ void KvDevicesPreview::swapTiles(int first, int second) {
     if (!m_group->swapDevices(first, second))
         return;
     m_group->setThumbnailReady(false);
-    const QList<KvDevice*> devices = m_group->devices();
-    for (const int index : {first, second})
-        m_ui->tiles()[index]->requestStop();
-    // Both end before one starts: a camera that is told to stop stops for every tile.
-    for (const int index : {first, second})
-        m_ui->tiles()[index]->stopPlay();
-    for (const int index : {first, second})
-        m_ui->tiles()[index]->setDevice(devices[index]);
+    reloadTiles();
     saveGroup();
     emit deviceGroupInfoChanged(m_group);
 }

@@ -2,6 +2,9 @@
 
 #include <QLabel>
 
+#include <algorithm>
+#include <iterator>
+
 #include "ui/info/device_info_view.h"
 #include "ui/palette.h"
 #include "ui/playback/sdcard_playback_view.h"
@@ -85,6 +88,15 @@ void KvDevicesPreviewUI::setLayoutIndex(int index) {
     for (int layout = 0; layout < kLayoutButtons; ++layout)
         m_layoutButtons.at(layout)->setState(layout == index ? 1 : 0);
     layOut();
+}
+
+void KvDevicesPreviewUI::moveToFront(const std::vector<KvDevicePlayerView*>& tiles) {
+    std::vector<KvDevicePlayerView*> order = tiles;
+    std::copy_if(m_tiles.begin(), m_tiles.end(), std::back_inserter(order),
+                 [&tiles](KvDevicePlayerView* tile) {
+                     return std::find(tiles.begin(), tiles.end(), tile) == tiles.end();
+                 });
+    m_tiles = std::move(order);
 }
 
 void KvDevicesPreviewUI::setFullscreenTile(KvDevicePlayerView* tile) {

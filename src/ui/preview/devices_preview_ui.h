@@ -42,6 +42,8 @@ public:
     void removeDragLabel();
 
     const std::vector<KvDevicePlayerView*>& tiles() const { return m_tiles; }
+    /// Puts these in front, so that each goes to another place with what it plays.
+    void moveToFront(const std::vector<KvDevicePlayerView*>& tiles);
     /// `layout` is below kLayoutButtons.
     KvPushButton* layoutButton(int layout) const;
     KvTUTKDeviceInfoView* infoView() const { return m_infoView; }

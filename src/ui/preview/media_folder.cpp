@@ -13,11 +13,15 @@ QString usableMediaFolder(QString (*folderOf)(const QString& uid), const QString
     const QString folder = folderOf(uid);
     if (KvFileUtils::exists(folder))
         return folder;
+    return agreesToDefaultFolder(over) ? folderOf(uid) : QString();
+}
+
+bool agreesToDefaultFolder(QWidget* over) {
     KvAlertDialog question(text("directory_not_exists_reset_to_default_path"), over->window());
     if (question.execCentred(over) == 0)
-        return {};
+        return false;
     KvFileUtils::resetMediaRoot();
-    return folderOf(uid);
+    return true;
 }
 
 QString saveSnapshot(KvVideoView& view, const QString& uid, const QString& name, QWidget* over,

@@ -14,6 +14,10 @@ namespace orvelle {
 QString usableMediaFolder(QString (*folderOf)(const QString& uid), const QString& uid,
                           QWidget* over);
 
+/// Asks, over `over`, whether to take the default media folder, as the chosen one is gone; takes
+/// it.
+bool agreesToDefaultFolder(QWidget* over);
+
 /// Writes the view's picture as NAME.jpg to the camera's snapshot folder: its path, or empty after
 /// the user was told by `toast` or did not want it.
 QString saveSnapshot(KvVideoView& view, const QString& uid, const QString& name, QWidget* over,

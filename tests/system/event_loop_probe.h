@@ -4,7 +4,7 @@
 #include <QObject>
 #include <QTimer>
 
-namespace orvelle::bench {
+namespace orvelle::test {
 
 /// How long the interface thread's event loop stands still at worst, as a timer of 5 ms sees it.
 /// Interface thread.
@@ -24,4 +24,4 @@ private:
     double m_worstMs = 0.0;
 };
 
-}  // namespace orvelle::bench
+}  // namespace orvelle::test

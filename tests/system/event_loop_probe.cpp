@@ -1,8 +1,8 @@
-#include "event_loop_probe.h"
+#include "system/event_loop_probe.h"
 
 #include <algorithm>
 
-namespace orvelle::bench {
+namespace orvelle::test {
 
 namespace {
 
@@ -29,4 +29,4 @@ double EventLoopProbe::delayMs() const {
     return static_cast<double>(m_sinceTick.nsecsElapsed()) * 1e-6 - kTickMs;
 }
 
-}  // namespace orvelle::bench
+}  // namespace orvelle::test

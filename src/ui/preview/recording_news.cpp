@@ -1,0 +1,142 @@
+#include "ui/preview/recording_news.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QSet>
+
+#include "media/player_recorder.h"
+#include "ui/widgets/text.h"
+
+namespace orvelle {
+
+namespace {
+
+/// Recordings that end within this belong together.
+constexpr int kGatherMs = 300;
+/// What is still being closed is waited for so many times.
+constexpr int kMaxDelays = 10;
+
+QString causeOf(RecordingFault fault) {
+    switch (fault) {
+        case RecordingFault::kDiskFull:
+            return text("the_disk_is_full");
+        case RecordingFault::kDiskTooSlow:
+            return text("the_disk_does_not_keep_up");
+        default:
+            return {};
+    }
+}
+
+/// The file, or the folder that holds all.
+QString placeOf(const QStringList& files) {
+    if (files.size() == 1)
+        return QDir::toNativeSeparators(files.first());
+    QSet<QString> folders;
+    for (const QString& file : files)
+        folders.insert(QFileInfo(file).absolutePath());
+    // Each camera has a folder of its own, with one for its recordings in it.
+    const QString folder = *folders.constBegin();
+    return QDir::toNativeSeparators(
+        folders.size() == 1 ? folder : QFileInfo(QFileInfo(folder).path()).path());
+}
+
+QString outcomeText(int count, bool isEarly) {
+    if (count == 1)
+        return isEarly ? text("the_recording_ended_early_it_is_saved_to")
+                       : text("the_video_you_recorded_is_save_to");
+    return (isEarly ? text("recordings_ended_early_they_are_saved_to")
+                    : text("recordings_were_saved_to"))
+        .arg(count);
+}
+
+}  // namespace
+
+RecordingNews::RecordingNews(QObject* parent) : QObject(parent) {
+    m_timer.setSingleShot(true);
+    m_timer.setInterval(kGatherMs);
+    connect(&m_timer, &QTimer::timeout, this, &RecordingNews::gather);
+    connect(&m_ending, &EndingRecordings::ended, this, [this](const RecordingResult& result) {
+        add(result);
+        noteEnd();
+    });
+    connect(&m_endingTold, &EndingRecordings::ended, this, [this](const RecordingResult& result) {
+        if (result.fault != RecordingFault::kNone || result.lacksSound)
+            add(result);
+        noteEnd();
+    });
+}
+
+RecordingNews& RecordingNews::instance() {
+    QCoreApplication* application = QCoreApplication::instance();
+    auto* news = application->findChild<RecordingNews*>(QString(), Qt::FindDirectChildrenOnly);
+    return news ? *news : *new RecordingNews(application);
+}
+
+void RecordingNews::shutDown(int timeoutMs) {
+    RecordingNews& news = instance();
+    news.m_ending.waitForAll(timeoutMs);
+    news.m_endingTold.waitForAll(news.m_ending.count() > 0 ? 0 : timeoutMs);
+    delete &news;
+}
+
+void RecordingNews::endLater(std::unique_ptr<KvPlayerRecorder> recorder, bool isTold) {
+    (isTold ? m_endingTold : m_ending).take(std::move(recorder));
+}
+
+void RecordingNews::noteEnd() {
+    if (pending() == 0)
+        emit allEnded();
+}
+
+void RecordingNews::add(const RecordingResult& result) {
+    // Dropped, or too short to hold anything: no news.
+    if (result.files.isEmpty() && result.fault == RecordingFault::kNone)
+        return;
+    m_results.push_back(result);
+    m_timer.start();
+}
+
+void RecordingNews::announce() {
+    if (!m_results.empty())
+        m_timer.start();
+}
+
+void RecordingNews::gather() {
+    if (m_ending.count() > 0 && ++m_delays <= kMaxDelays) {
+        m_timer.start();
+        return;
+    }
+    m_delays = 0;
+    emit ready();
+}
+
+RecordingNews::Message RecordingNews::takeMessage() {
+    const std::vector<RecordingResult> results = std::move(m_results);
+    m_results.clear();
+    Message message;
+    QStringList lines, files, causes;
+    int saved = 0, failed = 0;
+    bool lacksSound = false;
+    for (const RecordingResult& result : results) {
+        files += result.files;
+        saved += !result.files.isEmpty();
+        failed += result.files.isEmpty();
+        message.isWarning = message.isWarning || result.fault != RecordingFault::kNone;
+        lacksSound = lacksSound || result.lacksSound;
+        const QString cause = causeOf(result.fault);
+        if (!cause.isEmpty() && !causes.contains(cause))
+            causes += cause;
+    }
+    lines += causes;
+    if (saved > 0)
+        lines << outcomeText(saved, message.isWarning) << placeOf(files);
+    if (failed > 0)
+        lines << text("recording_failed");
+    if (lacksSound)
+        lines << text("recorded_without_sound");
+    message.text = lines.join(QLatin1Char('\n'));
+    return message;
+}
+
+}  // namespace orvelle

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <QObject>
+#include <QTimer>
+
+#include <memory>
+#include <vector>
+
+#include "media/ending_recordings.h"
+
+class KvPlayerRecorder;
+
+namespace orvelle {
+
+/// What came of recordings that ended by themselves or with their tile: those that end together
+/// give one message, which waits for a window. One for the application; it outlives the main
+/// window. Interface thread.
+class RecordingNews : public QObject {
+    Q_OBJECT
+public:
+    struct Message {
+        QString text;  ///< empty: there is none
+        bool isWarning = false;
+    };
+
+    /// Belongs to the application, and is made when first needed.
+    static RecordingNews& instance();
+    /// Waits for recordings that are still being closed, `timeoutMs` at most; nothing is told
+    /// after.
+    static void shutDown(int timeoutMs);
+
+    /// Takes over a recording that its player has released. With `isTold` somebody else tells that
+    /// it was saved, and only a failure is news.
+    void endLater(std::unique_ptr<KvPlayerRecorder> recorder, bool isTold);
+    void add(const RecordingResult& result);
+    /// How many are still being closed.
+    int pending() const { return m_ending.count() + m_endingTold.count(); }
+
+    /// Raises ready() again for what nobody has taken.
+    void announce();
+    /// What has gathered; the next call begins anew.
+    Message takeMessage();
+
+signals:
+    void ready();
+    /// pending() has become 0.
+    void allEnded();
+
+private:
+    explicit RecordingNews(QObject* parent);
+    void noteEnd();
+    void gather();
+
+    EndingRecordings m_ending;
+    EndingRecordings m_endingTold;
+    std::vector<RecordingResult> m_results;
+    QTimer m_timer;    ///< runs while more may come
+    int m_delays = 0;  ///< of the present message
+};
+
+}  // namespace orvelle

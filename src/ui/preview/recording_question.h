@@ -1,0 +1,16 @@
+#pragma once
+
+#include <QString>
+
+class QWidget;
+
+namespace orvelle {
+
+/// Says how many recordings run and end with what the user is about to do; empty for none.
+QString runningRecordingsText(int count);
+
+/// Whether that may be done: true at once when none runs, else what the user answers, over `over`.
+/// Cameras may come and go while the question stands. Interface thread.
+bool mayEndRecordings(int count, QWidget* over);
+
+}  // namespace orvelle

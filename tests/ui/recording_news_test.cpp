@@ -1,0 +1,83 @@
+#include "ui/preview/recording_news.h"
+
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QtTest>
+
+#include "support/suites.h"
+#include "ui/main/main_window.h"
+#include "ui/widgets/notice_bar.h"
+
+using namespace orvelle;
+
+namespace {
+
+using Fault = RecordingFault;
+
+RecordingResult result(int camera, Fault fault, bool lacksSound = false) {
+    return {{QStringLiteral("/media/CAM%1/Video/a.mp4").arg(camera)}, fault, lacksSound};
+}
+
+class RecordingNewsTest : public QObject {
+    Q_OBJECT
+private slots:
+    void init() { RecordingNews::instance().takeMessage(); }
+
+    void message_tellsOfAllAtOnce() {
+        struct Row {
+            std::vector<RecordingResult> results;
+            QStringList parts;
+            bool isWarning;
+        };
+        const std::vector<Row> rows = {
+            {{result(1, Fault::kNone)},
+             {QStringLiteral("saved to"), QStringLiteral("/media/CAM1/Video/a.mp4")},
+             false},
+            {{result(1, Fault::kNone), result(2, Fault::kNone)},
+             {QStringLiteral("2 recordings were saved to\n/media")},
+             false},
+            {{result(1, Fault::kDiskFull), result(2, Fault::kDiskFull),
+              result(3, Fault::kDiskFull)},
+             {QStringLiteral("The disk is full.\n3 recordings ended early")},
+             true},
+            {{{{}, Fault::kDiskFull, false}},
+             {QStringLiteral("disk is full"), QStringLiteral("could not be saved")},
+             true},
+            {{result(1, Fault::kNone, true)}, {QStringLiteral("sound could not")}, false},
+        };
+        for (const Row& row : rows) {
+            QSignalSpy ready(&RecordingNews::instance(), &RecordingNews::ready);
+            for (const RecordingResult& one : row.results)
+                RecordingNews::instance().add(one);
+            QTRY_COMPARE(ready.count(), 1);
+            const RecordingNews::Message message = RecordingNews::instance().takeMessage();
+            for (const QString& part : row.parts)
+                QVERIFY2(message.text.contains(part), qPrintable(message.text));
+            QCOMPARE(message.isWarning, row.isWarning);
+            QVERIFY(RecordingNews::instance().takeMessage().text.isEmpty());
+        }
+        QSignalSpy ready(&RecordingNews::instance(), &RecordingNews::ready);
+        RecordingNews::instance().add({});  // dropped, or too short
+        QVERIFY(!ready.wait(500));
+    }
+
+    void failure_staysOnTheNextWindow_untilItIsDismissed() {
+        RecordingNews::instance().add(result(1, Fault::kDiskFull));
+        MainWindow window;
+        window.show();
+        auto* notice = window.findChild<NoticeBar*>();
+        QTRY_VERIFY(notice->isVisible());
+        RecordingNews::instance().add(result(2, Fault::kDiskTooSlow));
+        QTRY_VERIFY(notice->text().contains(QStringLiteral("does not keep up")));
+        QVERIFY(notice->text().contains(QStringLiteral("The disk is full")));
+        QVERIFY(window.rect().contains(notice->geometry()));
+        notice->findChild<QPushButton*>()->click();
+        QVERIFY(!notice->isVisible());
+    }
+};
+
+}  // namespace
+
+static const orvelle::test::RegisterSuite<RecordingNewsTest> kRecordingNewsTest;
+
+#include "recording_news_test.moc"
