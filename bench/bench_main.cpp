@@ -21,19 +21,28 @@ namespace {
 struct Section {
     const char* name;
     bool (*measure)(Workbench& bench);
+    bool isUsual = true;  ///< measured unless others are wanted
 };
 constexpr Section kSections[] = {
     {"startup", measureStartUp},   {"engine", measureEngine},   {"fullhd", measureFullHd},
     {"grid", measureGrid},         {"delay", measureDelay},     {"record", measureRecording},
-    {"playback", measurePlayback}, {"latency", measureLatency}, {"peers", measurePeers},
+    {"playback", measurePlayback}, {"latency", measureLatency}, {"storm", measureStorm, false},
+    {"peers", measurePeers, false},
 };
-/// It needs another program.
-constexpr char kOnlyByName[] = "peers";
 
 QStringList sectionNames() {
     QStringList names;
     for (const Section& section : kSections)
         names << QLatin1String(section.name);
+    return names;
+}
+
+QStringList usualSections() {
+    QStringList names;
+    for (const Section& section : kSections) {
+        if (section.isUsual)
+            names << QLatin1String(section.name);
+    }
     return names;
 }
 
@@ -69,11 +78,9 @@ int run(const QApplication& application) {
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Also write the figures as JSON."),
                                   QStringLiteral("file"));
-    QStringList usual = sectionNames();
-    usual.removeOne(QLatin1String(kOnlyByName));
-    const QCommandLineOption only(QStringLiteral("only"),
-                                  QStringLiteral("Measure only these of ") + names,
-                                  QStringLiteral("sections"), usual.join(QLatin1Char(',')));
+    const QCommandLineOption only(
+        QStringLiteral("only"), QStringLiteral("Measure only these of ") + names,
+        QStringLiteral("sections"), usualSections().join(QLatin1Char(',')));
     QCommandLineParser parser;
     parser.addOptions({json, only});
     parser.addHelpOption();

@@ -27,5 +27,7 @@ bool measurePlayback(Workbench& bench);
 /// The client against sixteen of the field's cheapest player, mpv, on the same clips. Only when
 /// asked for by its name.
 bool measurePeers(Workbench& bench);
+/// What a camera's viewer, memory and logins suffer while strangers flood its port; four minutes.
+bool measureStorm(Workbench& bench);
 
 }  // namespace orvelle::bench

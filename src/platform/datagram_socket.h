@@ -56,6 +56,7 @@ public:
 
 private:
     bool setOption(int option);
+    void makeBlocking();
 
     Descriptor m_descriptor = kNone;
 };

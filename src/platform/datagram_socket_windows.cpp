@@ -59,6 +59,9 @@ bool DatagramSocket::bindBeside(const sockaddr_in& gate, const sockaddr_in& peer
            connect(m_descriptor, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == 0;
 }
 
+// The library that takes the descriptor sets it as it wants.
+void DatagramSocket::makeBlocking() {}
+
 // The library counts its own use of the system's sockets.
 DatagramSocket::Descriptor DatagramSocket::release() {
     if (isOpen())

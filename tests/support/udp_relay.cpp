@@ -95,9 +95,20 @@ public:
             each.path.silent = silent;
     }
 
+    void setTamper(Tamper tamper) {
+        std::lock_guard<std::mutex> lock(m_tamperMutex);
+        m_tamper = std::move(tamper);
+    }
+
+    void playToCamera(std::vector<Datagram> datagrams) {
+        std::lock_guard<std::mutex> lock(m_tamperMutex);
+        m_toPlay = std::move(datagrams);
+    }
+
 private:
     void run() {
         while (!m_stopped) {
+            play();
             std::vector<pollfd> sockets{{m_front, POLLIN, 0}};
             for (const auto& entry : m_back)
                 sockets.push_back({entry.second, POLLIN, 0});
@@ -124,7 +135,7 @@ private:
             auto back = m_back.find(key);
             if (back == m_back.end())
                 back = m_back.emplace(key, openLoopbackSocket()).first;
-            pass(RelayDirection::ToCamera, {*std::move(bytes), back->second, m_target});
+            tamper(RelayDirection::ToCamera, {*std::move(bytes), back->second, m_target});
         }
     }
 
@@ -134,7 +145,30 @@ private:
         to.sin_addr.s_addr = client.first;
         to.sin_port = client.second;
         while (auto bytes = read(socket, &from))
-            pass(RelayDirection::ToClient, {*std::move(bytes), m_front, to});
+            tamper(RelayDirection::ToClient, {*std::move(bytes), m_front, to});
+    }
+
+    void play() {
+        std::vector<Datagram> playing;
+        {
+            std::lock_guard<std::mutex> lock(m_tamperMutex);
+            playing.swap(m_toPlay);
+        }
+        for (const Datagram& bytes : playing) {
+            for (const auto& entry : m_back)
+                pass(RelayDirection::ToCamera, {bytes, entry.second, m_target});
+        }
+    }
+
+    void tamper(RelayDirection direction, const Departure& departure) {
+        std::vector<Datagram> passing{departure.bytes};
+        {
+            std::lock_guard<std::mutex> lock(m_tamperMutex);
+            if (m_tamper)
+                passing = m_tamper(direction, departure.bytes);
+        }
+        for (Datagram& bytes : passing)
+            pass(direction, {std::move(bytes), departure.socket, departure.to});
     }
 
     static std::optional<std::vector<uint8_t>> read(int socket, sockaddr_in* from) {
@@ -198,6 +232,9 @@ private:
 
     std::mutex m_mutex;  // guards the lanes' paths
     std::array<Lane, 2> m_lanes;
+    std::mutex m_tamperMutex;  // guards the two below, also while m_tamper is called
+    Tamper m_tamper;
+    std::vector<Datagram> m_toPlay;
     std::thread m_thread;
 };
 
@@ -221,6 +258,14 @@ void UdpRelay::setBothPaths(const RelayPath& path) {
 
 void UdpRelay::setSilent(bool silent) {
     m_impl->setSilent(silent);
+}
+
+void UdpRelay::setTamper(Tamper tamper) {
+    m_impl->setTamper(std::move(tamper));
+}
+
+void UdpRelay::playToCamera(std::vector<Datagram> datagrams) {
+    m_impl->playToCamera(std::move(datagrams));
 }
 
 uint64_t UdpRelay::forwardedDatagrams(RelayDirection direction) const {

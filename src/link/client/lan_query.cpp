@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kQueries = 3;
 constexpr int64_t kQueryIntervalMs = 200;
+constexpr int kMaxDatagramsInARow = 64;
 
 std::vector<in_addr> searchedAddresses() {
     std::vector<in_addr> addresses;
@@ -52,7 +53,18 @@ void LanQuery::sendDueQueries() {
 
 std::optional<LanAnswer> LanQuery::next(int waitMs) {
     sendDueQueries();
-    return m_socket.waitForDatagram(waitMs) ? receive() : std::nullopt;
+    if (!m_socket.waitForDatagram(waitMs))
+        return std::nullopt;
+    uint8_t buffer[kSearchBytes + 1];  // one more shows that a datagram is too long
+    sockaddr_in from{};
+    for (int i = 0; i < kMaxDatagramsInARow; ++i) {
+        const int size = m_socket.receive(buffer, sizeof buffer, from);
+        if (size < 0)
+            break;
+        if (const auto answer = decode(buffer, static_cast<size_t>(size), from))
+            return answer;
+    }
+    return std::nullopt;
 }
 
 void LanQuery::probeForVersionOne(const sockaddr_in& address) {
@@ -60,16 +72,12 @@ void LanQuery::probeForVersionOne(const sockaddr_in& address) {
     [[maybe_unused]] const bool isSent = m_socket.send(probe.data(), probe.size(), address);
 }
 
-std::optional<LanAnswer> LanQuery::receive() {
-    uint8_t buffer[kSearchBytes + 1];  // one more shows that a datagram is too long
-    sockaddr_in from{};
-    const int size = m_socket.receive(buffer, sizeof buffer, from);
-    if (size < 0)
-        return std::nullopt;
+std::optional<LanAnswer> LanQuery::decode(const uint8_t* data, size_t size,
+                                          sockaddr_in from) const {
     const bool isDirect = m_direct && isSameAddress(from, *m_direct);
-    if (isDirect && isVersionOneAnswer(buffer, static_cast<size_t>(size)))
+    if (isDirect && isVersionOneAnswer(data, size))
         return LanAnswer{m_query.uid, {}, from, 1};
-    const auto answer = decodeSearchAnswer(buffer, static_cast<size_t>(size));
+    const auto answer = decodeSearchAnswer(data, size);
     if (!answer || answer->nonce != m_query.nonce ||
         (!isDirect && !m_query.uid.empty() && answer->uid != m_query.uid))
         return std::nullopt;
