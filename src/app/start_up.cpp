@@ -9,13 +9,16 @@
 #include "app/language_choice.h"
 #include "core/file_utils.h"
 #include "core/language.h"
+#include "core/log.h"
 #include "core/thread.h"
 #include "device/device_manager.h"
 #include "media/device_inputs.h"
 #include "media/media_log.h"
 #include "media/unfinished_recordings.h"
+#include "platform/crash_dump.h"
 #include "platform/keep_awake.h"
 #include "platform/quit_signals.h"
+#include "platform/session_end_hold.h"
 #include "platform/single_instance.h"
 #include "platform/suspend_watch.h"
 #include "render/drawing.h"
@@ -52,6 +55,23 @@ void warnAlreadyRunning() {
                          QMessageBox::Ok);
 }
 
+/// "--log FILE", or "--log" for the usual place: what the program says, for whoever looks for a
+/// fault of a program that has no console.
+void startLogOnRequest() {
+    const QStringList arguments = QCoreApplication::arguments();
+    const int option = arguments.indexOf(QStringLiteral("--log"));
+    if (option < 0)
+        return;
+    const QString path =
+        arguments.value(option + 1, KvFileUtils::dataRoot() + QStringLiteral("/Orvelle.log"));
+    if (!openLogFile(path)) {
+        qWarning("cannot write the log %s", qUtf8Printable(path));
+        return;
+    }
+    setLogEnabled(true);
+    logQtMessages();
+}
+
 /// What an earlier version, or a copy from elsewhere, left open to others is closed once.
 class FileCloser : public KvThread {
 public:
@@ -81,6 +101,9 @@ public:
     Services& operator=(const Services&) = delete;
 
 private:
+    // The first to come and the last to go.
+    const SessionEndHold m_sessionEndHold{
+        KvLanguage::getString(QStringLiteral("exiting_the_application")).toStdString()};
     KvFileUtils m_fileUtils;
     FileCloser m_fileCloser;
     std::unique_ptr<UnfinishedRecordings> m_unfinished =
@@ -110,6 +133,9 @@ int runOrvelle(int argc, char** argv) {
     spareOpenGl();
     KvApplication application(argc, argv);
     application.installNativeEventFilter(&application);
+    startLogOnRequest();
+    const QString dump = KvFileUtils::dataRoot() + QStringLiteral("/Orvelle.dmp");
+    writeCrashDumpTo(dump.toStdString());
     setRestartHook(&KvApplication::restart);
     FocusRing::install();
     const QuitSignals quitSignals([] { QCoreApplication::quit(); });

@@ -68,4 +68,7 @@ std::vector<in_addr> networkBroadcasts();
 /// Reaches the programs of this machine that are bound to it or to every address.
 in_addr loopbackBroadcast();
 
+/// Where programs of this machine may listen, those of another system in it included.
+std::vector<in_addr> loopbackTargets();
+
 }  // namespace orvelle

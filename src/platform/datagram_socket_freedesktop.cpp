@@ -119,4 +119,8 @@ in_addr loopbackBroadcast() {
     return {htonl(0x7FFFFFFF)};  // 127.255.255.255
 }
 
+std::vector<in_addr> loopbackTargets() {
+    return {loopbackBroadcast()};
+}
+
 }  // namespace orvelle

@@ -17,10 +17,11 @@ constexpr int64_t kQueryIntervalMs = 200;
 constexpr int kMaxDatagramsInARow = 64;
 
 std::vector<in_addr> searchedAddresses() {
-    std::vector<in_addr> addresses;
-    if (!isLinkLoopbackOnly())
-        addresses = networkBroadcasts();
-    addresses.push_back(loopbackBroadcast());
+    std::vector<in_addr> addresses = loopbackTargets();
+    if (!isLinkLoopbackOnly()) {
+        const std::vector<in_addr> networks = networkBroadcasts();
+        addresses.insert(addresses.end(), networks.begin(), networks.end());
+    }
     return addresses;
 }
 
