@@ -62,11 +62,7 @@ int CameraProcess::terminate() {
 }
 
 double CameraProcess::residentMib() const {
-    QFile file(QStringLiteral("/proc/%1/statm").arg(m_process.processId()));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0.0;
-    const double pages = file.readAll().split(' ').value(1).toDouble();
-    return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+    return residentMibOf(m_process.processId());
 }
 
 double CameraProcess::cpuSeconds() const {

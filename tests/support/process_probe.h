@@ -17,5 +17,7 @@ std::set<std::string> openSockets();
 
 /// CPU seconds that a process has used so far; 0 when there is none of that id.
 double cpuSecondsOf(int64_t process);
+/// Memory of it that is in RAM; 0 when there is none of that id.
+double residentMibOf(int64_t process);
 
 }  // namespace orvelle::test

@@ -74,4 +74,12 @@ double cpuSecondsOf(int64_t process) {
     return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
 }
 
+double residentMibOf(int64_t process) {
+    QFile file(QStringLiteral("/proc/%1/statm").arg(process));
+    if (!file.open(QIODevice::ReadOnly))
+        return 0.0;
+    const double pages = file.readAll().split(' ').value(1).toDouble();
+    return pages * static_cast<double>(sysconf(_SC_PAGESIZE)) / (1024.0 * 1024.0);
+}
+
 }  // namespace orvelle::test

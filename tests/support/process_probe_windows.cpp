@@ -5,6 +5,7 @@
 #include <windows.h>
 
 #include <iphlpapi.h>
+#include <psapi.h>
 #include <tlhelp32.h>
 
 #include <memory>
@@ -93,6 +94,15 @@ double cpuSecondsOf(int64_t process) {
     if (!handle || !GetProcessTimes(handle.get(), &started, &ended, &inKernel, &inUser))
         return 0.0;
     return secondsOf(inKernel) + secondsOf(inUser);
+}
+
+double residentMibOf(int64_t process) {
+    const Handle handle(OpenProcess(PROCESS_QUERY_INFORMATION | PROCESS_VM_READ, FALSE,
+                                    static_cast<DWORD>(process)));
+    PROCESS_MEMORY_COUNTERS counters = {};
+    if (!handle || !K32GetProcessMemoryInfo(handle.get(), &counters, sizeof counters))
+        return 0.0;
+    return static_cast<double>(counters.WorkingSetSize) / (1024.0 * 1024.0);
 }
 
 }  // namespace orvelle::test
