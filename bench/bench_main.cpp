@@ -9,6 +9,7 @@
 #include "media/device_inputs.h"
 #include "media/media_log.h"
 #include "platform/heap.h"
+#include "render/drawing.h"
 #include "sections.h"
 #include "ui/widgets/focus_ring.h"
 #include "workbench.h"
@@ -20,17 +21,28 @@ namespace {
 struct Section {
     const char* name;
     bool (*measure)(Workbench& bench);
+    bool isUsual = true;  ///< measured unless others are wanted
 };
 constexpr Section kSections[] = {
-    {"startup", measureStartUp},  {"connect", measureConnecting}, {"engine", measureEngine},
-    {"fullhd", measureFullHd},    {"grid", measureGrid},          {"delay", measureDelay},
-    {"record", measureRecording}, {"playback", measurePlayback},  {"latency", measureLatency},
+    {"startup", measureStartUp},    {"connect", measureConnecting}, {"engine", measureEngine},
+    {"fullhd", measureFullHd},      {"grid", measureGrid},          {"delay", measureDelay},
+    {"record", measureRecording},   {"playback", measurePlayback},  {"latency", measureLatency},
+    {"storm", measureStorm, false}, {"peers", measurePeers, false},
 };
 
 QStringList sectionNames() {
     QStringList names;
     for (const Section& section : kSections)
         names << QLatin1String(section.name);
+    return names;
+}
+
+QStringList usualSections() {
+    QStringList names;
+    for (const Section& section : kSections) {
+        if (section.isUsual)
+            names << QLatin1String(section.name);
+    }
     return names;
 }
 
@@ -49,6 +61,7 @@ bool measure(const QStringList& wanted, Workbench& bench) {
 
 /// What the client's own start does for its windows.
 void prepareClient() {
+    QCoreApplication::setApplicationName(QStringLiteral("Orvelle"));
     QCoreApplication::setApplicationVersion(QStringLiteral("bench"));
     QApplication::setQuitOnLastWindowClosed(false);
     KvLanguage::setRoot(QCoreApplication::applicationDirPath() + QStringLiteral("/language"));
@@ -65,9 +78,9 @@ int run(const QApplication& application) {
     const QCommandLineOption json(QStringLiteral("json"),
                                   QStringLiteral("Also write the figures as JSON."),
                                   QStringLiteral("file"));
-    const QCommandLineOption only(QStringLiteral("only"),
-                                  QStringLiteral("Measure only these of ") + names,
-                                  QStringLiteral("sections"), names);
+    const QCommandLineOption only(
+        QStringLiteral("only"), QStringLiteral("Measure only these of ") + names,
+        QStringLiteral("sections"), usualSections().join(QLatin1Char(',')));
     QCommandLineParser parser;
     parser.addOptions({json, only});
     parser.addHelpOption();
@@ -98,7 +111,10 @@ int main(int argc, char** argv) {
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47821");
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    // As the client itself does.
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
+    orvelle::spareOpenGl();
     const QApplication application(argc, argv);
     Q_INIT_RESOURCE(orvelle);
     return orvelle::bench::run(application);

@@ -43,7 +43,7 @@ bool measureUndrawn(const CameraSet& cameras, const QString& clip, Report& repor
     report.add(QStringLiteral("cpu_16x360p_nodraw_pct"), client);
     report.add(QStringLiteral("cpu_16x360p_plain_decoding_pct"), plain);
     report.add(QStringLiteral("cpu_16x360p_nodraw_ratio"), client / plain,
-               QStringLiteral("<= 1.4"));
+               QStringLiteral("<= 1.3"));
     return plain > 0.0;
 }
 
@@ -54,11 +54,11 @@ bool measureBareViews(const CameraSet& cameras, Report& report) {
     runFor(kSettleMs);
     const uint64_t lostBefore = grid.picturesLost();
     report.add(QStringLiteral("cpu_16x360p_pct"), Workbench::cpuPercentFor(kMeasureMs),
-               QStringLiteral("<= 100"));
+               QStringLiteral("<= 40"));
     report.add(QStringLiteral("dropped_frames_16x360p"),
                static_cast<double>(grid.picturesLost() - lostBefore), QStringLiteral("0"));
     giveBackHeap();  // as the client does once a minute
-    report.add(QStringLiteral("rss_16x360p_mib"), residentMib(), QStringLiteral("<= 300"));
+    report.add(QStringLiteral("rss_16x360p_mib"), residentMib(), QStringLiteral("<= 200"));
     return true;
 }
 

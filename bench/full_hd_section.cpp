@@ -24,7 +24,7 @@ bool measureBareView(const CameraSet& cameras, Report& report) {
         return false;
     runFor(kSettleMs);
     report.add(QStringLiteral("cpu_1x1080p_pct"), Workbench::cpuPercentFor(kMeasureMs),
-               QStringLiteral("<= 45"));
+               QStringLiteral("<= 15"));
     return true;
 }
 
@@ -53,7 +53,7 @@ bool measureFullHd(Workbench& bench) {
         return false;
     runFor(kBarsGoneMs);
     bench.report().add(QStringLiteral("grid_cpu_1x1080p_pct"), Workbench::cpuPercentFor(kMeasureMs),
-                       QStringLiteral("<= 45"));
+                       QStringLiteral("<= 15"));
     return measureSnapshots(*grid.tiles().front(), bench.report());
 }
 

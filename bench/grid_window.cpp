@@ -3,10 +3,11 @@
 #include <algorithm>
 
 #include "device/device_manager.h"
-#include "render/video_view.h"
+#include "paint_watch.h"
 #include "system/camera_set.h"
 #include "ui/list/cameras_view.h"
 #include "ui/preview/device_player_view.h"
+#include "ui/preview/device_player_view_ui.h"
 #include "ui/preview/devices_preview_ui.h"
 #include "ui/preview/grid_layout.h"
 
@@ -44,30 +45,25 @@ KvDeviceGroup* listCameras(const std::vector<KvDevice*>& devices) {
 GridWindow::GridWindow(const std::vector<KvDevice*>& devices) : m_entry(listCameras(devices)) {
     const auto& tiles = m_window.findChild<KvDevicesPreviewUI*>()->tiles();
     m_tiles.assign(tiles.begin(), tiles.begin() + static_cast<std::ptrdiff_t>(devices.size()));
-    m_counts.resize(m_tiles.size());
-    for (size_t i = 0; i < m_tiles.size(); ++i)
-        count(i);
-    // Each view says so of its window.
-    QObject::connect(m_tiles.front()->findChild<KvVideoView*>(), &QOpenGLWidget::frameSwapped,
-                     &m_window, [this] { ++m_compositions; });
+    for (const KvDevicePlayerView* tile : m_tiles)
+        m_watches.push_back(
+            std::make_unique<PaintWatch>(*tile->findChild<KvDevicePlayerViewUI*>()->videoView()));
+    m_window.installEventFilter(this);
 }
 
-void GridWindow::count(size_t tile) {
-    const KvVideoView* view = m_tiles[tile]->findChild<KvVideoView*>();
-    QObject::connect(view, &KvVideoView::updateAsyncSignal, &m_window,
-                     [this, tile] { m_counts[tile].isDue = true; });
-    QObject::connect(view, &QOpenGLWidget::frameSwapped, &m_window, [this, tile] {
-        m_counts[tile].shown += m_counts[tile].isDue ? 1 : 0;
-        m_counts[tile].isDue = false;
-    });
+GridWindow::~GridWindow() = default;
+
+bool GridWindow::eventFilter(QObject*, QEvent* event) {
+    m_compositions += event->type() == QEvent::UpdateRequest ? 1 : 0;
+    return false;
 }
 
 bool GridWindow::play(int timeoutMs) {
     m_window.show();
     emit m_window.findChild<KvCamerasView*>()->clickDevice(m_entry);
     return test::waitUntil(timeoutMs, [this] {
-        return std::all_of(m_counts.begin(), m_counts.end(),
-                           [](const Count& count) { return count.shown >= kEnoughPictures; });
+        return std::all_of(m_watches.begin(), m_watches.end(),
+                           [](const auto& watch) { return watch->painted() >= kEnoughPictures; });
     });
 }
 
@@ -79,8 +75,8 @@ bool GridWindow::maximise() {
 
 std::vector<uint64_t> GridWindow::picturesShown() const {
     std::vector<uint64_t> shown;
-    for (const Count& count : m_counts)
-        shown.push_back(count.shown);
+    for (const auto& watch : m_watches)
+        shown.push_back(watch->painted());
     return shown;
 }
 

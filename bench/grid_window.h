@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QMetaObject>
+#include <QObject>
 
 #include <cstdint>
 #include <memory>
@@ -14,15 +14,18 @@ class KvDevicePlayerView;
 
 namespace orvelle::bench {
 
+class PaintWatch;
+
 /// The bars that the mouse pointer woke are gone by then.
 constexpr int kBarsGoneMs = 4000;
 
 /// The client's main window with the cameras in the list, each by itself and several also as one
 /// group, which it shows. Interface thread.
-class GridWindow {
+class GridWindow : public QObject {
 public:
     /// The devices are the manager's.
     explicit GridWindow(const std::vector<KvDevice*>& devices);
+    ~GridWindow() override;
 
     /// Shows the window and clicks the entry; false when not every tile showed pictures within
     /// `timeoutMs`.
@@ -39,18 +42,14 @@ public:
     /// How often the whole window was put together for the screen.
     uint64_t compositions() const { return m_compositions; }
 
+protected:
+    bool eventFilter(QObject* window, QEvent* event) override;
+
 private:
-    struct Count {
-        uint64_t shown = 0;
-        bool isDue = false;  ///< a new picture is painted, the window not yet drawn
-    };
-
-    void count(size_t tile);
-
     KvDeviceGroup* const m_entry;  ///< owned by the manager
     MainWindow m_window;
     std::vector<KvDevicePlayerView*> m_tiles;
-    std::vector<Count> m_counts;
+    std::vector<std::unique_ptr<PaintWatch>> m_watches;
     uint64_t m_compositions = 0;
 };
 

@@ -1,7 +1,9 @@
 #include "latency_probe.h"
 
-#include <QOpenGLContext>
-#include <QOpenGLFunctions>
+#include <QPixmap>
+#include <QScreen>
+#include <QWidget>
+#include <QWindow>
 
 #include <algorithm>
 #include <chrono>
@@ -10,7 +12,7 @@
 
 #include "frames/picture_clock.h"
 #include "median.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 
 namespace orvelle::bench {
 
@@ -26,32 +28,30 @@ constexpr double kWindowSeconds = 10.0;
 
 }  // namespace
 
-LatencyProbe::LatencyProbe(KvVideoView* view) : m_view(view) {
-    connect(view, &QOpenGLWidget::frameSwapped, this, &LatencyProbe::readPicture);
+LatencyProbe::LatencyProbe(VideoSurface& view) : m_view(view), m_watch(view) {
+    connect(&m_watch, &PaintWatch::onScreen, this, &LatencyProbe::readPicture);
 }
 
-/// Not grabFramebuffer(): that would paint again, perhaps a newer picture than the one shown.
 void LatencyProbe::readPicture() {
     const int64_t shownUs = wallClockUs();
-    const QSize size = m_view->size() * m_view->devicePixelRatioF();
+    const QWidget& widget = m_view.widget();
     double scaleX = 1.0;
     double scaleY = 1.0;
-    m_view->pictureScale(&scaleX, &scaleY);
-    const int width = static_cast<int>(size.width() * scaleX);
-    const int height = static_cast<int>(size.height() * scaleY);
-    std::vector<uint8_t> pixels(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
+    m_view.pictureScale(&scaleX, &scaleY);
+    const QSize size(static_cast<int>(widget.width() * scaleX),
+                     static_cast<int>(widget.height() * scaleY));
+    const QPoint corner((widget.width() - size.width()) / 2, (widget.height() - size.height()) / 2);
+    const QWidget* window = widget.window();
+    const QPoint place = widget.mapTo(window, corner);
+    const QImage screen =
+        window->windowHandle()
+            ->screen()
+            ->grabWindow(window->winId(), place.x(), place.y(), size.width(), size.height())
+            .toImage()
+            .convertToFormat(QImage::Format_RGB32);
 
-    m_view->makeCurrent();
-    QOpenGLFunctions* gl = m_view->context()->functions();
-    gl->glBindFramebuffer(GL_FRAMEBUFFER, m_view->defaultFramebufferObject());
-    gl->glReadPixels((size.width() - width) / 2, (size.height() - height) / 2, width, height,
-                     GL_RGBA, GL_UNSIGNED_BYTE, pixels.data());
-    m_view->doneCurrent();
-
-    // GL rows go upwards: start at the last one and step back.
-    const PixelView picture{
-        pixels.data() + static_cast<size_t>(height - 1) * static_cast<size_t>(width) * 4, width,
-        height, -width * 4, 4};
+    const PixelView picture{screen.constBits(), screen.width(), screen.height(),
+                            screen.bytesPerLine(), 4};
     const auto stamp = readPictureClock(picture);
     if (!stamp || *stamp == m_lastStamp)
         return;

@@ -5,16 +5,16 @@
 #include <cstdint>
 #include <vector>
 
-class KvVideoView;
+#include "paint_watch.h"
 
 namespace orvelle::bench {
 
-/// Reads the time stamp in the demo picture off a view's painted pixels, each time the window
-/// has been shown, and keeps how old each new picture was. Interface thread.
+/// Reads the time stamp in the demo picture off the screen, each time that a view has a new picture
+/// there, and keeps how old it was. Interface thread.
 class LatencyProbe : public QObject {
     Q_OBJECT
 public:
-    explicit LatencyProbe(KvVideoView* view);
+    explicit LatencyProbe(VideoSurface& view);
 
     struct Sample {
         double atSeconds;  ///< since the first one
@@ -31,7 +31,8 @@ private:
     void readPicture();
     std::vector<Sample> windowMedians() const;
 
-    KvVideoView* const m_view;  ///< borrowed
+    VideoSurface& m_view;  ///< borrowed
+    PaintWatch m_watch;
     std::vector<Sample> m_samples;
     uint64_t m_lastStamp = 0;
     int64_t m_firstUs = 0;

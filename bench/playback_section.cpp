@@ -3,10 +3,11 @@
 
 #include "grid_window.h"
 #include "median.h"
-#include "render/video_view.h"
+#include "paint_watch.h"
 #include "sections.h"
 #include "system/camera_set.h"
 #include "ui/playback/sdcard_playback_view.h"
+#include "ui/playback/sdcard_playback_view_ui.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/widgets/push_button.h"
@@ -28,10 +29,11 @@ constexpr int kSecondsIn = 20;
 /// Takes the time until a recording's first picture is on the screen.
 class FirstPicture : public QObject {
 public:
-    explicit FirstPicture(KvSDCardPlaybackView* page) {
+    explicit FirstPicture(KvSDCardPlaybackView* page)
+        : m_watch(*page->findChild<KvSDCardPlaybackViewUI*>()->videoView()) {
         connect(page, &KvSDCardPlaybackView::hideLoadingViewSignal, this,
                 [this] { m_isShown = true; });
-        connect(page->findChild<KvVideoView*>(), &QOpenGLWidget::frameSwapped, this, [this] {
+        connect(&m_watch, &PaintWatch::onScreen, this, [this] {
             if (m_isShown && m_tookMs < 0.0)
                 m_tookMs = static_cast<double>(m_timer.nsecsElapsed()) * 1e-6;
         });
@@ -49,6 +51,7 @@ public:
     }
 
 private:
+    PaintWatch m_watch;
     QElapsedTimer m_timer;
     bool m_isShown = false;
     double m_tookMs = -1.0;

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 namespace orvelle::bench {
@@ -48,7 +49,26 @@ double wakeupsPerSecond(const ProcessUsage& from, const ProcessUsage& to) {
 }
 
 double residentMib() {
-    std::ifstream statm("/proc/self/statm");
+    return residentMibOf(getpid());
+}
+
+double cpuSecondsOf(int64_t processId) {
+    std::ifstream file("/proc/" + std::to_string(processId) + "/stat");
+    std::string stat;
+    std::getline(file, stat);
+    // Fields 14 and 15, counted from behind the name, which may hold blanks.
+    std::istringstream fields(stat.substr(stat.rfind(')') + 1));
+    std::string skipped;
+    for (int field = 3; field < 14; ++field)
+        fields >> skipped;
+    double user = 0.0;
+    double system = 0.0;
+    fields >> user >> system;
+    return (user + system) / static_cast<double>(sysconf(_SC_CLK_TCK));
+}
+
+double residentMibOf(int64_t processId) {
+    std::ifstream statm("/proc/" + std::to_string(processId) + "/statm");
     int64_t total = 0;
     int64_t resident = 0;
     statm >> total >> resident;

@@ -21,4 +21,8 @@ double wakeupsPerSecond(const ProcessUsage& from, const ProcessUsage& to);
 /// Resident memory now, in MiB.
 double residentMib();
 
+/// Of another process: CPU seconds so far, 0 when there is none, and resident memory in MiB.
+double cpuSecondsOf(int64_t processId);
+double residentMibOf(int64_t processId);
+
 }  // namespace orvelle::bench

@@ -27,5 +27,10 @@ bool measureDelay(Workbench& bench);
 bool measureRecording(Workbench& bench);
 /// From choosing a moment on the timeline until the recording's first picture is on the screen.
 bool measurePlayback(Workbench& bench);
+/// The client against sixteen of the field's cheapest player, mpv, on the same clips. Only when
+/// asked for by its name.
+bool measurePeers(Workbench& bench);
+/// What a camera's viewer, memory and logins suffer while strangers flood its port; four minutes.
+bool measureStorm(Workbench& bench);
 
 }  // namespace orvelle::bench

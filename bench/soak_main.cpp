@@ -9,6 +9,7 @@
 #include "media/device_inputs.h"
 #include "platform/heap.h"
 #include "process_usage.h"
+#include "render/drawing.h"
 #include "support/leak_check.h"
 #include "system/camera_set.h"
 #include "ui/preview/device_player_view.h"
@@ -125,7 +126,7 @@ int main(int argc, char** argv) {
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47822");
     QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    orvelle::spareOpenGl();
     const QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();
     const int cycles = arguments.value(1, QStringLiteral("100")).toInt();

@@ -10,9 +10,9 @@ namespace orvelle::bench {
 enum class Work {
     kLink,       ///< receiving: link-client, SRT's own, recv-*, device-*
     kDecoding,   ///< decode-*
-    kCopying,    ///< show-video: each picture out of the decoder's buffers
+    kCopying,    ///< show-video: each picture out of the decoder's buffers, or into RGB
     kDrawing,    ///< llvmpipe-*: the software OpenGL's threads
-    kInterface,  ///< the interface thread: pictures into textures, widgets, composing the window
+    kInterface,  ///< the interface thread: pictures into textures or the window, widgets
     kRecording,  ///< recorder
     kOther,
     kCount,

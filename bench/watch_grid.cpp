@@ -7,7 +7,8 @@
 #include <cmath>
 
 #include "media/device_player.h"
-#include "render/video_view.h"
+#include "paint_watch.h"
+#include "render/video_surface.h"
 
 namespace orvelle::bench {
 
@@ -18,15 +19,15 @@ WatchGrid::WatchGrid(const std::vector<KvDevice*>& devices, Drawing drawing) {
         player->setDevice(device);
         player->setVolume(0.0);
         if (drawing == Drawing::kOn) {
-            m_views.push_back(new KvVideoView(this));
+            m_views.push_back(makeVideoSurface(this));
             player->setView(m_views.back());
         }
         m_players.push_back(std::move(player));
     }
     if (m_views.empty())
         return;
-    KvVideoView* first = m_views.front();
-    connect(first, &QOpenGLWidget::frameSwapped, this, [this] {
+    m_firstWatch = std::make_unique<PaintWatch>(*m_views.front());
+    connect(m_firstWatch.get(), &PaintWatch::onScreen, this, [this] {
         if (m_firstPictureMs < 0.0 && m_sincePlay.isValid() && stats(0).picturesShown > 0)
             m_firstPictureMs = static_cast<double>(m_sincePlay.nsecsElapsed()) * 1e-6;
     });
@@ -58,8 +59,8 @@ bool WatchGrid::allPlay() const {
                        [](const auto& player) { return player->stats().picturesDecoded > 0; });
 }
 
-KvVideoView* WatchGrid::view(int index) const {
-    return m_views.at(static_cast<size_t>(index));
+VideoSurface& WatchGrid::view(int index) const {
+    return *m_views.at(static_cast<size_t>(index));
 }
 
 StreamStatsSnapshot WatchGrid::stats(int index) const {
@@ -87,8 +88,8 @@ void WatchGrid::resizeEvent(QResizeEvent*) {
     for (size_t i = 0; i < m_views.size(); ++i) {
         const int column = static_cast<int>(i) % side;
         const int row = static_cast<int>(i) / side;
-        m_views[i]->setGeometry(column * width() / side, row * height() / side, width() / side,
-                                height() / side);
+        m_views[i]->widget().setGeometry(column * width() / side, row * height() / side,
+                                         width() / side, height() / side);
     }
 }
 

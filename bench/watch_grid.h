@@ -11,9 +11,14 @@
 
 class KvDevice;
 class KvDevicePlayer;
-class KvVideoView;
+
+namespace orvelle {
+class VideoSurface;
+}
 
 namespace orvelle::bench {
+
+class PaintWatch;
 
 /// A window of live pictures, as many as devices were given, in a square grid; without drawing
 /// the players decode and drop. Interface thread.
@@ -30,7 +35,7 @@ public:
     bool play(int timeoutMs);
     /// Milliseconds from play() to the first painted picture; -1 before.
     double firstPictureMs() const { return m_firstPictureMs; }
-    KvVideoView* view(int index) const;
+    VideoSurface& view(int index) const;
     StreamStatsSnapshot stats(int index) const;
     /// Sums over all players.
     uint64_t picturesDecoded() const;
@@ -42,7 +47,8 @@ protected:
 private:
     bool allPlay() const;
 
-    std::vector<KvVideoView*> m_views;  ///< children
+    std::vector<VideoSurface*> m_views;  ///< children
+    std::unique_ptr<PaintWatch> m_firstWatch;
     std::vector<std::unique_ptr<KvDevicePlayer>> m_players;
     QElapsedTimer m_sincePlay;
     double m_firstPictureMs = -1.0;

@@ -9,6 +9,11 @@ target_compile_definitions(orvelle_options INTERFACE
 target_compile_options(orvelle_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wnon-virtual-dtor -Woverloaded-virtual -Wformat=2
   -Wcast-qual -Wimplicit-fallthrough -Werror)
+if(WIN32)
+  # Windows 7 is the oldest that the toolkit runs on.
+  target_compile_definitions(orvelle_options INTERFACE
+    UNICODE _UNICODE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0601)
+endif()
 if(ORVELLE_SANITIZE)
   target_compile_options(orvelle_options INTERFACE
     -fsanitize=${ORVELLE_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

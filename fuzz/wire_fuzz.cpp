@@ -17,6 +17,8 @@ using namespace orvelle;
 
 namespace {
 
+constexpr unsigned long kRoundsPerLogin = 100;
+
 template <class Encoded>
 Bytes bytesOf(const Encoded& encoded) {
     return Bytes(encoded.begin(), encoded.end());
@@ -115,7 +117,7 @@ public:
                m_gate.exchanges() <= LoginGate::kMaxExchanges;
     }
 
-    Admission admit(uint64_t, const SecretKey&, const sockaddr_in&) override {
+    Admission admit(uint64_t, const SecretKey&, const sockaddr_in&, uint64_t) override {
         m_isAdmitted = true;
         return {};
     }
@@ -127,6 +129,61 @@ private:
     LoginGate m_gate{"CAMERA1", "admin", m_identity.generator, *this};
     std::optional<LoginExchange> m_exchange{std::in_place, m_identity, m_from, 0};
     bool m_isAdmitted = false;
+};
+
+// Logins between two ends that know the password, on a path that changes, repeats and loses what
+// they say: either both have the same session, or there is none.
+class LoginOnBadPath : public LoginGate::Host {
+public:
+    bool run(std::mt19937& random) {
+        LoginExchange client(m_identity, m_camera, 7);
+        m_admitted.reset();
+        const int64_t endMs = m_nowMs + 8000;
+        while (client.isPending() && m_nowMs < endMs) {
+            for (const auto& out : client.due(m_nowMs)) {
+                Bytes request = out.bytes;
+                if (random() % 4 == 0)
+                    mutate(request, random);
+                for (unsigned i = random() % 3; i > 0; --i)
+                    ask(client, request, random);
+            }
+            m_nowMs += 50;
+            m_gate.expire(m_nowMs);
+        }
+        m_nowMs += 60'000;  // wrong proofs delay the next one
+        const bool isIn = !client.isPending() && client.result() == 0;
+        m_logins += isIn ? 1 : 0;
+        return !isIn ||
+               (m_admitted && sodium_memcmp(m_admitted->data(), client.sessionSecret().data(),
+                                            SecretKey::size()) == 0);
+    }
+    unsigned long logins() const { return m_logins; }
+
+    Admission admit(uint64_t, const SecretKey& secret, const sockaddr_in&, uint64_t) override {
+        m_admitted = secret;
+        return {};
+    }
+    std::optional<sockaddr_in> peerOf(uint64_t) const override { return std::nullopt; }
+
+private:
+    void ask(LoginExchange& client, const Bytes& request, std::mt19937& random) {
+        const auto answer = m_gate.handle(request.data(), request.size(), m_client, m_nowMs);
+        if (!answer)
+            return;
+        Bytes bytes = answer->bytes;
+        if (random() % 4 == 0)
+            mutate(bytes, random);
+        if (const auto message = decodeLogin(bytes.data(), bytes.size()))
+            client.handle(*message, m_nowMs);
+    }
+
+    const sockaddr_in m_camera{};
+    const sockaddr_in m_client{};
+    int64_t m_nowMs = 1;
+    unsigned long m_logins = 0;
+    LoginIdentity m_identity{"CAMERA1", "admin", "secret word"};
+    LoginGate m_gate{"CAMERA1", "admin", m_identity.generator, *this};
+    std::optional<SecretKey> m_admitted;
 };
 
 // Only what a sealer made opens.
@@ -157,6 +214,7 @@ int main(int argc, char** argv) {
         return 1;
     const std::vector<Bytes> corpus = seeds();
     LoginTarget login;
+    LoginOnBadPath badPath;
     FrameAssembler assembler;
     for (unsigned long i = 0; i < rounds; ++i) {
         Bytes bytes = corpus[random() % corpus.size()];
@@ -169,6 +227,11 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "round %lu: a decoder is not faithful\n", i);
             return 1;
         }
+        if (i % kRoundsPerLogin == 0 && !badPath.run(random)) {
+            std::fprintf(stderr, "round %lu: the ends of a login do not agree\n", i);
+            return 1;
+        }
     }
-    return 0;
+    std::printf("%lu of %lu logins on a bad path\n", badPath.logins(), rounds / kRoundsPerLogin);
+    return badPath.logins() > 0 || rounds < 100 * kRoundsPerLogin ? 0 : 1;
 }

@@ -7,10 +7,12 @@
 #include <QGuiApplication>
 #include <QLoggingCategory>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "icons/contact_sheet.h"
 #include "icons/gif_writer.h"
+#include "icons/ico_writer.h"
 #include "icons/icon_list.h"
 #include "icons/icon_painter.h"
 
@@ -78,6 +80,22 @@ bool saveSheet(IconPainter* painter, const std::vector<Icon>& icons, const QStri
     return paintContactSheet(specimens, scale).save(path, "PNG");
 }
 
+// The program's icon in the sizes that Windows shows it in, at 100 to 200 %.
+bool bakeProgramIcon(IconPainter* painter, const std::vector<Icon>& icons, const QString& path) {
+    const auto found = std::find_if(icons.begin(), icons.end(), [](const Icon& icon) {
+        return icon.name == QLatin1String("app_icon");
+    });
+    if (found == icons.end())
+        return false;
+    std::vector<QImage> images;
+    for (const int side : {16, 20, 24, 32, 40, 48, 64, 96, 256}) {
+        Icon icon = *found;
+        icon.size = icon.glyph = QSize(side, side);
+        images.push_back(painter->paint(icon, 1));
+    }
+    return writeIco(path, images);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -93,6 +111,8 @@ int main(int argc, char** argv) {
         {QStringLiteral("qrc"), QStringLiteral("bake into this collection's directory"),
          QStringLiteral("file")},
         {QStringLiteral("depfile"), QStringLiteral("say what was read"), QStringLiteral("file")},
+        {QStringLiteral("ico"), QStringLiteral("bake the program's icon for Windows, too"),
+         QStringLiteral("file")},
         {QStringLiteral("sheet"), QStringLiteral("picture of all images"), QStringLiteral("file")},
         {QStringLiteral("sheet-scale"), QStringLiteral("pixels a pixel"), QStringLiteral("1|2"),
          QStringLiteral("1")},
@@ -111,6 +131,9 @@ int main(int argc, char** argv) {
     const QString sheet = arguments.value(QStringLiteral("sheet"));
     const int scale = arguments.value(QStringLiteral("sheet-scale")).toInt();
     bool done = collection.isEmpty() || bakeAll(&painter, *icons, collection);
+    const QString ico = arguments.value(QStringLiteral("ico"));
+    if (done && !ico.isEmpty())
+        done = bakeProgramIcon(&painter, *icons, ico);
     if (done && !depfile.isEmpty())
         done = writeDependencies(depfile, collection, painter.filesRead() << list);
     if (done && !sheet.isEmpty())

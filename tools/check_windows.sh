@@ -4,9 +4,10 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-compiler=${MINGW_CXX:-x86_64-w64-mingw32-g++-posix}
+compiler=${MINGW_CXX:-i686-w64-mingw32-g++-posix}
+command -v "$compiler" >/dev/null 2>&1 || compiler=x86_64-w64-mingw32-g++-posix
 if ! command -v "$compiler" >/dev/null 2>&1; then
-    echo "check_windows: skipped, no $compiler (package g++-mingw-w64-x86-64)"
+    echo "check_windows: skipped, no MinGW compiler (package g++-mingw-w64-i686-posix)"
     exit 0
 fi
 

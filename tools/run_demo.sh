@@ -12,6 +12,7 @@ cd "$top"
 . tools/demo_data.sh
 
 bin=${ORVELLE_BIN:-$top/build/release/bin}
+read -ra client <<<"${ORVELLE_CLIENT:-$bin/orvelle}"
 demo=$top/build/demo
 password=demo-camera
 group_name="Demo cameras"
@@ -55,7 +56,7 @@ trap 'exit 130' INT TERM
 # Nothing of the demo leaves this machine, and nothing of it touches the user's own data.
 export ORVELLE_LINK_LOOPBACK_ONLY=1
 export ORVELLE_DISCOVERY_PORT=${ORVELLE_DISCOVERY_PORT:-47811}
-export XDG_DATA_HOME=$demo/share
+export XDG_DATA_HOME=${ORVELLE_DEMO_DATA:-$demo/share}
 
 has_display() {
     [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]
@@ -138,8 +139,8 @@ take_screenshot() {
 mkdir -p "$demo"
 if [ -n "$screenshot" ]; then
     # A first start, whatever an earlier demo left.
-    export XDG_DATA_HOME=$demo/screenshot
-    rm -rf "$XDG_DATA_HOME"
+    export XDG_DATA_HOME=${ORVELLE_DEMO_DATA:-$demo/screenshot}
+    rm -rf "$XDG_DATA_HOME/Orvelle"
     start_desk
 elif ! has_display; then
     screenshot=$demo/screenshot.png
@@ -150,7 +151,7 @@ fi
 (umask 077 && write_known_cameras)
 fill_card
 start_cameras
-"$bin/orvelle" >"$demo/client.log" 2>&1 &
+"${client[@]}" >"$demo/client.log" 2>&1 &
 client_pid=$!
 spare=${cameras[known]}
 echo "Watch: click \"$group_name\" in the list."

@@ -10,15 +10,19 @@
 #include "app/language_choice.h"
 #include "core/file_utils.h"
 #include "core/language.h"
+#include "core/log.h"
 #include "core/thread.h"
 #include "device/device_manager.h"
 #include "media/device_inputs.h"
 #include "media/media_log.h"
 #include "media/unfinished_recordings.h"
+#include "platform/crash_dump.h"
 #include "platform/keep_awake.h"
 #include "platform/quit_signals.h"
+#include "platform/session_end_hold.h"
 #include "platform/single_instance.h"
 #include "platform/suspend_watch.h"
+#include "render/drawing.h"
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"
 #include "ui/palette.h"
@@ -52,6 +56,23 @@ void warnAlreadyRunning() {
                          QMessageBox::Ok);
 }
 
+/// "--log FILE", or "--log" for the usual place: what the program says, for whoever looks for a
+/// fault of a program that has no console.
+void startLogOnRequest() {
+    const QStringList arguments = QCoreApplication::arguments();
+    const int option = arguments.indexOf(QStringLiteral("--log"));
+    if (option < 0)
+        return;
+    const QString path =
+        arguments.value(option + 1, KvFileUtils::dataRoot() + QStringLiteral("/Orvelle.log"));
+    if (!openLogFile(path)) {
+        qWarning("cannot write the log %s", qUtf8Printable(path));
+        return;
+    }
+    setLogEnabled(true);
+    logQtMessages();
+}
+
 /// What an earlier version, or a copy from elsewhere, left open to others is closed once.
 class FileCloser : public KvThread {
 public:
@@ -81,6 +102,9 @@ public:
     Services& operator=(const Services&) = delete;
 
 private:
+    // The first to come and the last to go.
+    const SessionEndHold m_sessionEndHold{
+        KvLanguage::getString(QStringLiteral("exiting_the_application")).toStdString()};
     KvFileUtils m_fileUtils;
     FileCloser m_fileCloser;
     std::unique_ptr<UnfinishedRecordings> m_unfinished =
@@ -107,12 +131,14 @@ int runOrvelle(int argc, char** argv) {
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
     QGuiApplication::setHighDpiScaleFactorRoundingPolicy(
         Qt::HighDpiScaleFactorRoundingPolicy::PassThrough);
-    // Tiles move between windows when they go full screen; their pictures must come along.
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
+    spareOpenGl();
     std::optional<DisplayNeeded> displayNeeded(std::in_place);
     KvApplication application(argc, argv);
     displayNeeded.reset();
     application.installNativeEventFilter(&application);
+    startLogOnRequest();
+    const QString dump = KvFileUtils::dataRoot() + QStringLiteral("/Orvelle.dmp");
+    writeCrashDumpTo(dump.toStdString());
     setRestartHook(&KvApplication::restart);
     FocusRing::install();
     const QuitSignals quitSignals([] { QCoreApplication::quit(); });

@@ -5,12 +5,12 @@
 #include <QFileInfo>
 
 #include <algorithm>
-#include <cstdio>
 #include <filesystem>
 
 #include "camera/camera_log.h"
 #include "camera/recording_name.h"
 #include "camera/recording_reader.h"
+#include "platform/replace_file.h"
 
 namespace orvelle {
 
@@ -143,7 +143,7 @@ bool CardStore::finish(int64_t startSec) {
     const QString to = pathOf(recordingName(startSec));
     const int64_t bytes = QFileInfo(from).size();
     // Replaces a recording of the same second, which Qt's own renaming would not.
-    if (std::rename(QFile::encodeName(from).constData(), QFile::encodeName(to).constData()) != 0)
+    if (!replaceFile(from.toStdString(), to.toStdString()))
         return false;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);

@@ -273,7 +273,7 @@ int main(int argc, char** argv) {
     orvelle::keepMemorySecret();
     auto held = std::make_unique<orvelle::HeldQuitSignals>();
     // Lines must reach a pipe at once: whoever starts a camera waits for them.
-    std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
+    std::setvbuf(stdout, nullptr, _IONBF, 0);
     av_log_set_level(AV_LOG_QUIET);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("orvelle-camera"));

@@ -93,8 +93,15 @@ void MediaSource::setDeadline() {
     m_deadlineUs = av_gettime_relative() + kTimeoutUs;
 }
 
+// What FFmpeg calls the way to the webcam that an address names; null for no webcam.
+static const char* webcamFormat(const QString& url) {
+    if (url.startsWith(QLatin1String("/dev/video")))
+        return "v4l2";
+    return url.startsWith(QLatin1String("video=")) ? "dshow" : nullptr;
+}
+
 bool MediaSource::isWebcam() const {
-    return m_config.url.startsWith(QLatin1String("/dev/video"));
+    return webcamFormat(m_config.url) != nullptr;
 }
 
 bool MediaSource::isLive() const {
@@ -129,7 +136,7 @@ int MediaSource::openInput() {
     const AVInputFormat* format = nullptr;
     if (isWebcam()) {
         avdevice_register_all();
-        format = av_find_input_format("v4l2");
+        format = av_find_input_format(webcamFormat(m_config.url));
         options.set("video_size",
                     QStringLiteral("%1x%2").arg(m_config.webcamWidth).arg(m_config.webcamHeight));
         options.set("framerate", QString::number(m_config.webcamFps));

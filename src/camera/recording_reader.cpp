@@ -24,7 +24,7 @@ QString RecordingReader::open(const QString& path) {
     m_ahead.clear();
     m_video = m_audio = nullptr;
     AVFormatContext* context = nullptr;
-    const int opened = avformat_open_input(&context, QFile::encodeName(path).constData(),
+    const int opened = avformat_open_input(&context, path.toUtf8().constData(),
                                            av_find_input_format("matroska"), nullptr);
     m_format.reset(context);
     if (opened < 0 || !m_packet)

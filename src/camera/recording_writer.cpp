@@ -68,7 +68,7 @@ QString RecordingWriter::open(const QString& path, const FeedFormat& format,
     context->flags |= AVFMT_FLAG_FLUSH_PACKETS;
     AVDictionary* options = nullptr;
     av_dict_set(&options, "cluster_time_limit", kClusterMs, 0);
-    m_result = avio_open(&context->pb, QFile::encodeName(path).constData(), AVIO_FLAG_WRITE);
+    m_result = avio_open(&context->pb, path.toUtf8().constData(), AVIO_FLAG_WRITE);
     if (m_result >= 0)
         m_result = avformat_write_header(context, &options);
     av_dict_free(&options);

@@ -18,33 +18,41 @@ namespace {
 
 constexpr int kMaxLineBytes = 4096;
 
-struct CloseFile {
-    void operator()(std::FILE* file) const { std::fclose(file); }
-};
-using FilePtr = std::unique_ptr<std::FILE, CloseFile>;
-
 std::atomic<bool> s_enabled{false};
 std::mutex s_mutex;  // guards s_file
-FilePtr s_file;
+std::unique_ptr<QFile> s_file;
+QtMessageHandler s_formerHandler = nullptr;  // set once, before there are workers
 
-QByteArray stampedLine(const char* format, va_list arguments) {
+QByteArray stampedLine(const QByteArray& message) {
     QByteArray line =
         QDateTime::currentDateTime().toString(QStringLiteral("[yyyy/MM/dd HH:mm:ss] ")).toLatin1();
-    char message[kMaxLineBytes + 1];
-    std::vsnprintf(message, sizeof message, format, arguments);
     line.append(message);
     line.truncate(kMaxLineBytes);
     return line;
 }
 
-bool writeToFile(const char* format, va_list arguments, QByteArray& line) {
+QByteArray formatted(const char* format, va_list arguments) {
+    char message[kMaxLineBytes + 1];
+    std::vsnprintf(message, sizeof message, format, arguments);
+    return message;
+}
+
+/// What was written; empty where no file is open.
+QByteArray writeToFile(const QByteArray& message) {
     const std::lock_guard<std::mutex> lock(s_mutex);
     if (!s_file)
-        return false;
-    line = stampedLine(format, arguments);
-    std::fwrite(line.constData(), 1, static_cast<size_t>(line.size()), s_file.get());
-    std::fflush(s_file.get());
-    return true;
+        return {};
+    const QByteArray line = stampedLine(message);
+    s_file->write(line);
+    return line;
+}
+
+void handleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
+    // Debug lines without a category come from here.
+    const bool isOwn = type == QtDebugMsg && qstrcmp(context.category, "default") == 0;
+    if (!isOwn && isLogEnabled())
+        writeToFile(qFormatLogMessage(type, context, text).toUtf8() + '\n');
+    s_formerHandler(type, context, text);
 }
 
 }  // namespace
@@ -57,9 +65,9 @@ void log(const char* format, [[maybe_unused]] int level, ...) {
     va_start(arguments, level);
     va_list forFile;
     va_copy(forFile, arguments);
-    QByteArray line;
     // Qt's message handler may log again, so it is called without the lock.
-    if (writeToFile(format, forFile, line) && line.size() > 1)
+    const QByteArray line = writeToFile(formatted(format, forFile));
+    if (line.size() > 1)
         qDebug("%s", line.constData());
     va_end(forFile);
     std::vprintf(format, arguments);
@@ -78,15 +86,21 @@ bool openLogFile(const QString& path) {
     const std::string name = path.toStdString();
     makePrivateFile(name);
     takeFromOthers(name);
-    FilePtr file(std::fopen(QFile::encodeName(path).constData(), "a+"));
+    auto file = std::make_unique<QFile>(path);
+    const bool isOpen =
+        file->open(QIODevice::ReadWrite | QIODevice::Append | QIODevice::Unbuffered);
     const std::lock_guard<std::mutex> lock(s_mutex);
-    s_file = std::move(file);
-    return s_file != nullptr;
+    s_file = isOpen ? std::move(file) : nullptr;
+    return isOpen;
 }
 
 void closeLogFile() {
     const std::lock_guard<std::mutex> lock(s_mutex);
     s_file.reset();
+}
+
+void logQtMessages() {
+    s_formerHandler = qInstallMessageHandler(&handleQtMessage);
 }
 
 }  // namespace orvelle

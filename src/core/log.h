@@ -22,4 +22,8 @@ bool isLogEnabled();
 bool openLogFile(const QString& path);
 void closeLogFile();
 
+/// From now on Qt's own messages, and those of our logging categories, go to an open log file of an
+/// enabled log as well as to where they went before. Called once, by the main thread.
+void logQtMessages();
+
 }  // namespace orvelle

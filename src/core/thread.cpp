@@ -1,12 +1,17 @@
 #include "core/thread.h"
 
 #include "core/tsan_annotations.h"
+#include "platform/thread_name.h"
 
 #include <chrono>
 
 KvThread::KvThread(const QString& name, QObject* parent) : QThread(parent) {
     setObjectName(name);
-    // Direct: it runs on the ending thread itself, after run() and before wait() can return.
+    // Direct: both run on the thread itself.
+    connect(
+        this, &QThread::started, this, [name] { orvelle::nameThisThread(name.toStdString()); },
+        Qt::DirectConnection);
+    // After run() and before wait() can return.
     connect(
         this, &QThread::finished, this, [this] { orvelle::tsanRelease(this); },
         Qt::DirectConnection);

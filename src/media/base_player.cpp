@@ -14,7 +14,13 @@ int KvBasePlayer::speed() {
     return m_input ? m_input->speed() : 0;
 }
 
+void KvBasePlayer::followSound() {
+    if (m_input)
+        m_input->setSoundWanted(m_recorder || isSoundHeard());
+}
+
 int KvBasePlayer::start() {
+    followSound();
     if (m_input)
         m_input->open();
     if (m_decoder)
@@ -50,8 +56,11 @@ void KvBasePlayer::stop() {
 int KvBasePlayer::resume() {
     if (m_input)
         m_input->resume();
-    if (m_decoder && !m_decoder->isRunning())
+    if (m_decoder && !m_decoder->isRunning()) {
         m_decoder->start();
+        if (m_input)
+            m_input->learnSound();
+    }
     if (m_output && !m_output->isRunning())
         m_output->start();
     return 0;
@@ -118,6 +127,7 @@ int KvBasePlayer::startRecord(const QString& path, const QString& formatName, do
     m_recorder->setCallback(m_recordUser, m_recordCallback);
     m_recorder->configure(path, formatName, limitSeconds);
     m_recorder->start();
+    followSound();
     return 0;
 }
 
@@ -126,6 +136,7 @@ void KvBasePlayer::stopRecord() {
         return;
     m_recorder->stop();
     m_recorder.reset();
+    followSound();
 }
 
 std::unique_ptr<KvPlayerRecorder> KvBasePlayer::releaseRecord() {

@@ -94,6 +94,11 @@ public:
     orvelle::StreamStatsSnapshot stats() const { return m_stats->snapshot(); }
 
 protected:
+    /// Whether the sound is heard, apart from a recording.
+    virtual bool isSoundHeard() const { return true; }
+    /// Tells the input whether anybody takes the sound; after whatever changes that.
+    void followSound();
+
     KvBasePlayerInput* input() const { return m_input.get(); }
     KvBasePlayerDecoder* decoder() const { return m_decoder.get(); }
     KvBasePlayerOutput* output() const { return m_output.get(); }

@@ -38,6 +38,8 @@ public:
     virtual void flush() = 0;
     /// False spares decoding sound that nobody hears, once its parameters are known. Any thread.
     virtual void setSoundWanted(bool) {}
+    /// True decodes no picture but key pictures, until false and the next one of them. Any thread.
+    virtual void setKeyPicturesOnly(bool) {}
 
     /// Waits until a frame waits, the decoder has ended, `timeoutMs` passed or `reader` is asked
     /// to stop (whoever asks it calls wakeReaders() next). True when a frame waits.

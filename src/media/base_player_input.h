@@ -58,6 +58,11 @@ public:
     /// True while a receive thread has not stopped. Any thread between open() and close().
     virtual bool isRunning() = 0;
     virtual void flush() = 0;
+    /// False spares receiving sound that nobody hears, once it is known what it is like; true
+    /// again brings it back within a moment. Any thread.
+    virtual void setSoundWanted(bool) {}
+    /// What the sound is like has to be learned once more, wanted or not.
+    virtual void learnSound() {}
 
     /// Waits until a packet waits, the input has ended, `timeoutMs` passed or `reader` is asked to
     /// stop (whoever asks it calls wakeReaders() next). True when a packet waits.

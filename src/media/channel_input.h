@@ -62,11 +62,14 @@ protected:
 
     // --- on the receive threads ---
 
-    /// Both are asked under the channel's lock and only read atomics; whoever changes what they
-    /// tell calls wakeReceivers() next.
+    /// These three are asked under the channel's lock and only read atomics; whoever changes what
+    /// they tell calls wakeReceivers() next.
     virtual bool isOver(const KvThread& thread) const;
     /// The camera sends nothing new: what is still on the way is taken, then the loop ends.
     virtual bool isEnding() const { return false; }
+    /// The camera was told to send no sound: what still comes is taken and thrown away, so that
+    /// none of it is left over when it sends again.
+    virtual bool isSoundResting() const { return false; }
     /// Whether the channel gives nothing more after this code.
     virtual bool isEnd(int result) const;
     virtual void channelEnded(MediaKind kind) = 0;

@@ -108,7 +108,8 @@ void ChannelInput::receiveAudio(KvThread& thread) {
             end("avCheckAudioBuf", waiting, kAudioKind);
             break;
         }
-        if (waiting < kMinAudioWaiting && !(isEnding() && waiting > 0)) {
+        const bool takesFew = isEnding() || isSoundResting();
+        if (waiting < kMinAudioWaiting && !(takesFew && waiting > 0)) {
             // Woken early there are frames enough, or the channel has ended and a read tells how.
             const Wait wait = waitForAudio(thread);
             if (wait == Wait::kNothingLeft)
@@ -130,10 +131,12 @@ void ChannelInput::receiveAudio(KvThread& thread) {
 template <class WaitOnChannel>
 ChannelInput::Wait ChannelInput::wait(const KvThread& thread, WaitOnChannel waitOnChannel) {
     const bool isTail = isEnding();
+    const bool isResting = isSoundResting();
     const int waitMs = isTail ? kTailMs : kWaitMs;
     const int64_t startUs = av_gettime_relative();
-    waitOnChannel(waitMs, isTail,
-                  [this, &thread, isTail] { return isOver(thread) || isEnding() != isTail; });
+    waitOnChannel(waitMs, isTail || isResting, [this, &thread, isTail, isResting] {
+        return isOver(thread) || isEnding() != isTail || isSoundResting() != isResting;
+    });
     if (av_gettime_relative() - startUs < waitMs * 1000)
         return Wait::kWoken;
     return isTail ? Wait::kNothingLeft : Wait::kInVain;
@@ -146,8 +149,8 @@ ChannelInput::Wait ChannelInput::waitForVideo(const KvThread& thread) {
 }
 
 ChannelInput::Wait ChannelInput::waitForAudio(const KvThread& thread) {
-    return wait(thread, [this](int waitMs, bool isTail, const AvStopCheck& stop) {
-        avWaitAudio(m_avIndex, isTail ? 0 : kMinAudioWaiting - 1, waitMs, stop);
+    return wait(thread, [this](int waitMs, bool takesFew, const AvStopCheck& stop) {
+        avWaitAudio(m_avIndex, takesFew ? 0 : kMinAudioWaiting - 1, waitMs, stop);
     });
 }
 
@@ -173,6 +176,8 @@ void ChannelInput::acceptAudio(const Received& frame, const char* data) {
     const FrameInfo info = frame.info();
     ++stats().audioFramesReceived;
     stats().bytesReceived += static_cast<uint64_t>(frame.result);
+    if (isSoundResting())
+        return;
     auto packet = Packet::copyOf(data, frame.result, true, codecOfCameraId(info.codecId),
                                  Packet::kAudio, info.timeSec());
     if (!packet)

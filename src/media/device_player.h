@@ -16,8 +16,14 @@ public:
     void setDevice(KvDevice* device) { m_device = device; }
     KvDevice* device() const { return m_device; }
 
+    /// Spares decoding while nobody watches: true decodes key pictures only, until false and the
+    /// next one of them. A recording is not touched.
+    void setKeyPicturesOnly(bool isOnly);
+
     std::unique_ptr<KvBasePlayerInput> createInput() override;
+    std::unique_ptr<KvBasePlayerDecoder> createDecoder() override;
 
 private:
+    bool m_keyPicturesOnly = false;
     KvDevice* m_device = nullptr;
 };

@@ -174,6 +174,9 @@ void KvPlayerDecoder::decodeVideo(const KvThread& thread) {
 void KvPlayerDecoder::handleVideoPacket(const KvBasePlayerInputPacket& packet) {
     if (!hasBytes(packet) || (!isCodecFor(packet) && !openVideo(packet)))
         return;
+    // What is left out here is missing to those that follow.
+    if (m_keyPicturesOnly && !packet.isKey())
+        m_keyFrameSeen = false;
     if (!m_keyFrameSeen) {
         if (!packet.isKey())
             return;
@@ -296,8 +299,14 @@ void KvPlayerDecoder::passSound(double timeSec) {
     const AVFrame& frame = *m_audio->frame();
     if (frame.nb_samples <= 0 || frame.sample_rate <= 0)
         return;
-    m_audioParameters.publish(*m_audio->context());
-    m_knownSoundId = m_audio->context()->codec_id;
+    const AVCodecContext& codec = *m_audio->context();
+    // They hardly ever change, and copying them takes allocations.
+    if (m_knownSoundId != codec.codec_id || m_knownSoundRate != codec.sample_rate ||
+        m_knownSoundChannels != codec.ch_layout.nb_channels)
+        m_audioParameters.publish(codec);
+    m_knownSoundId = codec.codec_id;
+    m_knownSoundRate = codec.sample_rate;
+    m_knownSoundChannels = codec.ch_layout.nb_channels;
     m_audioFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(&frame, timeSec));
     boundSound(durationSec(frame));
 }

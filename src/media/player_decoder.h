@@ -58,6 +58,7 @@ public:
     bool isRunning() override;
     void flush() override;
     void setSoundWanted(bool isWanted) override { m_isSoundWanted = isWanted; }
+    void setKeyPicturesOnly(bool isOnly) override { m_keyPicturesOnly = isOnly; }
     bool waitForVideoFrame(const KvThread& reader, int timeoutMs) override;
     bool waitForAudioFrame(const KvThread& reader, int timeoutMs) override;
     void wakeReaders() override;
@@ -95,13 +96,16 @@ private:
     orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
     std::vector<uint8_t> m_parameterSets;             ///< of the last key frame that had any
     orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below
-    int m_knownSoundId = -1;                          ///< the codec that m_audioParameters tell of
+    int m_knownSoundId = -1;  ///< of what m_audioParameters tell, as the two below
+    int m_knownSoundRate = 0;
+    int m_knownSoundChannels = 0;
     size_t m_lastG726Bytes = 0;
     double m_lastG726Sec = 0.0;
 
     /// Pictures may be shown: set by the video thread alone, cleared by flush() too.
     std::atomic<bool> m_keyFrameSeen{false};
-    std::atomic<bool> m_isSoundWanted{true};  ///< orders nothing
+    std::atomic<bool> m_isSoundWanted{true};  ///< orders nothing, as the one below
+    std::atomic<bool> m_keyPicturesOnly{false};
 
     orvelle::PublishedParameters m_videoParameters;
     orvelle::PublishedParameters m_audioParameters;

@@ -1,13 +1,12 @@
 #include "media/player_output.h"
 
 #include "frames/decoder_frame.h"
-#include "frames/yuv_data.h"
 #include "media/base_player_decoder.h"
 #include "media/base_player_input.h"
 #include "media/pacing.h"
 #include "media/player_output_threads.h"
 #include "render/pcm_player.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 
 #include <QDebug>
 
@@ -70,22 +69,16 @@ bool KvPlayerOutput::isRunning() {
 }
 
 int KvPlayerOutput::showVideo(AVFrame* frame, double seconds) {
-    KvVideoView* const view = m_view;
-    if (!view || !frame || !isPlanar420(*frame))
+    orvelle::VideoSurface* const view = m_view;
+    if (!view || !frame || !isPlanar420(*frame) || view->showPicture(*frame) < 0)
         return -1;
-    auto picture =
-        std::make_unique<KvYUV420P>(frame->data, frame->width, frame->height, frame->linesize);
-    if (picture->isNull())
-        return -1;
-    const void* const shown = picture.get();
-    view->showFrame(picture.release());
     m_hasShown = true;
     stats().noteShown(seconds, av_gettime_relative());
     if (m_shownCount++ > 0) {
         notify(kPicture);
         return 0;
     }
-    qDebug("display yuv %p, time = %.3lf", shown, seconds);
+    qDebug("display yuv %p, time = %.3lf", static_cast<void*>(frame), seconds);
     notify(kFirstPicture);
     return 0;
 }

@@ -9,11 +9,11 @@ class KvBasePlayerDecoderFrame;
 class KvPcmPlayer;
 class KvPlayerOutputThread;
 class KvThread;
-class KvVideoView;
 
 namespace orvelle {
 class Pacing;
-}
+class VideoSurface;
+}  // namespace orvelle
 
 /// Shows the decoder's pictures in a view, paced by their times, and plays its sound.
 ///
@@ -37,7 +37,7 @@ public:
     void requestStop() override;
 
     /// Borrowed; the view outlives the running output, also once another was set. Any thread.
-    void setView(KvVideoView* view) { m_view = view; }
+    void setView(orvelle::VideoSurface* view) { m_view = view; }
 
     /// The loops of the presenting threads.
     void doShowVideo(KvThread& thread);
@@ -50,7 +50,7 @@ protected:
 private:
     void present(KvBasePlayerDecoderFrame* frame, orvelle::Pacing& pacing, KvThread& thread);
 
-    std::atomic<KvVideoView*> m_view{nullptr};
+    std::atomic<orvelle::VideoSurface*> m_view{nullptr};
     KvPcmPlayer* m_soundPlayer = nullptr;  ///< fixed while threads run, as the two below
     std::unique_ptr<KvPlayerOutputThread> m_videoThread;
     std::unique_ptr<KvPlayerOutputThread> m_audioThread;

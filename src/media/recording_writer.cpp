@@ -105,14 +105,12 @@ int RecordingWriter::take(std::unique_ptr<Packet> packet) {
     return isReady() ? begin() : 0;
 }
 
-/// Waiting is over by the clock, or by the camera's where more than that has been kept already.
+/// A player that is muted asks for sound only now, so the clock alone says that there is none.
 bool RecordingWriter::isReady() {
-    const Packet& key = *m_pending.front();
-    const double cameraSec = m_pending.back()->time() - key.time();
     const bool isLate = m_sincePending.elapsed() > static_cast<qint64>(kMaxWaitSec * 1000);
-    if (!isVideoKnown(key))
-        return isLate;
-    return isLate || (pendingSound() ? isSoundKnown() : cameraSec > kMaxWaitSec);
+    if (isLate)
+        return true;
+    return isVideoKnown(*m_pending.front()) && pendingSound() && isSoundKnown();
 }
 
 bool RecordingWriter::isVideoKnown(const Packet& key) {

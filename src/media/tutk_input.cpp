@@ -16,6 +16,8 @@ namespace {
 /// Six seconds at 15 pictures a second: a decoder this far behind only makes the picture old.
 constexpr int kMaxVideoBacklog = 90;
 constexpr int kMaxAudioBacklog = 10;
+/// The decoder knows the sound after two at most; some may be lost.
+constexpr int kSoundFramesToLearn = 10;
 
 }  // namespace
 
@@ -78,7 +80,10 @@ int KvTUTKInput::startDevice() {
     const std::array<uint8_t, 4> noDelay{};
     m_device->sendIOCtrl(IOTYPE_INNER_SND_DATA_DELAY, noDelay.data(), noDelay.size());
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_START);
+    const std::lock_guard<std::mutex> lock(m_soundMutex);
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_AUDIOSTART);
+    m_isSoundResting = false;
+    m_soundFramesToLearn = kSoundFramesToLearn;
     return 0;
 }
 
@@ -88,6 +93,28 @@ void KvTUTKInput::stopDevice() {
         return;
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_AUDIOSTOP);
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_STOP);
+}
+
+void KvTUTKInput::setSoundWanted(bool isWanted) {
+    const std::lock_guard<std::mutex> lock(m_soundMutex);
+    m_isSoundWanted = isWanted;
+    followSound();
+}
+
+void KvTUTKInput::learnSound() {
+    const std::lock_guard<std::mutex> lock(m_soundMutex);
+    m_soundFramesToLearn = kSoundFramesToLearn;
+    followSound();
+}
+
+/// Under the lock.
+void KvTUTKInput::followSound() {
+    const bool shallRest = !m_isSoundWanted && m_soundFramesToLearn == 0;
+    if (shallRest == m_isSoundResting || !isBound() || m_device->avIndex() != avIndex())
+        return;
+    m_device->sendIOCtrl(shallRest ? IOTYPE_USER_IPCAM_AUDIOSTOP : IOTYPE_USER_IPCAM_AUDIOSTART);
+    m_isSoundResting = shallRest;
+    wakeReceivers();
 }
 
 void KvTUTKInput::startThreads() {
@@ -170,4 +197,9 @@ void KvTUTKInput::storeVideo(std::unique_ptr<Packet> packet) {
 void KvTUTKInput::storeAudio(std::unique_ptr<Packet> packet) {
     m_rate.add(packet->packet()->size);
     audioQueue().put(std::move(packet));
+    if (m_soundFramesToLearn == 0)
+        return;
+    const std::lock_guard<std::mutex> lock(m_soundMutex);
+    if (m_soundFramesToLearn > 0 && --m_soundFramesToLearn == 0)
+        followSound();
 }

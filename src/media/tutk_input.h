@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 
 #include "media/byte_rate.h"
 #include "media/channel_input.h"
@@ -24,6 +25,8 @@ public:
     void close() override;
     int speed() override;
     bool isRunning() override;
+    void setSoundWanted(bool isWanted) override;
+    void learnSound() override;
     void requestStop() override;
 
     /// Before open(); borrowed, outlives the input.
@@ -40,6 +43,7 @@ public:
     void receiveEnded();
 
 protected:
+    bool isSoundResting() const override { return m_isSoundResting; }
     void channelEnded(MediaKind kind) override;
     void boundVideo(const KvThread& thread) override;
     void boundAudio(const KvThread& thread) override;
@@ -47,9 +51,18 @@ protected:
     void storeAudio(std::unique_ptr<Packet> packet) override;
 
 private:
+    void followSound();
+
     KvTUTKDevice* m_device = nullptr;  ///< fixed between open() and close(), as below
     std::unique_ptr<KvTUTKInputThread> m_videoThread;
     std::unique_ptr<KvTUTKInputThread> m_audioThread;
 
     orvelle::ByteRate m_rate;
+
+    std::mutex m_soundMutex;  ///< guards the next one and the order of the requests for sound
+    bool m_isSoundWanted = true;
+
+    // These order nothing, and are written under m_soundMutex.
+    std::atomic<int> m_soundFramesToLearn{0};   ///< that come before the sound may rest
+    std::atomic<bool> m_isSoundResting{false};  ///< the camera was told to stop it
 };

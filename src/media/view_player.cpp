@@ -21,7 +21,7 @@ void ViewPlayer::shutdown() {
     close();
 }
 
-void ViewPlayer::setView(KvVideoView* view) {
+void ViewPlayer::setView(VideoSurface* view) {
     m_view = view;
     if (m_viewOutput)
         m_viewOutput->setView(view);
@@ -31,6 +31,7 @@ void ViewPlayer::setVolume(double volume) {
     m_volume = volume;
     if (m_viewOutput)
         m_viewOutput->setVolume(volume);
+    followSound();
 }
 
 std::unique_ptr<KvBasePlayerDecoder> ViewPlayer::createDecoder() {

@@ -3,9 +3,10 @@
 #include "media/base_player.h"
 
 class KvPlayerOutputDefault;
-class KvVideoView;
 
 namespace orvelle {
+
+class VideoSurface;
 
 /// What players that show their pictures in a view and play their sound have in common; concrete
 /// ones bring the input. Used by one thread, the interface's.
@@ -22,7 +23,7 @@ public:
     void shutdown();
 
     /// Borrowed; outlives the running player. Null: pictures are dropped.
-    void setView(KvVideoView* view);
+    void setView(VideoSurface* view);
     /// 0.0 is silence, 1.0 is full.
     void setVolume(double volume);
     double volume() const { return m_volume; }
@@ -31,8 +32,11 @@ public:
     std::unique_ptr<KvBasePlayerOutput> createOutput() override;
     void releaseOutput() override;
 
+protected:
+    bool isSoundHeard() const override { return m_volume > 0.0; }
+
 private:
-    KvVideoView* m_view = nullptr;
+    VideoSurface* m_view = nullptr;
     double m_volume = 1.0;
     KvPlayerOutputDefault* m_viewOutput = nullptr;  ///< the base's output stage, or null
 };

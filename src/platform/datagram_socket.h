@@ -56,6 +56,7 @@ public:
 
 private:
     bool setOption(int option);
+    void makeBlocking();
 
     Descriptor m_descriptor = kNone;
 };
@@ -66,5 +67,8 @@ std::vector<in_addr> networkBroadcasts();
 
 /// Reaches the programs of this machine that are bound to it or to every address.
 in_addr loopbackBroadcast();
+
+/// Where programs of this machine may listen, those of another system in it included.
+std::vector<in_addr> loopbackTargets();
 
 }  // namespace orvelle

@@ -47,8 +47,12 @@ bool DatagramSocket::bindBeside(const sockaddr_in& gate, const sockaddr_in& peer
            connect(m_descriptor, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == 0;
 }
 
-DatagramSocket::Descriptor DatagramSocket::release() {
+void DatagramSocket::makeBlocking() {
     fcntl(m_descriptor, F_SETFL, fcntl(m_descriptor, F_GETFL) & ~O_NONBLOCK);
+}
+
+DatagramSocket::Descriptor DatagramSocket::release() {
+    makeBlocking();
     return std::exchange(m_descriptor, kNone);
 }
 
@@ -63,11 +67,22 @@ bool DatagramSocket::waitForDatagram(int ms) {
     return poll(&waiting, 1, ms) > 0;
 }
 
-// The descriptor goes on as one of a socket without a port.
+// The descriptor goes on as one that only its own machine's discard port could send to. It waits as
+// the library's own do, which would otherwise ask it without pause.
 void DatagramSocket::giveUpPort(Descriptor descriptor) {
-    const DatagramSocket unbound;
-    if (unbound.isOpen())
-        dup3(unbound.m_descriptor, descriptor, O_CLOEXEC);
+    DatagramSocket standIn;
+    sockaddr_in discard{};
+    discard.sin_family = AF_INET;
+    discard.sin_port = htons(9);
+    discard.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    const timeval patience{0, 10'000};
+    if (!standIn.isOpen() ||
+        connect(standIn.m_descriptor, reinterpret_cast<const sockaddr*>(&discard),
+                sizeof discard) != 0 ||
+        setsockopt(standIn.m_descriptor, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience) != 0)
+        return;
+    standIn.makeBlocking();
+    dup3(standIn.m_descriptor, descriptor, O_CLOEXEC);
 }
 
 bool DatagramSocket::waitForAny(std::initializer_list<const DatagramSocket*> sockets, int ms) {
@@ -102,6 +117,10 @@ std::vector<in_addr> networkBroadcasts() {
 
 in_addr loopbackBroadcast() {
     return {htonl(0x7FFFFFFF)};  // 127.255.255.255
+}
+
+std::vector<in_addr> loopbackTargets() {
+    return {loopbackBroadcast()};
 }
 
 }  // namespace orvelle

@@ -52,12 +52,15 @@ bool DatagramSocket::bindAsGate(const sockaddr_in& address) {
 }
 
 // Of two sockets on one port this system feeds either, connected or not, so a free port is taken.
-bool DatagramSocket::bindBeside(const sockaddr_in& gate, const sockaddr_in& peer) {
+// Connected to the peer, it would carry nothing of the transport's.
+bool DatagramSocket::bindBeside(const sockaddr_in& gate, const sockaddr_in&) {
     sockaddr_in address = gate;
     address.sin_port = 0;
-    return bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0 &&
-           connect(m_descriptor, reinterpret_cast<const sockaddr*>(&peer), sizeof peer) == 0;
+    return bind(m_descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
 }
+
+// The library that takes the descriptor sets it as it wants.
+void DatagramSocket::makeBlocking() {}
 
 // The library counts its own use of the system's sockets.
 DatagramSocket::Descriptor DatagramSocket::release() {
@@ -102,6 +105,8 @@ bool DatagramSocket::waitForAny(std::initializer_list<const DatagramSocket*> soc
 
 namespace {
 
+constexpr UINT8 kLongestPrefix = 30;  // of a network that has a broadcast address
+
 /// All adapters, whose entries point into the same bytes; empty when the system tells none.
 std::vector<char> adapterTable() {
     constexpr ULONG kFlags =
@@ -122,6 +127,12 @@ std::vector<char> adapterTable() {
     return {};
 }
 
+/// Whether its other end is the only one: a dial-up line, or a tunnel that leads elsewhere.
+bool isLine(const IP_ADAPTER_ADDRESSES& adapter) {
+    return adapter.IfType == IF_TYPE_PPP || adapter.IfType == IF_TYPE_TUNNEL ||
+           adapter.IfType == IF_TYPE_PROP_VIRTUAL;
+}
+
 }  // namespace
 
 std::vector<in_addr> networkBroadcasts() {
@@ -132,9 +143,11 @@ std::vector<in_addr> networkBroadcasts() {
     for (auto* adapter = reinterpret_cast<const IP_ADAPTER_ADDRESSES*>(table.data()); adapter;
          adapter = adapter->Next) {
         if (adapter->OperStatus != IfOperStatusUp || adapter->IfType == IF_TYPE_SOFTWARE_LOOPBACK ||
-            adapter->IfType == IF_TYPE_PPP)
+            isLine(*adapter))
             continue;
         for (auto* entry = adapter->FirstUnicastAddress; entry; entry = entry->Next) {
+            if (entry->OnLinkPrefixLength > kLongestPrefix)
+                continue;
             sockaddr_in address;
             std::memcpy(&address, entry->Address.lpSockaddr, sizeof address);
             ULONG mask = 0;
@@ -151,6 +164,13 @@ in_addr loopbackBroadcast() {
     in_addr address = {};
     address.s_addr = htonl(INADDR_LOOPBACK);
     return address;
+}
+
+// The second is refused by Windows itself, but is what programs beside Wine are bound to.
+std::vector<in_addr> loopbackTargets() {
+    in_addr broadcast = {};
+    broadcast.s_addr = htonl(INADDR_LOOPBACK | IN_CLASSA_HOST);
+    return {loopbackBroadcast(), broadcast};
 }
 
 }  // namespace orvelle

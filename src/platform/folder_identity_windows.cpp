@@ -8,7 +8,7 @@ namespace orvelle {
 
 std::optional<FolderIdentity> writableFolderIdentity(const std::string& path) {
     // Opened for adding files, so that a folder without that right is none.
-    const HANDLE folder = CreateFileW(wideText(path).c_str(), FILE_LIST_DIRECTORY | FILE_ADD_FILE,
+    const HANDLE folder = CreateFileW(widePath(path).c_str(), FILE_LIST_DIRECTORY | FILE_ADD_FILE,
                                       FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                                       nullptr, OPEN_EXISTING, FILE_FLAG_BACKUP_SEMANTICS, nullptr);
     if (folder == INVALID_HANDLE_VALUE)

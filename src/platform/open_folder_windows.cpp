@@ -7,7 +7,7 @@
 namespace orvelle {
 
 bool openFolder(const std::string& path) {
-    std::wstring folder = wideText(path);
+    std::wstring folder = widePath(path);
     const DWORD attributes = GetFileAttributesW(folder.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || !(attributes & FILE_ATTRIBUTE_DIRECTORY))
         return false;

@@ -15,10 +15,11 @@ public:
     HeldQuitSignals& operator=(const HeldQuitSignals&) = delete;
 };
 
-/// Turns the system's orders to quit (SIGTERM, SIGINT, SIGHUP) into a callback on the thread that
-/// built it, from its event loop; signals that come together count as one. One object a process;
-/// the former handlers return when it goes. On Windows the end of a session comes by native
-/// messages instead (native_message.h) and this one is silent.
+/// Turns the system's orders to quit into a callback on the thread that built it, from its event
+/// loop: SIGTERM, SIGINT and SIGHUP, of which those that come together count as one and whose
+/// former handlers return when it goes; on Windows what the console says (Ctrl+C, closing it), and
+/// WM_CLOSE sent to the thread. The end of a session there comes by native messages
+/// (native_message.h). One object a process, made after the application object.
 class QuitSignals {
 public:
     explicit QuitSignals(std::function<void()> quit);

@@ -7,7 +7,7 @@
 namespace orvelle {
 
 bool runFile(const std::string& path) {
-    const std::wstring file = wideText(path);
+    const std::wstring file = widePath(path);
     const DWORD attributes = GetFileAttributesW(file.c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_DIRECTORY))
         return false;

@@ -7,7 +7,7 @@
 namespace orvelle {
 
 bool syncFile(const std::string& path) {
-    const HANDLE file = CreateFileW(wideText(path).c_str(), GENERIC_WRITE,
+    const HANDLE file = CreateFileW(widePath(path).c_str(), GENERIC_WRITE,
                                     FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
                                     OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE)

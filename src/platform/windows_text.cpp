@@ -17,6 +17,21 @@ std::wstring wideText(const std::string& utf8) {
     return wide;
 }
 
+std::wstring widePath(const std::string& utf8) {
+    // Folders are refused earlier than files: room for a name of the old kind is kept.
+    constexpr size_t kShort = MAX_PATH - 12;
+    const std::wstring path = wideText(utf8);
+    const DWORD room = path.empty() ? 0 : GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
+    if (room == 0)
+        return std::wstring();
+    std::wstring full(room, L'\0');
+    full.resize(GetFullPathNameW(path.c_str(), room, full.data(), nullptr));
+    if (full.size() < kShort || full.rfind(LR"(\\?\)", 0) == 0)
+        return full;
+    const bool isShare = full.rfind(LR"(\\)", 0) == 0;
+    return isShare ? LR"(\\?\UNC\)" + full.substr(2) : LR"(\\?\)" + full;
+}
+
 bool shellOpen(const std::wstring& path) {
     const HINSTANCE result =
         ShellExecuteW(nullptr, L"open", path.c_str(), nullptr, nullptr, SW_SHOWNORMAL);

@@ -3,16 +3,17 @@
 #include <QCoreApplication>
 #include <QEvent>
 
-#include <algorithm>
+#include <chrono>
 
 #include "core/tsan_annotations.h"
 
 namespace orvelle {
 namespace {
 
-// With several views a composition is shared; with one there is nothing to gather.
-constexpr int kManyViewsIntervalMs = 33;
-constexpr int kOneViewIntervalMs = 16;
+int64_t nowMs() {
+    using namespace std::chrono;
+    return duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count();
+}
 
 }  // namespace
 
@@ -29,25 +30,39 @@ std::shared_ptr<RepaintTick> RepaintTick::shared() {
 RepaintTick::RepaintTick() {
     m_timer.setTimerType(Qt::PreciseTimer);
     m_timer.setSingleShot(true);
-    connect(&m_timer, &QTimer::timeout, this, &RepaintTick::serve);
+    connect(&m_timer, &QTimer::timeout, this, &RepaintTick::serveOrWait);
 }
 
 void RepaintTick::add(Client* client) {
-    m_clients.push_back(client);
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_plan.add(client);
 }
 
 void RepaintTick::remove(Client* client) {
-    m_clients.erase(std::remove(m_clients.begin(), m_clients.end(), client), m_clients.end());
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_plan.remove(client);
 }
 
 void RepaintTick::request(Client& client) {
-    client.isDirty = true;
-    if (m_isWakePending.exchange(true))
-        return;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const int64_t now = nowMs();
+        m_plan.note(client, now);
+        const std::optional<int64_t> due = m_plan.dueMs(now);
+        if (m_wakeMs && *m_wakeMs <= due)
+            return;
+        // The event itself may take its time, but a second one would not come sooner.
+        m_wakeMs = now;
+    }
     auto* const wakeUp = new QEvent(QEvent::UpdateRequest);
     tsanRelease(this);
     const TsanBlindSpot queue;
     QCoreApplication::postEvent(this, wakeUp);
+}
+
+void RepaintTick::forget(Client& client) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_plan.forget(client);
 }
 
 bool RepaintTick::event(QEvent* event) {
@@ -59,28 +74,23 @@ bool RepaintTick::event(QEvent* event) {
 }
 
 void RepaintTick::serveOrWait() {
-    const qint64 elapsedMs = m_sinceServed.isValid() ? m_sinceServed.elapsed() : intervalMs();
-    const qint64 remainingMs = intervalMs() - elapsedMs;
-    // The wake-up stays pending while the timer runs, so that requests until then cost no event.
-    if (remainingMs > 0)
-        m_timer.start(static_cast<int>(remainingMs));
-    else
-        serve();
-}
-
-void RepaintTick::serve() {
-    m_isWakePending = false;
-    m_sinceServed.start();
-    for (Client* client : m_clients) {
-        if (client->isDirty.exchange(false))
-            client->repaint();
+    std::vector<RepaintPlan::View*> dirty;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        const int64_t now = nowMs();
+        m_wakeMs = m_plan.dueMs(now);
+        if (!m_wakeMs)
+            return;
+        if (*m_wakeMs > now) {
+            m_timer.start(static_cast<int>(*m_wakeMs - now));
+            return;
+        }
+        m_wakeMs.reset();
+        dirty = m_plan.take(now);
     }
-}
-
-int RepaintTick::intervalMs() const {
-    const auto visible = std::count_if(m_clients.begin(), m_clients.end(),
-                                       [](const Client* client) { return client->isVisible(); });
-    return visible > 1 ? kManyViewsIntervalMs : kOneViewIntervalMs;
+    m_timer.stop();
+    for (RepaintPlan::View* view : dirty)
+        static_cast<Client*>(view)->repaint();
 }
 
 }  // namespace orvelle

@@ -6,6 +6,10 @@
 
 #include "render/jpeg_writer.h"
 
+extern "C" {
+#include <libavutil/frame.h>
+}
+
 namespace {
 
 Q_LOGGING_CATEGORY(lcRender, "orvelle.render")
@@ -34,15 +38,11 @@ constexpr GLfloat kBlackMatrix[9] = {};
 }  // namespace
 
 KvVideoView::KvVideoView(QWidget* parent)
-    : QOpenGLWidget(parent), m_tick(orvelle::RepaintTick::shared()) {
+    : QOpenGLWidget(parent), VideoSurface(static_cast<QWidget&>(*this)) {
     connect(this, &KvVideoView::updateAsyncSignal, this, qOverload<>(&KvVideoView::update));
-    m_tickClient.repaint = [this] { emit updateAsyncSignal(); };
-    m_tickClient.isVisible = [this] { return isVisible(); };
-    m_tick->add(&m_tickClient);
 }
 
 KvVideoView::~KvVideoView() {
-    m_tick->remove(&m_tickClient);
     releaseGl();
 }
 
@@ -65,8 +65,14 @@ int KvVideoView::showFrame(KvYUV420P* frame) {
     return 0;
 }
 
+int KvVideoView::showPicture(const AVFrame& picture) {
+    auto frame =
+        std::make_unique<KvYUV420P>(picture.data, picture.width, picture.height, picture.linesize);
+    return frame->isNull() ? -1 : showFrame(frame.release());
+}
+
 void KvVideoView::updateAsync() {
-    m_tick->request(m_tickClient);
+    requestRepaint();
 }
 
 void KvVideoView::clear() {

@@ -10,12 +10,10 @@
 
 #include "frames/yuv_data.h"
 #include "render/picture_geometry.h"
-#include "render/repaint_tick.h"
+#include "render/video_surface.h"
 
-/// The widget that shows a moving picture: keeps the latest frame and draws it with its
-/// proportions kept on black. Frames come from any thread; a newer frame replaces one that was
-/// never painted. Everything else belongs to the interface thread.
-class KvVideoView : public QOpenGLWidget, protected QOpenGLFunctions {
+/// The video surface that draws with OpenGL: textures of the latest frame's planes and a shader.
+class KvVideoView : public QOpenGLWidget, protected QOpenGLFunctions, public orvelle::VideoSurface {
     Q_OBJECT
 public:
     explicit KvVideoView(QWidget* parent = nullptr);
@@ -33,12 +31,11 @@ public:
     /// Drops the frame and repaints.
     void clear();
 
-    /// Writes the current frame as a JPEG file; false when there is none or writing fails. Blocks
-    /// for the encoding, but holds up neither painting nor new frames. Any thread.
-    bool snapshot(const QString& path);
-    /// The share of the view that the last painted picture covers; null pointers are skipped. Any
-    /// thread.
-    void pictureScale(double* x, double* y) const;
+    int showPicture(const AVFrame& picture) override;
+    void showNothing() override { showFrame(nullptr); }
+    bool snapshot(const QString& path) override;
+    void pictureScale(double* x, double* y) const override;
+    QImage grabView() override { return grabFramebuffer(); }
 
 signals:
     /// Repaints this view; may be emitted on any thread.
@@ -48,6 +45,7 @@ protected:
     void initializeGL() override;
     void resizeGL(int width, int height) override;
     void paintGL() override;
+    void repaintPicture() override { emit updateAsyncSignal(); }
 
 private:
     using SharedFrame = std::shared_ptr<const KvYUV420P>;
@@ -61,10 +59,6 @@ private:
     void uploadFrame(const SharedFrame& frame);
     void uploadPlane(int unit, int width, int height, const uint8_t* bytes, bool isSameSize);
     void drawQuad(const orvelle::PictureScale& scale, bool isBlack);
-
-    // Fixed after construction.
-    const std::shared_ptr<orvelle::RepaintTick> m_tick;
-    orvelle::RepaintTick::Client m_tickClient;
 
     // Interface thread, with the context current.
     QMetaObject::Connection m_contextConnection;

@@ -71,6 +71,8 @@ private slots:
     }
 
     void ownFiles_areClosedToOthers_andTheUsersAreNot() {
+        if (QSysInfo::kernelType() == QLatin1String("winnt"))
+            QSKIP("closed by access lists, which Qt does not show as rights");
         const auto rights = [](const QString& path) {
             return QFileInfo(path).permissions() & 0x77;
         };

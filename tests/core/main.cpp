@@ -1,11 +1,10 @@
 #include <QCoreApplication>
-#include <QTemporaryDir>
 
+#include "support/data_home.h"
 #include "support/suites.h"
 
 int main(int argc, char** argv) {
-    const QTemporaryDir home;
-    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path()));
+    const orvelle::test::DataHome home;
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("core_test"));
     return orvelle::test::runSuites(argc, argv);

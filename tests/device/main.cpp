@@ -1,12 +1,11 @@
 #include <QCoreApplication>
-#include <QTemporaryDir>
 
 #include "link/client/link_client.h"
+#include "support/data_home.h"
 #include "support/suites.h"
 
 int main(int argc, char** argv) {
-    const QTemporaryDir home;
-    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path()));
+    const orvelle::test::DataHome home;
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     QCoreApplication app(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("device_test"));

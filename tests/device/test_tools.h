@@ -2,12 +2,10 @@
 
 #include <QFile>
 
-#include <csignal>
 #include <mutex>
 
-#include <sys/resource.h>
-
 #include "core/file_utils.h"
+#include "support/full_disk.h"
 
 namespace orvelle::test {
 
@@ -38,24 +36,6 @@ private:
     inline static std::mutex s_mutex;  ///< guards s_lines
     inline static QStringList s_lines;
     const QtMessageHandler m_previous = qInstallMessageHandler(&LogLines::handle);
-};
-
-/// A disk that is full beyond `bytes` of each file, while it lives.
-class FullDisk {
-public:
-    explicit FullDisk(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &m_former);
-        const rlimit limit = {bytes, m_former.rlim_max};
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~FullDisk() {
-        setrlimit(RLIMIT_FSIZE, &m_former);
-        std::signal(SIGXFSZ, m_handler);
-    }
-
-private:
-    void (*const m_handler)(int);
-    rlimit m_former = {};
 };
 
 /// Attempts to reach these cameras last until they are aborted, as nobody listens where they are

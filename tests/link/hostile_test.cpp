@@ -1,10 +1,7 @@
-#include <arpa/inet.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <random>
 
 #include "link/environment.h"
+#include "platform/datagram_socket.h"
 #include "raw_camera.h"
 #include "raw_client.h"
 
@@ -15,7 +12,7 @@ namespace {
 /// Throws bytes at a UDP port of this machine: noise, handshakes with flipped bits, torn and
 /// oversized ones.
 void bombard(uint16_t port, uint32_t seed) {
-    const int socket = ::socket(AF_INET, SOCK_DGRAM, 0);
+    DatagramSocket socket;
     const sockaddr_in to = *ipv4Address("127.0.0.1", port);
     std::mt19937 random(seed);
     // The fixed part of a transport handshake: control bit, type 0, version 4, extension 2.
@@ -33,19 +30,13 @@ void bombard(uint16_t port, uint32_t seed) {
             std::generate(bytes.begin(), bytes.end(), [&] { return uint8_t(random()); });
         if (i % 3 == 2)
             bytes.resize(random() % 9000);
-        sendto(socket, bytes.data(), bytes.size(), 0, asSockaddr(to), sizeof to);
+        socket.send(bytes.data(), bytes.size(), to);
     }
-    close(socket);
 }
 
 uint16_t freePort() {
-    const int socket = ::socket(AF_INET, SOCK_DGRAM, 0);
-    sockaddr_in address = *ipv4Address("127.0.0.1", 0);
-    socklen_t size = sizeof address;
-    bind(socket, asSockaddr(address), size);
-    getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size);
-    close(socket);
-    return ntohs(address.sin_port);
+    DatagramSocket socket;
+    return socket.bindExclusively(*ipv4Address("127.0.0.1", 0)) ? socket.port() : uint16_t{0};
 }
 
 QByteArray encoded(const Message& message) {

@@ -160,6 +160,18 @@ private:
     int m_av = -1;
 };
 
+/// Sends pictures until one arrives, since a camera drops what waited for long on a busy machine;
+/// the size of that one, or why none came.
+inline int pictureAcross(TestCamera& camera, int clientId, TestClient& client, int size) {
+    int code = AV_ER_DATA_NOREADY;
+    for (int i = 0; i < 20 && (code == AV_ER_DATA_NOREADY || code == AV_ER_LOSED_THIS_FRAME); ++i) {
+        const auto picture = std::make_shared<std::vector<uint8_t>>(size_t(size), uint8_t{0x5A});
+        camera.server().sendVideo(clientId, 0, {0x4E, 1, 0}, picture);
+        code = client.video(500).code;
+    }
+    return code;
+}
+
 /// Lets the client look for `uid` at this port of 127.0.0.1 first, until it goes.
 class AddressOverride {
 public:

@@ -91,6 +91,9 @@ public:
             [&] { return m_sealed->receive(&answer) == SealedSocket::Received::Opened; });
     }
 
+    /// The socket that was opened last, to keep it while another one is.
+    std::unique_ptr<SealedSocket> takeSealed() { return std::move(m_sealed); }
+
     SRTSOCKET id() const { return m_sealed ? m_sealed->id() : m_plain.id(); }
 
 private:

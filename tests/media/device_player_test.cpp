@@ -1,12 +1,14 @@
 #include "device_camera.h"
 #include "event_log.h"
+#include "recording_reader.h"
 #include "support/encoded_clip.h"
 
 #include "media/device_inputs.h"
 #include "media/device_player.h"
 #include "media/player_output_default.h"
+#include "media/player_recorder.h"
 #include "media/tutk_input.h"
-#include "render/video_view.h"
+#include "render/raster_video_view.h"
 #include "support/suites.h"
 
 #include <QTemporaryDir>
@@ -31,7 +33,7 @@ struct OpenPlayer : KvDevicePlayer {
 /// the sound that a device takes meanwhile, so that its writes block where there is a device.
 struct Rig {
     test::DeviceCamera camera;
-    KvVideoView view;
+    orvelle::RasterVideoView view;
     std::unique_ptr<test::EventLog> events;
     KvDevicePlayer player;
     std::vector<test::EncodedPicture> clip = test::encodeClip({});
@@ -47,11 +49,25 @@ struct Rig {
             const auto& picture = clip[sent % clip.size()];
             camera.send(0x4E, picture.isKey, 1000 + 20 * sent, picture.bytes);
             for (const uint32_t half : {0u, 10u})
-                camera.send(0x8A, false, 1000 + 20 * sent + half, std::vector<uint8_t>(160, 0xD5));
+                if (isSoundAsked())
+                    camera.send(0x8A, false, 1000 + 20 * sent + half,
+                                std::vector<uint8_t>(160, 0xD5));
             ++sent;
         });
         timer.start(20);
         return !clip.empty() && camera.start() && camera.device.init() == 0 && player.play() == 0;
+    }
+    /// Whether the camera was last told to send sound.
+    bool isSoundAsked() const {
+        const std::vector<uint32_t> said = camera.commands();
+        const auto last = std::find_if(said.rbegin(), said.rend(), [](uint32_t type) {
+            return type == IOTYPE_USER_IPCAM_AUDIOSTART || type == IOTYPE_USER_IPCAM_AUDIOSTOP;
+        });
+        return last != said.rend() && *last == IOTYPE_USER_IPCAM_AUDIOSTART;
+    }
+    int soundRequests() const {
+        const std::vector<uint32_t> said = camera.commands();
+        return static_cast<int>(std::count(said.begin(), said.end(), IOTYPE_USER_IPCAM_AUDIOSTART));
     }
     bool shows() {
         return QTest::qWaitFor([this] { return events->count(KvBasePlayerProgress) > 5; });
@@ -107,6 +123,35 @@ private slots:
         QTRY_VERIFY(rig.player.stats().picturesDecoded > 10);
         rig.player.shutdown();
         QCOMPARE(rig.events->take(), std::vector<int>{KvBasePlayerPlayEnded});
+    }
+
+    void sound_rests_whileNobodyTakesIt() {
+        Rig rig;
+        rig.player.setVolume(0.0);
+        QVERIFY(rig.play() && rig.shows());
+        QTRY_VERIFY(!rig.isSoundAsked());
+        // It is back for a recording, which knows at once what it is like.
+        const QTemporaryDir directory;
+        const QString path = directory.filePath(QStringLiteral("clip.mp4"));
+        rig.player.startRecord(path, QStringLiteral("mp4"), 3600.0);
+        QTRY_VERIFY(rig.isSoundAsked());
+        const uint64_t before = rig.player.stats().audioFramesReceived;
+        QTRY_VERIFY(rig.player.recorder()->isRecording() &&
+                    rig.player.stats().audioFramesReceived > before + 100);
+        rig.player.stopRecord();
+        const test::RecordingReader recording(path);
+        QVERIFY(recording.isOpen() && recording.streams() == 2 && recording.packets(1) > 2);
+        QTRY_VERIFY(!rig.isSoundAsked());
+        for (const double volume : {1.0, 0.0}) {
+            rig.player.setVolume(volume);
+            QTRY_COMPARE(rig.isSoundAsked(), volume > 0.0);
+        }
+        // A decoder that begins anew has to learn it once more.
+        const int requests = rig.soundRequests();
+        rig.player.pause();
+        rig.player.resume();
+        QTRY_COMPARE(rig.soundRequests(), requests + 1);
+        QTRY_VERIFY(!rig.isSoundAsked());
     }
 
     void play_showsPicturesAgain_afterCameraWasLost() {

@@ -13,6 +13,7 @@ public:
 
     /// Offers the packet to the tap, then queues it.
     void giveVideo(const EncodedPicture& picture, int codec, double timeSec) {
+        m_isVideoDone = false;
         give(m_video, picture, codec, Packet::kVideo, timeSec);
     }
     void giveSound(const std::vector<uint8_t>& bytes, int codec, double timeSec) {
@@ -23,9 +24,15 @@ public:
         m_isRunning = false;
         wakeReaders();
     }
+    /// The decoder has done with everything that was given.
+    bool isVideoDone() const { return m_isVideoDone; }
     int videoWaiting() const { return m_video.size(); }
 
-    int readVideoPacket(Packet** packet) override { return read(m_video, packet); }
+    int readVideoPacket(Packet** packet) override {
+        const int result = read(m_video, packet);
+        m_isVideoDone = result < 0;
+        return result;
+    }
     int readAudioPacket(Packet** packet) override { return read(m_audio, packet); }
     bool isRunning() override { return m_isRunning; }
     bool waitForVideoPacket(const KvThread& r, int ms) override { return wait(m_video, r, ms); }
@@ -54,6 +61,7 @@ private:
 
     Queue m_video, m_audio;
     std::atomic<bool> m_isRunning{true};
+    std::atomic<bool> m_isVideoDone{false};
 };
 
 }  // namespace orvelle::test

@@ -6,7 +6,7 @@
 #include "media/playback_time.h"
 #include "media/tutk_playback_input.h"
 #include "media/tutk_player.h"
-#include "render/video_view.h"
+#include "render/raster_video_view.h"
 #include "support/suites.h"
 #include "support/zone_guard.h"
 
@@ -315,7 +315,7 @@ private slots:
         const std::vector<test::EncodedPicture> clip = test::encodeClip({});
         QVERIFY(!clip.empty());
         PlaybackCamera camera;
-        KvVideoView view;
+        orvelle::RasterVideoView view;
         KvTUTKPlayer player;
         test::EventLog events(player);
         player.setView(&view);

@@ -34,9 +34,10 @@ struct Rig {
             input.giveVideo(picture, codec, given++);
     }
     /// Null when the decoder has ended.
-    Frame next() {
+    Frame next() { return nextWithin(20000); }
+    Frame nextWithin(int ms) {
         KvBasePlayerDecoderFrame* frame = nullptr;
-        decoder.waitForVideoFrame(reader, 20000);
+        decoder.waitForVideoFrame(reader, ms);
         decoder.readVideoFrame(&frame);
         return Frame(frame);
     }
@@ -62,6 +63,28 @@ bool isPicture(const Frame& frame, int index, bool isFullRange = false) {
 class PlayerDecoderTest : public QObject {
     Q_OBJECT
 private slots:
+    void keyPictures_areAll_whileNobodyWatches() {
+        const Clip clip = encodeClip({});
+        Rig rig;
+        rig.decoder.setKeyPicturesOnly(true);
+        rig.give(clip);
+        std::vector<double> times;
+        while (!rig.input.isVideoDone() || rig.decoder.waitForVideoFrame(rig.reader, 0))
+            if (const Frame picture = rig.nextWithin(10))
+                times.push_back(picture->time());
+        QVERIFY(times.size() > 1 && times.size() < clip.size());
+        for (const double time : times)
+            QVERIFY(clip[static_cast<size_t>(time)].isKey);
+        // What builds on pictures that were left out is left out, too.
+        rig.decoder.setKeyPicturesOnly(false);
+        QVERIFY(!clip.back().isKey);
+        rig.give({clip.back()});
+        rig.give(clip);
+        const auto next = static_cast<double>(clip.size() + 1);
+        QCOMPARE(rig.next()->time(), next);
+        QCOMPARE(rig.next()->time(), next + 1);
+    }
+
     void pictures_leaveInPlanar420() {
         struct Row {
             const char* encoder;

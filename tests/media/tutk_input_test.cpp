@@ -110,6 +110,45 @@ private slots:
         QCOMPARE(rig.takeTime(), 0.001);
     }
 
+    void sound_isThrownAway_whileItRests() {
+        Rig rig;
+        rig.input.setSoundWanted(false);
+        QVERIFY(rig.open());
+        const auto sendSound = [&rig](uint32_t first, uint32_t last, uint64_t received) {
+            for (uint32_t i = first; i <= last; ++i)
+                QVERIFY(rig.camera.send(kAlaw, false, 1000 * i, Bytes(10, 1)));
+            QTRY_COMPARE(rig.stats().audioFramesReceived, received);
+        };
+        const auto take = [&rig] {
+            KvBasePlayerInputPacket* packet = nullptr;
+            const bool came = rig.input.readAudioPacket(&packet) == 0;
+            const std::unique_ptr<KvBasePlayerInputPacket> owned(packet);
+            return came ? owned->time() : -1.0;
+        };
+        const auto isSaid = [&rig](std::initializer_list<uint32_t> expected) {
+            std::vector<uint32_t> said;
+            for (const uint32_t type : rig.camera.commands())
+                if (type == 0x300 || type == 0x301)
+                    said.push_back(type);
+            return said == std::vector<uint32_t>(expected);
+        };
+        // Ten are enough to learn what it is like; what the channel still holds goes.
+        sendSound(1, 14, 14);
+        QTRY_VERIFY(isSaid({0x300, 0x301}));
+        sendSound(15, 17, 17);
+        for (int i = 1; i <= 10; ++i)
+            QCOMPARE(take(), static_cast<double>(i));
+        QCOMPARE(take(), -1.0);
+        QCOMPARE(rig.tapped, 10);
+        rig.input.setSoundWanted(true);
+        QTRY_VERIFY(isSaid({0x300, 0x301, 0x300}));
+        sendSound(18, 22, 18);
+        QCOMPARE(take(), 18.0);
+        rig.input.setSoundWanted(true);
+        rig.input.setSoundWanted(false);
+        QTRY_VERIFY(isSaid({0x300, 0x301, 0x300, 0x301}));
+    }
+
     void end_isToldOnce() {
         struct Reader : KvThread {
             explicit Reader(KvBasePlayerInput& source)

@@ -1,5 +1,6 @@
 #include <cstdio>
 
+#include "child.h"
 #include "platform/single_instance.h"
 #include "support/suites.h"
 
@@ -11,6 +12,8 @@ int main(int argc, char** argv) {
         std::fflush(stdout);
         return std::getchar();
     }
+    if (const auto code = orvelle::test::runAsChild(argc, argv))
+        return *code;
     QCoreApplication app(argc, argv);
     return orvelle::test::runSuites(argc, argv);
 }

@@ -1,5 +1,4 @@
 #include <QDir>
-#include <QProcess>
 #include <QTemporaryDir>
 
 #include <csignal>
@@ -21,21 +20,6 @@ class ProcessTest : public QObject {
 
 private slots:
     void init() { qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_directory.path())); }
-
-    void acquire_isRefused_whileAnotherProcessHolds_andFreeOnceThatIsKilled() {
-        QProcess other;
-        other.start(QCoreApplication::applicationFilePath(),
-                    {QStringLiteral("--hold"), QStringLiteral("Name")});
-        QVERIFY(other.waitForReadyRead());
-        QCOMPARE(other.readAll(), QByteArray("held\n"));
-        SingleInstance instance("Name");
-        QVERIFY(!instance.acquire() && !instance.isHeld());
-        other.kill();
-        QVERIFY(other.waitForFinished());
-        QVERIFY(instance.acquire() && instance.isHeld() && !SingleInstance("Name").acquire());
-        instance.release();
-        QVERIFY(SingleInstance("Name").acquire());
-    }
 
     void acquire_trustsNoPlaceOfOthers() {
         const QString target = m_directory.filePath(QStringLiteral("target"));

@@ -4,7 +4,6 @@
 #include "support/suites.h"
 
 int main(int argc, char** argv) {
-    QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);
     return orvelle::test::runSuites(argc, argv);
 }

@@ -1,10 +1,9 @@
 #include "support/camera_process.h"
 
-#include <unistd.h>
-
 #include <QCoreApplication>
 #include <QDeadlineTimer>
-#include <QFile>
+
+#include "support/process_probe.h"
 
 namespace orvelle::test {
 
@@ -74,15 +73,12 @@ bool CameraProcess::waitForClient(int timeoutMs) {
     }
 }
 
+double CameraProcess::residentMib() const {
+    return residentMibOf(m_process.processId());
+}
+
 double CameraProcess::cpuSeconds() const {
-    QFile file(QStringLiteral("/proc/%1/stat").arg(m_process.processId()));
-    if (!file.open(QIODevice::ReadOnly))
-        return 0.0;
-    // Fields 14 and 15, counted from behind the name, which may hold blanks.
-    const QByteArray stat = file.readAll();
-    const QList<QByteArray> fields = stat.mid(stat.lastIndexOf(')') + 2).split(' ');
-    const double ticks = fields.value(11).toDouble() + fields.value(12).toDouble();
-    return ticks / static_cast<double>(sysconf(_SC_CLK_TCK));
+    return cpuSecondsOf(m_process.processId());
 }
 
 }  // namespace orvelle::test

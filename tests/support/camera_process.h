@@ -30,6 +30,8 @@ public:
 
     /// CPU seconds that the process has used so far.
     double cpuSeconds() const;
+    /// Its resident memory now.
+    double residentMib() const;
 
 private:
     const QStringList m_arguments;

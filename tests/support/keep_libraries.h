@@ -1,5 +1,6 @@
 #pragma once
 
+#if __has_include(<dlfcn.h>)
 #include <dlfcn.h>
 
 // Graphics drivers leak a little and are unloaded at the end, when the leak checker can no longer
@@ -7,3 +8,4 @@
 extern "C" int dlclose(void*) noexcept {
     return 0;
 }
+#endif

@@ -8,8 +8,7 @@ namespace orvelle::test {
 /// Compares the threads and sockets of this process with those it had when this object was built:
 /// at the start of main(), after the application object. The last check of a test program.
 ///
-/// Threads of system libraries that live as long as the process (X11, Mesa, D-Bus, glib, sound)
-/// do not count, nor do sockets of the Unix family, which are theirs as well.
+/// What belongs to system libraries does not count; see process_probe.h.
 class LeakCheck {
 public:
     LeakCheck();
@@ -20,7 +19,7 @@ public:
 
 private:
     std::set<int> m_threads;          ///< ids
-    std::set<std::string> m_sockets;  ///< as /proc names them
+    std::set<std::string> m_sockets;  ///< as the system names them
 };
 
 }  // namespace orvelle::test

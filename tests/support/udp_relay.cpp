@@ -1,11 +1,5 @@
 #include "support/udp_relay.h"
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
-#include <poll.h>
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -17,6 +11,8 @@
 #include <random>
 #include <thread>
 #include <vector>
+
+#include "platform/datagram_socket.h"
 
 namespace orvelle {
 
@@ -35,20 +31,25 @@ sockaddr_in loopback(uint16_t port) {
     return address;
 }
 
-int openLoopbackSocket() {
-    const int descriptor = socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+using Socket = std::unique_ptr<DatagramSocket>;
+
+Socket openLoopbackSocket() {
+    auto opened = std::make_unique<DatagramSocket>();
     const sockaddr_in address = loopback(0);
     const int room = 4 * 1024 * 1024;
-    setsockopt(descriptor, SOL_SOCKET, SO_RCVBUF, &room, sizeof room);
-    if (bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0)
+    setsockopt(opened->descriptor(), SOL_SOCKET, SO_RCVBUF, reinterpret_cast<const char*>(&room),
+               sizeof room);
+    if (bind(opened->descriptor(), reinterpret_cast<const sockaddr*>(&address), sizeof address) < 0)
         std::abort();
-    return descriptor;
+    return opened;
 }
+
+using Client = std::pair<uint32_t, uint16_t>;  // address and port, as the network has them
 
 // A datagram on its way out.
 struct Departure {
     std::vector<uint8_t> bytes;
-    int socket;
+    DatagramSocket* socket;
     sockaddr_in to;
 };
 
@@ -68,7 +69,7 @@ public:
         : m_target(loopback(targetPort)), m_front(openLoopbackSocket()), m_random(seed) {
         sockaddr_in bound{};
         socklen_t size = sizeof bound;
-        getsockname(m_front, reinterpret_cast<sockaddr*>(&bound), &size);
+        getsockname(m_front->descriptor(), reinterpret_cast<sockaddr*>(&bound), &size);
         m_port = ntohs(bound.sin_port);
         m_thread = std::thread([this] { run(); });
     }
@@ -76,9 +77,6 @@ public:
     ~Impl() {
         m_stopped = true;
         m_thread.join();
-        close(m_front);
-        for (const auto& entry : m_back)
-            close(entry.second);
     }
 
     uint16_t port() const { return m_port; }
@@ -95,18 +93,40 @@ public:
             each.path.silent = silent;
     }
 
+    void setTamper(Tamper tamper) {
+        std::lock_guard<std::mutex> lock(m_tamperMutex);
+        m_tamper = std::move(tamper);
+    }
+
+    void playToCamera(std::vector<Datagram> datagrams) {
+        std::lock_guard<std::mutex> lock(m_tamperMutex);
+        m_toPlay = std::move(datagrams);
+    }
+
 private:
     void run() {
         while (!m_stopped) {
-            std::vector<pollfd> sockets{{m_front, POLLIN, 0}};
-            for (const auto& entry : m_back)
-                sockets.push_back({entry.second, POLLIN, 0});
-            poll(sockets.data(), sockets.size(), waitMs());
+            play();
+            waitForDatagrams();
             readFront();
-            for (const auto& entry : m_back)
-                readBack(entry.first, entry.second);
+            for (const auto& [client, back] : m_back)
+                readBack(client, *back);
             sendDue();
         }
+    }
+
+    void waitForDatagrams() const {
+        fd_set sockets;
+        FD_ZERO(&sockets);
+        FD_SET(m_front->descriptor(), &sockets);
+        DatagramSocket::Descriptor last = m_front->descriptor();
+        for (const auto& [client, back] : m_back) {
+            FD_SET(back->descriptor(), &sockets);
+            last = std::max(last, back->descriptor());
+        }
+        timeval wait = {};
+        wait.tv_usec = waitMs() * 1000;
+        select(static_cast<int>(last) + 1, &sockets, nullptr, nullptr, &wait);
     }
 
     int waitMs() const {
@@ -119,29 +139,50 @@ private:
 
     void readFront() {
         sockaddr_in from{};
-        while (auto bytes = read(m_front, &from)) {
+        while (auto bytes = read(*m_front, from)) {
             const auto key = std::make_pair(from.sin_addr.s_addr, from.sin_port);
             auto back = m_back.find(key);
             if (back == m_back.end())
                 back = m_back.emplace(key, openLoopbackSocket()).first;
-            pass(RelayDirection::ToCamera, {*std::move(bytes), back->second, m_target});
+            tamper(RelayDirection::ToCamera, {*std::move(bytes), back->second.get(), m_target});
         }
     }
 
-    void readBack(const std::pair<in_addr_t, in_port_t>& client, int socket) {
+    void readBack(const Client& client, DatagramSocket& socket) {
         sockaddr_in from{};
         sockaddr_in to = loopback(0);
         to.sin_addr.s_addr = client.first;
         to.sin_port = client.second;
-        while (auto bytes = read(socket, &from))
-            pass(RelayDirection::ToClient, {*std::move(bytes), m_front, to});
+        while (auto bytes = read(socket, from))
+            tamper(RelayDirection::ToClient, {*std::move(bytes), m_front.get(), to});
     }
 
-    static std::optional<std::vector<uint8_t>> read(int socket, sockaddr_in* from) {
+    void play() {
+        std::vector<Datagram> playing;
+        {
+            std::lock_guard<std::mutex> lock(m_tamperMutex);
+            playing.swap(m_toPlay);
+        }
+        for (const Datagram& bytes : playing) {
+            for (const auto& entry : m_back)
+                pass(RelayDirection::ToCamera, {bytes, entry.second.get(), m_target});
+        }
+    }
+
+    void tamper(RelayDirection direction, const Departure& departure) {
+        std::vector<Datagram> passing{departure.bytes};
+        {
+            std::lock_guard<std::mutex> lock(m_tamperMutex);
+            if (m_tamper)
+                passing = m_tamper(direction, departure.bytes);
+        }
+        for (Datagram& bytes : passing)
+            pass(direction, {std::move(bytes), departure.socket, departure.to});
+    }
+
+    static std::optional<std::vector<uint8_t>> read(DatagramSocket& socket, sockaddr_in& from) {
         std::array<uint8_t, kMaxDatagram> buffer;
-        socklen_t size = sizeof *from;
-        const ssize_t count = recvfrom(socket, buffer.data(), buffer.size(), 0,
-                                       reinterpret_cast<sockaddr*>(from), &size);
+        const int count = socket.receive(buffer.data(), buffer.size(), from);
         if (count < 0)
             return std::nullopt;
         return std::vector<uint8_t>(buffer.begin(), buffer.begin() + count);
@@ -177,9 +218,8 @@ private:
         const Clock::time_point now = Clock::now();
         while (!m_departures.empty() && m_departures.begin()->first <= now) {
             const Departure& due = m_departures.begin()->second;
-            [[maybe_unused]] const ssize_t sent =
-                sendto(due.socket, due.bytes.data(), due.bytes.size(), 0,
-                       reinterpret_cast<const sockaddr*>(&due.to), sizeof due.to);
+            [[maybe_unused]] const bool isSent =
+                due.socket->send(due.bytes.data(), due.bytes.size(), due.to);
             m_departures.erase(m_departures.begin());
         }
     }
@@ -187,17 +227,20 @@ private:
     double chance() { return std::uniform_real_distribution<double>()(m_random); }
 
     const sockaddr_in m_target;
-    const int m_front;
+    const Socket m_front;
     uint16_t m_port = 0;
     std::atomic<bool> m_stopped{false};
 
     // Owned by the relay's thread.
     std::mt19937 m_random;
-    std::map<std::pair<in_addr_t, in_port_t>, int> m_back;  // socket towards the target by client
+    std::map<Client, Socket> m_back;  // towards the target
     std::multimap<Clock::time_point, Departure> m_departures;
 
     std::mutex m_mutex;  // guards the lanes' paths
     std::array<Lane, 2> m_lanes;
+    std::mutex m_tamperMutex;  // guards the two below, also while m_tamper is called
+    Tamper m_tamper;
+    std::vector<Datagram> m_toPlay;
     std::thread m_thread;
 };
 
@@ -221,6 +264,14 @@ void UdpRelay::setBothPaths(const RelayPath& path) {
 
 void UdpRelay::setSilent(bool silent) {
     m_impl->setSilent(silent);
+}
+
+void UdpRelay::setTamper(Tamper tamper) {
+    m_impl->setTamper(std::move(tamper));
+}
+
+void UdpRelay::playToCamera(std::vector<Datagram> datagrams) {
+    m_impl->playToCamera(std::move(datagrams));
 }
 
 uint64_t UdpRelay::forwardedDatagrams(RelayDirection direction) const {

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <vector>
 
 namespace orvelle {
 
@@ -36,6 +38,16 @@ public:
     void setBothPaths(const RelayPath& path);
     /// Swallows everything both ways until switched off again.
     void setSilent(bool silent);
+
+    /// Sees each datagram and returns what goes on in its place: itself, changed ones, more, none.
+    /// Called on the relay's thread.
+    using Datagram = std::vector<uint8_t>;
+    using Tamper = std::function<std::vector<Datagram>(RelayDirection, const Datagram&)>;
+    /// An empty one leaves all as it is. The one before is not called any more afterwards.
+    void setTamper(Tamper tamper);
+
+    /// Sends these as if they came from each client that it has seen.
+    void playToCamera(std::vector<Datagram> datagrams);
 
     uint64_t forwardedDatagrams(RelayDirection direction) const;
     uint64_t droppedDatagrams(RelayDirection direction) const;

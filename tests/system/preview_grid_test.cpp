@@ -1,5 +1,5 @@
 #include "device/device_group.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
 #include "ui/preview/device_player_view.h"
@@ -33,7 +33,7 @@ Tile* uiOf(const KvDevicePlayerView* tile) {
 }
 
 bool showsPicture(const KvDevicePlayerView* tile) {
-    const QImage picture = uiOf(tile)->videoView()->grabFramebuffer();
+    const QImage picture = uiOf(tile)->videoView()->grabView();
     return qGray(picture.pixel(picture.width() / 2, picture.height() / 2)) > 32;
 }
 
@@ -45,7 +45,7 @@ bool showsSpeed(const KvDevicePlayerView* tile) {
 }
 
 void drag(KvDevicePlayerView* from, KvDevicePlayerView* to) {
-    QWidget* video = uiOf(from)->videoView();
+    QWidget* video = &uiOf(from)->videoView()->widget();
     const QPoint start = video->rect().center();
     const QPoint end = video->mapFromGlobal(to->mapToGlobal(to->rect().center()));
     const auto send = [video](QEvent::Type type, const QPoint& at) {

@@ -2,18 +2,17 @@
 
 #include <QThread>
 
-#include <sys/resource.h>
-
 #include <atomic>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 
 #include "frames/picture_clock.h"
 #include "media/memory_input.h"
 #include "media/player_decoder.h"
 #include "media/player_recorder.h"
 #include "support/encoded_clip.h"
+#include "support/full_disk.h"
 
 namespace orvelle::test {
 
@@ -49,18 +48,12 @@ struct Told {
     }
 };
 
-void limitFiles(const char* bytes) {
-    std::signal(SIGXFSZ, SIG_IGN);
-    const rlim_t most = std::strtoull(bytes, nullptr, 10);
-    const rlimit limit{most, most};
-    setrlimit(RLIMIT_FSIZE, &limit);
-}
-
 }  // namespace
 
 int runRecordingChild(int argc, char** argv) {
+    std::optional<FullDisk> disk;
     if (argc > 3)
-        limitFiles(argv[3]);
+        disk.emplace(std::strtoull(argv[3], nullptr, 10));
     const std::vector<EncodedPicture> clip = encodeClip(kFormat, [](AVFrame& frame, int index) {
         drawPictureClock(frame.data[0], frame.linesize[0], frame.width, frame.height,
                          static_cast<uint64_t>(index));

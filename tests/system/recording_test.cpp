@@ -198,7 +198,7 @@ void RecordingTest::recording_holdsClickToStop_whateverTheStream() {
     player.setRecordCallback(&told, Told::event);
     QCOMPARE(player.play(), 0);
     QTRY_VERIFY_WITH_TIMEOUT(
-        player.stats().picturesDecoded > 20 && player.stats().audioFramesReceived > 20, 20000);
+        player.stats().picturesDecoded > 20 && player.stats().audioFramesReceived > 5, 20000);
     QElapsedTimer sinceClick;
     sinceClick.start();
     const int64_t clickedUs = QDateTime::currentMSecsSinceEpoch() * 1000;
@@ -207,8 +207,6 @@ void RecordingTest::recording_holdsClickToStop_whateverTheStream() {
     const double watchedSec = sinceClick.elapsed() / 1000.0;
     player.shutdown();
 
-    QFile::copy(path,
-                QStringLiteral("/tmp/rec_acc/%1.mp4").arg(QLatin1String(QTest::currentDataTag())));
     QCOMPARE(told.failures.load(), 0);
     const RecordingReader shown(path);
     QVERIFY(shown.isOpen() && shown.decodesAllPictures());

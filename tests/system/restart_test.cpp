@@ -1,5 +1,5 @@
 #include "device/device.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
 #include "ui/preview/device_player_view.h"
@@ -42,14 +42,13 @@ void RestartTest::picture_returns_whenCameraIsKilledAndStarted() {
     tile.show();
     QSignalSpy firstPictures(&tile, &KvDevicePlayerView::hideLoadingSignal);
     tile.setDevice(device);
-    auto* view = tile.findChild<KvVideoView*>();
-    QTRY_VERIFY_WITH_TIMEOUT(firstPictures.count() == 1 && !isBlack(view->grabFramebuffer()),
-                             kTimeoutMs);
+    orvelle::VideoSurface* const view = tile.findChild<KvDevicePlayerViewUI*>()->videoView();
+    QTRY_VERIFY_WITH_TIMEOUT(firstPictures.count() == 1 && !isBlack(view->grabView()), kTimeoutMs);
 
     for (int cycle = 1; cycle <= kCycles; ++cycle) {
         cameras.process().kill();
         QTRY_VERIFY_WITH_TIMEOUT(!device->isOnline(), kTimeoutMs);
-        QVERIFY(!isBlack(view->grabFramebuffer()));
+        QVERIFY(!isBlack(view->grabView()));
         QVERIFY(cameras.process().start());
         QTRY_COMPARE_WITH_TIMEOUT(firstPictures.count(), cycle + 1, kTimeoutMs);
     }

@@ -1,7 +1,7 @@
 #include "core/configure.h"
 #include "core/file_utils.h"
 #include "device/device.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
 #include "system/clerk.h"
@@ -189,7 +189,7 @@ void TileActionsTest::snapshot_isSaved_alsoWhenItsFolderIsGone() {
 
 void TileActionsTest::lostPicture_stays_underItsSign() {
     const auto hasPicture = [this] {
-        const QImage picture = ui()->videoView()->grabFramebuffer();
+        const QImage picture = ui()->videoView()->grabView();
         return qGray(picture.pixel(picture.width() / 2, picture.height() / 2)) > 32;
     };
     QTRY_VERIFY(hasPicture());

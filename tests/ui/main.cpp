@@ -1,15 +1,14 @@
 #include <QApplication>
-#include <QTemporaryDir>
 #include <QThreadPool>
 
 #include "core/language.h"
+#include "support/data_home.h"
 #include "support/keep_libraries.h"
 #include "support/suites.h"
 #include "ui/widgets/focus_ring.h"
 
 int main(int argc, char** argv) {
-    const QTemporaryDir home;
-    qputenv("XDG_DATA_HOME", QFile::encodeName(home.path()));
+    const orvelle::test::DataHome home;
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     QCoreApplication::setAttribute(Qt::AA_ShareOpenGLContexts);
     QApplication app(argc, argv);

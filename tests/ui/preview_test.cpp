@@ -295,12 +295,15 @@ private slots:
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QVERIFY(tile->isAncestorOf(QApplication::focusWidget()));
         emit tile->clickSettingButton(tile);
+        // Nor is it drawn.
+        QVERIFY(grid.shown().isEmpty());
         for (int i = 0; i < 20; ++i) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
             QVERIFY(grid.ui->infoView()->isAncestorOf(QApplication::focusWidget()));
         }
         emit grid.ui->infoView()->clickBackButton();
         QVERIFY(tile->hasFocus());
+        QCOMPARE(grid.shown().size(), 1);
     }
 
     void focus_staysInTheTile_whenItsControlGoes() {

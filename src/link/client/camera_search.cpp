@@ -13,11 +13,12 @@ namespace orvelle {
 namespace {
 
 constexpr int64_t kSearchMs = 2000;
-// Time for everybody to answer once one has.
-constexpr int64_t kSearchAfterAnswerMs = 800;
+// Time for the LAN to answer once the configured host has said that it cannot serve us.
+constexpr int64_t kSearchAfterRefusalMs = 800;
 // A camera of version 1 leaves a query to its port unanswered.
 constexpr int64_t kVersionOneAfterMs = 600;
 constexpr int kMaxCandidatesPerHost = 4;
+constexpr int kMaxAnswersInARow = 256;
 
 std::optional<sockaddr_in> configuredAddress(const std::string& uid) {
     const auto configured = configuredCameraAddress(uid);
@@ -40,8 +41,12 @@ CameraSearch::CameraSearch(const std::string& uid)
 bool CameraSearch::step(int waitMs) {
     probeForVersionOne();
     const size_t before = m_candidates.size();
-    if (const auto answer = m_lan.next(waitMs))
+    for (int i = 0; i < kMaxAnswersInARow; ++i) {
+        const auto answer = m_lan.next(i == 0 ? waitMs : 0);
+        if (!answer)
+            break;
         take(*answer);
+    }
     return m_candidates.size() > before;
 }
 
@@ -77,8 +82,8 @@ void CameraSearch::take(const LanAnswer& answer) {
 
 bool CameraSearch::isOver() const {
     const int64_t elapsedMs = steadyMilliseconds() - m_startMs;
-    if (m_isOtherCamera || m_isOtherVersion || !m_candidates.empty())
-        return elapsedMs >= kSearchAfterAnswerMs;
+    if (m_candidates.empty() && (m_isOtherCamera || m_isOtherVersion))
+        return elapsedMs >= kSearchAfterRefusalMs;
     return !isLinkUnbounded() && elapsedMs >= kSearchMs;
 }
 

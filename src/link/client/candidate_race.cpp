@@ -9,7 +9,9 @@ namespace orvelle {
 
 namespace {
 
-constexpr size_t kMaxExchanges = 8;
+constexpr size_t kExchangesAtOnce = 8;
+constexpr int64_t kNextAfterMs = 50;  // then another one, so that none who stalls stands in the way
+constexpr int kMaxMessagesInARow = 64;
 constexpr int kSliceMs = 10;
 
 // What a failure tells the user about the camera, least first.
@@ -23,11 +25,16 @@ int weightOf(int result) {
 
 }  // namespace
 
-CandidateRace::CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port)
+CandidateRace::CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port,
+                             const std::optional<sockaddr_in>& lastCamera)
     : m_identity(identity),
       m_port(port),
+      m_lastCamera(lastCamera),
       m_search(session.takeSearch()),
-      m_candidates(session.candidates()) {}
+      m_candidates(session.candidates()) {
+    if (m_lastCamera)
+        m_exchanges.emplace_back(m_identity, *m_lastCamera, m_port.way());
+}
 
 bool CandidateRace::step() {
     admitCandidates();
@@ -44,9 +51,14 @@ void CandidateRace::admitCandidates() {
         if (m_search->isOver())
             m_search.reset();
     }
-    while (m_nextCandidate < m_candidates.size() && m_exchanges.size() < kMaxExchanges) {
+    const int64_t nowMs = steadyMilliseconds();
+    while (m_nextCandidate < m_candidates.size() &&
+           (m_exchanges.size() < kExchangesAtOnce || nowMs >= m_nextAdmissionMs)) {
         const sockaddr_in& camera = m_candidates[m_nextCandidate++];
-        m_exchanges.emplace_back(m_identity, camera, m_port.wayTo(camera));
+        if (m_lastCamera && isSameAddress(*m_lastCamera, camera))
+            continue;
+        m_nextAdmissionMs = nowMs + kNextAfterMs;
+        m_exchanges.emplace_back(m_identity, camera, m_port.way());
     }
 }
 
@@ -68,14 +80,17 @@ void CandidateRace::receive() {
         return;
     uint8_t buffer[kMaxDatagramBytes];
     sockaddr_in from{};
-    for (int size; (size = m_socket.receive(buffer, sizeof buffer, from)) >= 0;) {
+    for (int i = 0; i < kMaxMessagesInARow; ++i) {
+        const int size = m_socket.receive(buffer, sizeof buffer, from);
+        if (size < 0)
+            return;
         const auto message =
             decodeLogin(buffer, std::min(static_cast<size_t>(size), sizeof buffer));
         if (!message)
             continue;
         const uint64_t token = std::visit([](const auto& m) { return m.token; }, *message);
         for (LoginExchange& exchange : m_exchanges) {
-            if (exchange.token() == token)
+            if (exchange.token() == token && isSameAddress(exchange.camera(), from))
                 exchange.handle(*message, steadyMilliseconds());
         }
     }
@@ -88,7 +103,6 @@ void CandidateRace::collect() {
             continue;
         }
         if (it->result() == 0) {
-            m_port.noteWay(it->camera(), it->way());
             m_proof = {it->camera(), it->socketAddress(), it->token(), it->sessionSecret()};
             m_result = 0;
             m_isDone = true;
@@ -104,9 +118,20 @@ void CandidateRace::noteFailure(int result) {
         m_result = result;
 }
 
+// One who has not answered, and did not answer to the search either, is not waited for.
+bool CandidateRace::isSomebodyPending() const {
+    return std::any_of(m_exchanges.begin(), m_exchanges.end(), [this](const auto& exchange) {
+        return exchange.wasAnswered() ||
+               std::any_of(m_candidates.begin(), m_candidates.end(), [&](const auto& candidate) {
+                   return isSameAddress(candidate, exchange.camera());
+               });
+    });
+}
+
 // A refusal may come from somebody in the camera's place, so the search has its time first.
 bool CandidateRace::isOver() const {
-    return m_isDone || (m_exchanges.empty() && m_nextCandidate == m_candidates.size() && !m_search);
+    return m_isDone ||
+           (!isSomebodyPending() && m_nextCandidate == m_candidates.size() && !m_search);
 }
 
 }  // namespace orvelle

@@ -12,8 +12,10 @@ namespace orvelle {
 /// password is the camera, and what the others say does not count. One thread.
 class CandidateRace {
 public:
-    /// All are borrowed.
-    CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port);
+    /// All are borrowed. `lastCamera`: who proved the password the last time, and is tried first
+    /// whoever else answers now.
+    CandidateRace(const LoginIdentity& identity, ClientSession& session, LocalPort& port,
+                  const std::optional<sockaddr_in>& lastCamera);
 
     /// Waits a slice of 10 ms at most; whether the outcome is known.
     bool step();
@@ -27,13 +29,16 @@ private:
     void receive();
     void collect();
     void noteFailure(int result);
+    bool isSomebodyPending() const;
     bool isOver() const;
 
     const LoginIdentity& m_identity;
     LocalPort& m_port;
+    const std::optional<sockaddr_in> m_lastCamera;
     std::unique_ptr<CameraSearch> m_search;  ///< null once nobody else is awaited
     std::vector<sockaddr_in> m_candidates;
     size_t m_nextCandidate = 0;
+    int64_t m_nextAdmissionMs = 0;
     DatagramSocket m_socket;
     std::list<LoginExchange> m_exchanges;
     int m_result = 0;

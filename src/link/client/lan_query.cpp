@@ -15,6 +15,7 @@ namespace {
 constexpr int kQuickQueries = 3;
 constexpr int64_t kQuickIntervalMs = 200;
 constexpr int64_t kIntervalMs = 500;
+constexpr int kMaxDatagramsInARow = 64;
 
 }  // namespace
 
@@ -34,11 +35,12 @@ void LanQuery::sendDueQueries() {
     // An address that cannot be reached is as good as one without a camera.
     if (m_direct) [[maybe_unused]]
         const bool isSent = m_socket.send(datagram.data(), datagram.size(), *m_direct);
-    std::vector<in_addr> addresses;
-    if (!isLinkLoopbackOnly())
-        addresses = networkBroadcasts();
-    m_wasNetworkUp = isLinkLoopbackOnly() || !addresses.empty();
-    addresses.push_back(loopbackBroadcast());
+    std::vector<in_addr> addresses = loopbackTargets();
+    if (!isLinkLoopbackOnly()) {
+        const std::vector<in_addr> networks = networkBroadcasts();
+        m_wasNetworkUp = !networks.empty();
+        addresses.insert(addresses.end(), networks.begin(), networks.end());
+    }
     for (const in_addr address : addresses) {
         sockaddr_in to{};
         to.sin_family = AF_INET;
@@ -51,7 +53,18 @@ void LanQuery::sendDueQueries() {
 
 std::optional<LanAnswer> LanQuery::next(int waitMs) {
     sendDueQueries();
-    return m_socket.waitForDatagram(waitMs) ? receive() : std::nullopt;
+    if (!m_socket.waitForDatagram(waitMs))
+        return std::nullopt;
+    uint8_t buffer[kSearchBytes + 1];  // one more shows that a datagram is too long
+    sockaddr_in from{};
+    for (int i = 0; i < kMaxDatagramsInARow; ++i) {
+        const int size = m_socket.receive(buffer, sizeof buffer, from);
+        if (size < 0)
+            break;
+        if (const auto answer = decode(buffer, static_cast<size_t>(size), from))
+            return answer;
+    }
+    return std::nullopt;
 }
 
 void LanQuery::probeForVersionOne(const sockaddr_in& address) {
@@ -59,16 +72,12 @@ void LanQuery::probeForVersionOne(const sockaddr_in& address) {
     [[maybe_unused]] const bool isSent = m_socket.send(probe.data(), probe.size(), address);
 }
 
-std::optional<LanAnswer> LanQuery::receive() {
-    uint8_t buffer[kSearchBytes + 1];  // one more shows that a datagram is too long
-    sockaddr_in from{};
-    const int size = m_socket.receive(buffer, sizeof buffer, from);
-    if (size < 0)
-        return std::nullopt;
+std::optional<LanAnswer> LanQuery::decode(const uint8_t* data, size_t size,
+                                          sockaddr_in from) const {
     const bool isDirect = m_direct && isSameAddress(from, *m_direct);
-    if (isDirect && isVersionOneAnswer(buffer, static_cast<size_t>(size)))
+    if (isDirect && isVersionOneAnswer(data, size))
         return LanAnswer{m_query.uid, {}, from, 1};
-    const auto answer = decodeSearchAnswer(buffer, static_cast<size_t>(size));
+    const auto answer = decodeSearchAnswer(data, size);
     if (!answer || answer->nonce != m_query.nonce ||
         (!isDirect && !m_query.uid.empty() && answer->uid != m_query.uid))
         return std::nullopt;

@@ -34,7 +34,7 @@ public:
 
 private:
     void sendDueQueries();
-    std::optional<LanAnswer> receive();
+    std::optional<LanAnswer> decode(const uint8_t* data, size_t size, sockaddr_in from) const;
 
     const SearchQuery m_query;
     const std::optional<sockaddr_in> m_direct;

@@ -1,6 +1,7 @@
 #include "link/client/link_client.h"
 
 #include "link/crypto/cpace.h"
+#include "link/environment.h"
 #include "link/result_codes.h"
 
 #include <algorithm>
@@ -12,6 +13,7 @@ namespace {
 // Sids and indices count up through this range, so that one is not given out again soon.
 constexpr int kHandleRange = 1 << 30;
 constexpr int kSearchSliceMs = 10;
+constexpr size_t kMaxLastCameras = 256;
 
 template <class Map>
 typename Map::mapped_type findIn(const Map& map, int key) {
@@ -141,6 +143,22 @@ std::shared_ptr<LocalPort> LinkClient::localPort() {
     return port;
 }
 
+// A configured address is the user's word about where the camera is.
+std::optional<sockaddr_in> LinkClient::lastCamera(const std::string& uid) const {
+    if (configuredCameraAddress(uid))
+        return std::nullopt;
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto known = m_lastCameras.find(uid);
+    return known == m_lastCameras.end() ? std::nullopt : std::optional(known->second);
+}
+
+void LinkClient::noteCamera(const ClientSession& session) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_lastCameras.size() >= kMaxLastCameras)
+        m_lastCameras.clear();
+    m_lastCameras[session.uid()] = session.address();
+}
+
 int LinkClient::openChannel(int sid, const std::string& account, const std::string& password,
                             int channelNumber, int64_t timeoutMs) {
     const auto on = session(sid);
@@ -158,9 +176,11 @@ int LinkClient::openChannel(int sid, const std::string& account, const std::stri
     const auto port = localPort();
     if (!port)
         return LINK_ER_NETWORK;
-    const LoginResult login = logIn(on, account, password, channelNumber, timeoutMs, port);
+    const LoginResult login =
+        logIn(on, account, password, channelNumber, timeoutMs, port, lastCamera(on->uid()));
     if (login.code != 0)
         return login.code;
+    noteCamera(*on);
     return registerChannel(login.channel);
 }
 

@@ -35,6 +35,8 @@ private:
     ~LinkClient();
 
     std::shared_ptr<LocalPort> localPort();
+    std::optional<sockaddr_in> lastCamera(const std::string& uid) const;
+    void noteCamera(const ClientSession& session);
     int registerChannel(const std::shared_ptr<ClientChannel>& channel);
     void closeChannel(const std::shared_ptr<ClientChannel>& channel, int reason);
 
@@ -42,7 +44,8 @@ private:
     std::unique_ptr<SrtLibrary> m_library;
     std::shared_ptr<ClientReceiver> m_receiver;
     uint16_t m_wishedPort = 0;
-    std::weak_ptr<LocalPort> m_localPort;  ///< logins and channels keep it
+    std::weak_ptr<LocalPort> m_localPort;              ///< logins and channels keep it
+    std::map<std::string, sockaddr_in> m_lastCameras;  ///< by UID: who proved the password last
     int m_maxChannels = 0;
     int m_nextSid = 0;
     int m_nextIndex = 0;

@@ -4,9 +4,6 @@
 #include "link/transport/srt_socket.h"
 #include "platform/datagram_socket.h"
 
-#include <map>
-#include <mutex>
-
 namespace orvelle {
 
 /// The one UDP port of a client that the sockets of all its sessions share, since the transport
@@ -21,20 +18,16 @@ public:
     /// A datagram that the camera sees coming from where the sockets come from.
     bool send(const Bytes& bytes, const sockaddr_in& to) const;
 
-    /// The name by which a camera knows this port, from an earlier login; 0 for none.
-    uint64_t wayTo(const sockaddr_in& camera) const;
-    void noteWay(const sockaddr_in& camera, uint64_t way);
+    /// The name by which cameras know this port.
+    uint64_t way() const { return m_way; }
 
 private:
-    using Address = std::pair<uint32_t, uint16_t>;
-
+    const SrtLibrary m_library;  ///< goes last: a login may still run when the client is shut down
     // Fixed after open().
     SrtSocket m_anchor;  ///< bound and never used: the transport keeps the port while it lives
     DatagramSocket::Descriptor m_descriptor = DatagramSocket::kNone;  ///< the transport's
     sockaddr_in m_address{};
-
-    mutable std::mutex m_mutex;  ///< guards m_ways
-    std::map<Address, uint64_t> m_ways;
+    uint64_t m_way = 0;
 };
 
 }  // namespace orvelle

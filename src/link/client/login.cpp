@@ -86,13 +86,14 @@ private:
 
 LoginResult logIn(const std::shared_ptr<ClientSession>& session, const std::string& account,
                   const std::string& password, int channelNumber, int64_t timeoutMs,
-                  const std::shared_ptr<LocalPort>& port) {
+                  const std::shared_ptr<LocalPort>& port,
+                  const std::optional<sockaddr_in>& lastCamera) {
     if (session->isAborted())
         return {LINK_ER_ABORTED, {}};
     Patience patience(*session, timeoutMs);
     if (channelNumber == 0) {
         const LoginIdentity identity(session->uid(), account, password);
-        CandidateRace race(identity, *session, *port);
+        CandidateRace race(identity, *session, *port, lastCamera);
         if (const int code = patience.waitFor(race))
             return {code, {}};
         session->prove(race.proof());

@@ -11,6 +11,8 @@ namespace {
 constexpr int64_t kFirstRepeatMs = 150;
 constexpr int64_t kMaxRepeatMs = 600;
 constexpr int64_t kSilenceMs = 3000;
+constexpr int64_t kSecondThoughtsMs = 300;
+constexpr int kMaxCookies = 4;  // a camera changes its own twice a minute
 
 uint64_t randomToken() {
     uint64_t token = 0;
@@ -51,6 +53,9 @@ std::vector<LoginExchange::Outgoing> LoginExchange::due(int64_t nowMs) {
         m_startMs = nowMs;
     if (nowMs - m_startMs >= kSilenceMs)
         finish(AV_ER_TIMEOUT);
+    // Somebody on the path may have said it, so the camera has time to say something else.
+    if (m_refusal != 0 && nowMs - m_refusedMs >= kSecondThoughtsMs)
+        finish(m_refusal);
     if (m_isDone || nowMs < m_nextSendMs)
         return {};
     m_waitMs = m_nextSendMs == 0 ? kFirstRepeatMs : std::min(m_waitMs * 2, kMaxRepeatMs);
@@ -79,13 +84,20 @@ void LoginExchange::handle(const LoginMessage& message, int64_t nowMs) {
     else if (const auto* ready = std::get_if<LoginReady>(&message))
         handleReady(*ready);
     else if (const auto* refused = std::get_if<LoginRefused>(&message))
-        finish(resultOfRefusal(refused->reason));
+        handleRefusal(resultOfRefusal(refused->reason), nowMs);
     else if (std::holds_alternative<LoginOfOtherVersion>(message))
-        finish(LINK_ER_VERSION);
+        handleRefusal(LINK_ER_VERSION, nowMs);
+}
+
+void LoginExchange::handleRefusal(int result, int64_t nowMs) {
+    if (m_refusal != 0)
+        return;
+    m_refusal = result;
+    m_refusedMs = nowMs;
 }
 
 void LoginExchange::handleCookie(const LoginCookie& cookie) {
-    if (m_keys || m_hello.cookie == cookie.cookie)
+    if (m_keys || m_hello.cookie == cookie.cookie || ++m_cookies > kMaxCookies)
         return;
     m_hello.cookie = cookie.cookie;
     sendAtOnce();
@@ -105,12 +117,9 @@ void LoginExchange::handleWelcome(const LoginWelcome& welcome) {
 }
 
 void LoginExchange::handleReady(const LoginReady& ready) {
-    if (!m_keys)
+    // Whoever has another password sends REFUSED; this was changed on its way, and comes again.
+    if (!m_keys || !isAuthentic(ready, *m_keys))
         return;
-    if (!isAuthentic(ready, *m_keys)) {
-        finish(AV_ER_WRONG_VIEWACCorPWD);
-        return;
-    }
     m_ready = ready;
     finish(0);
 }

@@ -30,7 +30,7 @@ struct LoginIdentity {
 /// It sends nothing itself and knows no clock. One thread.
 class LoginExchange {
 public:
-    /// `way`: the camera's name for the client's socket port, 0 for none.
+    /// `way`: the client's name for the port of its sockets, 0 for none.
     LoginExchange(const LoginIdentity& identity, const sockaddr_in& camera, uint64_t way);
 
     uint64_t token() const { return m_token; }
@@ -54,7 +54,6 @@ public:
 
     // With the result 0.
     const SecretKey& sessionSecret() const { return m_keys->session; }
-    uint64_t way() const { return m_ready.way; }
     /// Where the camera waits for the sockets.
     sockaddr_in socketAddress() const;
 
@@ -62,6 +61,7 @@ private:
     void handleCookie(const LoginCookie& cookie);
     void handleWelcome(const LoginWelcome& welcome);
     void handleReady(const LoginReady& ready);
+    void handleRefusal(int result, int64_t nowMs);
     void finish(int result);
     void sendAtOnce() { m_nextSendMs = 0; }
 
@@ -75,6 +75,9 @@ private:
     int64_t m_startMs = -1;
     int64_t m_nextSendMs = 0;
     int64_t m_waitMs = 0;
+    int m_cookies = 0;
+    int m_refusal = 0;  ///< what somebody refused us with
+    int64_t m_refusedMs = 0;
     bool m_wasAnswered = false;
     bool m_isDone = false;
     int m_result = 0;

@@ -12,6 +12,8 @@ namespace {
 
 constexpr int64_t kPingIntervalMs = 1000;
 constexpr int64_t kSilenceMs = 3000;
+// However much arrives that cannot be opened yet: on a path that only repeats itself it never can.
+constexpr int64_t kLongestSilenceMs = 10'000;
 constexpr int kMaxWaitMs = 100;
 constexpr int kClosingWaitMs = 10;
 constexpr int kMaxEvents = 64;
@@ -160,7 +162,8 @@ void ClientReceiver::tick(int64_t nowMs) {
     }
     const EncodedMessage ping = encodeMessage(PingMessage{static_cast<uint32_t>(nowMs)});
     for (const auto& [channel, socket] : sessions) {
-        if (nowMs - channel->session().lastHeardMs() >= kSilenceMs && !channel->hasDataArrived())
+        const int64_t silentMs = nowMs - channel->session().lastHeardMs();
+        if (silentMs >= kLongestSilenceMs || (silentMs >= kSilenceMs && !channel->hasDataArrived()))
             endChannel(*channel, AV_ER_REMOTE_TIMEOUT_DISCONNECT);
         else
             socket->send(ping);

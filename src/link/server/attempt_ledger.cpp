@@ -62,13 +62,19 @@ AttemptLedger::Verdict AttemptLedger::judge(in_addr address, int64_t nowMs) {
         ++entry.unreported;
         return Verdict::Delayed;
     }
-    // An address that has used up its own does not use up what is there for all.
+    // An address that has used up its own does not use up what is there for all, and hundreds of
+    // addresses do not use up what one has that knows the password.
     if (!take(entry.budget, kAddressPerSecond, kAddressBurst, nowMs) ||
-        !take(m_total, kTotalPerSecond, kTotalBurst, nowMs)) {
+        (!entry.hasProved && !take(m_total, kTotalPerSecond, kTotalBurst, nowMs))) {
         ++entry.unreported;
         return Verdict::OverBudget;
     }
     return Verdict::Allowed;
+}
+
+bool AttemptLedger::isDelayed(in_addr address, int64_t nowMs) const {
+    const auto known = m_byAddress.find(address.s_addr);
+    return known != m_byAddress.end() && nowMs < known->second->delayedUntilMs;
 }
 
 void AttemptLedger::noteWrongPassword(in_addr address, int64_t nowMs) {
@@ -84,8 +90,10 @@ void AttemptLedger::noteWrongPassword(in_addr address, int64_t nowMs) {
 
 void AttemptLedger::noteRightPassword(in_addr address) {
     const auto known = m_byAddress.find(address.s_addr);
-    if (known != m_byAddress.end())
-        known->second->wrong = 0;
+    if (known == m_byAddress.end())
+        return;
+    known->second->wrong = 0;
+    known->second->hasProved = true;
 }
 
 std::optional<std::string> AttemptLedger::nextLogLine(int64_t nowMs) {

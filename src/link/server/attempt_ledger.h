@@ -10,9 +10,10 @@
 
 namespace orvelle {
 
-/// Who has tried to log in how often: a budget of exchanges for each address and for all, and a
-/// delay that grows with the wrong passwords of an address. It knows addresses that were shown to
-/// be real only, at most kMaxAddresses of them; the one that was silent longest is forgotten first.
+/// Who has tried to log in how often: a budget of exchanges for each address and for all that have
+/// not yet proved the password, and a delay that grows with the wrong passwords of an address. It
+/// knows addresses that were shown to be real only, at most kMaxAddresses of them; the one that was
+/// silent longest is forgotten first.
 ///
 /// Pure: times are given. One thread.
 class AttemptLedger {
@@ -25,6 +26,8 @@ public:
         Delayed,     ///< too many wrong passwords; no exchange before the delay has passed
     };
     Verdict judge(in_addr address, int64_t nowMs);
+
+    bool isDelayed(in_addr address, int64_t nowMs) const;
 
     void noteWrongPassword(in_addr address, int64_t nowMs);
     void noteRightPassword(in_addr address);
@@ -43,7 +46,8 @@ private:
     struct Entry {
         in_addr address{};
         Budget budget;
-        int wrong = 0;  ///< in a row
+        bool hasProved = false;  ///< the password, once
+        int wrong = 0;           ///< in a row
         int64_t lastWrongMs = 0;
         int64_t delayedUntilMs = 0;
         int unreported = 0;  ///< wrong passwords and refused attempts since the last line

@@ -15,6 +15,11 @@ ClientTable::Reservation ClientTable::reserve(const AdmittedSession& session, in
     return Reservation::Done;
 }
 
+void ClientTable::unreserve(uint64_t token) {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    m_reserved.erase(token);
+}
+
 void ClientTable::expireReservations(int64_t nowMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
     for (auto it = m_reserved.begin(); it != m_reserved.end();)

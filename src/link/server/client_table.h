@@ -11,6 +11,7 @@ public:
     enum class Reservation { Done, Full, TokenInUse };
     /// Keeps a place until `untilMs`.
     Reservation reserve(const AdmittedSession& session, int64_t untilMs);
+    void unreserve(uint64_t token);
     /// Gives up places whose time has passed.
     void expireReservations(int64_t nowMs);
     /// Of a reserved place or a logged-in client.

@@ -76,26 +76,28 @@ void GateThread::answer(const uint8_t* data, size_t size, const sockaddr_in& fro
 }
 
 LoginGate::Host::Admission GateThread::admit(uint64_t token, const SecretKey& secret,
-                                             const sockaddr_in& peer) {
+                                             const sockaddr_in& peer, uint64_t way) {
     switch (m_clients.reserve({token, secret, peer}, steadyMilliseconds() + kPlaceMs)) {
         case ClientTable::Reservation::Done:
             break;
         case ClientTable::Reservation::Full:
-            return {AV_ER_NO_PERMISSION, 0, 0};
+            return {AV_ER_NO_PERMISSION, 0};
         case ClientTable::Reservation::TokenInUse:
-            return {LINK_ER_CHANNEL_IN_USE, 0, 0};
+            return {LINK_ER_CHANNEL_IN_USE, 0};
     }
     const PeerPorts::Opened opened =
-        m_ports.open(peer, [this](const uint8_t* data, size_t size, const sockaddr_in& from) {
+        m_ports.open(peer, way, [this](const uint8_t* data, size_t size, const sockaddr_in& from) {
             m_strays.push_back({Bytes(data, data + size), from});
         });
     if (opened.listener != SRT_INVALID_SOCK)
         m_watch(opened.listener);
-    if (opened.port == 0)
-        return {LINK_ER_NETWORK, 0, 0};
+    if (opened.port == 0) {
+        m_clients.unreserve(token);
+        return {LINK_ER_NETWORK, 0};
+    }
     // Behind a relay the client knows the port by another number.
     const bool isSame = opened.port == m_socket.port();
-    return {0, isSame ? uint16_t{0} : opened.port, opened.way};
+    return {0, isSame ? uint16_t{0} : opened.port};
 }
 
 }  // namespace orvelle

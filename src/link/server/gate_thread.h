@@ -24,7 +24,8 @@ public:
     void stop() override;
 
 private:
-    Admission admit(uint64_t token, const SecretKey& secret, const sockaddr_in& peer) override;
+    Admission admit(uint64_t token, const SecretKey& secret, const sockaddr_in& peer,
+                    uint64_t way) override;
     std::optional<sockaddr_in> peerOf(uint64_t way) const override { return m_ports.peerOf(way); }
     void answerWaiting();
     void answer(const uint8_t* data, size_t size, const sockaddr_in& from);

@@ -55,8 +55,10 @@ std::optional<LoginGate::Answer> LoginGate::handle(const uint8_t* data, size_t s
     if (const auto* proof = std::get_if<LoginProof>(&*message))
         return answerProof(*proof, from, nowMs);
     const auto* other = std::get_if<LoginOfOtherVersion>(&*message);
-    const Bytes refused = refusal(other ? other->token : 0, LINK_ER_VERSION);
-    return other && size >= refused.size() ? answerTo(refused) : std::nullopt;
+    if (!other || !other->isHello)
+        return std::nullopt;
+    const Bytes refused = refusal(other->token, LINK_ER_VERSION);
+    return size >= refused.size() ? answerTo(refused) : std::nullopt;
 }
 
 std::optional<Bytes> LoginGate::answerHello(const LoginHello& hello, const sockaddr_in& from,
@@ -117,18 +119,27 @@ std::optional<LoginGate::Answer> LoginGate::answerProof(const LoginProof& proof,
     Exchange& exchange = known->second->second;
     if (!isSameHost(exchange.from, from))
         return std::nullopt;
+    // Exchanges that were begun side by side do not get round the delay: no word about any of them.
+    if (!exchange.ready && m_ledger.isDelayed(from.sin_addr, nowMs))
+        return Answer{refusal(proof.token, LINK_ER_TOO_MANY_ATTEMPTS), exchange.from};
+    if (!isAuthentic(proof, *exchange.keys))
+        return exchange.ready ? std::nullopt
+                              : std::optional(refuseProof(exchange, proof.token, nowMs));
     if (exchange.ready)
-        return isAuthentic(proof, *exchange.keys)
-                   ? std::optional(Answer{encodeLogin(*exchange.ready), exchange.from})
-                   : std::nullopt;
+        return Answer{encodeLogin(*exchange.ready), exchange.from};
     const auto peer = peerOf(proof, from);
     if (!peer)
         return std::nullopt;  // the proof from the sockets' port has not come yet
-    const sockaddr_in to = exchange.from;
-    Bytes answer = finishExchange(exchange, proof, *peer, nowMs);
-    if (!exchange.ready)
-        forget(known);
-    return Answer{std::move(answer), to};
+    return Answer{finishExchange(exchange, proof, *peer, nowMs), exchange.from};
+}
+
+// The exchange stays, since the proof may have been made up by somebody on the path; one exchange
+// tests one password however often it is asked, so it counts once.
+LoginGate::Answer LoginGate::refuseProof(Exchange& exchange, uint64_t token, int64_t nowMs) {
+    if (!exchange.isCounted)
+        m_ledger.noteWrongPassword(exchange.from.sin_addr, nowMs);
+    exchange.isCounted = true;
+    return {refusal(token, AV_ER_WRONG_VIEWACCorPWD), exchange.from};
 }
 
 std::optional<sockaddr_in> LoginGate::peerOf(const LoginProof& proof,
@@ -141,17 +152,13 @@ std::optional<sockaddr_in> LoginGate::peerOf(const LoginProof& proof,
 
 Bytes LoginGate::finishExchange(Exchange& exchange, const LoginProof& proof,
                                 const sockaddr_in& peer, int64_t nowMs) {
-    if (!isAuthentic(proof, *exchange.keys)) {
-        m_ledger.noteWrongPassword(peer.sin_addr, nowMs);
-        return refusal(proof.token, AV_ER_WRONG_VIEWACCorPWD);
-    }
     m_ledger.noteRightPassword(peer.sin_addr);
-    const Host::Admission admission = m_host.admit(proof.token, exchange.keys->session, peer);
+    const Host::Admission admission =
+        m_host.admit(proof.token, exchange.keys->session, peer, proof.way);
     if (admission.result != 0)
         return refusal(proof.token, admission.result);
     LoginReady ready;
     ready.token = proof.token;
-    ready.way = admission.way;
     ready.port = admission.port;
     sign(ready, *exchange.keys);
     exchange.ready = ready;

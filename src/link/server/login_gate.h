@@ -24,12 +24,12 @@ public:
         struct Admission {
             int result = 0;     ///< a code to refuse it with
             uint16_t port = 0;  ///< where the peer's sockets are awaited; 0: where it logged in
-            uint64_t way = 0;   ///< names the peer from now on
         };
         virtual ~Host() = default;
-        virtual Admission admit(uint64_t token, const SecretKey& secret,
-                                const sockaddr_in& peer) = 0;
-        /// The peer of a way that was given out lately.
+        /// `way`: names the peer from now on.
+        virtual Admission admit(uint64_t token, const SecretKey& secret, const sockaddr_in& peer,
+                                uint64_t way) = 0;
+        /// The peer that a way named lately.
         virtual std::optional<sockaddr_in> peerOf(uint64_t way) const = 0;
     };
 
@@ -52,13 +52,14 @@ public:
     size_t exchanges() const { return m_exchanges.size(); }
 
 private:
-    /// From WELCOME on; kept for a while after READY, which may have to be repeated.
+    /// From WELCOME on; kept for a while, since READY or REFUSED may have to be repeated.
     struct Exchange {
         Bytes hello;         ///< associated data and share: what a repetition must equal
         sockaddr_in from{};  ///< of the client's login socket
         LoginWelcome welcome;
         std::optional<LoginKeys> keys;
         std::optional<LoginReady> ready;
+        bool isCounted = false;  ///< as a wrong password
         int64_t untilMs = 0;
     };
     using Exchanges = std::list<std::pair<uint64_t, Exchange>>;  ///< by token, oldest first
@@ -69,6 +70,7 @@ private:
                                        int64_t nowMs);
     std::optional<Answer> answerProof(const LoginProof& proof, const sockaddr_in& from,
                                       int64_t nowMs);
+    Answer refuseProof(Exchange& exchange, uint64_t token, int64_t nowMs);
     std::optional<sockaddr_in> peerOf(const LoginProof& proof, const sockaddr_in& from) const;
     Bytes finishExchange(Exchange& exchange, const LoginProof& proof, const sockaddr_in& peer,
                          int64_t nowMs);

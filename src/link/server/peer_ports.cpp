@@ -2,8 +2,6 @@
 
 #include "link/link_log.h"
 
-#include <sodium.h>
-
 #include <algorithm>
 #include <utility>
 
@@ -11,25 +9,36 @@ namespace orvelle {
 
 namespace {
 
-constexpr int kBacklog = 64;
+constexpr int kBacklog = 32;
+constexpr int kMaxAccepted = 100;
+constexpr int64_t kCountMs = 10'000;
 
-SrtSocket listenOn(DatagramSocket::Descriptor descriptor) {
+// Takes the socket over when it succeeds.
+SrtSocket listenOn(DatagramSocket& socket) {
     SrtSocket listener = createLinkSocket(SocketUse::Camera);
-    if (!listener.isOpen() || srt_bind_acquire(listener.id(), descriptor) < 0 ||
-        srt_listen(listener.id(), kBacklog) < 0) {
-        qCWarning(lcLink, "no socket for a client: %s", srt_getlasterror_str());
-        return {};
+    if (listener.isOpen() && srt_bind_acquire(listener.id(), socket.descriptor()) == 0) {
+        const DatagramSocket::Descriptor descriptor = socket.release();
+        if (srt_listen(listener.id(), kBacklog) == 0)
+            return listener;
+        DatagramSocket::giveUpPort(descriptor);
     }
-    return listener;
+    qCWarning(lcLink, "no socket for a client: %s", srt_getlasterror_str());
+    return {};
 }
 
 }  // namespace
 
-PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, const Stray& stray) {
+PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, uint64_t way, const Stray& stray) {
     std::lock_guard<std::mutex> lock(m_mutex);
-    for (const Port& port : m_ports) {
-        if (isSameAddress(port.peer, peer))
-            return {port.number, port.way, SRT_INVALID_SOCK};
+    for (Port& port : m_ports) {
+        if (port.way == way)
+            port.way = 0;  // the newest has it
+    }
+    for (Port& port : m_ports) {
+        if (isSameAddress(port.peer, peer)) {
+            port.way = way;
+            return {port.number, SRT_INVALID_SOCK};
+        }
     }
     DatagramSocket socket;
     if (!socket.bindBeside(m_gate, peer))
@@ -43,13 +52,13 @@ PeerPorts::Opened PeerPorts::open(const sockaddr_in& peer, const Stray& stray) {
     Port port;
     port.peer = peer;
     port.number = socket.port();
-    port.descriptor = socket.release();
-    port.listener = listenOn(port.descriptor);
-    randombytes_buf(&port.way, sizeof port.way);
+    port.descriptor = socket.descriptor();
+    port.listener = listenOn(socket);
+    port.way = way;
     if (!port.listener.isOpen())
         return {};
     m_ports.push_back(std::move(port));
-    return {m_ports.back().number, m_ports.back().way, m_ports.back().listener.id()};
+    return {m_ports.back().number, m_ports.back().listener.id()};
 }
 
 bool PeerPorts::isListener(SRTSOCKET socket) const {
@@ -58,10 +67,30 @@ bool PeerPorts::isListener(SRTSOCKET socket) const {
                        [socket](const Port& port) { return port.listener.id() == socket; });
 }
 
+bool PeerPorts::noteAccepted(SRTSOCKET listener, int64_t nowMs) {
+    std::vector<Port> closing;  // closed outside the lock
+    std::lock_guard<std::mutex> lock(m_mutex);
+    const auto found = std::find_if(m_ports.begin(), m_ports.end(), [&](const Port& port) {
+        return port.listener.id() == listener;
+    });
+    if (found == m_ports.end())
+        return false;
+    if (nowMs - found->countedMs >= kCountMs) {
+        found->countedMs = nowMs;
+        found->accepted = 0;
+    }
+    if (++found->accepted <= kMaxAccepted)
+        return true;
+    closing.push_back(std::move(*found));
+    m_ports.erase(found);
+    giveUp(closing);
+    return false;
+}
+
 std::optional<sockaddr_in> PeerPorts::peerOf(uint64_t way) const {
     std::lock_guard<std::mutex> lock(m_mutex);
     for (const Port& port : m_ports) {
-        if (port.way == way)
+        if (way != 0 && port.way == way)
             return port.peer;
     }
     return std::nullopt;
@@ -74,9 +103,13 @@ void PeerPorts::closeUnused(const std::function<bool(const sockaddr_in& peer)>& 
                                             [&](const Port& port) { return isInUse(port.peer); });
     closing.assign(std::make_move_iterator(firstUnused), std::make_move_iterator(m_ports.end()));
     m_ports.erase(firstUnused, m_ports.end());
-    // The transport closes a port seconds after its last socket; until then it would take what
-    // the peer sends to the gate.
-    for (const Port& port : closing)
+    giveUp(closing);
+}
+
+// The transport closes a port seconds after its last socket; until then it would take what the
+// peer sends to the gate.
+void PeerPorts::giveUp(std::vector<Port>& ports) {
+    for (const Port& port : ports)
         DatagramSocket::giveUpPort(port.descriptor);
 }
 

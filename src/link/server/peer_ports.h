@@ -20,14 +20,18 @@ public:
 
     struct Opened {
         uint16_t port = 0;                      ///< 0: the system gave no socket
-        uint64_t way = 0;                       ///< a random name of the peer's address
         SRTSOCKET listener = SRT_INVALID_SOCK;  ///< new, to be watched; none when it was open
     };
     /// `stray` gets what strangers sent to the new port before the system knew whose it is.
     using Stray = std::function<void(const uint8_t* data, size_t size, const sockaddr_in& from)>;
-    Opened open(const sockaddr_in& peer, const Stray& stray);
+    /// `way`: the peer's own name for its address.
+    Opened open(const sockaddr_in& peer, uint64_t way, const Stray& stray);
 
     bool isListener(SRTSOCKET socket) const;
+    /// Counts a socket that was accepted. False when the address has opened more than a client
+    /// ever would, which can only be somebody who forges it: the port was closed with all its
+    /// sockets, and the client has to log in anew.
+    bool noteAccepted(SRTSOCKET listener, int64_t nowMs);
     /// The address behind a way. While its port is open, what the peer sends from there to the gate
     /// ends in the transport.
     std::optional<sockaddr_in> peerOf(uint64_t way) const;
@@ -38,11 +42,15 @@ public:
 private:
     struct Port {
         sockaddr_in peer{};
-        uint64_t way = 0;
+        uint64_t way = 0;  ///< 0 for none
         uint16_t number = 0;
         DatagramSocket::Descriptor descriptor = DatagramSocket::kNone;  ///< the transport's
         SrtSocket listener;
+        int accepted = 0;  ///< since countedMs
+        int64_t countedMs = 0;
     };
+
+    static void giveUp(std::vector<Port>& ports);
 
     const sockaddr_in m_gate;
 

@@ -11,7 +11,6 @@ ServerClient::ServerClient(int id, const AdmittedSession& session,
                            std::shared_ptr<SealedSocket> control)
     : m_id(id),
       m_session(session),
-      m_controlId(control->id()),
       m_lastHeardMs(steadyMilliseconds()),
       m_control(std::move(control)) {}
 

@@ -20,7 +20,6 @@ public:
 
     int id() const { return m_id; }
     const AdmittedSession& session() const { return m_session; }
-    SRTSOCKET controlId() const { return m_controlId; }
 
     void noteHeard(int64_t nowMs) { m_lastHeardMs = nowMs; }
     int64_t lastHeardMs() const { return m_lastHeardMs; }
@@ -42,7 +41,6 @@ private:
     // Fixed after construction.
     const int m_id;
     const AdmittedSession m_session;
-    const SRTSOCKET m_controlId;
 
     std::atomic<int64_t> m_lastHeardMs;  ///< orders nothing
 

@@ -65,6 +65,10 @@ void ServiceThread::acceptAll(SRTSOCKET listener) {
         SrtSocket socket(srt_accept(listener, nullptr, nullptr));
         if (!socket.isOpen())
             return;
+        if (!m_ports.noteAccepted(listener, steadyMilliseconds())) {
+            qCWarning(lcLink, "somebody opens sockets in a client's name, its port is closed");
+            return;
+        }
         dropOldestUnproved();
         const SRTSOCKET id = socket.id();
         m_epoll.watch(id, SRT_EPOLL_IN | SRT_EPOLL_ERR);

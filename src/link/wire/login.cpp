@@ -37,11 +37,12 @@ constexpr size_t kCookieBytes = kHeaderBytes + sizeof(Cookie);
 constexpr size_t kWelcomeShareAt = kHeaderBytes + sizeof(Nonce32);
 constexpr size_t kWelcomeBytes = kWelcomeShareAt + sizeof(CpaceShare);
 constexpr size_t kWayAt = kHeaderBytes;
-constexpr size_t kOriginAt = kWayAt + 8;  // in PROOF
-constexpr size_t kPortAt = kWayAt + 8;    // in READY
-constexpr size_t kTagAt = kWayAt + 12;
-constexpr size_t kProofBytes = kTagAt + sizeof(Tag);
-constexpr size_t kReadyBytes = kProofBytes;
+constexpr size_t kOriginAt = kWayAt + 8;
+constexpr size_t kProofTagAt = kWayAt + 12;
+constexpr size_t kProofBytes = kProofTagAt + sizeof(Tag);
+constexpr size_t kPortAt = kHeaderBytes;
+constexpr size_t kReadyTagAt = kPortAt + 4;
+constexpr size_t kReadyBytes = kReadyTagAt + sizeof(Tag);
 constexpr size_t kRefusedBytes = kHeaderBytes + 4;
 static_assert(kCookieBytes <= kHelloBytes && kWelcomeBytes <= kHelloBytes &&
               kReadyBytes <= kProofBytes && kRefusedBytes <= kProofBytes);
@@ -94,14 +95,13 @@ struct Encoder {
         Bytes out = begin(Kind::Proof, kProofBytes, m.token);
         putU64(&out[kWayAt], m.way);
         out[kOriginAt] = m.isFromSocketPort ? 1 : 0;
-        put(out, kTagAt, m.tag);
+        put(out, kProofTagAt, m.tag);
         return out;
     }
     Bytes operator()(const LoginReady& m) const {
         Bytes out = begin(Kind::Ready, kReadyBytes, m.token);
-        putU64(&out[kWayAt], m.way);
         putU16(&out[kPortAt], m.port);
-        put(out, kTagAt, m.tag);
+        put(out, kReadyTagAt, m.tag);
         return out;
     }
     Bytes operator()(const LoginRefused& m) const {
@@ -142,12 +142,12 @@ LoginMessage decodeBody(Kind kind, const uint8_t* data, uint64_t token) {
         }
         case Kind::Proof: {
             LoginProof proof{token, getU64(data + kWayAt), data[kOriginAt] != 0, {}};
-            get(proof.tag, data + kTagAt);
+            get(proof.tag, data + kProofTagAt);
             return proof;
         }
         case Kind::Ready: {
-            LoginReady ready{token, getU64(data + kWayAt), getU16(data + kPortAt), {}};
-            get(ready.tag, data + kTagAt);
+            LoginReady ready{token, getU16(data + kPortAt), {}};
+            get(ready.tag, data + kReadyTagAt);
             return ready;
         }
         case Kind::Refused:
@@ -196,7 +196,7 @@ std::optional<LoginMessage> decodeLogin(const uint8_t* data, size_t size) {
         return std::nullopt;
     const uint64_t token = getU64(data + kTokenAt);
     if (data[kVersionAt] != kProtocolVersion)
-        return LoginOfOtherVersion{token};
+        return LoginOfOtherVersion{token, data[kKindAt] == static_cast<uint8_t>(Kind::Hello)};
     const Kind kind{data[kKindAt]};
     if (size != sizeOf(kind))
         return std::nullopt;

@@ -36,10 +36,11 @@ struct LoginWelcome {
     CpaceShare share{};
 };
 /// The client's proof. The camera must know the port that the session's sockets will come from:
-/// either the proof comes from there, or it names a way that the camera gave this client before.
+/// either the proof comes from there, or the port is open already, and then the camera knows it by
+/// the name that an earlier proof gave it.
 struct LoginProof {
     uint64_t token = 0;
-    uint64_t way = 0;  ///< 0 for none
+    uint64_t way = 0;  ///< the client's random name for that port; 0 for none
     bool isFromSocketPort = false;
     Tag tag{};
 };
@@ -47,7 +48,6 @@ struct LoginProof {
 /// of the login.
 struct LoginReady {
     uint64_t token = 0;
-    uint64_t way = 0;  ///< names where the client's sockets come from
     uint16_t port = 0;
     Tag tag{};
 };
@@ -59,6 +59,7 @@ struct LoginRefused {
 /// A datagram of a login in another version.
 struct LoginOfOtherVersion {
     uint64_t token = 0;
+    bool isHello = false;  ///< the only kind that may be answered
 };
 
 using LoginMessage = std::variant<LoginHello, LoginCookie, LoginWelcome, LoginProof, LoginReady,

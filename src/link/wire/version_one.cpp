@@ -44,7 +44,10 @@ bool isHandshake(const uint8_t* data, size_t size) {
 }  // namespace
 
 std::optional<Bytes> refusalOfVersionOne(const uint8_t* data, size_t size) {
-    if (!isHandshake(data, size) || get(data, kDestinationAt) != 0)
+    // Only what a caller begins with, so that two cameras never answer each other.
+    const bool isCall = isHandshake(data, size) && get(data, kDestinationAt) == 0 &&
+                        get(data, kRequestAt) == kInduction && get(data, kSocketAt) != 0;
+    if (!isCall)
         return std::nullopt;
     Bytes answer(data, data + kHandshakeBytes);
     put(answer, kDestinationAt, get(data, kSocketAt));

@@ -144,6 +144,7 @@ bool MainWindow::event(QEvent* event) {
         const auto before = static_cast<QWindowStateChangeEvent*>(event)->oldState();
         if ((before & Qt::WindowFullScreen) && !isFullScreen())
             m_ui->preview()->exitsFullscreen();
+        m_ui->preview()->setMinimised(isMinimized());
         m_ui->showMaximised(isMaximized());
         m_ui->layOut();
     }

@@ -8,7 +8,7 @@
 
 #include "device/tutk_device.h"
 #include "media/tutk_player.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/list/device_state_text.h"
 #include "ui/playback/calendar_dialog.h"
 #include "ui/playback/no_sdcard_view.h"
@@ -44,7 +44,6 @@ KvSDCardPlaybackView::KvSDCardPlaybackView(QWidget* parent)
     setFocusPolicy(Qt::StrongFocus);
     // Reports the mouse over the children too, which take its moves.
     setAttribute(Qt::WA_Hover);
-    m_player->setView(m_ui->videoView());
     m_player->setCallback(this, onPlayerEvent);
     m_clockTimer.setInterval(kClockMs);
     m_coverTimer.setInterval(kCoverDelayMs);
@@ -52,7 +51,6 @@ KvSDCardPlaybackView::KvSDCardPlaybackView(QWidget* parent)
     for (QTimer* timer : {&m_coverTimer, &m_answerTimer, &m_barsTimer, &m_choiceTimer})
         timer->setSingleShot(true);
     m_choiceTimer.setTimerType(Qt::PreciseTimer);
-    m_clicker.setTarget(m_ui->videoView());
     m_toast.setMargins(0, kToastBottom);
     connectSignals();
     connectButtons();
@@ -116,6 +114,8 @@ void KvSDCardPlaybackView::setDevice(KvTUTKDevice* device) {
     m_wasOnline = true;
     m_ui->setName(device->displayName());
     show();
+    m_player->setView(m_ui->videoView());
+    m_clicker.setTarget(&m_ui->videoView()->widget());
     m_player->setDevice(device);
     setFullscreen(window()->isFullScreen());
     device->addListener(this, onResponse);
@@ -137,7 +137,7 @@ void KvSDCardPlaybackView::releaseDevice() {
     m_recordings.clear();
     m_infoRequest = InfoRequest::kNone;
     m_hasPicture = false;
-    m_ui->videoView()->showFrame(nullptr);
+    m_ui->blankPicture();
     updateCover();
     m_toast.remove();
     if (m_calendar)

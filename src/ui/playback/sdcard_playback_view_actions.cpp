@@ -3,7 +3,7 @@
 
 #include "device/tutk_device.h"
 #include "media/tutk_player.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/playback/calendar_dialog.h"
 #include "ui/playback/sdcard_playback_view.h"

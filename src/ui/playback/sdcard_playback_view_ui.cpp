@@ -5,7 +5,7 @@
 
 #include <initializer_list>
 
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/palette.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/video_time_line_view.h"
@@ -39,7 +39,6 @@ int textWidth(const QLabel& label) {
 
 KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
     : QWidget(view),
-      m_videoView(new KvVideoView(this)),
       m_noSdcardView(new KvNoSdcardView(this)),
       m_noticeLabel(new QLabel(this)),
       m_topBar(new KvWidget(this)),
@@ -69,6 +68,21 @@ KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
 
 KvSDCardPlaybackViewUI::~KvSDCardPlaybackViewUI() {
     m_loadingView.hideOver();
+}
+
+orvelle::VideoSurface* KvSDCardPlaybackViewUI::videoView() {
+    if (m_videoView)
+        return m_videoView;
+    m_videoView = orvelle::makeVideoSurface(this);
+    m_videoView->widget().setGeometry(pictureArea());
+    m_videoView->widget().lower();
+    m_videoView->widget().setVisible(!m_noCardShown);
+    return m_videoView;
+}
+
+void KvSDCardPlaybackViewUI::blankPicture() {
+    if (m_videoView)
+        m_videoView->showNothing();
 }
 
 void KvSDCardPlaybackViewUI::setUpLabels() {
@@ -191,7 +205,7 @@ void KvSDCardPlaybackViewUI::setNoCardShown(bool shown) {
         return;
     m_noCardShown = shown;
     m_noSdcardView->setVisible(shown);
-    m_videoView->setVisible(!shown);
+    videoView()->widget().setVisible(!shown);
     showBars();
     layOut();
 }
@@ -213,7 +227,8 @@ void KvSDCardPlaybackViewUI::resizeEvent(QResizeEvent*) {
 
 void KvSDCardPlaybackViewUI::layOut() {
     const QRect picture = pictureArea();
-    m_videoView->setGeometry(picture);
+    if (m_videoView)
+        m_videoView->widget().setGeometry(picture);
     m_noSdcardView->setGeometry(picture);
     if (m_loadingView.isOver())
         m_loadingView.setGeometry(picture);

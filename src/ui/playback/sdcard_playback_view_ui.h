@@ -9,9 +9,12 @@
 class KvNoSdcardView;
 class KvPushButton;
 class KvVideoTimeLineView;
-class KvVideoView;
 class KvWidget;
 class QLabel;
+
+namespace orvelle {
+class VideoSurface;
+}
 
 /// The widgets of KvSDCardPlaybackView: a bar with the camera's name, the picture, and a bar with
 /// the timeline. The bars stand beside the picture or, in full screen, lie on it.
@@ -57,7 +60,9 @@ public:
     bool isNoCardShown() const { return m_noCardShown; }
 
     KvPushButton* button(Button button) const { return m_buttons.at(button); }
-    KvVideoView* videoView() const { return m_videoView; }
+    /// Made at the first call: what it draws with takes a moment to find out.
+    orvelle::VideoSurface* videoView();
+    void blankPicture();
     KvVideoTimeLineView* timeLine() const { return m_timeLine; }
     KvNoSdcardView* noSdcardView() const { return m_noSdcardView; }
 
@@ -81,7 +86,7 @@ private:
     bool m_noCardShown = false;
     QString m_name;
 
-    KvVideoView* m_videoView;  ///< children, as all below
+    orvelle::VideoSurface* m_videoView = nullptr;  ///< children, as all below
     KvNoSdcardView* m_noSdcardView;
     QLabel* m_noticeLabel;
     KvWidget* m_topBar;

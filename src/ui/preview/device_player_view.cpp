@@ -10,7 +10,7 @@
 #include "device/device_messages.h"
 #include "device/tutk_device.h"
 #include "media/device_player.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/list/device_state_text.h"
 #include "ui/preview/device_record_view.h"
 #include "ui/preview/folder_search.h"
@@ -47,7 +47,6 @@ KvDevicePlayerView::KvDevicePlayerView(QWidget* parent)
     setAttribute(Qt::WA_MouseTracking);
     // Reports the mouse over the children too, which take its moves.
     setAttribute(Qt::WA_Hover);
-    m_player->setView(m_ui->videoView());
     m_player->setCallback(this, onPlayerEvent);
     m_checkTimer.setInterval(kCheckIntervalMs);
     m_stallTimer.setInterval(kStallIntervalMs);
@@ -137,6 +136,8 @@ void KvDevicePlayerView::setDevice(KvDevice* device) {
         m_tutkDevice->addListener(this, onResponse);
         setVolume(m_noSound ? 0.0 : m_tutkDevice->volume());
     }
+    if (device)
+        m_player->setView(m_ui->videoView());
     m_player->setDevice(device);
     m_ui->ptzView()->setDevice(device);
     m_ui->setName(device ? device->displayName() : QString());
@@ -174,7 +175,7 @@ void KvDevicePlayerView::stopPlay() {
     m_recording->forgetInterruption();
     m_isStarted = false;
     m_hasPicture = false;
-    m_ui->videoView()->showFrame(nullptr);
+    m_ui->blankPicture();
     updateState();
 }
 
@@ -244,7 +245,20 @@ void KvDevicePlayerView::_invokeCheckPlayer() {
         updateState();
 }
 
+void KvDevicePlayerView::setMinimised(bool minimised) {
+    if (m_isMinimised == minimised)
+        return;
+    m_isMinimised = minimised;
+    m_player->setKeyPicturesOnly(minimised);
+    m_lastPictureMs = nowMs();
+}
+
 void KvDevicePlayerView::_invokeStallTimer() {
+    // Key pictures alone may be far apart.
+    const uint64_t received = m_player->stats().videoFramesReceived;
+    if (m_isMinimised && received != m_packetsSeen)
+        m_lastPictureMs = nowMs();
+    m_packetsSeen = received;
     if (m_ui->button(UI::kPlay)->state() != 0 || nowMs() - m_lastPictureMs < kStallMs)
         return;
     m_openFailed = true;
@@ -271,7 +285,7 @@ void KvDevicePlayerView::updateState() {
     // Nothing comes back by itself, so the last picture must not look as if it did.
     if (offersCode && m_hasPicture) {
         m_hasPicture = false;
-        m_ui->videoView()->showFrame(nullptr);
+        m_ui->blankPicture();
     }
     if (m_isLoading || (isWaiting && m_hasPicture))
         m_ui->showCover(m_hasPicture ? orvelle::text("reconnecting") : orvelle::text("loading"));
@@ -364,8 +378,7 @@ void KvDevicePlayerView::setPtzShown(bool shown) {
 }
 
 bool KvDevicePlayerView::inVideoArea(int x, int y) const {
-    const QWidget* video = m_ui->videoView();
-    return QRect(video->mapTo(this, QPoint()), video->size()).contains(QPoint(x, y) - pos());
+    return m_ui->geometry().contains(QPoint(x, y) - pos());
 }
 
 void KvDevicePlayerView::paintThumb(QPainter* painter, const QRect& rect) const {
@@ -374,7 +387,7 @@ void KvDevicePlayerView::paintThumb(QPainter* painter, const QRect& rect) const 
         return;
     // Read back from the screen, since encoding a picture would hold up the drag.
     painter->setRenderHint(QPainter::SmoothPixmapTransform);
-    painter->drawImage(rect, m_ui->videoView()->grabFramebuffer());
+    painter->drawImage(rect, m_ui->videoView()->grabView());
 }
 
 bool KvDevicePlayerView::event(QEvent* event) {

@@ -47,6 +47,9 @@ public:
     /// What the full-screen button shows; the window itself is the owner's.
     void setFullscreen(bool fullscreen);
 
+    /// While nobody can see the window only key pictures are decoded.
+    void setMinimised(bool minimised);
+
     /// Whether it plays or waits for its camera.
     bool isStarted() const { return m_isStarted; }
     /// Whether a recording runs that would end with the picture.
@@ -158,6 +161,8 @@ private:
     bool m_isStarted = false;               ///< it plays, or waits for its camera
     bool m_isLoading = false;               ///< the player runs and has shown no picture yet
     bool m_hasPicture = false;              ///< one of this camera's is on the screen
+    bool m_isMinimised = false;
+    uint64_t m_packetsSeen = 0;  ///< by the check for a stream that stands still
     QTimer m_checkTimer;
     QTimer m_stallTimer;
     QTimer m_barsTimer;

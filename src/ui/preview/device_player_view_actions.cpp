@@ -4,7 +4,7 @@
 #include "core/file_utils.h"
 #include "device/tutk_device.h"
 #include "media/device_player.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/logging.h"
 #include "ui/preview/device_player_view.h"

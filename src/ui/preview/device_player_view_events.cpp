@@ -2,7 +2,7 @@
 #include "device/tutk_request.h"
 #include "media/device_player.h"
 #include "platform/private_file.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/logging.h"
 #include "ui/preview/device_player_view.h"
 

@@ -4,7 +4,7 @@
 #include <QPushButton>
 #include <QTime>
 
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/palette.h"
 #include "ui/preview/device_record_view.h"
 #include "ui/preview/tutk_device_ptz_view.h"
@@ -54,7 +54,6 @@ struct KvDevicePlayerViewUI::Measures {
 
 KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
     : QWidget(tile),
-      m_videoView(new KvVideoView(this)),
       m_noticeLabel(new QLabel(this)),
       m_codeButton(new QPushButton(orvelle::text("enter_new_code"), this)),
       m_speedLabel(new QLabel(this)),
@@ -87,16 +86,31 @@ KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
     m_speedTimer.setSingleShot(true);
     m_speedTimer.setInterval(kSpeedDelayMs);
     connect(&m_speedTimer, &QTimer::timeout, this, &KvDevicePlayerViewUI::applySpeedText);
-    connect(m_videoView, &KvVideoView::updateAsyncSignal, this, [this] {
+}
+
+KvDevicePlayerViewUI::~KvDevicePlayerViewUI() {
+    m_loadingView.hideOver();
+}
+
+orvelle::VideoSurface* KvDevicePlayerViewUI::videoView() {
+    if (m_videoView)
+        return m_videoView;
+    m_videoView = orvelle::makeVideoSurface(this);
+    m_videoView->widget().setGeometry(rect());
+    m_videoView->widget().lower();
+    m_videoView->widget().show();
+    m_videoView->addRepaintHook([this] {
         if (m_speedTimer.isActive())
             applySpeedText();
         if (!m_recordView->isHidden())
             m_recordView->setTime(m_recordSeconds);
     });
+    return m_videoView;
 }
 
-KvDevicePlayerViewUI::~KvDevicePlayerViewUI() {
-    m_loadingView.hideOver();
+void KvDevicePlayerViewUI::blankPicture() {
+    if (m_videoView)
+        m_videoView->showNothing();
 }
 
 void KvDevicePlayerViewUI::setUpLabels() {
@@ -239,7 +253,7 @@ void KvDevicePlayerViewUI::showCover(const QString& text) {
     m_loadingView.setText(text);
     if (m_loadingView.isOver())
         return;
-    m_loadingView.showOver(this, m_videoView->geometry());
+    m_loadingView.showOver(this, rect());
     raiseControls();
 }
 
@@ -320,7 +334,8 @@ KvDevicePlayerViewUI::Measures KvDevicePlayerViewUI::measures() const {
 
 void KvDevicePlayerViewUI::layOut() {
     const Measures now = measures();
-    m_videoView->setGeometry(rect());
+    if (m_videoView)
+        m_videoView->widget().setGeometry(rect());
     if (m_loadingView.isOver())
         m_loadingView.setGeometry(rect());
     for (QLabel* label : {m_nameLabel, m_stateLabel, m_dateTimeLabel})
@@ -398,8 +413,9 @@ void KvDevicePlayerViewUI::layOutBottomBar(const Measures& measures) {
 void KvDevicePlayerViewUI::placeSpeedLabel() {
     double scaleX = 1.0;
     double scaleY = 1.0;
-    m_videoView->pictureScale(&scaleX, &scaleY);
-    const QRect video = m_videoView->geometry();
+    if (m_videoView)
+        m_videoView->pictureScale(&scaleX, &scaleY);
+    const QRect video = rect();
     QPoint corner(static_cast<int>(video.x() + video.width() * (scaleX * 0.5 + 0.5)),
                   static_cast<int>(video.y() + video.height() * (scaleY * 0.5 + 0.5)));
     if (m_barsVisible)

@@ -10,10 +10,13 @@
 class KvDeviceRecordView;
 class KvPushButton;
 class KvTUTKDevicePTZView;
-class KvVideoView;
 class KvWidget;
 class QLabel;
 class QPushButton;
+
+namespace orvelle {
+class VideoSurface;
+}
 
 /// The widgets of KvDevicePlayerView: the picture fills the tile, everything else lies on it.
 class KvDevicePlayerViewUI : public QWidget {
@@ -65,7 +68,9 @@ public:
     void setRecordTime(double seconds) { m_recordSeconds = seconds; }
 
     KvPushButton* button(Button button) const { return m_buttons.at(button); }
-    KvVideoView* videoView() const { return m_videoView; }
+    /// Made at the first call: what it draws with takes a moment to find out.
+    orvelle::VideoSurface* videoView();
+    void blankPicture();
     KvTUTKDevicePTZView* ptzView() const { return m_ptzView; }
     KvDeviceRecordView* recordView() const { return m_recordView; }
     QPushButton* codeButton() const { return m_codeButton; }
@@ -102,7 +107,7 @@ private:
     QTimer m_dateTimeTimer;  ///< runs while the bars are shown
     QTimer m_speedTimer;
 
-    KvVideoView* m_videoView;  ///< children, as all below
+    orvelle::VideoSurface* m_videoView = nullptr;  ///< children, as all below
     QLabel* m_noticeLabel;
     QPushButton* m_codeButton;
     QLabel* m_speedLabel;

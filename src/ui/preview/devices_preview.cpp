@@ -228,6 +228,11 @@ int KvDevicesPreview::paintTile(int index, QPainter* painter, const QRect& rect)
     return 0;
 }
 
+void KvDevicesPreview::setMinimised(bool minimised) {
+    for (KvDevicePlayerView* tile : m_ui->tiles())
+        tile->setMinimised(minimised);
+}
+
 bool KvDevicesPreview::isFullscreen() const {
     return m_ui->fullscreenTile() != nullptr ||
            (!m_ui->playbackView()->isHidden() && m_ui->playbackView()->isFullscreen());

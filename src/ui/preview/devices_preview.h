@@ -46,6 +46,9 @@ public:
     /// Draws a tile's picture into `rect`: 0, or -1 outside the tiles or without an entry.
     int paintTile(int index, QPainter* painter, const QRect& rect) const;
 
+    /// The window is minimised, or not any more.
+    void setMinimised(bool minimised);
+
     bool isFullscreen() const;
     /// The window left full screen, whatever the way.
     void exitsFullscreen();

@@ -117,7 +117,7 @@ void KvDevicesPreviewUI::setTitle(const QString& title) {
 void KvDevicesPreviewUI::place(KvDevicePlayerView* tile, const QRect& area, int controlMode) {
     tile->setControlMode(controlMode);
     tile->setGeometry(area);
-    tile->setVisible(tile->device() != nullptr);
+    tile->setVisible(tile->device() && !isPageShown());
 }
 
 void KvDevicesPreviewUI::layOut() {
@@ -127,7 +127,7 @@ void KvDevicesPreviewUI::layOut() {
     if (m_fullscreenTile) {
         place(m_fullscreenTile, rect(), UI::kLarge);
         for (KvDevicePlayerView* tile : m_tiles)
-            tile->setVisible(tile == m_fullscreenTile);
+            tile->setVisible(tile == m_fullscreenTile && !isPageShown());
         return;
     }
     const std::vector<QRect> places =
@@ -160,6 +160,7 @@ void KvDevicesPreviewUI::showPage(QWidget* page) {
     page->setGeometry(rect());
     page->show();
     page->raise();
+    layOut();
     page->setFocus(Qt::OtherFocusReason);
 }
 
@@ -167,7 +168,12 @@ void KvDevicesPreviewUI::hidePage(QWidget* page) {
     page->clearFocus();
     page->hide();
     page->setGeometry(QRect());
-    setGridEnabled(m_infoView->isHidden() && m_playbackView->isHidden());
+    setGridEnabled(!isPageShown());
+    layOut();
+}
+
+bool KvDevicesPreviewUI::isPageShown() const {
+    return !m_infoView->isHidden() || !m_playbackView->isHidden();
 }
 
 /// What a page covers is out of the keyboard's reach as well.

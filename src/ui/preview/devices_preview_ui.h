@@ -28,7 +28,7 @@ public:
     void setFullscreenTile(KvDevicePlayerView* tile);
     KvDevicePlayerView* fullscreenTile() const { return m_fullscreenTile; }
     void setTitle(const QString& title);
-    /// Places the tiles and shows those that have a camera.
+    /// Places the tiles and shows those that have a camera, unless a page covers them.
     void layOut();
 
     /// A page with its camera over the tiles.
@@ -55,6 +55,7 @@ protected:
 private:
     void setUpBar();
     void layOutBar();
+    bool isPageShown() const;
     void setGridEnabled(bool enabled);
     void place(KvDevicePlayerView* tile, const QRect& area, int controlMode);
 

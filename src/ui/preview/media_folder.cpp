@@ -1,7 +1,7 @@
 #include "ui/preview/media_folder.h"
 
 #include "core/file_utils.h"
-#include "render/video_view.h"
+#include "render/video_surface.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast.h"
@@ -24,7 +24,7 @@ bool agreesToDefaultFolder(QWidget* over) {
     return true;
 }
 
-QString saveSnapshot(KvVideoView& view, const QString& uid, const QString& name, QWidget* over,
+QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name, QWidget* over,
                      KvToast& toast) {
     const QString folder = usableMediaFolder(KvFileUtils::screenshotPath, uid, over);
     if (folder.isEmpty())

@@ -3,10 +3,11 @@
 #include <QString>
 
 class KvToast;
-class KvVideoView;
 class QWidget;
 
 namespace orvelle {
+
+class VideoSurface;
 
 /// The folder of a camera's snapshots or recordings. When it is gone the user is asked, over
 /// `over`, whether to take the default one: empty when he would not. Cameras may come and go
@@ -20,7 +21,7 @@ bool agreesToDefaultFolder(QWidget* over);
 
 /// Writes the view's picture as NAME.jpg to the camera's snapshot folder: its path, or empty after
 /// the user was told by `toast` or did not want it.
-QString saveSnapshot(KvVideoView& view, const QString& uid, const QString& name, QWidget* over,
+QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name, QWidget* over,
                      KvToast& toast);
 
 }  // namespace orvelle

@@ -1,0 +1,7 @@
+#include "platform/crash_dump.h"
+
+namespace orvelle {
+
+void writeCrashDumpTo(const std::string&) {}
+
+}  // namespace orvelle

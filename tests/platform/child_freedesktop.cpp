@@ -1,0 +1,9 @@
+#include "child.h"
+
+namespace orvelle::test {
+
+std::optional<int> runAsChild(int, char**) {
+    return std::nullopt;
+}
+
+}  // namespace orvelle::test
