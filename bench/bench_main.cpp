@@ -24,9 +24,9 @@ struct Section {
     bool isUsual = true;  ///< measured unless others are wanted
 };
 constexpr Section kSections[] = {
-    {"startup", measureStartUp},   {"engine", measureEngine},   {"fullhd", measureFullHd},
-    {"grid", measureGrid},         {"delay", measureDelay},     {"record", measureRecording},
-    {"playback", measurePlayback}, {"latency", measureLatency}, {"storm", measureStorm, false},
+    {"startup", measureStartUp},    {"engine", measureEngine},   {"fullhd", measureFullHd},
+    {"grid", measureGrid},          {"delay", measureDelay},     {"record", measureRecording},
+    {"playback", measurePlayback},  {"latency", measureLatency}, {"storm", measureStorm, false},
     {"peers", measurePeers, false},
 };
 
