@@ -116,8 +116,9 @@ private slots:
     void codes_areTriedOnceTheCameraListensAgain_afterTooManyWrongOnes() {
         TestCamera camera(kUid);
         QVERIFY(camera.start());
-        // The seventh makes the camera deaf for four seconds; each but the first five waits, too.
-        for (int i = 0; i < 7; ++i) {
+        // The eighth makes the camera deaf for eight seconds, longer than the next two attempts look
+        // for others that answer; each but the first five waits, too.
+        for (int i = 0; i < 8; ++i) {
             Adder guess(codeOf("wrong"));
             guess.setPatience({50, 20000});
             QCOMPARE(outcomeOf(guess), int(Adder::kFailed));
