@@ -87,11 +87,10 @@ void PreviewGridTest::grid_playsSwapsAndPauses_withRealCameras() {
     drag(tiles[3], tiles[1]);
     QCOMPARE(tiles[1]->device(), cameras.devices()[3]);
     QCOMPARE(tiles[3]->device(), cameras.devices()[1]);
-    QVERIFY(!showsPicture(tiles[1]));
-    QVERIFY(waitUntil(kTimeoutMs, allPlay));
-    // A stream that the other tile's goodbye ended would have to be started again.
+    // Both go on with what they play, and need not be started again.
+    QVERIFY(allPlay());
     QTRY_VERIFY_WITH_TIMEOUT(seconds.count() >= 4, kTimeoutMs);
-    QCOMPARE(starts.count(), 1);
+    QCOMPARE(starts.count(), 0);
 
     // In a group the sound is off at first.
     KvPushButton* sound = uiOf(tiles[0])->button(Tile::kSound);
