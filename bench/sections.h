@@ -8,8 +8,8 @@ class Workbench;
 
 /// From the start of the client's process until its window can be seen.
 bool measureStartUp(Workbench& bench);
-/// From the client's start, and from a camera's, until that camera is connected, while 31 others that
-/// the client knows are off.
+/// From the client's start, and from a camera's, until that camera is connected, while 31 others
+/// that the client knows are off.
 bool measureConnecting(Workbench& bench);
 /// Sixteen connected cameras at rest, and their streams without drawing, next to what decoding
 /// alone costs; then drawn by bare views.
