@@ -238,8 +238,11 @@ QString makeFile(const CameraOptions& options) {
 
 int runWithPassword(QCoreApplication& application, const CameraOptions& options,
                     std::unique_ptr<HeldQuitSignals>& held) {
+    // Whoever is to write into a pipe may never do so, and the user must be able to end it.
+    held.reset();
     FoundPassword password = findPassword(
         {options.passwordFile, options.stateDirectory, options.uid, !options.isCodeAsked});
+    held = std::make_unique<HeldQuitSignals>();
     const WipedAtEnd<std::string> wiped(password.text);
     if (!password.error.isEmpty())
         return fail(kWrongOptions, password.error);

@@ -440,8 +440,12 @@ void RelayAttackTest::recordedLogin_opensNothing() {
         readies += kindOf(datagram) == Seen::Ready ? 1 : 0;
         return std::vector<Datagram>{datagram};
     });
+    const auto takeRecorded = [&] {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return std::exchange(recorded, {});
+    };
     for (const bool isStillThere : {true, false}) {
-        recorded.clear();
+        takeRecorded();
         TestClient client;
         QVERIFY(connectThrough(m_relay->port(), client) >= 0);
         const int sessions = m_camera->connected();
@@ -452,7 +456,7 @@ void RelayAttackTest::recordedLogin_opensNothing() {
             readies = 0;
         }
         const uint64_t before = m_relay->forwardedDatagrams(RelayDirection::ToClient);
-        m_relay->playToCamera(recorded);
+        m_relay->playToCamera(takeRecorded());
         QTRY_VERIFY(m_relay->forwardedDatagrams(RelayDirection::ToClient) > before);
         QTest::qWait(300);
         QCOMPARE(m_camera->connected(), sessions);
