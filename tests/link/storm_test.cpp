@@ -10,7 +10,7 @@ namespace {
 
 constexpr int kStormMs = 2500;
 constexpr int kPictureBytes = 5000;
-constexpr double kMaxGrowthMib = 24;  // sanitizers take their share; a hole takes hundreds
+constexpr double kMaxGrowthMib = 64;  // sanitizers take their share; a hole takes hundreds
 
 double residentMib() {
     std::ifstream statm("/proc/self/statm");
