@@ -1,11 +1,13 @@
 #include <QtTest>
 
+#include <list>
 #include <set>
 
 #include "link/client/login_exchange.h"
 #include "link/result_codes.h"
 #include "link/server/attempt_ledger.h"
 #include "link/server/login_gate.h"
+#include "link/wire/version_one.h"
 #include "link_fixture.h"
 
 namespace orvelle::test {
@@ -128,6 +130,9 @@ private slots:
     void budget_isOfEachAddress_andOfAll();
     void delay_grows_withWrongPasswords();
     void wrongPasswords_delayTheirAddressOnly();
+    void exchangesSideBySide_doNotGetRoundTheDelay();
+    void madeUpProof_endsNoRightLogin();
+    void refusals_areNeverAnswered();
     void ledger_remembersFewAddresses();
     void log_hasOneLineAMinute();
 };
@@ -328,6 +333,48 @@ void GateTest::wrongPasswords_delayTheirAddressOnly() {
     QCOMPARE(Knocker(gate, 2).logIn(), 0);
     gate.nowMs += 1000;
     QCOMPARE(Knocker(gate, 1).logIn(), 0);
+}
+
+void GateTest::exchangesSideBySide_doNotGetRoundTheDelay() {
+    Gate gate;
+    std::list<Knocker> knockers;
+    for (int i = 0; i < 5; ++i)
+        knockers.emplace_back(gate, 1, "guessed wrong");
+    Knocker right(gate, 1);
+    right.begin();
+    for (Knocker& wrong : knockers)
+        QCOMPARE(wrong.logIn(), int{AV_ER_WRONG_VIEWACCorPWD});
+    // Not a word about it, or it would tell which of many guesses was the right one.
+    QCOMPARE(right.logIn(), int{LINK_ER_TOO_MANY_ATTEMPTS});
+    QCOMPARE(gate.admissions, 0);
+}
+
+void GateTest::madeUpProof_endsNoRightLogin() {
+    Gate gate;
+    Knocker client(gate);
+    client.begin();
+    const auto proof = client.due().front();
+    auto madeUp = std::get<LoginProof>(*decodeLogin(proof.bytes.data(), proof.bytes.size()));
+    madeUp.tag = {};
+    for (int i = 0; i < 20; ++i)  // one exchange counts once
+        client.take(gate.send(encodeLogin(madeUp), client.from(proof)));
+    client.take(gate.send(proof.bytes, client.from(proof)));
+    QVERIFY(!client.exchange().isPending());
+    QCOMPARE(client.exchange().result(), 0);
+}
+
+// Two cameras would answer each other for ever.
+void GateTest::refusals_areNeverAnswered() {
+    Gate gate;
+    const Bytes call = versionOneProbe();
+    const auto refusal = refusalOfVersionOne(call.data(), call.size());
+    QVERIFY(refusal && !refusalOfVersionOne(refusal->data(), refusal->size()));
+    Bytes fromNobody = call;  // whose refusal would look like a call
+    std::fill(fromNobody.begin() + 40, fromNobody.begin() + 44, uint8_t{0});
+    QVERIFY(!refusalOfVersionOne(fromNobody.data(), fromNobody.size()));
+    Bytes later = encodeLogin(LoginRefused{1, LINK_ER_VERSION});
+    later[3] = kProtocolVersion + 1;
+    QVERIFY(!gate.send(later, address(1)));
 }
 
 void GateTest::ledger_remembersFewAddresses() {
