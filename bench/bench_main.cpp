@@ -6,7 +6,7 @@
 
 #include "core/configure.h"
 #include "core/language.h"
-#include "media/device_inputs.h"
+#include "media/live/device_inputs.h"
 #include "media/media_log.h"
 #include "platform/heap.h"
 #include "render/drawing.h"

@@ -6,7 +6,7 @@
 
 #include "device/device.h"
 #include "latency_probe.h"
-#include "media/device_inputs.h"
+#include "media/live/device_inputs.h"
 #include "platform/heap.h"
 #include "process_usage.h"
 #include "render/drawing.h"

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "media/device_player.h"
+#include "media/live/device_player.h"
 #include "paint_watch.h"
 #include "render/video_surface.h"
 

@@ -7,7 +7,7 @@
 #include <memory>
 #include <vector>
 
-#include "media/stream_stats.h"
+#include "media/stages/stream_stats.h"
 
 class KvDevice;
 class KvDevicePlayer;

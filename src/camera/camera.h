@@ -8,11 +8,11 @@
 
 #include "camera/camera_commands.h"
 #include "camera/camera_profile.h"
-#include "camera/feed.h"
-#include "camera/gop_cache.h"
-#include "camera/memory_card.h"
-#include "camera/pan_tilt.h"
-#include "camera/playbacks.h"
+#include "camera/card/memory_card.h"
+#include "camera/card/playbacks.h"
+#include "camera/demo/pan_tilt.h"
+#include "camera/feed/feed.h"
+#include "camera/feed/gop_cache.h"
 #include "link/server/link_server.h"
 
 namespace orvelle {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "camera/camera_profile.h"
-#include "camera/card_messages.h"
+#include "camera/card/card_messages.h"
 
 namespace orvelle {
 

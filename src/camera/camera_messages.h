@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "camera/camera_profile.h"
-#include "camera/card_store.h"
+#include "camera/card/card_store.h"
 
 // The payloads of a camera's answers, and the sizes of the requests that it reads.
 

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-#include "camera/media_source.h"
+#include "camera/sources/media_source.h"
 #include "link/limits.h"
 
 namespace orvelle {

@@ -5,7 +5,7 @@
 
 #include <optional>
 
-#include "camera/feed.h"
+#include "camera/feed/feed.h"
 
 extern "C" {
 #include <libavcodec/codec_id.h>

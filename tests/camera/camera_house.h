@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "camera/camera.h"
-#include "camera/demo_feed.h"
+#include "camera/demo/demo_feed.h"
 #include "camera/media_kit.h"
 #include "frames/frame_info.h"
 #include "link/av.h"

@@ -2,7 +2,7 @@
 
 #include <QTemporaryDir>
 
-#include "camera/source_feed.h"
+#include "camera/sources/source_feed.h"
 
 using namespace orvelle;
 using test::Client;

@@ -4,8 +4,8 @@
 #include <QtEndian>
 
 #include "camera/camera_house.h"
-#include "camera/card_messages.h"
-#include "camera/recording_name.h"
+#include "camera/card/card_messages.h"
+#include "camera/card/recording_name.h"
 
 using namespace orvelle;
 using test::Client;

@@ -2,12 +2,12 @@
 #include <cmath>
 #include <random>
 
-#include "camera/audio_encoder.h"
-#include "camera/demo_scene.h"
-#include "camera/demo_tone.h"
+#include "camera/demo/demo_scene.h"
+#include "camera/demo/demo_tone.h"
+#include "camera/encoding/audio_encoder.h"
+#include "camera/encoding/painter.h"
+#include "camera/encoding/video_encoder.h"
 #include "camera/media_kit.h"
-#include "camera/painter.h"
-#include "camera/video_encoder.h"
 #include "link/limits.h"
 #include "support/suites.h"
 

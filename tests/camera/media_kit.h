@@ -7,8 +7,8 @@
 #include <atomic>
 #include <mutex>
 
-#include "camera/clip_writer.h"
-#include "camera/painter.h"
+#include "camera/demo/clip_writer.h"
+#include "camera/encoding/painter.h"
 #include "frames/camera_codecs.h"
 #include "frames/parameter_sets.h"
 #include "frames/picture_clock.h"

@@ -1,9 +1,9 @@
 #include <QTemporaryDir>
 
 #include "camera/media_kit.h"
-#include "camera/media_source.h"
-#include "camera/sound_normaliser.h"
-#include "camera/stream_normaliser.h"
+#include "camera/sources/media_source.h"
+#include "camera/sources/sound_normaliser.h"
+#include "camera/sources/stream_normaliser.h"
 #include "link/limits.h"
 #include "support/suites.h"
 

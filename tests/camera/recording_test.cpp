@@ -1,11 +1,11 @@
 #include <QDir>
 #include <QTemporaryDir>
 
-#include "camera/card_maker.h"
+#include "camera/card/minute_recorder.h"
+#include "camera/card/recording_name.h"
+#include "camera/card/recording_reader.h"
+#include "camera/demo/card_maker.h"
 #include "camera/media_kit.h"
-#include "camera/minute_recorder.h"
-#include "camera/recording_name.h"
-#include "camera/recording_reader.h"
 #include "support/suites.h"
 
 using namespace orvelle;

@@ -1,9 +1,9 @@
 #include <QFile>
 #include <QTemporaryDir>
 
-#include "camera/demo_feed.h"
+#include "camera/demo/demo_feed.h"
 #include "camera/media_kit.h"
-#include "camera/source_feed.h"
+#include "camera/sources/source_feed.h"
 #include "support/suites.h"
 
 using namespace orvelle;

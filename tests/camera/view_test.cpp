@@ -1,10 +1,10 @@
 #include <cstring>
 
-#include "camera/demo_scene.h"
-#include "camera/gop_cache.h"
+#include "camera/demo/demo_scene.h"
+#include "camera/demo/pan_tilt.h"
+#include "camera/encoding/painter.h"
+#include "camera/feed/gop_cache.h"
 #include "camera/media_kit.h"
-#include "camera/painter.h"
-#include "camera/pan_tilt.h"
 #include "support/suites.h"
 
 using namespace orvelle;

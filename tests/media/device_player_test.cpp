@@ -3,11 +3,11 @@
 #include "recording_reader.h"
 #include "support/encoded_clip.h"
 
-#include "media/device_inputs.h"
-#include "media/device_player.h"
-#include "media/player_output_default.h"
-#include "media/player_recorder.h"
-#include "media/tutk_input.h"
+#include "media/live/device_inputs.h"
+#include "media/live/device_player.h"
+#include "media/live/tutk_input.h"
+#include "media/player/player_output_default.h"
+#include "media/recording/player_recorder.h"
 #include "render/raster_video_view.h"
 #include "support/suites.h"
 

@@ -5,7 +5,7 @@
 #include <mutex>
 #include <vector>
 
-#include "media/base_player.h"
+#include "media/player/base_player.h"
 
 namespace orvelle::test {
 

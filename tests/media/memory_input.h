@@ -1,7 +1,7 @@
 #pragma once
 
 #include "core/thread.h"
-#include "media/tutk_input.h"
+#include "media/live/tutk_input.h"
 #include "support/encoded_clip.h"
 
 namespace orvelle::test {

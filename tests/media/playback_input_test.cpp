@@ -3,9 +3,9 @@
 #include "support/encoded_clip.h"
 
 #include "device/device_messages.h"
-#include "media/playback_time.h"
-#include "media/tutk_playback_input.h"
-#include "media/tutk_player.h"
+#include "media/card/playback_time.h"
+#include "media/card/tutk_playback_input.h"
+#include "media/live/tutk_player.h"
 #include "render/raster_video_view.h"
 #include "support/suites.h"
 #include "support/zone_guard.h"

@@ -1,4 +1,4 @@
-#include "media/player_decoder.h"
+#include "media/player/player_decoder.h"
 
 #include <QtTest>
 

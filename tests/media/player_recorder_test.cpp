@@ -1,4 +1,4 @@
-#include "media/player_recorder.h"
+#include "media/recording/player_recorder.h"
 
 #include <QDateTime>
 #include <QSemaphore>
@@ -9,7 +9,7 @@
 
 #include "event_log.h"
 #include "frames/decoder_frame.h"
-#include "media/player_decoder.h"
+#include "media/player/player_decoder.h"
 #include "memory_input.h"
 #include "recording_reader.h"
 #include "support/suites.h"

@@ -1,14 +1,14 @@
-#include "media/recording_file.h"
+#include "media/recording/recording_file.h"
 
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include "frames/input_packet.h"
 #include "frames/parameter_sets.h"
-#include "media/fragment_finisher.h"
-#include "media/recorded_samples.h"
-#include "media/recording_clock.h"
-#include "media/unfinished_recordings.h"
+#include "media/recording/fragment_finisher.h"
+#include "media/recording/recorded_samples.h"
+#include "media/recording/recording_clock.h"
+#include "media/recording/unfinished_recordings.h"
 #include "recording_reader.h"
 #include "support/encoded_clip.h"
 #include "support/full_disk.h"

@@ -1,9 +1,9 @@
 #include <algorithm>
 
 #include "frames/parameter_sets.h"
-#include "media/byte_rate.h"
-#include "media/pacing.h"
-#include "media/sequence_gate.h"
+#include "media/player/pacing.h"
+#include "media/stages/byte_rate.h"
+#include "media/stages/sequence_gate.h"
 #include "support/suites.h"
 
 using namespace orvelle;

@@ -2,7 +2,7 @@
 
 #include "core/thread.h"
 #include "link/av.h"
-#include "media/tutk_preview_input.h"
+#include "media/live/tutk_preview_input.h"
 #include "support/suites.h"
 
 using namespace orvelle;

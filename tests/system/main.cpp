@@ -2,7 +2,7 @@
 #include <QLoggingCategory>
 #include <QThreadPool>
 
-#include "media/device_inputs.h"
+#include "media/live/device_inputs.h"
 #include "media/media_log.h"
 #include "support/data_home.h"
 #include "support/keep_libraries.h"

@@ -9,8 +9,8 @@
 
 #include "frames/picture_clock.h"
 #include "media/memory_input.h"
-#include "media/player_decoder.h"
-#include "media/player_recorder.h"
+#include "media/player/player_decoder.h"
+#include "media/recording/player_recorder.h"
 #include "support/encoded_clip.h"
 #include "support/full_disk.h"
 

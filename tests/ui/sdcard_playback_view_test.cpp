@@ -3,7 +3,7 @@
 #include "device/tutk_device.h"
 #include "fake_device.h"
 #include "link/io_types.h"
-#include "media/base_player.h"
+#include "media/player/base_player.h"
 #include "support/byte_fields.h"
 #include "support/suites.h"
 #include "ui/dialogs/alert_dialog.h"

@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "device/tutk_device.h"
-#include "media/tutk_player.h"
+#include "media/live/tutk_player.h"
 #include "render/video_surface.h"
 #include "ui/list/device_state_text.h"
 #include "ui/playback/calendar_dialog.h"

@@ -8,7 +8,7 @@
 #include <cstdint>
 #include <memory>
 
-#include "media/playback_end.h"
+#include "media/stages/playback_end.h"
 #include "ui/playback/recordings.h"
 #include "ui/playback/sdcard_playback_view_ui.h"
 #include "ui/widgets/clicker.h"

@@ -2,7 +2,7 @@
 #include <QtDebug>
 
 #include "device/tutk_device.h"
-#include "media/tutk_player.h"
+#include "media/live/tutk_player.h"
 #include "render/video_surface.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/playback/calendar_dialog.h"

@@ -2,7 +2,7 @@
 
 #include "device/device_messages.h"
 #include "device/tutk_request.h"
-#include "media/tutk_player.h"
+#include "media/live/tutk_player.h"
 #include "ui/playback/sdcard_playback_view.h"
 
 // What runs on the player's and the device's threads.

@@ -9,7 +9,7 @@
 #include "core/file_utils.h"
 #include "device/device_messages.h"
 #include "device/tutk_device.h"
-#include "media/device_player.h"
+#include "media/live/device_player.h"
 #include "render/video_surface.h"
 #include "ui/list/device_state_text.h"
 #include "ui/preview/device_record_view.h"

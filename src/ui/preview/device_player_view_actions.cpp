@@ -3,7 +3,7 @@
 
 #include "core/file_utils.h"
 #include "device/tutk_device.h"
-#include "media/device_player.h"
+#include "media/live/device_player.h"
 #include "render/video_surface.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/logging.h"

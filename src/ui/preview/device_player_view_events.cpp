@@ -1,6 +1,6 @@
 #include "device/device_messages.h"
 #include "device/tutk_request.h"
-#include "media/device_player.h"
+#include "media/live/device_player.h"
 #include "platform/private_file.h"
 #include "render/video_surface.h"
 #include "ui/logging.h"

@@ -5,7 +5,7 @@
 #include <QFileInfo>
 #include <QSet>
 
-#include "media/player_recorder.h"
+#include "media/recording/player_recorder.h"
 #include "ui/widgets/text.h"
 
 namespace orvelle {

@@ -6,7 +6,7 @@
 #include <memory>
 #include <vector>
 
-#include "media/ending_recordings.h"
+#include "media/recording/ending_recordings.h"
 
 class KvPlayerRecorder;
 

@@ -5,8 +5,8 @@
 
 #include <cmath>
 
-#include "media/device_player.h"
-#include "media/player_recorder.h"
+#include "media/live/device_player.h"
+#include "media/recording/player_recorder.h"
 #include "ui/preview/recording_news.h"
 
 namespace orvelle {

@@ -6,7 +6,7 @@
 #include <atomic>
 #include <cstdint>
 
-#include "media/recording_result.h"
+#include "media/stages/recording_result.h"
 
 class KvDevicePlayer;
 

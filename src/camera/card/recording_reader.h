@@ -1,0 +1,44 @@
+#pragma once
+
+#include <QString>
+
+#include <deque>
+#include <optional>
+
+#include "camera/encoding/adts.h"
+#include "camera/feed/encoded_frame.h"
+#include "frames/ffmpeg_io_ptr.h"
+
+namespace orvelle {
+
+/// Reads a recording back as the frames that were sent, also one that a crash cut short.
+/// One thread.
+class RecordingReader {
+public:
+    /// Empty on success, else one line of reason.
+    QString open(const QString& path);
+
+    /// The next frame in the order of the file; none at its end or where it is torn.
+    /// Times count from the recording's start.
+    std::optional<EncodedFrame> next();
+
+    /// The same from the last key frame at or before `timeUs` on; from the first when there is
+    /// none. To be called before next().
+    void seek(int64_t timeUs);
+
+private:
+    std::optional<EncodedFrame> readFrame();
+    bool openFilter();
+    std::optional<EncodedFrame> frameOf(AVPacket* packet);
+    SharedBytes soundBytes(const AVPacket& packet) const;
+
+    InputFormatPtr m_format;
+    const AVStream* m_video = nullptr;
+    const AVStream* m_audio = nullptr;  ///< null: silent
+    std::optional<AdtsFormat> m_adts;   ///< of AAC
+    BitstreamFilterPtr m_filter;        ///< to Annex B
+    PacketPtr m_packet;
+    std::deque<EncodedFrame> m_ahead;  ///< read while seeking
+};
+
+}  // namespace orvelle

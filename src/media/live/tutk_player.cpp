@@ -1,0 +1,44 @@
+#include "media/live/tutk_player.h"
+
+#include "media/card/tutk_playback_input.h"
+#include "media/stages/base_player_output.h"
+
+using orvelle::PlaybackEnd;
+
+KvTUTKPlayer::KvTUTKPlayer(QObject* parent) : ViewPlayer(parent) {}
+
+KvTUTKPlayer::~KvTUTKPlayer() {
+    shutdown();
+}
+
+void KvTUTKPlayer::setStartTime(const QDateTime& time) {
+    m_startTime = time;
+    if (m_playbackInput)
+        m_playbackInput->setStartTime(time);
+}
+
+PlaybackEnd KvTUTKPlayer::endReason() const {
+    return m_playbackInput ? m_playbackInput->endReason() : PlaybackEnd::kNone;
+}
+
+void KvTUTKPlayer::pause() {
+    if (output())
+        output()->stop();
+    if (input())
+        input()->pause();
+}
+
+std::unique_ptr<KvBasePlayerInput> KvTUTKPlayer::createInput() {
+    if (!m_device)
+        return nullptr;
+    auto input = std::make_unique<KvTUTKPlaybackInput>();
+    input->setDevice(m_device);
+    input->setStartTime(m_startTime);
+    m_playbackInput = input.get();
+    return input;
+}
+
+void KvTUTKPlayer::releaseInput() {
+    m_playbackInput = nullptr;
+    ViewPlayer::releaseInput();
+}

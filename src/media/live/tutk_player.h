@@ -1,0 +1,43 @@
+#pragma once
+
+#include <QDateTime>
+
+#include "media/player/view_player.h"
+#include "media/stages/playback_end.h"
+
+class KvTUTKDevice;
+class KvTUTKPlaybackInput;
+
+/// Plays a recording of a camera's memory card from a given moment on. Used by one thread, the
+/// interface's; the device and the view are borrowed and outlive a running player.
+///
+/// Progress is counted from that moment, in seconds. The end of the recording comes as
+/// KvBasePlayerVideoEnded after its last picture; a refusal and a lost camera as
+/// KvBasePlayerOpenFailed, after which KvBasePlayerVideoEnded may still follow.
+class KvTUTKPlayer : public orvelle::ViewPlayer {
+    Q_OBJECT
+public:
+    explicit KvTUTKPlayer(QObject* parent = nullptr);
+    ~KvTUTKPlayer() override;  ///< shuts down
+
+    /// Each takes effect with the next play().
+    void setDevice(KvTUTKDevice* device) { m_device = device; }
+    void setStartTime(const QDateTime& time);
+    KvTUTKDevice* device() const { return m_device; }
+    QDateTime startTime() const { return m_startTime; }
+
+    /// Tells what an event means; kNone once shut down.
+    orvelle::PlaybackEnd endReason() const;
+
+    /// Nothing is skipped between pause() and resume(): the decoder waits with what it has, and
+    /// the input collects what the camera still sends.
+    void pause() override;
+
+    std::unique_ptr<KvBasePlayerInput> createInput() override;
+    void releaseInput() override;
+
+private:
+    KvTUTKDevice* m_device = nullptr;
+    QDateTime m_startTime;
+    KvTUTKPlaybackInput* m_playbackInput = nullptr;  ///< the base's input stage, or null
+};

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <atomic>
+#include <memory>
+
+#include "media/stages/base_player_output.h"
+
+class KvBasePlayerDecoderFrame;
+class KvPcmPlayer;
+class KvPlayerOutputThread;
+class KvThread;
+
+namespace orvelle {
+class Pacing;
+class VideoSurface;
+}  // namespace orvelle
+
+/// Shows the decoder's pictures in a view, paced by their times, and plays its sound.
+///
+/// Picture and sound have a thread each and are not synchronised: the view follows the pictures'
+/// times, the sound follows its device. Without a view or a sound player frames are taken and
+/// dropped.
+class KvPlayerOutput : public KvBasePlayerOutput {
+    Q_OBJECT
+public:
+    explicit KvPlayerOutput(QObject* parent = nullptr);
+    ~KvPlayerOutput() override;  ///< stops
+
+    double videoTime() override { return m_videoTime; }
+    int start() override;
+    void stop() override;
+    int showVideo(AVFrame* frame, double seconds) override;
+    int playAudio(AVFrame* frame, double seconds) override;
+    bool isRunning() override;
+    void flush() override {}
+    void setVolume(double) override {}
+    void requestStop() override;
+
+    /// Borrowed; the view outlives the running output, also once another was set. Any thread.
+    void setView(orvelle::VideoSurface* view) { m_view = view; }
+
+    /// The loops of the presenting threads.
+    void doShowVideo(KvThread& thread);
+    void doPlayAudio(KvThread& thread);
+
+protected:
+    /// Borrowed; before start().
+    void setSoundPlayer(KvPcmPlayer* player) { m_soundPlayer = player; }
+
+private:
+    void present(KvBasePlayerDecoderFrame* frame, orvelle::Pacing& pacing, KvThread& thread);
+
+    std::atomic<orvelle::VideoSurface*> m_view{nullptr};
+    KvPcmPlayer* m_soundPlayer = nullptr;  ///< fixed while threads run, as the two below
+    std::unique_ptr<KvPlayerOutputThread> m_videoThread;
+    std::unique_ptr<KvPlayerOutputThread> m_audioThread;
+
+    std::atomic<double> m_videoTime{-1.0};
+    // Picture thread.
+    uint32_t m_shownCount = 0;  ///< since start()
+    bool m_hasShown = false;    ///< ever: the end may come while the output is paused
+};

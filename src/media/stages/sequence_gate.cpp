@@ -1,0 +1,18 @@
+#include "media/stages/sequence_gate.h"
+
+namespace orvelle {
+
+bool SequenceGate::accepts(uint8_t sequence, bool isKey) {
+    const bool inOrder = m_previous < 0 || static_cast<uint8_t>(m_previous + 1) == sequence;
+    m_previous = sequence;
+    if (!inOrder)
+        m_gap = true;
+    else if (!m_checking)
+        m_checking = ++m_inOrder > kUncheckedFrames;
+    if (m_checking && m_gap && !isKey)
+        return false;
+    m_gap = false;
+    return true;
+}
+
+}  // namespace orvelle
