@@ -56,6 +56,18 @@ void warnAlreadyRunning() {
                          QMessageBox::Ok);
 }
 
+/// Debug lines go where the environment asks for them, or a developer's build runs.
+void chooseDebugLines() {
+#ifdef QT_NO_DEBUG
+    const bool isDebugBuild = false;
+#else
+    const bool isDebugBuild = true;
+#endif
+    const bool isAsked = !qEnvironmentVariableIsEmpty("ORVELLE_LOG");
+    setDebugLines(isDebugBuild || isAsked);
+    setLogEnabled(isAsked);
+}
+
 /// "--log FILE", or "--log" for the usual place: what the program says, for whoever looks for a
 /// fault of a program that has no console.
 void startLogOnRequest() {
@@ -63,14 +75,9 @@ void startLogOnRequest() {
     const int option = arguments.indexOf(QStringLiteral("--log"));
     if (option < 0)
         return;
-    const QString path =
-        arguments.value(option + 1, KvFileUtils::dataRoot() + QStringLiteral("/Orvelle.log"));
-    if (!openLogFile(path)) {
+    const QString path = arguments.value(option + 1, KvFileUtils::logFilePath());
+    if (!startLog(path))
         qWarning("cannot write the log %s", qUtf8Printable(path));
-        return;
-    }
-    setLogEnabled(true);
-    logQtMessages();
 }
 
 /// What an earlier version, or a copy from elsewhere, left open to others is closed once.
@@ -126,6 +133,7 @@ int runMainWindow(KvApplication& application) {
 
 int runOrvelle(int argc, char** argv) {
     std::optional<HeldQuitSignals> heldQuitSignals(std::in_place);
+    chooseDebugLines();
     // Sizes are in logical pixels, whatever the screen's density; images come at twice the size.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

@@ -239,7 +239,7 @@ void ChannelInput::acceptVideo(const Received& frame, const char* data, Sequence
     const bool isWhole = gate.accepts(info.sequence, info.isKey(), info.timeSec());
     if (!isWhole) {
         if (isLive())
-            qDebug("drop frame number = %u, flags = %d", info.sequence, 0);
+            qCDebug(lcDebug, "drop frame number = %u, flags = %d", info.sequence, 0);
         ++stats().videoFramesDropped;
     }
     auto packet = Packet::copyOf(data, frame.result, info.isKey(), codecOfCameraId(info.codecId),

@@ -80,6 +80,7 @@ void MainWindow::connectTitleBar() {
             &MainWindow::_onClickMaxinilizedButton);
     connect(m_ui->helpMenu(), &KvMenuView::clickHelp, this, &MainWindow::_onClickHelpMenu);
     connect(m_ui->helpMenu(), &KvMenuView::clickLanguage, this, &MainWindow::_onClickLanguage);
+    connect(m_ui->helpMenu(), &KvMenuView::clickLog, this, &MainWindow::_onClickLog);
 }
 
 void MainWindow::connectCameras() {

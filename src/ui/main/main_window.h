@@ -66,6 +66,7 @@ private slots:
     void _onClickLogo(bool);
     void _onClickHelpMenu();
     void _onClickLanguage(const QString& language);
+    void _onClickLog();
     void _onClickEditGroup(bool);
     void _onClickRemoveGroup(bool);
     void _onClickTopGroup(bool);
