@@ -3,6 +3,8 @@
 #include <QMessageBox>
 #include <QTranslator>
 
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
 
 #include "app/application.h"
@@ -23,6 +25,7 @@
 #include "platform/single_instance.h"
 #include "platform/suspend_watch.h"
 #include "render/drawing.h"
+#include "render/sound_thread.h"
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"
 #include "ui/palette.h"
@@ -38,6 +41,7 @@ constexpr int kRestart = -1;
 constexpr int kAlreadyRunning = -1;
 /// Finishing one recording of an interrupted run takes less.
 constexpr int kUnfinishedWaitMs = 2000;
+constexpr int kSoundWaitMs = 2000;
 
 void chooseFont() {
     // Not every system has the house font; these have its Chinese characters.
@@ -118,6 +122,16 @@ private:
         std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot());
 };
 
+/// A sound server that hangs keeps the thread that asked it; what is destroyed from here on would
+/// wait for that or abort.
+void leaveHungSoundBehind(int exitCode) {
+    if (SoundThread::instance().hasEnded(kSoundWaitMs))
+        return;
+    qWarning("the sound server does not answer; its thread is left behind");
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
+}
+
 /// One main window from its start to its end; the event loop's exit code.
 int runMainWindow(KvApplication& application) {
     const KeepAwake keepAwake;
@@ -173,6 +187,8 @@ int runOrvelle(int argc, char** argv) {
         singleInstance.release();
     }
     RecordingNews::shutDown(SavingDialog::kMaxWaitMs);
+    services.reset();
+    leaveHungSoundBehind(code);
     return code;
 }
 

@@ -9,6 +9,7 @@
 
 #include "media/media_log.h"
 #include "media/recording/recording_writer.h"
+#include "platform/suspend_delay.h"
 
 using orvelle::RecordingFault;
 using orvelle::RecordingResult;
@@ -78,6 +79,7 @@ int KvPlayerRecorder::start() {
     if (!m_source.isComplete() || m_thread)
         return -1;
     m_packets = std::make_unique<PacketQueue>();
+    m_suspendDelay = std::make_unique<orvelle::SuspendDelay>();
     m_thread = std::make_unique<KvPlayerRecoderThread>(this);
     m_thread->start(QThread::InheritPriority);
     return 0;
@@ -145,6 +147,7 @@ void KvPlayerRecorder::record(KvThread& thread) {
     m_source.detach();
     qDebug("uninit record");
     finish(writer, error);
+    m_suspendDelay.reset();
     // Whoever hears of the end, on whatever thread, finds that nothing is being recorded.
     thread.stop();
     m_hasEnded = true;
