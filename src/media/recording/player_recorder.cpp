@@ -5,9 +5,11 @@
 #include <QFile>
 #include <QtDebug>
 
+#include <algorithm>
 #include <cmath>
 
 #include "media/media_log.h"
+#include "media/recording/recording_sink.h"
 #include "media/recording/recording_writer.h"
 #include "platform/suspend_delay.h"
 
@@ -25,11 +27,20 @@ constexpr int kWaitMs = 1000;
 constexpr qint64 kMaxDrainMs = 10'000;
 
 RecordingFault faultOf(int error) {
-    if (error >= 0)
-        return RecordingFault::kNone;
-    if (error == AVERROR(ENOSPC))
-        return RecordingFault::kDiskFull;
-    return error == AVERROR(ETIMEDOUT) ? RecordingFault::kDiskTooSlow : RecordingFault::kOther;
+    switch (std::min(error, 0)) {
+        case 0:
+            return RecordingFault::kNone;
+        case AVERROR(ENOSPC):
+            return RecordingFault::kDiskFull;
+        case orvelle::kQuotaError:
+            return RecordingFault::kQuota;
+        case AVERROR(EFBIG):
+            return RecordingFault::kFileTooLarge;
+        case AVERROR(ETIMEDOUT):
+            return RecordingFault::kDiskTooSlow;
+        default:
+            return RecordingFault::kOther;
+    }
 }
 
 bool hasBytes(const KvBasePlayerInputPacket& packet) {

@@ -217,6 +217,8 @@ void MainWindow::closeProgram() {
     if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {
         m_isClosing = false;
         orvelle::RecordingNews::instance().announce();
+        // One that came meanwhile.
+        QMetaObject::invokeMethod(this, &MainWindow::offerUpdate, Qt::QueuedConnection);
         return;
     }
     exitProgram();
