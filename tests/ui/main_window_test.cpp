@@ -107,6 +107,31 @@ private slots:
                                                      "mobile_phone_first")}));
     }
 
+    void typedCode_isKept_untilItIsTaken() {
+        addEntry();
+        MainWindow window;
+        window.show();
+        const auto* ui = window.findChild<MainWindowUI*>();
+        const QString typed = QStringLiteral("no code");
+        QStringList seen;
+        QTimer user;
+        user.callOnTimeout(&window, [&] {
+            auto* front = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (auto* input = qobject_cast<KvInputDialog*>(front)) {
+                seen += input->text();
+                input->setText(typed);
+                seen.size() % 2 == 1 ? input->accept() : input->reject();
+            } else if (front) {
+                front->reject();
+            }
+        });
+        user.start(5);
+        emit ui->cameras()->clickAddDevice();
+        QCOMPARE(seen, QStringList({QString(), typed}));
+        emit ui->welcomePage()->clickSearchButton(typed);
+        QCOMPARE(ui->welcomePage()->findChild<QLineEdit*>()->text(), typed);
+    }
+
     void language_isStoredAndRestarts() {
         int restarts = 0;
         orvelle::setRestartHook([&restarts] { ++restarts; });

@@ -88,7 +88,8 @@ private:
     void updateEntries();
     void showGroup(KvDeviceGroup* group);
     void searchNetwork();
-    void addByCode(const QString& code);
+    /// False when the code is worth another try: it is mistyped, refused, or the user cancelled.
+    bool addByCode(const QString& code);
     void showAddOutcome(int status, orvelle::DeviceState failure);
     void toastOverContent(const QString& text);
     void inform(const QString& text);
