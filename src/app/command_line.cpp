@@ -13,12 +13,15 @@ namespace {
 
 constexpr int kNoDisplay = 1;
 constexpr char kUsage[] =
-    "Usage: orvelle [--help] [--version]\n"
+    "Usage: orvelle [--help] [--version] [--log [FILE]]\n"
     "\n"
     "Shows, records and steers Wi-Fi cameras.\n"
     "\n"
     "  -h, --help     show this and end\n"
     "  -v, --version  show the version and end\n"
+    "  --log [FILE]   write what the program does to FILE, else to Orvelle.log among its data\n"
+    "\n"
+    "ORVELLE_LOG=1 in the environment writes it to the terminal.\n"
     "\n"
     "Options of the Qt toolkit, as -platform and -style, are taken as well.\n";
 

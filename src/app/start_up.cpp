@@ -3,6 +3,8 @@
 #include <QMessageBox>
 #include <QTranslator>
 
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
 
 #include "app/application.h"
@@ -23,6 +25,7 @@
 #include "platform/single_instance.h"
 #include "platform/suspend_watch.h"
 #include "render/drawing.h"
+#include "render/sound_thread.h"
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"
 #include "ui/palette.h"
@@ -38,6 +41,7 @@ constexpr int kRestart = -1;
 constexpr int kAlreadyRunning = -1;
 /// Finishing one recording of an interrupted run takes less.
 constexpr int kUnfinishedWaitMs = 2000;
+constexpr int kSoundWaitMs = 2000;
 
 void chooseFont() {
     // Not every system has the house font; these have its Chinese characters.
@@ -56,6 +60,18 @@ void warnAlreadyRunning() {
                          QMessageBox::Ok);
 }
 
+/// Debug lines go where the environment asks for them, or a developer's build runs.
+void chooseDebugLines() {
+#ifdef QT_NO_DEBUG
+    const bool isDebugBuild = false;
+#else
+    const bool isDebugBuild = true;
+#endif
+    const bool isAsked = !qEnvironmentVariableIsEmpty("ORVELLE_LOG");
+    setDebugLines(isDebugBuild || isAsked);
+    setLogEnabled(isAsked);
+}
+
 /// "--log FILE", or "--log" for the usual place: what the program says, for whoever looks for a
 /// fault of a program that has no console.
 void startLogOnRequest() {
@@ -63,14 +79,9 @@ void startLogOnRequest() {
     const int option = arguments.indexOf(QStringLiteral("--log"));
     if (option < 0)
         return;
-    const QString path =
-        arguments.value(option + 1, KvFileUtils::dataRoot() + QStringLiteral("/Orvelle.log"));
-    if (!openLogFile(path)) {
+    const QString path = arguments.value(option + 1, KvFileUtils::logFilePath());
+    if (!startLog(path))
         qWarning("cannot write the log %s", qUtf8Printable(path));
-        return;
-    }
-    setLogEnabled(true);
-    logQtMessages();
 }
 
 /// What an earlier version, or a copy from elsewhere, left open to others is closed once.
@@ -111,6 +122,16 @@ private:
         std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot());
 };
 
+/// A sound server that hangs keeps the thread that asked it; what is destroyed from here on would
+/// wait for that or abort.
+void leaveHungSoundBehind(int exitCode) {
+    if (SoundThread::instance().hasEnded(kSoundWaitMs))
+        return;
+    qWarning("the sound server does not answer; its thread is left behind");
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
+}
+
 /// One main window from its start to its end; the event loop's exit code.
 int runMainWindow(KvApplication& application) {
     const KeepAwake keepAwake;
@@ -126,6 +147,7 @@ int runMainWindow(KvApplication& application) {
 
 int runOrvelle(int argc, char** argv) {
     std::optional<HeldQuitSignals> heldQuitSignals(std::in_place);
+    chooseDebugLines();
     // Sizes are in logical pixels, whatever the screen's density; images come at twice the size.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -165,6 +187,8 @@ int runOrvelle(int argc, char** argv) {
         singleInstance.release();
     }
     RecordingNews::shutDown(SavingDialog::kMaxWaitMs);
+    services.reset();
+    leaveHungSoundBehind(code);
     return code;
 }
 

@@ -12,9 +12,10 @@ public:
     using Packet = KvBasePlayerInputPacket;
 
     /// Offers the packet to the tap, then queues it.
-    void giveVideo(const EncodedPicture& picture, int codec, double timeSec) {
+    void giveVideo(const EncodedPicture& picture, int codec, double timeSec,
+                   bool followsLoss = false) {
         m_isVideoDone = false;
-        give(m_video, picture, codec, Packet::kVideo, timeSec);
+        give(m_video, picture, codec, Packet::kVideo, timeSec, followsLoss);
     }
     void giveSound(const std::vector<uint8_t>& bytes, int codec, double timeSec) {
         give(m_audio, {bytes, true}, codec, Packet::kAudio, timeSec);
@@ -45,9 +46,11 @@ public:
 private:
     using Queue = OwningQueue<Packet>;
 
-    void give(Queue& queue, const EncodedPicture& unit, int codec, int mediaType, double timeSec) {
+    void give(Queue& queue, const EncodedPicture& unit, int codec, int mediaType, double timeSec,
+              bool followsLoss = false) {
         auto packet = Packet::copyOf(unit.bytes.data(), static_cast<int>(unit.bytes.size()),
                                      unit.isKey, codec, mediaType, timeSec);
+        packet->setFollowsLoss(followsLoss);
         deliverPacket(packet.get());
         queue.put(std::move(packet));
     }

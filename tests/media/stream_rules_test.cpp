@@ -43,20 +43,23 @@ class StreamRulesTest : public QObject {
     Q_OBJECT
 private slots:
     void sequenceGate_dropsUntilKey_afterGap() {
-        // Each frame: its number, 'k' or 'd' for key or delta, '+' or '-' for taken or dropped;
-        // "lost" is a loss reported by the link.
+        // Each frame, half a second apart: its number, 'k' or 'd' for key or delta, '+' or '-' for
+        // taken or dropped; "lost" is a loss reported by the link.
         for (const char* frames :
              {"253k+ 254d+ 255d+ 0d+ 1d+", "1k+ 2d+ 3d+ 5d- 6d- 7k+ 8d+", "1k+ 2d+ 3d+ 9k+ 10d+",
               "1k+ 2d+ 7d+ 8d+ 9d+ 11d- 12k+", "1d+ 5d+ 9d+ 20d+ 21d+ 22d+ 30d-", "1k+ 2d+ 3d+ 3d-",
-              "1k+ 2d+ 3d+ lost 4d- 5k+ 6d+"}) {
+              "1k+ 2d+ 3d+ lost 4d- 5k+ 6d+",
+              "1k+ 2d+ 3d+ 5d- 6d- 7d- 9d- 10d- 11d- 12d+ 13d+ 15d-",
+              "1k+ 2d+ 3d+ lost 4d- 5d- lost 6d- 7d- 8d- 9d- 10d+ lost 11d- 12k+"}) {
             SequenceGate gate;
+            double timeSec = 7.0;
             for (const QByteArray& frame : QByteArray(frames).split(' ')) {
                 if (frame == "lost") {
                     gate.noteLoss();
                     continue;
                 }
                 const auto number = static_cast<uint8_t>(frame.left(frame.size() - 2).toInt());
-                const bool isTaken = gate.accepts(number, frame.contains('k'));
+                const bool isTaken = gate.accepts(number, frame.contains('k'), timeSec += 0.5);
                 QVERIFY2(isTaken == frame.endsWith('+'), frames);
             }
         }

@@ -3,7 +3,7 @@
 #include "media/recording_reader.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
-#include "system/clerk.h"
+#include "support/clerk.h"
 #include "system/event_loop_probe.h"
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"

@@ -4,7 +4,7 @@
 #include "render/video_surface.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
-#include "system/clerk.h"
+#include "support/clerk.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/device_record_view.h"
 #include "ui/preview/recording_news.h"

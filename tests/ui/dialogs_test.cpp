@@ -14,6 +14,7 @@
 #include "support/suites.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/dialogs/confirm_dialog.h"
+#include "ui/dialogs/device_add_dialog.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/dialogs/file_downloader_dialog.h"
 #include "ui/dialogs/input_dialog.h"
@@ -96,7 +97,7 @@ private slots:
             const MakeDialog& make;
             const char* button;  // clicked, or with a key the one that has the focus
             Qt::Key key;
-            int result;
+            int result;  // -1: stays open
         } ways[] = {{alert, "ok", {}, 1},
                     {alert, "cancel", {}, 0},
                     {alert, "close", {}, 0},
@@ -110,7 +111,9 @@ private slots:
                     {input, "cancel", {}, 0},
                     {input, "", Qt::Key_Return, 1},
                     {input, "", Qt::Key_Escape, 0},
-                    {maker<KvVersionDialog>(), "close", {}, 0}};
+                    {maker<KvVersionDialog>(), "close", {}, 0},
+                    {maker<KvTUTKDeviceAddDialog>(), "cancel", Qt::Key_Return, -1},
+                    {maker<KvTUTKDeviceAddDialog>(), "cancel", Qt::Key_Space, 0}};
         for (const auto& way : ways) {
             const auto dialog = way.make();
             QSignalSpy finished(dialog.get(), &QDialog::finished);
@@ -123,7 +126,7 @@ private slots:
                 pressed->setFocus();
             if (way.key != 0)
                 QTest::keyClick(dialog->focusWidget(), way.key);
-            QCOMPARE(finished.value(0).value(0), QVariant(way.result));
+            QCOMPARE(finished.value(0, {-1}).value(0), QVariant(way.result));
         }
     }
 

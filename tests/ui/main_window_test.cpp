@@ -7,9 +7,11 @@
 
 #include "core/configure.h"
 #include "core/file_utils.h"
+#include "core/log.h"
 #include "device/device_manager.h"
 #include "fake_device.h"
 #include "link/device_code.h"
+#include "support/clerk.h"
 #include "support/suites.h"
 #include "ui/dialogs/confirm_dialog.h"
 #include "ui/dialogs/device_table_model.h"
@@ -105,6 +107,31 @@ private slots:
                                                      "mobile_phone_first")}));
     }
 
+    void typedCode_isKept_untilItIsTaken() {
+        addEntry();
+        MainWindow window;
+        window.show();
+        const auto* ui = window.findChild<MainWindowUI*>();
+        const QString typed = QStringLiteral("no code");
+        QStringList seen;
+        QTimer user;
+        user.callOnTimeout(&window, [&] {
+            auto* front = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (auto* input = qobject_cast<KvInputDialog*>(front)) {
+                seen += input->text();
+                input->setText(typed);
+                seen.size() % 2 == 1 ? input->accept() : input->reject();
+            } else if (front) {
+                front->reject();
+            }
+        });
+        user.start(5);
+        emit ui->cameras()->clickAddDevice();
+        QCOMPARE(seen, QStringList({QString(), typed}));
+        emit ui->welcomePage()->clickSearchButton(typed);
+        QCOMPARE(ui->welcomePage()->findChild<QLineEdit*>()->text(), typed);
+    }
+
     void language_isStoredAndRestarts() {
         int restarts = 0;
         orvelle::setRestartHook([&restarts] { ++restarts; });
@@ -125,6 +152,27 @@ private slots:
         orvelle::setRestartHook({});
         QCOMPARE(KvConfigure().getString(orvelle::settings::kLanguage, {}),
                  QStringLiteral("chinese"));
+    }
+
+    void log_isWritten_untilItIsChosenAgain() {
+        MainWindow window;
+        QFile file(KvFileUtils::logFilePath());
+        orvelle::test::Clerk clerk;
+        for (const bool isOn : {true, false}) {
+            emit window.findChild<KvMenuView*>()->clickLog();
+            qDebug("while it is %s", isOn ? "on" : "off");
+            QCOMPARE(orvelle::isLogEnabled(), isOn);
+        }
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray lines = file.readAll();
+        QVERIFY(lines.contains("while it is on\n") && !lines.contains("while it is off"));
+        // One that cannot be written is told.
+        QVERIFY(file.remove() && QDir().mkdir(file.fileName()));
+        emit window.findChild<KvMenuView*>()->clickLog();
+        QCOMPARE(clerk.seen, QStringList({QStringLiteral("KvDirectoryDialog"),
+                                          QStringLiteral("KvAlertDialog")}));
+        QCOMPARE(clerk.questions, QStringList(orvelle::text("the_log_cannot_be_written")));
+        QVERIFY(QDir().rmdir(file.fileName()));
     }
 
     void unsavedEntry_isTold_data() {

@@ -5,9 +5,11 @@
 
 #include "frames/input_packet.h"
 #include "frames/parameter_sets.h"
+#include "frames/picture_role.h"
 #include "media/stages/base_player_input.h"
 
 using orvelle::OpenCodec;
+using orvelle::PictureRole;
 
 namespace {
 
@@ -31,6 +33,12 @@ bool isDamaged(const AVFrame& frame) {
 
 double durationSec(const AVFrame& frame) {
     return frame.sample_rate > 0 ? static_cast<double>(frame.nb_samples) / frame.sample_rate : 0.0;
+}
+
+PictureRole roleOf(const KvBasePlayerInputPacket& packet) {
+    const AVPacket& bytes = *packet.packet();
+    return orvelle::pictureRole(static_cast<AVCodecID>(packet.codecId()), bytes.data,
+                                static_cast<size_t>(bytes.size), packet.isKey());
 }
 
 int takeFrame(OwningQueue<KvBasePlayerDecoderFrame>* queue, KvBasePlayerDecoderFrame** frame) {
@@ -174,24 +182,38 @@ void KvPlayerDecoder::decodeVideo(const KvThread& thread) {
 void KvPlayerDecoder::handleVideoPacket(const KvBasePlayerInputPacket& packet) {
     if (!hasBytes(packet) || (!isCodecFor(packet) && !openVideo(packet)))
         return;
-    // What is left out here is missing to those that follow.
-    if (m_keyPicturesOnly && !packet.isKey())
-        m_keyFrameSeen = false;
-    if (!m_keyFrameSeen) {
-        if (!packet.isKey())
-            return;
-        m_video->reset();
-        m_keyFrameSeen = true;
+    const PictureRole role = roleOf(packet);
+    if (packet.isKey())
+        begin(packet, role == PictureRole::kFresh);
+    if (packet.followsLoss())
+        m_damage.begin(packet.time());
+    if (m_keyPicturesOnly && !packet.isKey()) {
+        // What is left out is missing to those that follow, from the last one on.
+        m_damage.end();
+        m_damage.begin(packet.time());
+        return;
     }
+    if (!m_keyFrameSeen)
+        return;
     const int result = decodePicture(packet);
     m_videoErrors.note(result);
     if (packet.isKey() && result >= 0)
         m_videoParameters.publish(*m_video->context(), m_parameterSets);
     if (result < 0 && result != AVERROR(EAGAIN)) {
         stats().decodeErrors.fetch_add(1, std::memory_order_relaxed);
-        // What follows refers to the picture that is missing now, and would look smeared.
-        m_keyFrameSeen = false;
+        // What refers to the picture that is missing now would look smeared.
+        if (role != PictureRole::kDisposable)
+            m_damage.begin(packet.time());
     }
+}
+
+void KvPlayerDecoder::begin(const KvBasePlayerInputPacket& packet, bool isFresh) {
+    // Where a refresh only starts, what the codec has is better than nothing.
+    if (!m_keyFrameSeen || (isFresh && m_damage.covers(packet.time())))
+        m_video->reset();
+    if (!m_keyFrameSeen || isFresh)
+        m_damage.end();
+    m_keyFrameSeen = true;
 }
 
 bool KvPlayerDecoder::isCodecFor(const KvBasePlayerInputPacket& packet) {
@@ -233,7 +255,7 @@ int KvPlayerDecoder::decodePicture(const KvBasePlayerInputPacket& packet) {
 void KvPlayerDecoder::passPicture(double timeSec) {
     const AVFrame* picture = m_filter.accept(*m_video->frame());
     // A flush while it was being decoded made it worthless.
-    if (!picture || !m_keyFrameSeen)
+    if (!picture || !m_keyFrameSeen || m_damage.covers(timeSec))
         return;
     m_videoFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(picture, timeSec));
     stats().picturesDecoded.fetch_add(1, std::memory_order_relaxed);

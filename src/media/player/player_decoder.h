@@ -9,6 +9,7 @@
 #include "media/player/open_codec.h"
 #include "media/player/video_frame_filter.h"
 #include "media/stages/base_player_decoder.h"
+#include "media/stages/damage_span.h"
 #include "media/stages/error_run.h"
 
 class KvBasePlayerInputPacket;
@@ -39,7 +40,7 @@ public:
 /// The decoder stage of every player: one thread for pictures, one for sound.
 ///
 /// The codec follows the packets. Pictures start at a key frame, leave in planar 4:2:0 and are
-/// withheld after damage until the next key frame; at most three wait. At most half a second of
+/// withheld for a DamageSpan after one that is damaged; at most three wait. At most half a second of
 /// sound waits: a sound device slower than the camera's clock costs sound, not delay.
 class KvPlayerDecoder : public KvBasePlayerDecoder {
     Q_OBJECT
@@ -76,6 +77,7 @@ private:
     bool isCodecFor(const KvBasePlayerInputPacket& packet);
     bool openVideo(const KvBasePlayerInputPacket& packet);
     int decodePicture(const KvBasePlayerInputPacket& packet);
+    void begin(const KvBasePlayerInputPacket& packet, bool isFresh);
     void passPicture(double timeSec);
 
     void decodeAudio(const KvThread& thread);
@@ -92,7 +94,8 @@ private:
     std::unique_ptr<KvPlayerDecoderVideoThread> m_videoThread;
     std::unique_ptr<KvPlayerDecoderAudioThread> m_audioThread;
 
-    orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the two below
+    orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the three below
+    orvelle::DamageSpan m_damage;       ///< what is decoded here is not shown
     orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
     std::vector<uint8_t> m_parameterSets;             ///< of the last key frame that had any
     orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below

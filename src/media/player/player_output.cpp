@@ -123,6 +123,9 @@ void KvPlayerOutput::present(KvBasePlayerDecoderFrame* frame, orvelle::Pacing& p
 }
 
 void KvPlayerOutput::doPlayAudio(KvThread& thread) {
+    // Here, since a device may take its time. Without one the picture plays all the same.
+    if (m_soundPlayer)
+        m_soundPlayer->start();
     while (!thread.isStopped()) {
         KvBasePlayerDecoderFrame* frame = nullptr;
         if (decoder()->readAudioFrame(&frame) == 0) {

@@ -44,7 +44,7 @@ public:
     void doPlayAudio(KvThread& thread);
 
 protected:
-    /// Borrowed; before start().
+    /// Borrowed; before start(). The sound thread starts it.
     void setSoundPlayer(KvPcmPlayer* player) { m_soundPlayer = player; }
 
 private:

@@ -1,5 +1,6 @@
 #include "ui/dialogs/device_add_dialog.h"
 
+#include <QKeyEvent>
 #include <QPushButton>
 
 #include "device/device_add_thread.h"
@@ -23,7 +24,6 @@ KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
       m_cancel(new QPushButton(orvelle::text("cancel"), this)) {
     m_cancel->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
     m_cancel->setCursor(Qt::PointingHandCursor);
-    // The Enter key that confirmed the code may still be down.
     m_cancel->setAutoDefault(false);
     KvWidgetUtils::setFont(m_cancel, orvelle::palette::kFontPixels);
     connect(m_cancel, &QPushButton::clicked, this, &KvTUTKDeviceAddDialog::_onClickCancelButton);
@@ -82,6 +82,12 @@ void KvTUTKDeviceAddDialog::reject() {
     m_status = kCancelled;
     KvDeviceManager::abandonWorker(std::move(m_thread), this);
     QDialog::reject();
+}
+
+void KvTUTKDeviceAddDialog::keyPressEvent(QKeyEvent* event) {
+    // One more Enter after the code is meant to go on, and not to cancel.
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
+        BusyDialog::keyPressEvent(event);
 }
 
 void KvTUTKDeviceAddDialog::resizeEvent(QResizeEvent* event) {

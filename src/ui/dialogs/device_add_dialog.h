@@ -9,8 +9,8 @@ class KvTUTKDeviceTryConnectThread;
 class QPushButton;
 
 /// Waits while a camera is bound by its code, or is given the new password that the code holds;
-/// exec() gives 1 with an outcome and 0 when the user cancelled. Cancelling returns at once: the
-/// manager's reaper ends the attempt. Interface thread.
+/// exec() gives 1 with an outcome and 0 when the user cancelled, which Enter does not. Cancelling
+/// returns at once: the manager's reaper ends the attempt. Interface thread.
 class KvTUTKDeviceAddDialog : public orvelle::BusyDialog {
     Q_OBJECT
 
@@ -42,6 +42,7 @@ signals:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private slots:
     void _doUpdateDeviceStatus(int status);

@@ -80,6 +80,7 @@ void MainWindow::connectTitleBar() {
             &MainWindow::_onClickMaxinilizedButton);
     connect(m_ui->helpMenu(), &KvMenuView::clickHelp, this, &MainWindow::_onClickHelpMenu);
     connect(m_ui->helpMenu(), &KvMenuView::clickLanguage, this, &MainWindow::_onClickLanguage);
+    connect(m_ui->helpMenu(), &KvMenuView::clickLog, this, &MainWindow::_onClickLog);
 }
 
 void MainWindow::connectCameras() {
@@ -216,6 +217,8 @@ void MainWindow::closeProgram() {
     if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {
         m_isClosing = false;
         orvelle::RecordingNews::instance().announce();
+        // One that came meanwhile.
+        QMetaObject::invokeMethod(this, &MainWindow::offerUpdate, Qt::QueuedConnection);
         return;
     }
     exitProgram();

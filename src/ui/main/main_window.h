@@ -66,6 +66,7 @@ private slots:
     void _onClickLogo(bool);
     void _onClickHelpMenu();
     void _onClickLanguage(const QString& language);
+    void _onClickLog();
     void _onClickEditGroup(bool);
     void _onClickRemoveGroup(bool);
     void _onClickTopGroup(bool);
@@ -87,7 +88,8 @@ private:
     void updateEntries();
     void showGroup(KvDeviceGroup* group);
     void searchNetwork();
-    void addByCode(const QString& code);
+    /// False when the code is worth another try: it is mistyped, refused, or the user cancelled.
+    bool addByCode(const QString& code);
     void showAddOutcome(int status, orvelle::DeviceState failure);
     void toastOverContent(const QString& text);
     void inform(const QString& text);

@@ -319,10 +319,16 @@ void MainWindow::_onClickAddGroup() {
 }
 
 void MainWindow::_onClickCamerasAddButton() {
-    KvInputDialog dialog(text("please_input_device_code_which_showing_on_your_phones_application"),
-                         text("please_input_device_code"), this);
-    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
-        _onClickSearch(dialog.text());
+    QString code;
+    do {
+        KvInputDialog dialog(
+            text("please_input_device_code_which_showing_on_your_phones_application"),
+            text("please_input_device_code"), this);
+        dialog.setText(code);
+        if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted)
+            return;
+        code = dialog.text();
+    } while (!addByCode(code));
 }
 
 void MainWindow::_onAddDevice(const QString& code) {
@@ -331,12 +337,8 @@ void MainWindow::_onAddDevice(const QString& code) {
 
 void MainWindow::_onClickSearch(const QString& code) {
     m_ui->welcomePage()->clear();
-    const KvTUTKDevice decoded(code);
-    if (decoded.uid().isEmpty() || decoded.password().isEmpty()) {
-        toastOverContent(text(failureKey(orvelle::DeviceState::kNeverTried)));
-        return;
-    }
-    addByCode(code);
+    if (!addByCode(code))
+        m_ui->welcomePage()->setCode(code);
 }
 
 void MainWindow::_onClickEnterCode(bool) {
@@ -346,19 +348,31 @@ void MainWindow::_onClickEnterCode(bool) {
 
 void MainWindow::_onEnterCode(KvDevice* device) {
     const QString uid = device->uid();
-    KvInputDialog dialog(text("enter_the_new_device_code_of").arg(device->displayName()),
-                         text("please_input_device_code"), this);
-    dialog.setTextRequired(true);
-    dialog.setCheck([&uid](const QString& code) { return codeRefusal(uid, code); });
-    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
-        addByCode(dialog.text());
+    const QString title = text("enter_the_new_device_code_of").arg(device->displayName());
+    QString code;
+    do {
+        KvInputDialog dialog(title, text("please_input_device_code"), this);
+        dialog.setTextRequired(true);
+        dialog.setText(code);
+        dialog.setCheck([&uid](const QString& typed) { return codeRefusal(uid, typed); });
+        if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted)
+            return;
+        code = dialog.text();
+    } while (!addByCode(code));
 }
 
-void MainWindow::addByCode(const QString& code) {
+bool MainWindow::addByCode(const QString& code) {
+    const KvTUTKDevice decoded(code);
+    if (decoded.uid().isEmpty() || decoded.password().isEmpty()) {
+        toastOverContent(text(failureKey(orvelle::DeviceState::kNeverTried)));
+        return false;
+    }
     KvTUTKDeviceAddDialog dialog(this);
     dialog.start(code);
-    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
-        showAddOutcome(dialog.status(), dialog.failure());
+    if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted)
+        return false;
+    showAddOutcome(dialog.status(), dialog.failure());
+    return dialog.status() != KvTUTKDeviceAddDialog::kFailed;
 }
 
 void MainWindow::showAddOutcome(int status, orvelle::DeviceState failure) {
