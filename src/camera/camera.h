@@ -65,6 +65,7 @@ private:
     CardSpace cardSpace() override;
     void listRecordings(int clientId, const ListRequest& request) override;
     void playRecording(int clientId, const PlayRequest& request) override;
+    void grantRoom(int clientId, const RoomGrant& grant) override;
     void formatCard(int clientId) override;
 
     bool change(int clientId, const std::function<bool(Viewer&)>& edit);
