@@ -4,6 +4,7 @@
 
 #include "device/device_messages.h"
 #include "support/suites.h"
+#include "ui/playback/moment_choice.h"
 #include "ui/playback/recordings.h"
 
 using orvelle::ClickGuard;

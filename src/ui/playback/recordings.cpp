@@ -198,15 +198,4 @@ int Recordings::next() const {
     return found == m_all.cend() ? -1 : static_cast<int>(found - m_all.cbegin());
 }
 
-bool ClickGuard::accepts(qint64 now) {
-    if (remaining(now) > 0)
-        return false;
-    m_last = now;
-    return true;
-}
-
-qint64 ClickGuard::remaining(qint64 now) const {
-    return m_last < 0 ? 0 : qMax<qint64>(0, m_last + kIntervalMs - now);
-}
-
 }  // namespace orvelle

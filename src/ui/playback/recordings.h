@@ -104,17 +104,4 @@ private:
     int m_currentStart = -1;
 };
 
-/// Lets clicks pass only so often. Times are in milliseconds of a steady clock.
-class ClickGuard {
-public:
-    static constexpr qint64 kIntervalMs = 1000;
-
-    bool accepts(qint64 now);
-    /// Until one would pass again, 0 for at once.
-    qint64 remaining(qint64 now) const;
-
-private:
-    qint64 m_last = -1;  ///< the last accepted one
-};
-
 }  // namespace orvelle

@@ -1,22 +1,36 @@
 #include "ui/playback/sdcard_playback_view.h"
 
 #include <QCoreApplication>
+#include <QKeyEvent>
+#include <QPointer>
 #include <QScreen>
+#include <QtDebug>
 
 #include <chrono>
 #include <limits>
+#include <utility>
 
+#include "device/device_messages.h"
 #include "device/tutk_device.h"
+#include "device/tutk_request.h"
 #include "media/live/tutk_player.h"
 #include "render/video_surface.h"
+#include "ui/dialogs/directory_dialog.h"
 #include "ui/list/device_state_text.h"
 #include "ui/playback/calendar_dialog.h"
+#include "ui/playback/full_screen_bars.h"
 #include "ui/playback/no_sdcard_view.h"
+#include "ui/playback/time_line_view.h"
 #include "ui/playback/video_time_line_view.h"
+#include "ui/preview/media_folder.h"
 #include "ui/widgets/click_label.h"
+#include "ui/widgets/focus_ring.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
+#include "ui/widgets/widget_utils.h"
 
+using orvelle::textKey;
+using News = orvelle::CardPlaying::News;
 using UI = KvSDCardPlaybackViewUI;
 
 namespace {
@@ -27,7 +41,6 @@ constexpr QSize kSmallMinSize(360, 240);
 constexpr int kSmallScreenHeight = 700;
 constexpr int kClockMs = 1000;
 constexpr int kCoverDelayMs = 500;
-constexpr int kBarsMs = 3000;
 constexpr int kFutureSeconds = 3600;
 constexpr int kToastBottom = 120;  // above the bar with the timeline
 
@@ -39,18 +52,21 @@ int secondsNow() {
 }  // namespace
 
 KvSDCardPlaybackView::KvSDCardPlaybackView(QWidget* parent)
-    : QWidget(parent), m_ui(new UI(this)), m_player(std::make_unique<KvTUTKPlayer>()) {
+    : QWidget(parent),
+      m_ui(new UI(this)),
+      m_bars(new orvelle::FullScreenBars(this, m_ui)),
+      m_list(
+          [this](uint32_t type, const QByteArray& payload) { return sendRequest(type, payload); },
+          [this] { return nowMs(); }),
+      m_choice([this] { return nowMs(); }),
+      m_player(std::make_unique<KvTUTKPlayer>()) {
     setMinimumSize(screen()->size().height() < kSmallScreenHeight ? kSmallMinSize : kMinSize);
     setFocusPolicy(Qt::StrongFocus);
-    // Reports the mouse over the children too, which take its moves.
-    setAttribute(Qt::WA_Hover);
     m_player->setCallback(this, onPlayerEvent);
     m_clockTimer.setInterval(kClockMs);
     m_coverTimer.setInterval(kCoverDelayMs);
-    m_barsTimer.setInterval(kBarsMs);
-    for (QTimer* timer : {&m_coverTimer, &m_answerTimer, &m_barsTimer, &m_choiceTimer})
+    for (QTimer* timer : {&m_coverTimer, &m_answerTimer})
         timer->setSingleShot(true);
-    m_choiceTimer.setTimerType(Qt::PreciseTimer);
     m_toast.setMargins(0, kToastBottom);
     connectSignals();
     connectButtons();
@@ -81,8 +97,7 @@ void KvSDCardPlaybackView::connectSignals() {
     connect(&m_clockTimer, &QTimer::timeout, this, &View::_invokeDateTimeTimer);
     connect(&m_coverTimer, &QTimer::timeout, this, &View::updateCover);
     connect(&m_answerTimer, &QTimer::timeout, this, &View::onNoAnswer);
-    connect(&m_choiceTimer, &QTimer::timeout, this, &View::playPendingChoice);
-    connect(&m_barsTimer, &QTimer::timeout, this, &View::hideBars);
+    connect(&m_choice, &orvelle::MomentChoice::due, this, &View::playChoice);
     connect(&m_clicker, &KvClicker::doubleClick, this, &View::_onDoubleClickVideoView);
 }
 
@@ -120,8 +135,7 @@ void KvSDCardPlaybackView::setDevice(KvTUTKDevice* device) {
     setFullscreen(window()->isFullScreen());
     device->addListener(this, onResponse);
     m_clockTimer.start();
-    m_listAskedMs = nowMs();
-    requestCardInfo(InfoRequest::kOpening);
+    openCard();
 }
 
 void KvSDCardPlaybackView::releaseDevice() {
@@ -133,9 +147,8 @@ void KvSDCardPlaybackView::releaseDevice() {
     // What the camera and the player told before is of no interest any more.
     QCoreApplication::removePostedEvents(this, QEvent::MetaCall);
     m_clockTimer.stop();
-    m_choiceTimer.stop();
-    m_recordings.clear();
-    m_infoRequest = InfoRequest::kNone;
+    m_choice.forget();
+    m_list.clear();
     m_hasPicture = false;
     m_ui->blankPicture();
     updateCover();
@@ -162,7 +175,7 @@ void KvSDCardPlaybackView::awaitAnswer() {
 }
 
 bool KvSDCardPlaybackView::isAwaitingAnswer() const {
-    return m_isLoading || m_recordings.isAsking() || m_infoRequest == InfoRequest::kOpening;
+    return m_playing.isOpening() || m_list.isAwaited();
 }
 
 /// A picture that is on the screen is held for a moment before the sign covers it.
@@ -176,12 +189,11 @@ void KvSDCardPlaybackView::updateCover() {
 }
 
 void KvSDCardPlaybackView::onNoAnswer() {
-    m_recordings.giveUp();
-    m_infoRequest = InfoRequest::kNone;
+    m_list.giveUp();
     const QString reason = orvelle::text("the_camera_does_not_answer");
-    if (m_newerThan >= 0) {
+    if (m_list.isLookingForNewer()) {
         endSearch();
-    } else if (m_isPlaying && !m_isLoading) {
+    } else if (m_playing.isOpen() && !m_playing.isOpening()) {
         m_toast.show(this, reason);
         updateCover();
     } else {
@@ -209,18 +221,493 @@ void KvSDCardPlaybackView::_invokeDateTimeTimer() {
     if (!isOnline)
         m_ui->setStateText(orvelle::deviceStateText(*m_device));
     else
-        refreshQuietly();
+        m_list.refreshQuietly(QDateTime::fromSecsSinceEpoch(m_ui->timeLine()->value()).date(),
+                              answerMs());
 }
 
 void KvSDCardPlaybackView::onConnectionChanged(bool isOnline) {
     if (!isOnline) {
-        m_recordings.giveUp();
-        m_infoRequest = InfoRequest::kNone;
-        m_choiceTimer.stop();
+        m_list.giveUp();
+        m_choice.forget();
         failWith(orvelle::text("camera_offline"));
         return;
     }
     m_ui->showNotice({});
     m_ui->setStateText({});
-    requestCardInfo(m_recordings.isEmpty() ? InfoRequest::kOpening : InfoRequest::kCheck);
+    if (m_list.recordings().isEmpty())
+        openCard();
+    else
+        m_list.check();
+}
+
+bool KvSDCardPlaybackView::sendRequest(uint32_t type, const QByteArray& payload) {
+    return m_device->sendIOCtrl(type, payload.constData(), payload.size());
+}
+
+void KvSDCardPlaybackView::openCard() {
+    if (m_list.open())
+        awaitAnswer();
+    else
+        failWith(orvelle::text("the_camera_does_not_answer"));
+}
+
+/// Others ask for the same, and only the answer to its own request starts the list.
+void KvSDCardPlaybackView::_doUpdateSDCard() {
+    using Card = orvelle::CardList::Card;
+    if (!m_device)
+        return;
+    const Card before = m_list.noteCard(m_totalMiB);
+    if (m_list.card() == Card::kMissing) {
+        showNoCard();
+        return;
+    }
+    m_ui->setNoCardShown(false);
+    m_ui->setStateText(orvelle::text("replaying"));
+    if (before == Card::kAsked || before == Card::kMissing) {
+        m_list.recordings().forgetMonths();
+        requestFiles(QDate::currentDate());
+    }
+    updateCover();
+}
+
+void KvSDCardPlaybackView::showNoCard() {
+    stopPlayer();
+    m_choice.forget();
+    m_list.recordings().clear();
+    showMarks();
+    m_toast.remove();
+    m_ui->showNotice({});
+    m_ui->setStateText(orvelle::text("no_sdcard"));
+    m_ui->setNoCardShown(true);
+    if (m_calendar)
+        m_calendar->reject();
+    updateCover();
+}
+
+void KvSDCardPlaybackView::requestFiles(const QDate& day) {
+    if (!m_device)
+        return;
+    qDebug() << "_requestFiles -> " << day;
+    qDebug() << "_requestDateTime -> " << m_list.recordings().lastAsked();
+    switch (m_list.askMonth(day)) {
+        case orvelle::CardList::Asked::kKnown:
+            qDebug("no _requestFiles");
+            return;
+        case orvelle::CardList::Asked::kSent:
+            return awaitAnswer();
+        case orvelle::CardList::Asked::kNotTaken:
+            return onNoAnswer();
+    }
+}
+
+/// For one who has come to the end of what is known.
+void KvSDCardPlaybackView::lookForNewer(qint64 time) {
+    if (!m_device)
+        return;
+    if (m_list.lookForNewer(time))
+        awaitAnswer();
+    else
+        onNoAnswer();
+}
+
+void KvSDCardPlaybackView::endSearch() {
+    const qint64 time = m_list.endSearch();
+    const int index = m_list.recordings().indexEndingAfter(time);
+    if (index >= 0)
+        return playFile(index, static_cast<int>(time));
+    updateCover();
+    m_toast.show(this, orvelle::text("no_more_files"));
+}
+
+void KvSDCardPlaybackView::_onUpdateVideoInfo(const QVector<KvTimeLineMark>& runs) {
+    if (m_device && m_list.recordings().answer(runs))
+        emit updateMarksSignal();
+}
+
+void KvSDCardPlaybackView::_doUpdateMarks() {
+    updateCover();
+    if (m_list.recordings().isEmpty() && !m_playing.isOpen())
+        m_ui->showNotice(orvelle::text("no_recordings"));
+    else if (m_ui->timeLine()->marks().isEmpty())
+        m_ui->showNotice({});
+    showMarks();
+    const orvelle::Recordings::Start start = m_list.recordings().takeStart();
+    if (start.isMissing)
+        m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
+    if (start.index >= 0)
+        playFile(start.index);
+    else if (m_list.isLookingForNewer() && !m_list.recordings().isAsking())
+        endSearch();
+}
+
+/// Behind the limit on the left nobody has asked yet, so that it would look like nothing.
+void KvSDCardPlaybackView::showMarks() {
+    const orvelle::Recordings& recordings = m_list.recordings();
+    m_ui->timeLine()->setMarks(recordings.all());
+    m_ui->timeLine()->setMinimum(static_cast<int>(recordings.earliest()));
+    if (m_calendar)
+        m_calendar->setMarks(recordings.all());
+}
+
+int KvSDCardPlaybackView::startPlayer(const QDateTime& start) {
+    m_player->setStartTime(start);
+    return m_player->play();
+}
+
+orvelle::PlaybackEnd KvSDCardPlaybackView::playbackEnd() const {
+    return m_player->endReason();
+}
+
+bool KvSDCardPlaybackView::playOnRequest(int index, int from) {
+    if (!m_choice.acceptClick())
+        return false;
+    playFile(index, from);
+    return true;
+}
+
+void KvSDCardPlaybackView::playChoice(int time) {
+    const int index = m_list.recordings().indexAt(time);
+    if (index < 0 || playOnRequest(index, time))
+        return;
+    if (!m_ui->timeLine()->isDragging())
+        m_ui->setMoment(time);
+    m_choice.postpone(time);
+}
+
+/// By the user, so that what plays must not move it.
+bool KvSDCardPlaybackView::isTimeLineTaken() const {
+    return m_ui->timeLine()->isDragging() || m_choice.isWaiting();
+}
+
+void KvSDCardPlaybackView::playFile(int index, int from) {
+    stopPlayer();
+    const KvTimeLineMark mark = m_list.recordings().select(index);
+    const int start = mark.contains(from) ? from : mark.start;
+    m_ui->showNotice({});
+    if (!isTimeLineTaken())
+        m_ui->setMoment(start);
+    applyVolume();
+    if (startPlayer(QDateTime::fromSecsSinceEpoch(start)) < 0) {
+        failWith(orvelle::text("the_recording_could_not_be_played"));
+        return;
+    }
+    m_playing.begin(start);
+    m_ui->timeLine()->setPlayChecked(true);
+    m_ui->setNoCardShown(false);
+    awaitAnswer();
+}
+
+void KvSDCardPlaybackView::stopPlayer() {
+    m_player->shutdown();
+    m_playing.stop();
+    m_list.endSearch();
+    m_ui->timeLine()->setPlayChecked(false);
+}
+
+void KvSDCardPlaybackView::_doHideLoadingView() {
+    if (!m_playing.take(News::kFirstPicture))
+        return;
+    m_playing.shown();
+    m_hasPicture = true;
+    if (m_playing.isPaused())
+        m_player->pause();
+    updateCover();
+}
+
+void KvSDCardPlaybackView::_doUpdateTimeLineView(double seconds) {
+    // Before its first picture, what comes is of the file before.
+    if (!m_playing.isOpen() || m_playing.isOpening() || isTimeLineTaken())
+        return;
+    const int moment = m_playing.momentAt(seconds);
+    if (moment != m_ui->timeLine()->value())
+        m_ui->setMoment(moment);
+}
+
+void KvSDCardPlaybackView::_doPlayNext() {
+    // The end that meets a pause waits for the user to go on.
+    if (m_playing.isPaused() || !m_playing.take(News::kEnded))
+        return;
+    const int next = m_list.recordings().next();
+    if (next >= 0) {
+        playFile(next);
+        return;
+    }
+    stopPlayer();
+    lookForNewer(m_list.recordings().currentEnd());
+}
+
+void KvSDCardPlaybackView::_doPlayFailed() {
+    if (!m_playing.take(News::kOpenFailed) || !m_device)
+        return;
+    const bool isLost = playbackEnd() == orvelle::PlaybackEnd::kLost;
+    failWith(isLost ? orvelle::text("the_connection_to_the_camera_was_lost")
+                    : orvelle::text("the_recording_could_not_be_played"));
+    m_list.check();
+}
+
+void KvSDCardPlaybackView::_onSelectedVideoTime(int time) {
+    m_list.endSearch();
+    m_choice.forget();
+    if (_findDateTimeIndex(QDateTime::fromSecsSinceEpoch(time)) >= 0)
+        playChoice(time);
+    else
+        lookForNewer(time);
+}
+
+void KvSDCardPlaybackView::_onClickPrev() {
+    if (const int index = m_list.recordings().previous(); index >= 0)
+        playOnRequest(index);
+    else
+        m_toast.show(this, orvelle::text("no_more_files"));
+}
+
+void KvSDCardPlaybackView::_onClickNext() {
+    const orvelle::Recordings& recordings = m_list.recordings();
+    if (const int index = recordings.next(); index >= 0)
+        playOnRequest(index);
+    else if (m_choice.acceptClick())
+        lookForNewer(recordings.currentEnd());
+}
+
+void KvSDCardPlaybackView::_onClickPlay(bool checked) {
+    using State = orvelle::CardPlaying::State;
+    m_playing.setPaused(!checked);
+    if (m_playing.isOpening())
+        return;
+    if (m_playing.state() == State::kPaused) {
+        m_player->pause();
+        updateCover();
+    } else if (m_playing.isOpen() && m_playing.isTold(News::kEnded)) {
+        _doPlayNext();
+    } else if (m_playing.isOpen()) {
+        m_player->resume();
+    } else if (checked) {
+        playAgain();
+    }
+}
+
+void KvSDCardPlaybackView::playAgain() {
+    const orvelle::Recordings& recordings = m_list.recordings();
+    const int from = m_ui->timeLine()->value();
+    int index = recordings.indexAt(from);
+    if (index < 0)
+        index = recordings.current();
+    if (index < 0)
+        index = recordings.all().size() - 1;
+    if (index >= 0)
+        playOnRequest(index, from);
+    m_ui->timeLine()->setPlayChecked(m_playing.isOpen());
+}
+
+int KvSDCardPlaybackView::_findDateTimeIndex(const QDateTime& time) const {
+    return m_list.recordings().indexAt(time.toSecsSinceEpoch());
+}
+
+int KvSDCardPlaybackView::_findDateIndex(const QDate& date) const {
+    return m_list.recordings().indexOn(date);
+}
+
+void KvSDCardPlaybackView::_onClickCalendar(QDate date) {
+    requestFiles(date);
+}
+
+KvCalendarDialog* KvSDCardPlaybackView::calendar() {
+    using View = KvSDCardPlaybackView;
+    if (!m_calendar) {
+        m_calendar = new KvCalendarDialog(this);
+        connect(m_calendar, &KvCalendarDialog::clickDate, this, &View::_onClickCalendar);
+        connect(m_calendar, &KvCalendarDialog::monthChanged, this, &View::_onClickCalendar);
+    }
+    return m_calendar;
+}
+
+void KvSDCardPlaybackView::_onClickCalendarButton(bool) {
+    if (!m_device)
+        return;
+    const orvelle::Recordings& recordings = m_list.recordings();
+    const int current = recordings.current();
+    calendar()->setMarks(recordings.all());
+    calendar()->setDate(
+        current < 0 ? QDate::currentDate()
+                    : QDateTime::fromSecsSinceEpoch(recordings.all().at(current).start).date());
+    const QPointer<KvSDCardPlaybackView> self(this);
+    const bool isChosen = m_calendar->execCentred(this) != 0;
+    if (self && isChosen && m_device && m_calendar->date().isValid())
+        playDay(m_calendar->date());
+}
+
+void KvSDCardPlaybackView::playDay(const QDate& day) {
+    orvelle::Recordings& recordings = m_list.recordings();
+    const int index = _findDateIndex(day);
+    qDebug() << "calendar date = " << day << ", index = " << index;
+    if (index >= 0) {
+        recordings.awaitDay({});
+        playChoice(recordings.all().at(index).start);
+        return;
+    }
+    requestFiles(day);
+    if (recordings.isAnswerPending(day))
+        recordings.awaitDay(day);
+    else
+        m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
+}
+
+void KvSDCardPlaybackView::_onClickBackButton(bool) {
+    releaseDevice();
+    emit clickBackButton();
+}
+
+void KvSDCardPlaybackView::_onClickCapture(bool) {
+    if (!m_device)
+        return;
+    const QString name = QDateTime::currentDateTime().toString(QStringLiteral("yyMMddHHmmss"));
+    const QString path =
+        orvelle::saveSnapshot(*m_ui->videoView(), m_device->uid(), name, this, m_toast);
+    if (!path.isEmpty())
+        KvDirectoryDialog(orvelle::text("the_screenshot_you_recorded_is_save_to"), path, window())
+            .execCentred(this);
+}
+
+void KvSDCardPlaybackView::_onClickVolume(bool) {
+    KvPushButton* button = m_ui->button(UI::kSound);
+    button->setState(1 - button->state());
+    applyVolume();
+}
+
+void KvSDCardPlaybackView::applyVolume() {
+    m_player->setVolume(m_ui->button(UI::kSound)->state() != 0 ? 0.0 : 1.0);
+}
+
+bool KvSDCardPlaybackView::isFullscreen() const {
+    return m_ui->button(UI::kFullscreen)->state() != 0;
+}
+
+void KvSDCardPlaybackView::exitsFullscreen() {
+    setFullscreen(false);
+}
+
+void KvSDCardPlaybackView::_onClickFull(bool) {
+    const bool wasFullscreen = window()->isFullScreen();
+    setFullscreen(!wasFullscreen);
+    emit requestFullscreen(!wasFullscreen);
+}
+
+void KvSDCardPlaybackView::_onDoubleClickVideoView() {
+    _onClickFull(false);
+}
+
+void KvSDCardPlaybackView::setFullscreen(bool fullscreen) {
+    KvPushButton* button = m_ui->button(UI::kFullscreen);
+    button->setState(fullscreen ? 1 : 0);
+    KvWidgetUtils::setToolTip(button, fullscreen ? textKey("minimized") : textKey("maximized"));
+    m_bars->setFullscreen(fullscreen);
+}
+
+bool KvSDCardPlaybackView::event(QEvent* event) {
+    // A key that is let go elsewhere must not hold the timeline for ever.
+    if ((event->type() == QEvent::FocusOut && !m_isPassingKey) ||
+        event->type() == QEvent::WindowDeactivate)
+        m_ui->timeLine()->timeLine()->cancelKeys();
+    return QWidget::event(event);
+}
+
+/// The bars may have left since the focus came.
+bool KvSDCardPlaybackView::focusNextPrevChild(bool next) {
+    if (orvelle::FocusRing::isKeyboardInUse())
+        m_bars->wake();
+    return QWidget::focusNextPrevChild(next);
+}
+
+void KvSDCardPlaybackView::resizeEvent(QResizeEvent*) {
+    m_ui->setGeometry(rect());
+}
+
+void KvSDCardPlaybackView::keyPressEvent(QKeyEvent* event) {
+    KvVideoTimeLineView* timeLine = m_ui->timeLine();
+    if (event->key() == Qt::Key_Escape && window()->isFullScreen()) {
+        _onClickFull(false);
+    } else if (event->key() == Qt::Key_Space && m_device && !m_ui->isNoCardShown()) {
+        if (event->isAutoRepeat())
+            return;
+        m_bars->wake();
+        timeLine->setPlayChecked(!timeLine->isPlayChecked());
+        _onClickPlay(timeLine->isPlayChecked());
+    } else if (!passToTimeLine(event)) {
+        QWidget::keyPressEvent(event);
+    }
+}
+
+void KvSDCardPlaybackView::keyReleaseEvent(QKeyEvent* event) {
+    if (!passToTimeLine(event))
+        QWidget::keyReleaseEvent(event);
+}
+
+/// A key that the timeline does not want comes back here, as to its parent.
+bool KvSDCardPlaybackView::passToTimeLine(QKeyEvent* event) {
+    if (m_isPassingKey || !m_device || m_ui->isNoCardShown())
+        return false;
+    m_isPassingKey = true;
+    QCoreApplication::sendEvent(m_ui->timeLine()->timeLine(), event);
+    m_isPassingKey = false;
+    if (event->isAccepted() && event->type() == QEvent::KeyPress)
+        m_bars->wake();
+    return event->isAccepted();
+}
+
+// What runs on the player's and the device's threads.
+
+int32_t KvSDCardPlaybackView::onPlayerEvent(void* user, int32_t event, double a, double) {
+    static_cast<KvSDCardPlaybackView*>(user)->handlePlayerEvent(event, a);
+    return 0;
+}
+
+void KvSDCardPlaybackView::handlePlayerEvent(int32_t event, double seconds) {
+    switch (event) {
+        case KvBasePlayerProgress:
+            emit updateTimeLineViewSignal(seconds);
+            break;
+        case KvBasePlayerOpenFailed:
+            m_playing.tell(News::kOpenFailed);
+            emit playFailedSignal();
+            break;
+        case KvBasePlayerFirstFrame:
+            m_playing.tell(News::kFirstPicture);
+            emit hideLoadingViewSignal();
+            break;
+        case KvBasePlayerVideoEnded:
+            qDebug("play ended do play next");
+            m_playing.tell(News::kEnded);
+            emit playNextSignal();
+            break;
+        default:
+            break;
+    }
+}
+
+void KvSDCardPlaybackView::onResponse(void* user, KvTUTKResponse* response) {
+    static_cast<KvSDCardPlaybackView*>(user)->handleResponse(*response);
+}
+
+void KvSDCardPlaybackView::handleResponse(const KvTUTKResponse& response) {
+    if (response.type() == IOTYPE_USER_IPCAM_DEVINFO_RESP) {
+        const auto info = orvelle::SMsgAVIoctrlDeviceInfoResp::decode(response.data());
+        m_totalMiB = static_cast<int>(info.totalMiB.value_or(0));
+        emit updateSDCardSignal();
+        return;
+    }
+    if (response.type() != IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP)
+        return;
+    const auto list = orvelle::SMsgAVIoctrlListEventResp_VBK::decode(response.data());
+    qDebug("SMsgAVIoctrlListEventResp_VBK count = %d, misscard = %d", list.count, list.misscard);
+    for (const orvelle::SAvEvent_VBK& run : list.runs) {
+        qDebug("SAvEvent_VBK -> start = %d, num = %d", static_cast<int>(run.start),
+               static_cast<int>(run.num));
+        qDebug() << "QDateTime -> " << QDateTime::fromSecsSinceEpoch(run.start);
+    }
+    if (list.misscard != 0 && list.runs.isEmpty()) {
+        m_totalMiB = 0;
+        emit updateSDCardSignal();
+        return;
+    }
+    emit updateVideoInfo(orvelle::runsOf(list));
 }
