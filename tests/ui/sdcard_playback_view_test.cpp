@@ -136,8 +136,9 @@ private slots:
         QVERIFY(view.ui()->isLoadingShown());
         view.answerCard(30000);
         view.answerCard(30000);
-        QCOMPARE(view.asked, (QVector<uint32_t>{IOTYPE_USER_IPCAM_DEVINFO_REQ,
-                                                IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ}));
+        QCOMPARE(view.asked, (QVector<uint32_t>{
+                                 IOTYPE_USER_IPCAM_DEVINFO_REQ, IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ,
+                                 IOTYPE_CARD_OVERVIEW_REQ, IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ}));
         QCOMPARE(view.months, QVector<int>{QDate::currentDate().month()});
         view.answerList(View::first(), 5);
         QCOMPARE(view.lastPlayed(), 4);
@@ -409,7 +410,7 @@ private slots:
         view.answerCard(30000);
         view.answerList(View::first(), 5);
         QCOMPARE(view.played.size(), 1);
-        QCOMPARE(view.asked.size(), 2);
+        QCOMPARE(view.asked.size(), 4);
         QVERIFY(view.ui()->timeLine()->marks().isEmpty());
         QVERIFY(!view.texts().contains(orvelle::text("loading")));
         // The same one again starts anew.

@@ -31,6 +31,7 @@
 
 using orvelle::textKey;
 using News = orvelle::CardPlaying::News;
+using Wish = orvelle::Recordings::Wish;
 using UI = KvSDCardPlaybackViewUI;
 
 namespace {
@@ -189,10 +190,12 @@ void KvSDCardPlaybackView::updateCover() {
 }
 
 void KvSDCardPlaybackView::onNoAnswer() {
-    m_list.giveUp();
     const QString reason = orvelle::text("the_camera_does_not_answer");
-    if (m_list.isLookingForNewer()) {
-        endSearch();
+    const bool isSearching = m_list.recordings().wished() == Wish::kNewer;
+    m_list.giveUp();
+    if (isSearching) {
+        updateCover();
+        m_toast.show(this, orvelle::text("no_more_files"));
     } else if (m_playing.isOpen() && !m_playing.isOpening()) {
         m_toast.show(this, reason);
         updateCover();
@@ -221,8 +224,7 @@ void KvSDCardPlaybackView::_invokeDateTimeTimer() {
     if (!isOnline)
         m_ui->setStateText(orvelle::deviceStateText(*m_device));
     else
-        m_list.refreshQuietly(QDateTime::fromSecsSinceEpoch(m_ui->timeLine()->value()).date(),
-                              answerMs());
+        m_list.refreshQuietly(m_ui->timeLine()->shownSpan(), answerMs());
 }
 
 void KvSDCardPlaybackView::onConnectionChanged(bool isOnline) {
@@ -301,27 +303,42 @@ void KvSDCardPlaybackView::requestFiles(const QDate& day) {
 }
 
 /// For one who has come to the end of what is known.
-void KvSDCardPlaybackView::lookForNewer(qint64 time) {
+void KvSDCardPlaybackView::lookFor(Wish wish, qint64 time) {
     if (!m_device)
         return;
-    if (m_list.lookForNewer(time))
-        awaitAnswer();
-    else
-        onNoAnswer();
+    if (!m_list.wish(wish, time))
+        return onNoAnswer();
+    awaitAnswer();
+    takeStart();
 }
 
-void KvSDCardPlaybackView::endSearch() {
-    const qint64 time = m_list.endSearch();
-    const int index = m_list.recordings().indexEndingAfter(time);
-    if (index >= 0)
-        return playFile(index, static_cast<int>(time));
+/// Plays what was wished for, once it is clear where it is.
+void KvSDCardPlaybackView::takeStart() {
+    const orvelle::Recordings::Start start = m_list.recordings().takeStart();
+    if (start.index >= 0)
+        return playFile(start.index, static_cast<int>(start.from));
     updateCover();
-    m_toast.show(this, orvelle::text("no_more_files"));
+    if (start.wish == Wish::kDay)
+        m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
+    else if (start.wish != Wish::kNone && start.wish != Wish::kNewest)
+        m_toast.show(this, orvelle::text("no_more_files"));
 }
 
 void KvSDCardPlaybackView::_onUpdateVideoInfo(const QVector<KvTimeLineMark>& runs) {
-    if (m_device && m_list.recordings().answer(runs))
+    if (m_device && m_list.noteRuns(runs))
         emit updateMarksSignal();
+}
+
+void KvSDCardPlaybackView::onOverview(const orvelle::CardOverviewReply& overview) {
+    if (!m_device)
+        return;
+    m_list.noteOverview(overview);
+    showMarks();
+}
+
+void KvSDCardPlaybackView::onZone(int minutesEast) {
+    if (m_device)
+        m_list.noteZone(minutesEast);
 }
 
 void KvSDCardPlaybackView::_doUpdateMarks() {
@@ -331,22 +348,17 @@ void KvSDCardPlaybackView::_doUpdateMarks() {
     else if (m_ui->timeLine()->marks().isEmpty())
         m_ui->showNotice({});
     showMarks();
-    const orvelle::Recordings::Start start = m_list.recordings().takeStart();
-    if (start.isMissing)
-        m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
-    if (start.index >= 0)
-        playFile(start.index);
-    else if (m_list.isLookingForNewer() && !m_list.recordings().isAsking())
-        endSearch();
+    takeStart();
 }
 
-/// Behind the limit on the left nobody has asked yet, so that it would look like nothing.
 void KvSDCardPlaybackView::showMarks() {
     const orvelle::Recordings& recordings = m_list.recordings();
     m_ui->timeLine()->setMarks(recordings.all());
     m_ui->timeLine()->setMinimum(static_cast<int>(recordings.earliest()));
+    m_ui->timeLine()->setUnknown(
+        recordings.unknown({recordings.earliest(), secondsNow() + kFutureSeconds}));
     if (m_calendar)
-        m_calendar->setMarks(recordings.all());
+        fillCalendar();
 }
 
 int KvSDCardPlaybackView::startPlayer(const QDateTime& start) {
@@ -400,7 +412,7 @@ void KvSDCardPlaybackView::playFile(int index, int from) {
 void KvSDCardPlaybackView::stopPlayer() {
     m_player->shutdown();
     m_playing.stop();
-    m_list.endSearch();
+    m_list.recordings().dropSearch();
     m_ui->timeLine()->setPlayChecked(false);
 }
 
@@ -433,7 +445,7 @@ void KvSDCardPlaybackView::_doPlayNext() {
         return;
     }
     stopPlayer();
-    lookForNewer(m_list.recordings().currentEnd());
+    lookFor(Wish::kNewer, m_list.recordings().currentEnd());
 }
 
 void KvSDCardPlaybackView::_doPlayFailed() {
@@ -446,19 +458,21 @@ void KvSDCardPlaybackView::_doPlayFailed() {
 }
 
 void KvSDCardPlaybackView::_onSelectedVideoTime(int time) {
-    m_list.endSearch();
+    m_list.recordings().dropSearch();
     m_choice.forget();
     if (_findDateTimeIndex(QDateTime::fromSecsSinceEpoch(time)) >= 0)
         playChoice(time);
     else
-        lookForNewer(time);
+        lookFor(m_list.recordings().knows(time) ? Wish::kNewer : Wish::kMoment, time);
 }
 
 void KvSDCardPlaybackView::_onClickPrev() {
     if (const int index = m_list.recordings().previous(); index >= 0)
         playOnRequest(index);
-    else
+    else if (m_list.recordings().currentStart() == 0)
         m_toast.show(this, orvelle::text("no_more_files"));
+    else if (m_choice.acceptClick())
+        lookFor(Wish::kOlder, m_list.recordings().currentStart());
 }
 
 void KvSDCardPlaybackView::_onClickNext() {
@@ -466,7 +480,7 @@ void KvSDCardPlaybackView::_onClickNext() {
     if (const int index = recordings.next(); index >= 0)
         playOnRequest(index);
     else if (m_choice.acceptClick())
-        lookForNewer(recordings.currentEnd());
+        lookFor(Wish::kNewer, recordings.currentEnd());
 }
 
 void KvSDCardPlaybackView::_onClickPlay(bool checked) {
@@ -526,8 +540,9 @@ void KvSDCardPlaybackView::_onClickCalendarButton(bool) {
         return;
     const orvelle::Recordings& recordings = m_list.recordings();
     const int current = recordings.current();
-    calendar()->setMarks(recordings.all());
-    calendar()->setDate(
+    calendar();
+    fillCalendar();
+    m_calendar->setDate(
         current < 0 ? QDate::currentDate()
                     : QDateTime::fromSecsSinceEpoch(recordings.all().at(current).start).date());
     const QPointer<KvSDCardPlaybackView> self(this);
@@ -537,19 +552,19 @@ void KvSDCardPlaybackView::_onClickCalendarButton(bool) {
 }
 
 void KvSDCardPlaybackView::playDay(const QDate& day) {
-    orvelle::Recordings& recordings = m_list.recordings();
+    const orvelle::Recordings& recordings = m_list.recordings();
     const int index = _findDateIndex(day);
     qDebug() << "calendar date = " << day << ", index = " << index;
-    if (index >= 0) {
-        recordings.awaitDay({});
-        playChoice(recordings.all().at(index).start);
-        return;
-    }
-    requestFiles(day);
-    if (recordings.isAnswerPending(day))
-        recordings.awaitDay(day);
-    else
-        m_toast.show(this, orvelle::text("no_recordings_on_this_day"));
+    if (index >= 0 && recordings.knows(day))
+        return playChoice(recordings.all().at(index).start);
+    if (!m_list.wishDay(day))
+        return onNoAnswer();
+    awaitAnswer();
+    takeStart();
+}
+
+void KvSDCardPlaybackView::fillCalendar() {
+    m_calendar->setMarks(m_list.recordings().all());
 }
 
 void KvSDCardPlaybackView::_onClickBackButton(bool) {
@@ -656,6 +671,12 @@ bool KvSDCardPlaybackView::passToTimeLine(QKeyEvent* event) {
 
 // What runs on the player's and the device's threads.
 
+/// Runs it on the interface thread, unless the camera is let go of before.
+template <class Work>
+void KvSDCardPlaybackView::post(Work work) {
+    QMetaObject::invokeMethod(this, std::move(work), Qt::QueuedConnection);
+}
+
 int32_t KvSDCardPlaybackView::onPlayerEvent(void* user, int32_t event, double a, double) {
     static_cast<KvSDCardPlaybackView*>(user)->handlePlayerEvent(event, a);
     return 0;
@@ -693,6 +714,16 @@ void KvSDCardPlaybackView::handleResponse(const KvTUTKResponse& response) {
         const auto info = orvelle::SMsgAVIoctrlDeviceInfoResp::decode(response.data());
         m_totalMiB = static_cast<int>(info.totalMiB.value_or(0));
         emit updateSDCardSignal();
+        return;
+    }
+    if (response.type() == IOTYPE_CARD_OVERVIEW_RESP) {
+        if (const auto overview = orvelle::CardOverviewReply::decode(response.data()))
+            post([this, overview = *overview] { onOverview(overview); });
+        return;
+    }
+    if (response.type() == IOTYPE_USER_IPCAM_GET_TIMEZONE_RESP) {
+        if (const auto zone = orvelle::TimeZoneReply::decode(response.data()).timeBase)
+            post([this, zone = *zone] { onZone(zone); });
         return;
     }
     if (response.type() != IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP)

@@ -110,15 +110,20 @@ private slots:
 private:
     static int32_t onPlayerEvent(void* user, int32_t event, double a, double b);
     static void onResponse(void* user, KvTUTKResponse* response);
+    template <class Work>
+    void post(Work work);
 
     void connectSignals();
     void connectButtons();
     void releaseDevice();
     void openCard();
     void requestFiles(const QDate& day);
-    void lookForNewer(qint64 time);
-    void endSearch();
+    void lookFor(orvelle::Recordings::Wish wish, qint64 time);
+    void takeStart();
+    void onOverview(const orvelle::CardOverviewReply& overview);
+    void onZone(int minutesEast);
     void showMarks();
+    void fillCalendar();
     void onNoAnswer();
     void onConnectionChanged(bool isOnline);
     void showNoCard();

@@ -22,6 +22,7 @@ constexpr int kWheelNotch = 120;
 constexpr QColor kGround(53, 35, 45);
 constexpr QColor kTicks(171, 171, 171, 180);
 constexpr QColor kMarks(0, 167, 249, 150);
+constexpr QColor kUnknown(171, 171, 171, 60);
 constexpr QColor kLabels(255, 255, 255, 225);
 constexpr QColor kPointer(255, 255, 255, 110);
 constexpr QColor kMomentGround(0, 0, 0, 190);
@@ -102,9 +103,22 @@ void KvTimeLineView::zoomAt(int x, int secondsPerStep) {
 
 void KvTimeLineView::setMarks(const QVector<KvTimeLineMark>& marks) {
     m_marks = marks;
-    std::sort(m_marks.begin(), m_marks.end());
+    // Mostly they are, and then they stay the caller's.
+    if (!std::is_sorted(m_marks.cbegin(), m_marks.cend()))
+        std::sort(m_marks.begin(), m_marks.end());
     m_spans = orvelle::spansOf(m_marks);
     update();
+}
+
+void KvTimeLineView::setUnknown(const orvelle::TimeSpans& spans) {
+    m_unknown = spans;
+    update();
+}
+
+orvelle::TimeSpan KvTimeLineView::shownSpan() const {
+    const TimeScale scale = this->scale();
+    return {orvelle::limited(scale.timeAt(0), m_minimum, m_maximum),
+            orvelle::limited(scale.timeAt(width()), m_minimum, m_maximum)};
 }
 
 TimeScale KvTimeLineView::scale() const {
@@ -212,6 +226,7 @@ void KvTimeLineView::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::black);
     painter.setBrush(kGround);
     painter.drawRect(0, 0, width() - 2, height() - 2);
+    paintUnknown(painter);
     const auto ticks = orvelle::visibleTicks(scale(), m_stepsPerMajor, m_minimum, m_maximum);
     paintTicks(painter, ticks);
     paintMarks(painter);
@@ -229,6 +244,19 @@ void KvTimeLineView::paintTicks(QPainter& painter, const std::vector<TimeTick>& 
         const int x = static_cast<int>(scale.xOf(tick.time));
         const int length = tick.isMajor ? kMajorLength : kMinorLength;
         painter.drawLine(x, (height() - length) / 2, x, (height() + length) / 2);
+    }
+}
+
+/// Hatched: neither recorded nor empty.
+void KvTimeLineView::paintUnknown(QPainter& painter) const {
+    const TimeScale scale = this->scale();
+    const qint64 last = scale.timeAt(width());
+    for (auto span = orvelle::spanEndingAfter(m_unknown, scale.timeAt(0));
+         span != m_unknown.end() && span->start <= last; ++span) {
+        const qint64 left = qMax<qint64>(0, scale.xOf(span->start));
+        const qint64 right = qMin<qint64>(width() - 1, scale.xOf(span->end));
+        painter.fillRect(QRectF(left, 1, right - left, height() - 3),
+                         QBrush(kUnknown, Qt::BDiagPattern));
     }
 }
 
