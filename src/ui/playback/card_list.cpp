@@ -11,7 +11,9 @@ namespace orvelle {
 namespace {
 
 constexpr qint64 kRefreshMs = 60000;
-constexpr qint64 kMissingCardMs = 2000;  ///< how often a missing card is looked for
+/// How often the card is looked for: while it is there, and while it is missing.
+constexpr qint64 kCheckCardMs = 5000;
+constexpr qint64 kMissingCardMs = 2000;
 constexpr int kInfoRequestBytes = 4;
 constexpr int kOwnRequestBytes = 8;
 /// A clock that is as wrong as this is not the camera's zone.
@@ -131,7 +133,7 @@ bool CardList::isRefreshDue(const TimeSpan& shown) const {
 
 void CardList::refreshQuietly(const TimeSpan& shown, int answerMs) {
     const qint64 now = m_clock();
-    if (m_card == Card::kMissing && now - m_cardAskedMs >= kMissingCardMs)
+    if (now - m_cardAskedMs >= (m_card == Card::kMissing ? kMissingCardMs : kCheckCardMs))
         check();
     if (now - m_listAskedMs >= answerMs)
         m_recordings.giveUpQuiet();

@@ -3,7 +3,7 @@
 #include <QDateTime>
 
 #include <atomic>
-#include <functional>
+#include <optional>
 
 namespace orvelle {
 
@@ -35,13 +35,21 @@ public:
     /// `from` is in seconds since 1970, where progress counts from.
     void begin(int from);
     /// The first picture is on the screen.
-    void shown() { m_state = isPaused() ? State::kPaused : State::kPlaying; }
+    void shown();
     /// Nothing for what is stopped.
     void setPaused(bool paused);
     /// The player's threads have ended: what they told is of no interest any more.
     void stop();
-    /// Seconds since 1970 of a picture `seconds` behind the beginning.
-    int momentAt(double seconds) const { return m_from + qRound(seconds); }
+    /// Keeps the moment to go on from when the camera, or its card, is back: of what plays, or is
+    /// about to; nothing for what is stopped or paused. Before stop().
+    void interrupt();
+    /// That moment, once; empty for none.
+    std::optional<int> takeInterrupted();
+    void forgetInterrupted() { m_interrupted.reset(); }
+    /// A picture is shown that is `seconds` behind the beginning: its moment.
+    int follow(double seconds) { return m_moment = m_from + qRound(seconds); }
+    /// Seconds since 1970 of the picture on the screen.
+    int moment() const { return m_moment; }
 
     /// Any thread.
     void tell(News news) { flagOf(news) = true; }
@@ -55,6 +63,8 @@ private:
 
     State m_state = State::kStopped;
     int m_from = 0;
+    int m_moment = 0;
+    std::optional<int> m_interrupted;
 
     std::atomic<bool> m_firstPicture{false};
     std::atomic<bool> m_ended{false};

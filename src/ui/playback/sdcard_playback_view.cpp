@@ -150,6 +150,7 @@ void KvSDCardPlaybackView::releaseDevice() {
     m_clockTimer.stop();
     m_choice.forget();
     m_list.clear();
+    m_playing.forgetInterrupted();
     m_hasPicture = false;
     m_ui->blankPicture();
     updateCover();
@@ -229,6 +230,7 @@ void KvSDCardPlaybackView::_invokeDateTimeTimer() {
 
 void KvSDCardPlaybackView::onConnectionChanged(bool isOnline) {
     if (!isOnline) {
+        m_playing.interrupt();
         m_list.giveUp();
         m_choice.forget();
         failWith(orvelle::text("camera_offline"));
@@ -236,10 +238,8 @@ void KvSDCardPlaybackView::onConnectionChanged(bool isOnline) {
     }
     m_ui->showNotice({});
     m_ui->setStateText({});
-    if (m_list.recordings().isEmpty())
-        openCard();
-    else
-        m_list.check();
+    // Its card may be another one by now.
+    openCard();
 }
 
 bool KvSDCardPlaybackView::sendRequest(uint32_t type, const QByteArray& payload) {
@@ -264,15 +264,21 @@ void KvSDCardPlaybackView::_doUpdateSDCard() {
         return;
     }
     m_ui->setNoCardShown(false);
-    m_ui->setStateText(orvelle::text("replaying"));
-    if (before == Card::kAsked || before == Card::kMissing) {
+    showState();
+    const bool isBack = before == Card::kAsked || before == Card::kMissing;
+    const bool wasLost = std::exchange(m_wasLost, false);
+    const std::optional<int> moment = m_playing.takeInterrupted();
+    if (isBack || wasLost) {
         m_list.recordings().forgetMonths();
         requestFiles(QDate::currentDate());
+        if (moment)
+            m_list.recordings().wish(Wish::kMoment, *moment);
     }
     updateCover();
 }
 
 void KvSDCardPlaybackView::showNoCard() {
+    m_playing.interrupt();
     stopPlayer();
     m_choice.forget();
     m_list.recordings().clear();
@@ -334,6 +340,19 @@ void KvSDCardPlaybackView::onOverview(const orvelle::CardOverviewReply& overview
         return;
     m_list.noteOverview(overview);
     showMarks();
+    showState();
+}
+
+/// What the card is like, behind what the view does.
+void KvSDCardPlaybackView::showState() {
+    if (m_list.card() != orvelle::CardList::Card::kPresent)
+        return;
+    QString state = orvelle::text("replaying");
+    const std::optional<orvelle::CardOverviewReply>& card = m_list.overview();
+    if (card && (card->isReadOnly || card->isFull))
+        state += QStringLiteral(" · ") + (card->isReadOnly ? orvelle::text("card_is_read_only")
+                                                           : orvelle::text("card_is_full"));
+    m_ui->setStateText(state);
 }
 
 void KvSDCardPlaybackView::onZone(int minutesEast) {
@@ -428,10 +447,10 @@ void KvSDCardPlaybackView::_doHideLoadingView() {
 
 void KvSDCardPlaybackView::_doUpdateTimeLineView(double seconds) {
     // Before its first picture, what comes is of the file before.
-    if (!m_playing.isOpen() || m_playing.isOpening() || isTimeLineTaken())
+    if (!m_playing.isOpen() || m_playing.isOpening())
         return;
-    const int moment = m_playing.momentAt(seconds);
-    if (moment != m_ui->timeLine()->value())
+    const int moment = m_playing.follow(seconds);
+    if (!isTimeLineTaken() && moment != m_ui->timeLine()->value())
         m_ui->setMoment(moment);
 }
 
@@ -452,6 +471,9 @@ void KvSDCardPlaybackView::_doPlayFailed() {
     if (!m_playing.take(News::kOpenFailed) || !m_device)
         return;
     const bool isLost = playbackEnd() == orvelle::PlaybackEnd::kLost;
+    // What has not even begun is not tried again and again.
+    m_wasLost = isLost && !m_playing.isOpening();
+    m_playing.interrupt();
     failWith(isLost ? orvelle::text("the_connection_to_the_camera_was_lost")
                     : orvelle::text("the_recording_could_not_be_played"));
     m_list.check();
@@ -573,11 +595,13 @@ void KvSDCardPlaybackView::_onClickBackButton(bool) {
 }
 
 void KvSDCardPlaybackView::_onClickCapture(bool) {
-    if (!m_device)
+    if (!m_device || !m_hasPicture)
         return;
-    const QString name = QDateTime::currentDateTime().toString(QStringLiteral("yyMMddHHmmss"));
-    const QString path =
-        orvelle::saveSnapshot(*m_ui->videoView(), m_device->uid(), name, this, m_toast);
+    // Of the moment that is seen, not of the click.
+    const QDateTime moment = QDateTime::fromSecsSinceEpoch(m_playing.moment());
+    const QString path = orvelle::saveSnapshot(*m_ui->videoView(), m_device->uid(),
+                                               moment.toString(QStringLiteral("yyMMddHHmmss")),
+                                               moment, this, m_toast);
     if (!path.isEmpty())
         KvDirectoryDialog(orvelle::text("the_screenshot_you_recorded_is_save_to"), path, window())
             .execCentred(this);

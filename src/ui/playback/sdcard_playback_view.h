@@ -127,6 +127,7 @@ private:
     void onNoAnswer();
     void onConnectionChanged(bool isOnline);
     void showNoCard();
+    void showState();
 
     /// From `from`, seconds since 1970, or, where that is not in the file, from its start.
     bool playOnRequest(int index, int from = 0);
@@ -152,6 +153,7 @@ private:
     orvelle::CardPlaying m_playing;
     orvelle::MomentChoice m_choice;
     bool m_wasOnline = false;
+    bool m_wasLost = false;     ///< what played, with the connection
     bool m_hasPicture = false;  ///< one of this camera's is on the screen
     bool m_isPassingKey = false;
     QTimer m_clockTimer;
