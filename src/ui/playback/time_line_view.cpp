@@ -29,8 +29,10 @@ constexpr QColor kMomentGround(0, 0, 0, 190);
 constexpr int kMajorLength = 25;
 constexpr int kMinorLength = 15;
 constexpr int kMinMarkWidth = 2;  // a minute among days would not be seen
-constexpr int kLabelPixels = 9;
-constexpr int kLabelHeight = 11;
+constexpr int kLabelPixels = 11;
+constexpr int kLabelHeight = 13;
+constexpr int kGrip = 6;
+constexpr double kGripHeight = 5.0;
 constexpr int kMomentPixels = 11;
 constexpr int kMomentHeight = 15;
 constexpr int kMomentPadding = 6;
@@ -232,8 +234,7 @@ void KvTimeLineView::paintEvent(QPaintEvent*) {
     paintMarks(painter);
     // Above the marks, which would leave nothing of so small a print.
     paintLabels(painter, ticks);
-    painter.setPen(Qt::white);
-    painter.drawLine(width() / 2, 0, width() / 2, height());
+    paintHandle(painter);
     paintMoment(painter);
 }
 
@@ -293,6 +294,20 @@ void KvTimeLineView::paintLabels(QPainter& painter, const std::vector<TimeTick>&
         if (area.left() > 1 && area.right() < width() - 3)
             painter.drawText(area, Qt::AlignCenter, label);
     }
+}
+
+/// The line of the moment, with a grip at both ends that says that it can be dragged.
+void KvTimeLineView::paintHandle(QPainter& painter) const {
+    const int x = width() / 2;
+    painter.setPen(Qt::white);
+    painter.drawLine(x, 0, x, height());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::white);
+    const QPointF top[] = {{x - kGrip + 0.5, 0.0}, {x + kGrip + 0.5, 0.0}, {x + 0.5, kGripHeight}};
+    painter.drawPolygon(top, 3);
+    painter.restore();
 }
 
 /// The exact moment under the mouse, or under the middle line while that is moved.

@@ -80,6 +80,7 @@ private:
     void paintUnknown(QPainter& painter) const;
     void paintMarks(QPainter& painter) const;
     void paintLabels(QPainter& painter, const std::vector<orvelle::TimeTick>& ticks) const;
+    void paintHandle(QPainter& painter) const;
     void paintMoment(QPainter& painter) const;
 
     orvelle::TimeScale m_scale;  ///< but for its width

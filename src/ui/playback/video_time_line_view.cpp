@@ -18,7 +18,7 @@ namespace {
 constexpr int kTimeLineLeft = 100;
 constexpr int kTimeLineRight = 80;
 constexpr int kTimeLineMargin = 2;  // leaves room for the ring of the focus
-constexpr int kButtonSize = 20;
+constexpr int kButtonSize = 24;
 constexpr int kPlayLeft = 25;
 constexpr int kPrevLeft = 51;
 constexpr int kNextLeft = 75;
