@@ -66,6 +66,7 @@ private:
     CardOverview cardOverview() override;
     void listRecordings(int clientId, const ListRequest& request) override;
     void playRecording(int clientId, const PlayRequest& request) override;
+    void grantRoom(int clientId, const RoomGrant& grant) override;
     void formatCard(int clientId) override;
 
     bool change(int clientId, const std::function<bool(Viewer&)>& edit);

@@ -30,6 +30,7 @@ constexpr MessageSize kSizes[] = {
     {IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ, kRequestBytes},
     {IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ, kRequestBytes},
     {IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ, kLongRequestBytes},
+    {IOTYPE_USER_IPCAM_RECORD_ROOM, kRoomBytes},
     {IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ, kRequestBytes},
     {IOTYPE_USER_IPCAM_KEEPALIVE, kRequestBytes},
     {IOTYPE_USER_IPCAM_PTZ_COMMAND, kRequestBytes},
@@ -81,6 +82,9 @@ bool CameraCommands::act(int clientId, uint32_t type, const uint8_t* data) {
             return true;
         case IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL:
             m_actions->playRecording(clientId, readPlayRequest(data));
+            return true;
+        case IOTYPE_USER_IPCAM_RECORD_ROOM:
+            m_actions->grantRoom(clientId, readRoomGrant(data));
             return true;
         case IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ:
             m_actions->formatCard(clientId);

@@ -92,6 +92,15 @@ SMsgAVIoctrlPlayRecordResp SMsgAVIoctrlPlayRecordResp::decode(const QByteArray& 
     return {numberAt<uint32_t>(payload, 0), numberAt<int32_t>(payload, 4)};
 }
 
+QByteArray PlaybackRoom::encode() const {
+    return Writer()
+        .u32(channel)
+        .u32(frames)
+        .u32(static_cast<uint32_t>(bytes))
+        .u32(static_cast<uint32_t>(bytes >> 32))
+        .result();
+}
+
 StreamQualityReply StreamQualityReply::decode(const QByteArray& payload) {
     return {numberAt<uint8_t>(payload, 4)};
 }

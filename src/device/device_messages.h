@@ -56,6 +56,16 @@ struct SMsgAVIoctrlPlayRecordResp {
     static SMsgAVIoctrlPlayRecordResp decode(const QByteArray& payload);
 };
 
+/// 0x0670, 16 bytes: how many frames, and bytes of them, the client of a playback has room for,
+/// counted from the first one on.
+struct PlaybackRoom {
+    uint32_t channel = 0;
+    uint32_t frames = 0;
+    uint64_t bytes = 0;
+
+    QByteArray encode() const;
+};
+
 /// 0x0323.
 struct StreamQualityReply {
     std::optional<uint8_t> quality;

@@ -12,6 +12,7 @@ using orvelle::CardOverview;
 using orvelle::CardSpace;
 using orvelle::ListRequest;
 using orvelle::PlayRequest;
+using orvelle::RoomGrant;
 
 /// Writes down what a command did, as text.
 class Recorder : public CameraActions {
@@ -36,6 +37,11 @@ public:
     void playRecording(int clientId, const PlayRequest& request) override {
         note(clientId, "play " + QByteArray::number(request.command) + ' ' +
                            QByteArray::number(qlonglong(request.fromSec.value_or(-1))));
+    }
+    void grantRoom(int clientId, const RoomGrant& room) override {
+        note(clientId, "room " + QByteArray::number(room.channel) + ' ' +
+                           QByteArray::number(room.frames) + ' ' +
+                           QByteArray::number(qulonglong(room.bytes)));
     }
     void formatCard(int clientId) override { note(clientId, "format"); }
     QByteArray notes;
@@ -118,6 +124,11 @@ private slots:
         row("play on day 30 of February", 0x031A, play("10000000", "e407021e07010203"),
             "7play 16 -1");
         row("play at hour 24", 0x031A, play("10000000", "e407030107180000"), "7play 16 -1");
+        row("room", 0x0670,
+            hex("03000000"
+                "05000000"
+                "0100000002000000"),
+            "7room 3 5 8589934593");
         row("stop playing", 0x031A, zeros(4) + hex("01000000") + zeros(16), "7play 1 -1");
         row("longer than its layout", 0x01FF, zeros(1388), "7video");
     }

@@ -45,6 +45,11 @@ PlayRequest readPlayRequest(const uint8_t* data) {
     return {qFromLittleEndian<uint32_t>(data + 4), readTime(data + 12, 0)};
 }
 
+RoomGrant readRoomGrant(const uint8_t* data) {
+    return {static_cast<int>(qFromLittleEndian<uint32_t>(data)),
+            qFromLittleEndian<uint32_t>(data + 4), qFromLittleEndian<uint64_t>(data + 8)};
+}
+
 ListRequest readListRequest(const uint8_t* data, const std::optional<int>& minutesEast) {
     const auto from = readTime(data + 4, minutesEast);
     const auto to = readTime(data + 12, minutesEast);

@@ -26,6 +26,16 @@ struct PlayRequest {
 /// command 4, time 12; the time is in UTC.
 PlayRequest readPlayRequest(const uint8_t* data);
 
+/// How much a client has room for on a channel, counted from the first frame on.
+struct RoomGrant {
+    int channel = 0;
+    uint32_t frames = 0;
+    uint64_t bytes = 0;
+};
+
+/// channel 0, frames 4, bytes 8.
+RoomGrant readRoomGrant(const uint8_t* data);
+
 struct ListRequest {
     int64_t fromSec = 0;
     int64_t toSec = -1;  ///< included

@@ -101,7 +101,9 @@ std::optional<Recording> CardStore::find(int64_t atSec) const {
     auto it = m_bytes.upper_bound(atSec);
     if (it == m_bytes.begin() || atSec - (--it)->first >= kRecordingSec)
         return {};
-    return Recording{it->first, pathOf(recordingName(it->first))};
+    const bool isUnfinished = it->first == m_unfinished;
+    const QString name = isUnfinished ? unfinishedName(it->first) : recordingName(it->first);
+    return Recording{it->first, pathOf(name), isUnfinished};
 }
 
 CardStore::Presence CardStore::refresh() {
@@ -112,6 +114,7 @@ CardStore::Presence CardStore::refresh() {
             m_isPresent = false;
             m_bytes.clear();
             m_usedBytes = 0;
+            m_unfinished.reset();
         }
         complain(QStringLiteral("is missing"));
         return Presence::kAbsent;
@@ -145,6 +148,7 @@ void CardStore::readDirectory() {
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_bytes.swap(bytes);
+        m_unfinished.reset();
         m_usedBytes = 0;
         for (const auto& entry : m_bytes)
             m_usedBytes += entry.second;
@@ -153,6 +157,23 @@ void CardStore::readDirectory() {
     for (const int64_t startSec : unfinished)
         if (isWritable())
             recover(startSec);
+}
+
+void CardStore::begin(int64_t startSec) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_bytes.emplace(startSec, 0);
+    m_unfinished = startSec;
+}
+
+void CardStore::forget(int64_t startSec) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_unfinished != startSec)
+        return;
+    m_unfinished.reset();
+    const auto entry = m_bytes.find(startSec);
+    // Unless it was to replace one.
+    if (entry != m_bytes.end() && entry->second == 0)
+        m_bytes.erase(entry);
 }
 
 void CardStore::recover(int64_t startSec) {
@@ -168,6 +189,7 @@ bool CardStore::keep(int64_t startSec) {
     const QString path = unfinishedPath(startSec);
     if (holdsPicture(path) && finish(startSec))
         return true;
+    forget(startSec);
     QFile::remove(path);
     return false;
 }
@@ -183,6 +205,8 @@ bool CardStore::finish(int64_t startSec) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         int64_t& entry = m_bytes[startSec];
         m_usedBytes += bytes - std::exchange(entry, bytes);
+        if (m_unfinished == startSec)
+            m_unfinished.reset();
     }
     m_isFaultLogged = false;
     updateSpace();
@@ -224,7 +248,7 @@ bool CardStore::removeOldest() {
     int64_t startSec = 0;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_bytes.empty())
+        if (m_bytes.empty() || m_bytes.begin()->first == m_unfinished)
             return false;
         startSec = m_bytes.begin()->first;
     }

@@ -34,10 +34,11 @@ struct CardOverview {
     std::vector<int64_t> daySec;
 };
 
-/// One finished recording.
+/// One recording.
 struct Recording {
     int64_t startSec = 0;
     QString path;
+    bool isUnfinished = false;  ///< still being written
 };
 
 /// A directory that serves as a memory card: the recordings in it, within a quota.
@@ -70,6 +71,10 @@ public:
     /// Removes the oldest recordings until `bytes` more fit; false when they cannot.
     bool makeRoom(int64_t bytes);
     QString unfinishedPath(int64_t startSec) const;
+    /// The unfinished recording of that second is there and counts as one from now on.
+    void begin(int64_t startSec);
+    /// It is given up.
+    void forget(int64_t startSec);
     /// An unfinished recording is complete; false when it is not there.
     bool finish(int64_t startSec);
     /// It could not be written: what can be played of it is kept.
@@ -100,6 +105,7 @@ private:
     bool m_isFull = false;
     std::map<int64_t, int64_t> m_bytes;  ///< of each recording, by its start
     int64_t m_usedBytes = 0;
+    std::optional<int64_t> m_unfinished;  ///< the recording that is being written, of m_bytes
     CardSpace m_space;
 };
 

@@ -23,6 +23,7 @@ QString RecordingReader::open(const QString& path) {
     m_packet.reset(av_packet_alloc());
     m_ahead.clear();
     m_video = m_audio = nullptr;
+    m_readFrames = 0;
     AVFormatContext* context = nullptr;
     const int opened = avformat_open_input(&context, path.toUtf8().constData(),
                                            av_find_input_format("matroska"), nullptr);
@@ -41,6 +42,15 @@ QString RecordingReader::open(const QString& path) {
     if (m_audio)
         m_adts = adtsFormatOf(m_audio->codecpar->extradata, m_audio->codecpar->extradata_size);
     return m_video && openFilter() ? QString() : unreadable;
+}
+
+void RecordingReader::reopen(const QString& path) {
+    const int64_t known = m_readFrames;
+    if (!open(path).isEmpty())
+        m_format.reset();
+    while (m_readFrames < known && readFrame()) {
+    }
+    m_readFrames = known;
 }
 
 bool RecordingReader::openFilter() {
@@ -85,11 +95,13 @@ std::optional<EncodedFrame> RecordingReader::next() {
 }
 
 std::optional<EncodedFrame> RecordingReader::readFrame() {
-    while (av_read_frame(m_format.get(), m_packet.get()) >= 0) {
+    while (m_format && av_read_frame(m_format.get(), m_packet.get()) >= 0) {
         const auto frame = frameOf(m_packet.get());
         av_packet_unref(m_packet.get());
-        if (frame)
-            return frame;
+        if (!frame)
+            continue;
+        ++m_readFrames;
+        return frame;
     }
     return {};
 }

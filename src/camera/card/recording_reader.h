@@ -11,12 +11,16 @@
 
 namespace orvelle {
 
-/// Reads a recording back as the frames that were sent, also one that a crash cut short.
-/// One thread.
+/// Reads a recording back as the frames that were sent, also one that a crash cut short or that is
+/// still being written. One thread.
 class RecordingReader {
 public:
     /// Empty on success, else one line of reason.
     QString open(const QString& path);
+
+    /// Opens the same recording again, perhaps under another name, which may have grown: next()
+    /// goes on where it ended. Nothing more comes when it cannot be read.
+    void reopen(const QString& path);
 
     /// The next frame in the order of the file; none at its end or where it is torn.
     /// Times count from the recording's start.
@@ -39,6 +43,7 @@ private:
     BitstreamFilterPtr m_filter;        ///< to Annex B
     PacketPtr m_packet;
     std::deque<EncodedFrame> m_ahead;  ///< read while seeking
+    int64_t m_readFrames = 0;          ///< since the start of the file
 };
 
 }  // namespace orvelle

@@ -17,6 +17,17 @@ void KvTUTKPlayer::setStartTime(const QDateTime& time) {
         m_playbackInput->setStartTime(time);
 }
 
+void KvTUTKPlayer::setRecordingStart(const QDateTime& time) {
+    m_recordingStart = time;
+    if (m_playbackInput)
+        m_playbackInput->setRecordingStart(time);
+}
+
+double KvTUTKPlayer::outputTime() {
+    const double seconds = ViewPlayer::outputTime();
+    return m_playbackInput ? m_playbackInput->positionOf(seconds) : seconds;
+}
+
 PlaybackEnd KvTUTKPlayer::endReason() const {
     return m_playbackInput ? m_playbackInput->endReason() : PlaybackEnd::kNone;
 }
@@ -34,6 +45,7 @@ std::unique_ptr<KvBasePlayerInput> KvTUTKPlayer::createInput() {
     auto input = std::make_unique<KvTUTKPlaybackInput>();
     input->setDevice(m_device);
     input->setStartTime(m_startTime);
+    input->setRecordingStart(m_recordingStart);
     m_playbackInput = input.get();
     return input;
 }

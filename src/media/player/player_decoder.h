@@ -40,7 +40,9 @@ public:
 ///
 /// The codec follows the packets. Pictures start at a key frame, leave in planar 4:2:0 and are
 /// withheld after damage until the next key frame; at most three wait. At most half a second of
-/// sound waits: a sound device slower than the camera's clock costs sound, not delay.
+/// sound waits: of a live source, a sound device slower than the camera's clock costs sound, not
+/// delay; of a recording, no more is decoded until there is room. What has a time below 0 only
+/// leads to what is wanted: it is decoded and does not leave.
 class KvPlayerDecoder : public KvBasePlayerDecoder {
     Q_OBJECT
 public:
@@ -67,6 +69,9 @@ public:
     orvelle::StreamParameters audioParameters() override { return m_audioParameters.copy(); }
 
 private:
+    /// Sound that may wait, in seconds; outlasts the bursts of a lossy path.
+    static constexpr double kMaxSoundSec = 0.5;
+
     friend class KvPlayerDecoderVideoThread;
     friend class KvPlayerDecoderAudioThread;
     using FrameQueue = OwningQueue<KvBasePlayerDecoderFrame>;
@@ -84,6 +89,7 @@ private:
     void forgetSound();
     void passSound(double timeSec);
     void boundSound(double frameSec);
+    bool waitForSoundSpace(const KvThread& thread);
 
     std::unique_ptr<FrameQueue> m_videoFrames;  ///< fixed between start() and stop(), as below
     std::unique_ptr<FrameQueue> m_audioFrames;
@@ -99,6 +105,7 @@ private:
     int m_knownSoundId = -1;  ///< of what m_audioParameters tell, as the two below
     int m_knownSoundRate = 0;
     int m_knownSoundChannels = 0;
+    double m_soundFrameSec = kMaxSoundSec;  ///< how long the last one lasts
     size_t m_lastG726Bytes = 0;
     double m_lastG726Sec = 0.0;
 
