@@ -183,6 +183,10 @@ CardSpace Camera::cardSpace() {
     return m_card ? m_card->store().space() : CardSpace();
 }
 
+CardOverview Camera::cardOverview() {
+    return m_card ? m_card->store().overview() : CardOverview();
+}
+
 void Camera::listRecordings(int clientId, const ListRequest& request) {
     const bool isThere = m_card && m_card->store().isPresent();
     reply(clientId, IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP,

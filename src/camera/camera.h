@@ -63,6 +63,7 @@ private:
     void setAudio(int clientId, bool on) override;
     void turn(int clientId, uint8_t control, uint8_t speed) override;
     CardSpace cardSpace() override;
+    CardOverview cardOverview() override;
     void listRecordings(int clientId, const ListRequest& request) override;
     void playRecording(int clientId, const PlayRequest& request) override;
     void grantRoom(int clientId, const RoomGrant& grant) override;

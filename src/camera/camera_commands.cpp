@@ -34,6 +34,7 @@ constexpr MessageSize kSizes[] = {
     {IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ, kRequestBytes},
     {IOTYPE_USER_IPCAM_KEEPALIVE, kRequestBytes},
     {IOTYPE_USER_IPCAM_PTZ_COMMAND, kRequestBytes},
+    {IOTYPE_CARD_OVERVIEW_REQ, kRequestBytes},
 };
 
 const MessageSize* sizeOf(uint32_t type) {
@@ -109,6 +110,8 @@ void CameraCommands::answer(int clientId, uint32_t type) {
             return reply(timezoneReply(m_profile));
         case IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ:
             return reply(deviceTypeReply(m_profile));
+        case IOTYPE_CARD_OVERVIEW_REQ:
+            return reply(overviewReply(m_actions->cardOverview(), m_profile.timezoneMinutes));
         default:
             return;
     }

@@ -29,4 +29,7 @@ enum IoType : uint32_t {
     IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP = 0x0681,
     IOTYPE_USER_IPCAM_KEEPALIVE = 0x0803,
     IOTYPE_USER_IPCAM_PTZ_COMMAND = 0x1001,
+    // This system's own; a camera that does not know them says nothing.
+    IOTYPE_CARD_OVERVIEW_REQ = 0x7000,
+    IOTYPE_CARD_OVERVIEW_RESP = 0x7001,
 };

@@ -8,6 +8,7 @@ namespace {
 using orvelle::CameraActions;
 using orvelle::CameraCommands;
 using orvelle::CameraProfile;
+using orvelle::CardOverview;
 using orvelle::CardSpace;
 using orvelle::ListRequest;
 using orvelle::PlayRequest;
@@ -24,6 +25,9 @@ public:
     void setAudio(int clientId, bool on) override { note(clientId, on ? "audio" : "no audio"); }
     void turn(int clientId, uint8_t control, uint8_t speed) override {
         note(clientId, "turn " + QByteArray::number(control) + ' ' + QByteArray::number(speed));
+    }
+    CardOverview cardOverview() override {
+        return {true, false, true, 1'600'000'020, 1'602'000'000, {1'600'000'020, 1'602'000'000}};
     }
     CardSpace cardSpace() override { return {int64_t{32'000} << 20, (int64_t{31} << 20) - 1}; }
     void listRecordings(int clientId, const ListRequest& request) override {
@@ -97,6 +101,13 @@ private slots:
                               text("192.168.1.20", 16) + text("AA:BB:CC:DD:EE:FF", 18)));
         row("time zone", 0x03A0, zeros(8), answer("3a1", hex("0c00000001000000a6ffffff")));
         row("device type", 0x0680, zeros(8), answer("681", hex("01000000")));
+        // Read-only and full; September and October of 2020.
+        row("overview", 0x7000, zeros(8),
+            answer("7001", hex("06000000"
+                               "14105e5f"
+                               "80947c5f"
+                               "b85e0200"
+                               "03")));
         row("format", 0x0380, zeros(8), "7format");
         // Times of a request, in the camera's clock for a list, in UTC for a playback.
         const auto list = [&](const char* from, const char* to) -> QByteArray {

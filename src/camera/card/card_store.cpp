@@ -16,6 +16,8 @@ namespace orvelle {
 
 namespace {
 
+constexpr int64_t kDaySec = 86'400;
+
 int64_t availableBytes(const QString& directory) {
     std::error_code error;
     const auto space =
@@ -47,6 +49,30 @@ CardStore::CardStore(QString directory, int64_t quotaBytes)
 bool CardStore::isPresent() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_isPresent;
+}
+
+bool CardStore::isWritable() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isPresent && m_isWritable;
+}
+
+// From day to day, so that a large card takes no longer than a small one.
+CardOverview CardStore::overview() const {
+    CardOverview card;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    card.isPresent = m_isPresent;
+    card.isWritable = m_isWritable;
+    card.isFull = m_isFull;
+    if (m_bytes.empty())
+        return card;
+    card.oldestSec = m_bytes.begin()->first;
+    card.newestSec = m_bytes.rbegin()->first;
+    for (auto it = m_bytes.begin(); it != m_bytes.end();) {
+        card.daySec.push_back(it->first);
+        it = m_bytes.lower_bound((it->first / kDaySec + 1) * kDaySec);
+        card.daySec.push_back(std::prev(it)->first);
+    }
+    return card;
 }
 
 CardSpace CardStore::space() const {
@@ -81,7 +107,7 @@ std::optional<Recording> CardStore::find(int64_t atSec) const {
 }
 
 CardStore::Presence CardStore::refresh() {
-    const auto now = writableFolderIdentity(m_directory.toStdString());
+    const auto now = folderIdentity(m_directory.toStdString());
     if (!now) {
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
@@ -90,11 +116,18 @@ CardStore::Presence CardStore::refresh() {
             m_usedBytes = 0;
             m_unfinished.reset();
         }
-        complain(QStringLiteral("is missing or cannot be written"));
+        complain(QStringLiteral("is missing"));
         return Presence::kAbsent;
     }
     const bool isNew = !isPresent() || *now != m_identity;
     m_identity = *now;
+    const bool isWritable = writableFolderIdentity(m_directory.toStdString()) == now;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isWritable = isWritable;
+    }
+    if (!isWritable)
+        complain(QStringLiteral("cannot be written"));
     if (isNew)
         readDirectory();
     updateSpace();
@@ -122,7 +155,8 @@ void CardStore::readDirectory() {
         m_isPresent = true;
     }
     for (const int64_t startSec : unfinished)
-        recover(startSec);
+        if (isWritable())
+            recover(startSec);
 }
 
 void CardStore::begin(int64_t startSec) {
@@ -197,6 +231,10 @@ bool CardStore::makeRoom(int64_t bytes) {
         isPossible = removeOldest();
     if (!isPossible)
         complain(QStringLiteral("is full"));
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isFull = !isPossible;
+    }
     updateSpace();
     return isPossible;
 }
@@ -223,7 +261,7 @@ bool CardStore::removeOldest() {
 }
 
 bool CardStore::format() {
-    if (refresh() == Presence::kAbsent)
+    if (refresh() == Presence::kAbsent || !isWritable())
         return false;
     bool isEmpty = true;
     const QStringList names = QDir(m_directory).entryList(QDir::Files | QDir::System);
