@@ -183,6 +183,10 @@ CardSpace Camera::cardSpace() {
     return m_card ? m_card->store().space() : CardSpace();
 }
 
+CardOverview Camera::cardOverview() {
+    return m_card ? m_card->store().overview() : CardOverview();
+}
+
 void Camera::listRecordings(int clientId, const ListRequest& request) {
     const bool isThere = m_card && m_card->store().isPresent();
     reply(clientId, IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP,
@@ -212,7 +216,12 @@ int32_t Camera::startPlayback(int clientId, const std::optional<int64_t>& fromSe
     if (!m_card || !m_card->store().isPresent())
         return kNoCard;
     const auto recording = fromSec ? m_card->store().find(*fromSec) : std::nullopt;
-    return recording ? m_playbacks.start(clientId, *recording, *fromSec) : kNoRecording;
+    return recording ? m_playbacks.start(clientId, m_card->store(), *recording, *fromSec)
+                     : kNoRecording;
+}
+
+void Camera::grantRoom(int clientId, const RoomGrant& grant) {
+    m_playbacks.grant(clientId, grant);
 }
 
 void Camera::formatCard(int clientId) {

@@ -63,8 +63,10 @@ private:
     void setAudio(int clientId, bool on) override;
     void turn(int clientId, uint8_t control, uint8_t speed) override;
     CardSpace cardSpace() override;
+    CardOverview cardOverview() override;
     void listRecordings(int clientId, const ListRequest& request) override;
     void playRecording(int clientId, const PlayRequest& request) override;
+    void grantRoom(int clientId, const RoomGrant& grant) override;
     void formatCard(int clientId) override;
 
     bool change(int clientId, const std::function<bool(Viewer&)>& edit);

@@ -45,6 +45,8 @@ public:
     /// The same for one decoded frame, converted where it differs from the device's format: 0, or
     /// -1 without a format or for a frame that makes no sense.
     int writeFrame(const AVFrame* frame);
+    /// The same for so much silence.
+    int writeSilence(int64_t microseconds);
 
     /// 0.0 mutes, 1.0 is the full level.
     void setVolume(float volume);

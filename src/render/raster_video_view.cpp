@@ -72,7 +72,7 @@ void RasterVideoView::showNothing() {
     requestRepaint();
 }
 
-bool RasterVideoView::snapshot(const QString& path) {
+bool RasterVideoView::snapshot(const QString& path, const QDateTime& takenAt) {
     FramePtr picture;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
@@ -85,7 +85,7 @@ bool RasterVideoView::snapshot(const QString& path) {
     picture->width &= ~1;
     picture->height &= ~1;
     picture->color_range = AVCOL_RANGE_MPEG;
-    return writeFrameJpeg(picture.get(), path) == 0;
+    return writeFrameJpeg(picture.get(), path, takenAt) == 0;
 }
 
 void RasterVideoView::pictureScale(double* x, double* y) const {

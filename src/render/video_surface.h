@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QImage>
 #include <QString>
 
@@ -36,10 +37,11 @@ public:
     /// Shows black. Any thread.
     virtual void showNothing() = 0;
 
-    /// Writes the current picture at its own size as a JPEG file; false when there is none or
+    /// Writes the current picture at its own size as a JPEG file, which notes `takenAt` where that
+    /// is valid; false when there is none or
     /// writing fails. Blocks for the encoding, but holds up neither painting nor new pictures. Any
     /// thread.
-    virtual bool snapshot(const QString& path) = 0;
+    virtual bool snapshot(const QString& path, const QDateTime& takenAt = {}) = 0;
     /// The share of the widget that the last painted picture covers; null pointers are skipped.
     /// Any thread.
     virtual void pictureScale(double* x, double* y) const = 0;

@@ -81,10 +81,10 @@ void KvVideoView::clear() {
     qDebug("clear");
 }
 
-bool KvVideoView::snapshot(const QString& path) {
+bool KvVideoView::snapshot(const QString& path, const QDateTime& takenAt) {
     const SharedFrame frame = currentFrame();
     return frame && writeYUV420PJpeg(frame->y(), frame->u(), frame->v(), frame->width(),
-                                     frame->height(), path) == 0;
+                                     frame->height(), path, takenAt) == 0;
 }
 
 void KvVideoView::pictureScale(double* x, double* y) const {

@@ -33,7 +33,7 @@ public:
 
     int showPicture(const AVFrame& picture) override;
     void showNothing() override { showFrame(nullptr); }
-    bool snapshot(const QString& path) override;
+    bool snapshot(const QString& path, const QDateTime& takenAt = {}) override;
     void pictureScale(double* x, double* y) const override;
     QImage grabView() override { return grabFramebuffer(); }
 

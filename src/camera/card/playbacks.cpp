@@ -16,7 +16,8 @@ Playbacks::~Playbacks() {
     stopAll();
 }
 
-int32_t Playbacks::start(int clientId, const Recording& recording, int64_t fromSec) {
+int32_t Playbacks::start(int clientId, const CardStore& store, const Recording& recording,
+                         int64_t fromSec) {
     stop(clientId);
     const auto isBusy = [](const auto& entry) { return !entry.second->isFinished(); };
     const int channel = nextChannel(clientId);
@@ -24,10 +25,16 @@ int32_t Playbacks::start(int clientId, const Recording& recording, int64_t fromS
                             static_cast<ptrdiff_t>(kMaxPlaybacks))
         return kTooManyPlaybacks;
     auto& playback = m_running[clientId];
-    playback =
-        std::make_unique<Playback>(PlaybackTarget{m_server, clientId, channel}, recording, fromSec);
+    playback = std::make_unique<Playback>(PlaybackTarget{m_server, clientId, channel}, store,
+                                          recording, fromSec);
     playback->start();
     return 0;
+}
+
+void Playbacks::grant(int clientId, const RoomGrant& room) {
+    const auto found = m_running.find(clientId);
+    if (found != m_running.end() && found->second->channel() == room.channel)
+        found->second->grant(room);
 }
 
 // Not joined at once: a slow card must not hold up the server.

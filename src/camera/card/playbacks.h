@@ -18,8 +18,12 @@ public:
     Playbacks(const Playbacks&) = delete;
     Playbacks& operator=(const Playbacks&) = delete;
 
-    /// Ends the client's former one. 0 when the playback itself will answer, else why not.
-    int32_t start(int clientId, const Recording& recording, int64_t fromSec);
+    /// Ends the client's former one. 0 when the playback itself will answer, else why not. The
+    /// store, which has the recording, outlives the playback.
+    int32_t start(int clientId, const CardStore& store, const Recording& recording,
+                  int64_t fromSec);
+    /// Passed to the client's playback if that is on the channel.
+    void grant(int clientId, const RoomGrant& room);
     void stop(int clientId);
     /// The client is gone.
     void forget(int clientId);

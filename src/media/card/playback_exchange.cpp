@@ -11,13 +11,13 @@
 
 namespace orvelle {
 
-void PlaybackExchange::restart() {
+void PlaybackExchange::restart(std::optional<int32_t> baseMinute) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_request = Request::kNone;
     m_isAnswered = false;
     m_hasStopped = false;
     m_channel = -1;
-    m_baseMinute = 0;
+    m_baseMinute = baseMinute;
     m_isAbandoned = false;
     m_hasEnded = false;
 }
@@ -46,7 +46,7 @@ int PlaybackExchange::channel() const {
     return m_channel;
 }
 
-int32_t PlaybackExchange::baseMinute() const {
+std::optional<int32_t> PlaybackExchange::baseMinute() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_baseMinute;
 }

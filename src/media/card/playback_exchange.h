@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 
 class KvTUTKResponse;
 
@@ -20,8 +21,8 @@ public:
     enum class Request { kNone, kTimeBase, kStart, kStop };
     enum class News { kNone, kRefused, kEnded };
 
-    /// Forgets all that was said.
-    void restart();
+    /// Forgets all that was said but, where it is known already, the camera's clock.
+    void restart(std::optional<int32_t> baseMinute = {});
     /// Before the request is sent.
     void expect(Request request);
     /// True once it is answered; false after `timeoutMs`, or at once when abandoned.
@@ -34,7 +35,8 @@ public:
     bool isAbandoned() const { return m_isAbandoned; }
     bool hasEnded() const { return m_hasEnded; }
     int channel() const;  ///< of the recording; -1: none
-    int32_t baseMinute() const;
+    /// Nothing until the camera has told.
+    std::optional<int32_t> baseMinute() const;
 
 private:
     News acceptControl(uint32_t command, int32_t result);
@@ -46,7 +48,7 @@ private:
     bool m_isAnswered = false;
     bool m_hasStopped = false;
     int m_channel = -1;
-    int32_t m_baseMinute = 0;
+    std::optional<int32_t> m_baseMinute;
 
     std::atomic<bool> m_isAbandoned{false};  ///< written under the mutex, as below
     std::atomic<bool> m_hasEnded{false};

@@ -11,10 +11,26 @@ KvTUTKPlayer::~KvTUTKPlayer() {
     shutdown();
 }
 
+void KvTUTKPlayer::setDevice(KvTUTKDevice* device) {
+    m_device = device;
+    m_baseMinute.reset();
+}
+
 void KvTUTKPlayer::setStartTime(const QDateTime& time) {
     m_startTime = time;
     if (m_playbackInput)
         m_playbackInput->setStartTime(time);
+}
+
+void KvTUTKPlayer::setRecordingStart(const QDateTime& time) {
+    m_recordingStart = time;
+    if (m_playbackInput)
+        m_playbackInput->setRecordingStart(time);
+}
+
+double KvTUTKPlayer::outputTime() {
+    const double seconds = ViewPlayer::outputTime();
+    return m_playbackInput ? m_playbackInput->positionOf(seconds) : seconds;
 }
 
 PlaybackEnd KvTUTKPlayer::endReason() const {
@@ -34,11 +50,15 @@ std::unique_ptr<KvBasePlayerInput> KvTUTKPlayer::createInput() {
     auto input = std::make_unique<KvTUTKPlaybackInput>();
     input->setDevice(m_device);
     input->setStartTime(m_startTime);
+    input->setRecordingStart(m_recordingStart);
+    input->setBaseMinute(m_baseMinute);
     m_playbackInput = input.get();
     return input;
 }
 
 void KvTUTKPlayer::releaseInput() {
+    if (m_playbackInput && m_device && m_playbackInput->baseMinute())
+        m_baseMinute = m_playbackInput->baseMinute();
     m_playbackInput = nullptr;
     ViewPlayer::releaseInput();
 }

@@ -258,6 +258,10 @@ void KvBasePlayer::handleOutputEvent(int32_t event) {
         case KvBasePlayerOutput::kStopped:
             notify(KvBasePlayerPlayEnded, 0.0, 0.0);
             break;
+        case KvBasePlayerOutput::kDry:
+        case KvBasePlayerOutput::kGoesOn:
+            notify(KvBasePlayerWaiting, event == KvBasePlayerOutput::kDry ? 1.0 : 0.0, -1.0);
+            break;
         case KvBasePlayerOutput::kPicture: {
             const double length = duration();
             notify(KvBasePlayerProgress, outputTime(), length);

@@ -20,6 +20,7 @@ enum KvBasePlayerEvent : int32_t {
     KvBasePlayerVideoEnded = 3,  ///< pictures were shown and no more will come
     KvBasePlayerPlayEnded = 4,   ///< the picture thread was stopped
     KvBasePlayerProgress = 5,    ///< another picture; a = its time in s, b = the duration in s
+    KvBasePlayerWaiting = 6,     ///< a recording does not come fast enough: a = 1, until a = 0
 };
 
 /// Three stages in a row (input -> decoder -> output) and a recorder beside them.

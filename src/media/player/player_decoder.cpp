@@ -15,10 +15,11 @@ namespace {
 
 /// Decoded pictures that may wait for the output: more would be delay.
 constexpr int kMaxPictures = 3;
-/// Sound that may wait, in seconds: above the first, the oldest goes until the second is left.
-/// The first outlasts the bursts of a lossy path; the second keeps the device fed.
-constexpr double kMaxSoundSec = 0.5;
+/// When more live sound waits than may, the oldest goes until so much is left, in seconds, which
+/// keeps the device fed.
 constexpr double kSoundLeftSec = 0.15;
+/// Rounding of the times of a recording.
+constexpr double kRoundingSec = 0.005;
 /// Waits end by signals; this only bounds a missed one.
 constexpr int kWaitMs = 1000;
 
@@ -92,6 +93,7 @@ void KvPlayerDecoder::requestStop() {
     m_videoThread->stop();
     m_audioThread->stop();
     m_videoFrames->interrupt();
+    m_audioFrames->wake();
     input()->wakeReaders();
 }
 
@@ -255,7 +257,7 @@ int KvPlayerDecoder::decodePicture(const KvBasePlayerInputPacket& packet) {
 void KvPlayerDecoder::passPicture(double timeSec) {
     const AVFrame* picture = m_filter.accept(*m_video->frame());
     // A flush while it was being decoded made it worthless.
-    if (!picture || !m_keyFrameSeen || m_damage.covers(timeSec))
+    if (!picture || !m_keyFrameSeen || timeSec < -kRoundingSec || m_damage.covers(timeSec))
         return;
     m_videoFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(picture, timeSec));
     stats().picturesDecoded.fetch_add(1, std::memory_order_relaxed);
@@ -263,6 +265,8 @@ void KvPlayerDecoder::passPicture(double timeSec) {
 
 void KvPlayerDecoder::decodeAudio(const KvThread& thread) {
     while (!thread.isStopped()) {
+        if (!waitForSoundSpace(thread))
+            continue;
         const bool moreMayCome = input()->isRunning();
         KvBasePlayerInputPacket* packet = nullptr;
         if (input()->readAudioPacket(&packet) == 0) {
@@ -278,6 +282,13 @@ void KvPlayerDecoder::decodeAudio(const KvThread& thread) {
     forgetSound();
 }
 
+bool KvPlayerDecoder::waitForSoundSpace(const KvThread& thread) {
+    if (input()->isLive())
+        return true;
+    const int most = std::max(2, static_cast<int>(kMaxSoundSec / m_soundFrameSec));
+    return m_audioFrames->waitForSpace(most - 1, kWaitMs, [&] { return thread.isStopped(); });
+}
+
 void KvPlayerDecoder::forgetSound() {
     m_audioParameters.clear();
     m_knownSoundId = -1;
@@ -285,7 +296,8 @@ void KvPlayerDecoder::forgetSound() {
 
 void KvPlayerDecoder::handleAudioPacket(const KvBasePlayerInputPacket& packet) {
     // A recording needs the parameters, also of a picture that is watched without sound.
-    if (!m_isSoundWanted && packet.codecId() == m_knownSoundId) {
+    // Of a recording more waits in the queue than may be missing when it is wanted again.
+    if (!m_isSoundWanted && input()->isLive() && packet.codecId() == m_knownSoundId) {
         m_audio->close();
         m_lastG726Bytes = 0;
         return;
@@ -329,8 +341,12 @@ void KvPlayerDecoder::passSound(double timeSec) {
     m_knownSoundId = codec.codec_id;
     m_knownSoundRate = codec.sample_rate;
     m_knownSoundChannels = codec.ch_layout.nb_channels;
+    m_soundFrameSec = durationSec(frame);
+    if (timeSec < -kRoundingSec)
+        return;
     m_audioFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(&frame, timeSec));
-    boundSound(durationSec(frame));
+    if (input()->isLive())
+        boundSound(m_soundFrameSec);
 }
 
 void KvPlayerDecoder::boundSound(double frameSec) {

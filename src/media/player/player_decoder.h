@@ -40,8 +40,10 @@ public:
 /// The decoder stage of every player: one thread for pictures, one for sound.
 ///
 /// The codec follows the packets. Pictures start at a key frame, leave in planar 4:2:0 and are
-/// withheld for a DamageSpan after one that is damaged; at most three wait. At most half a second of
-/// sound waits: a sound device slower than the camera's clock costs sound, not delay.
+/// withheld for a DamageSpan after one that is damaged; at most three wait. At most half a second
+/// of sound waits: of a live source, a sound device slower than the camera's clock costs sound, not
+/// delay; of a recording, no more is decoded until there is room. What has a time below 0 only
+/// leads to what is wanted: it is decoded and does not leave.
 class KvPlayerDecoder : public KvBasePlayerDecoder {
     Q_OBJECT
 public:
@@ -68,6 +70,9 @@ public:
     orvelle::StreamParameters audioParameters() override { return m_audioParameters.copy(); }
 
 private:
+    /// Sound that may wait, in seconds; outlasts the bursts of a lossy path.
+    static constexpr double kMaxSoundSec = 0.5;
+
     friend class KvPlayerDecoderVideoThread;
     friend class KvPlayerDecoderAudioThread;
     using FrameQueue = OwningQueue<KvBasePlayerDecoderFrame>;
@@ -86,6 +91,7 @@ private:
     void forgetSound();
     void passSound(double timeSec);
     void boundSound(double frameSec);
+    bool waitForSoundSpace(const KvThread& thread);
 
     std::unique_ptr<FrameQueue> m_videoFrames;  ///< fixed between start() and stop(), as below
     std::unique_ptr<FrameQueue> m_audioFrames;
@@ -95,13 +101,14 @@ private:
     std::unique_ptr<KvPlayerDecoderAudioThread> m_audioThread;
 
     orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the three below
-    orvelle::DamageSpan m_damage;       ///< what is decoded here is not shown
+    orvelle::DamageSpan m_damage;        ///< what is decoded here is not shown
     orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
     std::vector<uint8_t> m_parameterSets;             ///< of the last key frame that had any
     orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below
     int m_knownSoundId = -1;  ///< of what m_audioParameters tell, as the two below
     int m_knownSoundRate = 0;
     int m_knownSoundChannels = 0;
+    double m_soundFrameSec = kMaxSoundSec;  ///< how long the last one lasts
     size_t m_lastG726Bytes = 0;
     double m_lastG726Sec = 0.0;
 

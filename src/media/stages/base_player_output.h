@@ -21,6 +21,8 @@ public:
         kPicturesEnded = 1,  ///< the decoder has ended, after at least one picture
         kStopped = 2,        ///< the picture thread was asked to stop
         kPicture = 3,        ///< another picture was shown
+        kDry = 4,            ///< a recording has no picture when one is due
+        kGoesOn = 5,         ///< it has again
     };
     using EventCallback = void (*)(void* user, int32_t event);
 

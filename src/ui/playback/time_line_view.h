@@ -39,6 +39,12 @@ public:
     const QVector<KvTimeLineMark>& marks() const { return m_marks; }
     const orvelle::TimeSpans& spans() const { return m_spans; }
 
+    /// In order: where it is not known whether something was recorded.
+    void setUnknown(const orvelle::TimeSpans& spans);
+    const orvelle::TimeSpans& unknown() const { return m_unknown; }
+    /// What can be seen, within the limits.
+    orvelle::TimeSpan shownSpan() const;
+
     /// Whether the user moves it, or has zoomed just now: what plays must not move it then.
     bool isDragging() const { return m_dragging || m_heldKey != 0 || m_zoomHold.isActive(); }
 
@@ -71,8 +77,10 @@ private:
     orvelle::TimeScale scale() const;
 
     void paintTicks(QPainter& painter, const std::vector<orvelle::TimeTick>& ticks) const;
+    void paintUnknown(QPainter& painter) const;
     void paintMarks(QPainter& painter) const;
     void paintLabels(QPainter& painter, const std::vector<orvelle::TimeTick>& ticks) const;
+    void paintHandle(QPainter& painter) const;
     void paintMoment(QPainter& painter) const;
 
     orvelle::TimeScale m_scale;  ///< but for its width
@@ -81,6 +89,7 @@ private:
     int m_maximum = 0;
     QVector<KvTimeLineMark> m_marks;  ///< sorted
     orvelle::TimeSpans m_spans;       ///< of the marks
+    orvelle::TimeSpans m_unknown;
     bool m_dragging = false;
     int m_heldKey = 0;  ///< the key that moves it, 0 for none
     int m_valueAtPress = 0;

@@ -93,7 +93,8 @@ void KvDevicePlayerView::_onClickUIPtzButton(bool) {
 QString KvDevicePlayerView::capture(const QString& name) {
     if (!m_device)
         return {};
-    return orvelle::saveSnapshot(*m_ui->videoView(), m_device->uid(), name, this, m_toast);
+    return orvelle::saveSnapshot(*m_ui->videoView(), m_device->uid(), name,
+                                 QDateTime::currentDateTime(), this, m_toast);
 }
 
 void KvDevicePlayerView::_onClickUICaptureButton(bool) {

@@ -24,13 +24,13 @@ bool agreesToDefaultFolder(QWidget* over) {
     return true;
 }
 
-QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name, QWidget* over,
-                     KvToast& toast) {
+QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name,
+                     const QDateTime& takenAt, QWidget* over, KvToast& toast) {
     const QString folder = usableMediaFolder(KvFileUtils::screenshotPath, uid, over);
     if (folder.isEmpty())
         return {};
     const QString path = QStringLiteral("%1/%2.jpg").arg(folder, name);
-    if (view.snapshot(path))
+    if (view.snapshot(path, takenAt))
         return path;
     toast.show(over, text("screenshot_failed"));
     return {};
