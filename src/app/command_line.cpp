@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+#include "platform/terminal.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -13,12 +15,13 @@ namespace {
 
 constexpr int kNoDisplay = 1;
 constexpr char kUsage[] =
-    "Usage: orvelle [--help] [--version]\n"
+    "Usage: orvelle [--help] [--version] [--log [FILE]]\n"
     "\n"
     "Shows, records and steers Wi-Fi cameras.\n"
     "\n"
     "  -h, --help     show this and end\n"
     "  -v, --version  show the version and end\n"
+    "  --log [FILE]   write down what it does, to Orvelle.log among its data or to FILE\n"
     "\n"
     "Options of the Qt toolkit, as -platform and -style, are taken as well.\n";
 
@@ -44,10 +47,12 @@ std::optional<int> answerCommandLine(int argc, const char* const* argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument == "-h" || argument == "--help") {
+            writeToTerminalOfCaller();
             std::fputs(kUsage, stdout);
             return EXIT_SUCCESS;
         }
         if (argument == "-v" || argument == "--version") {
+            writeToTerminalOfCaller();
             std::puts("orvelle " ORVELLE_VERSION);
             return EXIT_SUCCESS;
         }
