@@ -18,5 +18,7 @@ list(TRANSFORM pkgconfig_folders APPEND /lib/pkgconfig)
 list(JOIN pkgconfig_folders : pkgconfig_folders)
 set(ENV{PKG_CONFIG_LIBDIR} "${pkgconfig_folders}")
 set(ENV{PKG_CONFIG_PATH} "")
+# The libraries may have been moved since they were built.
+set(PKG_CONFIG_ARGN --define-prefix)
 
 set(CMAKE_CROSSCOMPILING_EMULATOR ${CMAKE_CURRENT_LIST_DIR}/../tools/windows/in_wine.sh)

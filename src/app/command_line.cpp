@@ -2,6 +2,8 @@
 
 #include <QtGlobal>
 
+#include "platform/terminal.h"
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -19,7 +21,7 @@ constexpr char kUsage[] =
     "\n"
     "  -h, --help     show this and end\n"
     "  -v, --version  show the version and end\n"
-    "  --log [FILE]   write what the program does to FILE, else to Orvelle.log among its data\n"
+    "  --log [FILE]   write down what it does, to Orvelle.log among its data or to FILE\n"
     "\n"
     "ORVELLE_LOG=1 in the environment writes it to the terminal.\n"
     "\n"
@@ -47,10 +49,12 @@ std::optional<int> answerCommandLine(int argc, const char* const* argv) {
     for (int i = 1; i < argc; ++i) {
         const std::string argument = argv[i];
         if (argument == "-h" || argument == "--help") {
+            writeToTerminalOfCaller();
             std::fputs(kUsage, stdout);
             return EXIT_SUCCESS;
         }
         if (argument == "-v" || argument == "--version") {
+            writeToTerminalOfCaller();
             std::puts("orvelle " ORVELLE_VERSION);
             return EXIT_SUCCESS;
         }

@@ -31,7 +31,8 @@ constexpr Option kOptions[] = {
     {"demo", nullptr, "show the demo scene (default)"},
     {"scene", "N", "which demo scene (default 0)"},
     {"source", "SOURCE",
-     "a file, /dev/videoN or rtsp:// address instead of the demo; with a password in it, put it "
+     "a file, a webcam (/dev/videoN, on Windows video=NAME) or an rtsp:// address instead of the "
+     "demo; with a password in it, put it "
      "into ORVELLE_CAMERA_SOURCE instead"},
     {"loop", nullptr, "start a file again at its end (default)"},
     {"once", nullptr, "exit at the end of a file"},

@@ -8,4 +8,6 @@ bool isTerminal(std::FILE* stream) {
     return isatty(fileno(stream)) == 1;
 }
 
+void writeToTerminalOfCaller() {}
+
 }  // namespace orvelle

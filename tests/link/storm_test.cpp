@@ -1,8 +1,6 @@
 #include "support/storm.h"
 #include "link_fixture.h"
-
-#include <unistd.h>
-#include <fstream>
+#include "support/process_probe.h"
 
 namespace orvelle::test {
 
@@ -13,10 +11,7 @@ constexpr int kPictureBytes = 5000;
 constexpr double kMaxGrowthMib = 64;  // sanitizers take their share; a hole takes hundreds
 
 double residentMib() {
-    std::ifstream statm("/proc/self/statm");
-    double total = 0, resident = 0;
-    statm >> total >> resident;
-    return resident * double(sysconf(_SC_PAGESIZE)) / (1024 * 1024);
+    return residentMibOf(QCoreApplication::applicationPid());
 }
 
 }  // namespace

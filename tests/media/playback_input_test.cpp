@@ -109,6 +109,8 @@ class PlaybackInputTest : public QObject {
     Q_OBJECT
 private slots:
     void recordingTime_isTheInstant_inEveryZone() {
+        if (!test::ZoneGuard::isPossible())
+            QSKIP("the zone is that of the machine");
         // The computer's zone, a time of its clock or with an offset, and the same in UTC.
         for (const auto& [zone, local, utc] :
              {std::tuple("UTC", "2026-03-01T10:00:00+08:00", "2026-03-01T02:00:00"),

@@ -1,7 +1,7 @@
 #pragma once
 
 #include <QByteArray>
-#include <QtGlobal>
+#include <QDateTime>
 
 #include <ctime>
 
@@ -13,6 +13,13 @@ public:
     explicit ZoneGuard(const QByteArray& zone) : m_before(qgetenv("TZ")) { set(zone); }
     ~ZoneGuard() { set(m_before); }
     Q_DISABLE_COPY(ZoneGuard)
+
+    /// False where a process has no zone of its own, or not by these names; a test skips then.
+    static bool isPossible() {
+        const ZoneGuard guard("Europe/Berlin");
+        return QDate(2024, 1, 1).startOfDay().offsetFromUtc() == 3600 &&
+               QDate(2024, 7, 1).startOfDay().offsetFromUtc() == 7200;
+    }
 
 private:
     static void set(const QByteArray& zone) {

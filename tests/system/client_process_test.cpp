@@ -117,7 +117,7 @@ void ClientProcessTest::client_answersInFewLines_withoutADisplay_data() {
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("answer");
     QTest::newRow("help") << "--help"
-                          << "" << 0 << "^Usage: orvelle \\[--help\\] \\[--version\\]\n";
+                          << "" << 0 << "^Usage: orvelle \\[--help\\] \\[--version\\] \\[--log \\[FILE\\]\\]\n";
     QTest::newRow("version") << "--version"
                              << "" << 0 << "^orvelle \\d+\\.\\d+\\.\\d+\n$";
     const QString noDisplay = QStringLiteral("^orvelle: there is no display[^\n]*\n$");

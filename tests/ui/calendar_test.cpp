@@ -73,6 +73,8 @@ private slots:
     }
 
     void day_hasRecordings_fromItsFirstSecondToItsLast() {
+        if (!test::ZoneGuard::isPossible())
+            QSKIP("the zone is that of the machine");
         for (const char* zone : {"Europe/Berlin", "Asia/Kathmandu", "America/St_Johns", "UTC"}) {
             const test::ZoneGuard guard(zone);
             // Of 23 and of 25 hours in Berlin and in St. John's.

@@ -8,6 +8,7 @@
 #include "core/file_utils.h"
 #include "device/device_manager.h"
 #include "support/suites.h"
+#include "support/system_files.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/dialogs/confirm_dialog.h"
 #include "ui/dialogs/file_downloader_dialog.h"
@@ -46,7 +47,7 @@ private slots:
         m_server = std::make_unique<WebServer>();
         orvelle::setUpdateServer(m_server->address(), m_signer.publicKey());
         m_proof = KvFileUtils::dataRoot() + QStringLiteral("/started");
-        m_installer = "#!/bin/sh\ntouch '" + m_proof.toUtf8() + "'\n";
+        m_installer = orvelle::test::programThatMakes(m_proof);
     }
     void cleanup() {
         orvelle::setUpdateServer(QString(), QByteArray());
@@ -216,7 +217,7 @@ private:
         const QByteArray sum =
             QCryptographicHash::hash(m_installer, QCryptographicHash::Sha256).toHex();
         m_signer.publish(*m_server, "/WINversion.xml",
-                         "<u><version>" + version + "</version><name>setup</name><type>run</type>" +
+                         "<u><version>" + version + "</version><name>setup</name><type>exe</type>" +
                              "<description_en>Faster\\nSafer</description_en><path>" +
                              installer().address.toEncoded() + "</path><sha256>" + sum +
                              "</sha256>" + more + "</u>");
@@ -237,10 +238,10 @@ private:
         m_isReplacing = fault.startsWith("replaced");
     }
     orvelle::Installer installer() const {
-        return {QUrl(m_server->address(QStringLiteral("/setup"))), QStringLiteral("setup.run"),
+        return {QUrl(m_server->address(QStringLiteral("/setup"))), QStringLiteral("setup.exe"),
                 QCryptographicHash::hash(m_installer, QCryptographicHash::Sha256)};
     }
-    static QString target() { return KvFileUtils::updatePath() + QStringLiteral("/setup.run"); }
+    static QString target() { return KvFileUtils::updatePath() + QStringLiteral("/setup.exe"); }
     /// A text's beginning, before what is filled in.
     static QString words(const QString& key) {
         return text(qPrintable(key)).section(QStringLiteral("%1"), 0, 0);

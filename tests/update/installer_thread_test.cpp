@@ -6,13 +6,13 @@
 
 #include <functional>
 
-#include <sys/stat.h>
-
 #include "support/suites.h"
+#include "support/system_files.h"
 #include "update/signer.h"
 
 using orvelle::InstallerProof;
 using orvelle::InstallerThread;
+using orvelle::test::programThatMakes;
 using Outcome = InstallerThread::Outcome;
 
 namespace {
@@ -31,44 +31,42 @@ class InstallerThreadTest : public QObject {
 private slots:
     void init() {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_path = m_folder->filePath(QStringLiteral("setup.run"));
+        m_path = m_folder->filePath(QStringLiteral("setup.exe"));
         m_marker = m_folder->filePath(QStringLiteral("ran"));
         // Longer than what is read at once.
-        m_script =
-            "#!/bin/sh\ntouch '" + m_marker.toUtf8() + "'\nexit\n" + QByteArray(3 << 20, '#');
-        write(m_path, m_script);
+        m_program = programThatMakes(m_marker, 3 << 20);
+        write(m_path, m_program);
     }
 
     void installer_runs_unlessAnythingChangedSinceItWasSaved() {
         const QString other = m_folder->filePath(QStringLiteral("other"));
-        const QByteArray path = QFile::encodeName(m_path);
         QFile writer(m_path);
         const std::pair<const char*, std::function<void()>> changes[] = {
-            {"replaced", [&] { write(m_path, "#!/bin/sh\ntouch '" + m_marker.toUtf8() + "'\n"); }},
-            {"longer", [&] { write(m_path, m_script + "#"); }},
-            {"shorter", [&] { write(m_path, m_script.chopped(1)); }},
-            {"other last byte", [&] { write(m_path, m_script.chopped(1) + "?"); }},
+            {"replaced", [&] { write(m_path, programThatMakes(m_marker)); }},
+            {"longer", [&] { write(m_path, m_program + "#"); }},
+            {"shorter", [&] { write(m_path, m_program.chopped(1)); }},
+            {"other last byte", [&] { write(m_path, m_program.chopped(1) + "?"); }},
             {"linked",
              [&] {
-                 write(other, m_script);
+                 write(other, m_program);
                  QFile::remove(m_path);
                  QVERIFY(QFile::link(other, m_path));
              }},
             {"gone", [&] { QFile::remove(m_path); }},
             {"a folder", [&] { QFile::remove(m_path), QDir().mkdir(m_path); }},
-            {"a pipe", [&] { QDir().rmdir(m_path), mkfifo(path.data(), 0700); }},
+            {"a pipe", [&] { QDir().rmdir(m_path), orvelle::test::makePipe(m_path); }},
             {"being written", [&] {
                  QFile::remove(m_path);
-                 write(m_path, m_script);
+                 write(m_path, m_program);
                  QVERIFY(writer.open(QIODevice::ReadWrite));
              }}};
         for (const auto& [change, make] : changes) {
             make();
-            QVERIFY2(outcomeOf(m_script) == Outcome::kWrongFile && !QFile::exists(m_marker),
+            QVERIFY2(outcomeOf(m_program) == Outcome::kWrongFile && !QFile::exists(m_marker),
                      change);
         }
         writer.close();
-        QCOMPARE(outcomeOf(m_script), Outcome::kGenuine);
+        QCOMPARE(outcomeOf(m_program), Outcome::kGenuine);
         QTRY_VERIFY(QFile::exists(m_marker));
     }
 
@@ -79,12 +77,12 @@ private slots:
     }
 
     void check_runsNothing_andStopsInTheMiddle() {
-        InstallerThread check(m_path, proofOf(m_script), InstallerThread::Task::kCheck);
+        InstallerThread check(m_path, proofOf(m_program), InstallerThread::Task::kCheck);
         check.start();
         check.waitForEnd();
         QCOMPARE(check.outcome(), Outcome::kGenuine);
         QVERIFY(!QFile::exists(m_marker));
-        InstallerThread stopped(m_path, proofOf(m_script), InstallerThread::Task::kCheckAndRun);
+        InstallerThread stopped(m_path, proofOf(m_program), InstallerThread::Task::kCheckAndRun);
         stopped.stop();
         stopped.start();
         stopped.waitForEnd();
@@ -110,7 +108,7 @@ private:
     std::unique_ptr<QTemporaryDir> m_folder;
     QString m_path;
     QString m_marker;
-    QByteArray m_script;
+    QByteArray m_program;
 };
 
 static const orvelle::test::RegisterSuite<InstallerThreadTest> kInstallerThreadTest;
