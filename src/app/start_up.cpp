@@ -10,6 +10,7 @@
 #include "app/application.h"
 #include "app/command_line.h"
 #include "app/language_choice.h"
+#include "core/configure.h"
 #include "core/file_utils.h"
 #include "core/language.h"
 #include "core/log.h"
@@ -98,7 +99,9 @@ public:
         silenceFfmpeg();
         registerDeviceInputs();
         m_fileCloser.start();
-        KvDeviceManager::create()->start(KvFileUtils::devicesPath());
+        KvDeviceManager* const manager = KvDeviceManager::create();
+        KvConfigure::setWriter(&manager->fileWriter());
+        manager->start(KvFileUtils::devicesPath());
         m_unfinished->start(QThread::LowPriority);
     }
     ~Services() {
@@ -106,6 +109,7 @@ public:
         // A share that hangs holds up nothing but its own thread.
         if (!m_unfinished->waitForEnd(kUnfinishedWaitMs))
             static_cast<void>(m_unfinished.release());
+        KvConfigure::setWriter(nullptr);
         KvDeviceManager::release();
         m_fileCloser.waitForEnd();
     }
@@ -167,24 +171,22 @@ int runOrvelle(int argc, char** argv) {
     heldQuitSignals.reset();
     const SuspendWatch suspendWatch([] { KvApplication::restart(); });
 
-    // The lock comes before the services: a second copy must not touch the cameras.
-    SingleInstance singleInstance("Orvelle");
-    std::unique_ptr<Services> services;
     QTranslator toolkitTexts;
-    int code = kRestart;
+    loadChosenLanguage(toolkitTexts);
+    chooseFont();
+    // The lock comes before the services and goes after them: a second copy must touch neither the
+    // cameras nor their files. It is held while the window is built anew, and is that of the data.
+    SingleInstance singleInstance("Orvelle", KvFileUtils::dataRoot().toStdString());
+    if (!singleInstance.acquire()) {
+        warnAlreadyRunning();
+        return kAlreadyRunning;
+    }
+    const Services services;
+    int code = runMainWindow(application);
     while (code == kRestart) {
         loadChosenLanguage(toolkitTexts);
         chooseFont();
-        if (!singleInstance.acquire()) {
-            warnAlreadyRunning();
-            return kAlreadyRunning;
-        }
-        if (!services)
-            services = std::make_unique<Services>();
         code = runMainWindow(application);
-        // Whoever starts next reads what the user changed last.
-        KvDeviceManager::instance()->finishWrites();
-        singleInstance.release();
     }
     RecordingNews::shutDown(SavingDialog::kMaxWaitMs);
     services.reset();

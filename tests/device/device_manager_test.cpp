@@ -99,7 +99,7 @@ private slots:
         auto search = std::make_unique<TUTKDeviceSearchThread>(60000);
         const QPointer<KvThread> running(search.get());
         search->start();
-        KvDeviceManager::abandonWorker(std::move(search), this);
+        m_manager->reaper().take(std::move(search), this);
         QTRY_VERIFY(!running);
     }
 
@@ -111,9 +111,9 @@ private slots:
             QVERIFY(cameras.back()->start());
             m_manager->addDevice(deviceFor(uid));
         }
-        std::vector<std::unique_ptr<KvTUTKDevice>> found;
+        std::vector<orvelle::CameraRecord> found;
         QCOMPARE(m_manager->lanSearch(found, 1500), 16);
-        QCOMPARE(found.back()->name(), QStringLiteral("Test camera"));
+        QCOMPARE(found.back().name, QStringLiteral("Test camera"));
         m_manager->start({});
         for (const KvDevice* device : m_manager->devicesSnapshot())
             QTRY_VERIFY_WITH_TIMEOUT(device->isOnline(), 30000);

@@ -120,7 +120,7 @@ void RecordingsEndTest::init() {
     group->setLayout(orvelle::kGrid2x2);
     group->save();
     m_group = group.get();
-    KvDeviceManager::instance()->addGroup(std::move(group));
+    QVERIFY(KvDeviceManager::instance()->addGroup(std::move(group)));
     m_window = std::make_unique<MainWindow>();
     m_window->show();
     QMetaObject::invokeMethod(m_window.get(), "_onClickDevice", Q_ARG(KvDeviceGroup*, m_group));
@@ -273,7 +273,7 @@ void RecordingsEndTest::wayOut_asksOnce_tellsOnce_andWaitsForNoDisk() {
 void RecordingsEndTest::recordings_goOn_whileTheListChanges() {
     auto entry = std::make_unique<KvDeviceGroup>(m_cameras->devices().front());
     entry->save();
-    KvDeviceManager::instance()->addGroup(std::move(entry));
+    QVERIFY(KvDeviceManager::instance()->addGroup(std::move(entry)));
     QVERIFY(recordAll());
     const std::vector<KvDevicePlayerView*> before = tiles();
     QMetaObject::invokeMethod(m_window.get(), "_onClickSearchDevice",

@@ -28,7 +28,7 @@ private slots:
             manager->addDevice(std::move(device));
             auto entry = orvelle::test::entryOf(*m_devices.last(), QStringLiteral("Camera"));
             entry->setGroupIndex(i);
-            manager->addGroup(std::move(entry));
+            QVERIFY(manager->addGroup(std::move(entry)));
         }
     }
     void cleanupTestCase() {

@@ -230,11 +230,8 @@ private slots:
 
     void searchTable_headerAndRowsFollowEachOther() {
         KvTUTKDeviceTableView table;
-        std::vector<std::unique_ptr<KvTUTKDevice>> found;
-        for (int i = 0; i < 2; ++i)
-            found.push_back(std::make_unique<KvTUTKDevice>());
         KvDeviceTableModel* model = table.devices();
-        model->setDevices(found);
+        model->setDevices(std::vector<orvelle::CameraRecord>(2));
         auto* header = static_cast<KvDeviceHeaderView*>(table.horizontalHeader());
         const QPoint box(header->sectionViewportPosition(0) + 5, 5);
         // Two states from the rows, then one click each on the box.

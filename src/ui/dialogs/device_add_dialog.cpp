@@ -5,6 +5,7 @@
 
 #include "device/device_add_thread.h"
 #include "device/device_manager.h"
+#include "device/worker_reaper.h"
 #include "ui/palette.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -19,8 +20,9 @@ constexpr int kCancelBottom = 50;
 
 }  // namespace
 
-KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
+KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(orvelle::WorkerReaper& reaper, QWidget* parent)
     : BusyDialog(orvelle::text("adding_camera"), parent),
+      m_reaper(reaper),
       m_cancel(new QPushButton(orvelle::text("cancel"), this)) {
     m_cancel->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
     m_cancel->setCursor(Qt::PointingHandCursor);
@@ -32,14 +34,15 @@ KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
 }
 
 KvTUTKDeviceAddDialog::~KvTUTKDeviceAddDialog() {
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
 }
 
 void KvTUTKDeviceAddDialog::start(const QString& code) {
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
     m_status = kNotFinished;
     const KvDeviceManager* manager = KvDeviceManager::instance();
-    const bool isKnown = manager && manager->findDevice(KvTUTKDevice(code).uid());
+    const bool isKnown =
+        manager && manager->findDevice(orvelle::CameraRecord::fromDeviceCode(code).uid);
     setText(orvelle::text(isKnown ? textKey("checking_the_new_code") : textKey("adding_camera")));
     m_thread = std::make_unique<Thread>(code);
     connect(m_thread.get(), &Thread::waitingSignal, this,
@@ -80,7 +83,7 @@ void KvTUTKDeviceAddDialog::_onClickCancelButton(bool) {
 
 void KvTUTKDeviceAddDialog::reject() {
     m_status = kCancelled;
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
     QDialog::reject();
 }
 

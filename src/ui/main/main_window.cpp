@@ -51,13 +51,13 @@ MainWindow::MainWindow(QWidget* parent)
     connectCameras();
     connectContent();
     connectRecordings();
+    connectManager();
     refresh();
     m_ui->focusStart();
     lookForUpdate();
 }
 
 MainWindow::~MainWindow() {
-    KvThread::stopAndDelete(m_languageThread);
     releaseDevices();
 }
 
@@ -101,10 +101,6 @@ void MainWindow::connectCameras() {
     connect(cameras, &KvCamerasView::clickSearchDevices, this, &MainWindow::searchNetwork);
     connect(m_groupMenu, &KvDeviceGroupPopMenu::clickDeviceGroup, this,
             &MainWindow::_onClickDeviceGroupMenu);
-    if (const KvDeviceManager* manager = KvDeviceManager::instance()) {
-        connect(manager, &KvDeviceManager::listChanged, this, &MainWindow::updateEntries);
-        connect(manager, &KvDeviceManager::writeFailed, this, &MainWindow::reportUnsaved);
-    }
 }
 
 void MainWindow::connectContent() {

@@ -3,9 +3,6 @@
 #include <QMainWindow>
 #include <QPointer>
 
-#include <memory>
-
-#include "core/thread.h"
 #include "device/device.h"
 #include "device/device_group.h"
 #include "ui/widgets/toast.h"
@@ -80,6 +77,7 @@ private:
     void connectTitleBar();
     void connectCameras();
     void connectContent();
+    void connectManager();
     void setDefaultGeometry();
     /// Shows what the manager lists. What is being watched goes on while it is listed; else the
     /// welcome page comes.
@@ -102,6 +100,8 @@ private:
     void connectRecordings();
     void tellRecordings();
     void reportUnsaved();
+    void tellWriteFailure();
+    void tellLink();
     void lookForUpdate();
     /// Once nothing else is in front.
     void offerUpdate();
@@ -117,11 +117,11 @@ private:
     MainWindowUI* m_ui;  ///< child
     KvToast m_toast;
     orvelle::NoticeBar* m_recordingNotice = nullptr;  ///< child
+    orvelle::NoticeBar* m_linkNotice = nullptr;       ///< child, while no camera can be reached
     KvUpdater m_updater;
     KvUpdateInfo* m_update = nullptr;  ///< of the updater; a newer version that is to be offered
-    KvDeviceGroupPopMenu* const m_groupMenu;     ///< child
-    orvelle::EntryMenu* m_entryMenu = nullptr;   ///< child, made when first needed
-    QPointer<KvDeviceGroup> m_menuEntry;         ///< for which the menu was last opened
-    std::unique_ptr<KvThread> m_languageThread;  ///< until the window is built anew
+    KvDeviceGroupPopMenu* const m_groupMenu;    ///< child
+    orvelle::EntryMenu* m_entryMenu = nullptr;  ///< child, made when first needed
+    QPointer<KvDeviceGroup> m_menuEntry;        ///< for which the menu was last opened
     bool m_isClosing = false;
 };

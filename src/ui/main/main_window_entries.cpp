@@ -19,6 +19,7 @@
 #include "ui/preview/devices_preview.h"
 #include "ui/preview/grid_layout.h"
 #include "ui/preview/recording_question.h"
+#include "ui/widgets/notice_bar.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast_dialog.h"
 
@@ -32,6 +33,7 @@ namespace {
 constexpr int kToastDialogMs = 3000;
 constexpr int kToastHorizontalPadding = 50;
 constexpr int kToastVerticalPadding = 8;
+constexpr int kLinkNoticeBottom = 76;  // above the other one
 
 KvDeviceManager* manager() {
     return KvDeviceManager::instance();
@@ -67,15 +69,15 @@ const char* failureKey(orvelle::DeviceState failure) {
 
 /// Why a code is no new one of that camera; empty when it may be.
 QString codeRefusal(const QString& uid, const QString& code) {
-    const KvTUTKDevice decoded(code);
-    if (decoded.uid().isEmpty() || decoded.password().isEmpty())
+    const auto decoded = orvelle::CameraRecord::fromDeviceCode(code);
+    if (decoded.uid.isEmpty() || decoded.password.isEmpty())
         return text(failureKey(orvelle::DeviceState::kNeverTried));
-    if (decoded.uid() != uid)
+    if (decoded.uid != uid)
         return text("this_code_is_of_another_camera");
     const auto* device =
         qobject_cast<KvTUTKDevice*>(manager() ? manager()->findDevice(uid) : nullptr);
-    return device && device->password() == decoded.password() ? text("this_code_is_the_refused_one")
-                                                              : QString();
+    return device && device->password() == decoded.password ? text("this_code_is_the_refused_one")
+                                                            : QString();
 }
 
 QList<KvDeviceGroup*> groupsWith(const KvDeviceGroup& camera) {
@@ -241,6 +243,8 @@ void MainWindow::renameCamera(KvDeviceGroup& entry) {
     const bool isEntrySaved = entry.saveLater();
     if ((device && !device->saveLater()) || !isEntrySaved)
         reportUnsaved();
+    if (device && manager())
+        manager()->nameMediaFolder(*device);
     m_ui->cameras()->updateGroup(&entry);
     m_ui->preview()->updateNames();
 }
@@ -311,10 +315,11 @@ void MainWindow::_onClickAddGroup() {
     if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !manager())
         return;
     auto group = dialog.takeGroup();
-    if (!group->saveLater())
+    const KvDeviceGroup* const added = group.get();
+    if (manager()->addGroup(std::move(group)))
+        qDebug("group -> id = %d", added->groupId());
+    else
         reportUnsaved();
-    qDebug("group -> id = %d", group->groupId());
-    manager()->addGroup(std::move(group));
     refresh();
 }
 
@@ -362,12 +367,14 @@ void MainWindow::_onEnterCode(KvDevice* device) {
 }
 
 bool MainWindow::addByCode(const QString& code) {
-    const KvTUTKDevice decoded(code);
-    if (decoded.uid().isEmpty() || decoded.password().isEmpty()) {
+    if (!manager())
+        return false;
+    const auto decoded = orvelle::CameraRecord::fromDeviceCode(code);
+    if (decoded.uid.isEmpty() || decoded.password.isEmpty()) {
         toastOverContent(text(failureKey(orvelle::DeviceState::kNeverTried)));
         return false;
     }
-    KvTUTKDeviceAddDialog dialog(this);
+    KvTUTKDeviceAddDialog dialog(manager()->reaper(), this);
     dialog.start(code);
     if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted)
         return false;
@@ -399,7 +406,9 @@ void MainWindow::showAddOutcome(int status, orvelle::DeviceState failure) {
 }
 
 void MainWindow::searchNetwork() {
-    KvTUTKDeviceSearchDialog dialog(this);
+    if (!manager())
+        return;
+    KvTUTKDeviceSearchDialog dialog(manager()->reaper(), this);
     if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
         _onClickCamerasAddButton();
 }
@@ -419,6 +428,38 @@ void MainWindow::inform(const QString& text) {
     KvAlertDialog news(text, this);
     news.setCancelVisible(false);
     news.execCentred(m_ui->contentLeft());
+}
+
+void MainWindow::connectManager() {
+    m_linkNotice = new orvelle::NoticeBar(this, kLinkNoticeBottom);
+    if (!manager())
+        return;
+    connect(manager(), &KvDeviceManager::listChanged, this, &MainWindow::updateEntries);
+    connect(manager(), &KvDeviceManager::writeFailed, this, &MainWindow::tellWriteFailure);
+    connect(manager(), &KvDeviceManager::linkChanged, this, &MainWindow::tellLink);
+    // What went wrong while there was no window.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            tellWriteFailure();
+            tellLink();
+        },
+        Qt::QueuedConnection);
+    if (manager()->devicesSnapshot().size() > KvDeviceManager::kMaxDevices)
+        m_recordingNotice->add(text("more_than_32_cameras_are_listed"));
+}
+
+void MainWindow::tellWriteFailure() {
+    // The next window tells, if there is one.
+    if (!m_isClosing && manager() && manager()->takeWriteFailure())
+        reportUnsaved();
+}
+
+void MainWindow::tellLink() {
+    if (manager() && manager()->linkResult() < 0)
+        m_linkNotice->add(text("no_connection_can_be_made"));
+    else
+        m_linkNotice->dismiss();
 }
 
 void MainWindow::reportUnsaved() {

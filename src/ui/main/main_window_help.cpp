@@ -25,17 +25,6 @@ namespace {
 constexpr int kManualMargin = 20;
 constexpr int kLogToastMs = 4000;
 
-/// Stores the choice, for which the disk may take its time.
-class LanguageThread : public KvThread {
-public:
-    explicit LanguageThread(const QString& language)
-        : KvThread(QStringLiteral("language")), m_language(language) {}
-    void run() override { KvConfigure().setString(orvelle::settings::kLanguage, m_language); }
-
-private:
-    const QString m_language;
-};
-
 }  // namespace
 
 void MainWindow::_onTitleViewMouseRelease() {
@@ -74,11 +63,10 @@ void MainWindow::_onClickLanguage(const QString& language) {
     m_ui->hideHelpMenu();
     if (!orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this))
         return;
-    // The window that is built anew reads it.
-    KvThread::stopAndDelete(m_languageThread);
-    m_languageThread = std::make_unique<LanguageThread>(language);
-    connect(m_languageThread.get(), &QThread::finished, this, [] { orvelle::requestRestart(); });
-    m_languageThread->start();
+    // What cannot be written, and other news, the window that is built anew tells.
+    m_isClosing = true;
+    KvConfigure().setString(orvelle::settings::kLanguage, language);
+    orvelle::requestRestart();
 }
 
 void MainWindow::_onClickLog() {

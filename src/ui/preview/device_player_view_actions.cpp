@@ -126,6 +126,8 @@ void KvDevicePlayerView::startRecord(const QString& uid, const QString& folder, 
         m_recording->start(folder);
     else if (orvelle::agreesToDefaultFolder(this) && isWanted())
         m_recording->start(KvFileUtils::videoPath(uid));
+    if (m_recording->isRunning())
+        orvelle::nameMediaFolder(uid);
 }
 
 bool KvDevicePlayerView::isRecording() const {

@@ -20,6 +20,10 @@ QString usableMediaFolder(QString (*folderOf)(const QString& uid), const QString
 /// it.
 bool agreesToDefaultFolder(QWidget* over);
 
+/// Puts the camera's name into its media folder, which has been made, for whoever looks for it
+/// there. Returns at once.
+void nameMediaFolder(const QString& uid);
+
 /// Writes the view's picture, taken at that moment, as NAME.jpg to the camera's snapshot folder:
 /// its path, or empty after the user was told by `toast` or did not want it.
 QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name,

@@ -1,3 +1,5 @@
+#include "device/command_channel.h"
+
 #include <QDebug>
 
 #include <array>
@@ -5,15 +7,11 @@
 #include "core/log.h"
 #include "device/command_threads.h"
 #include "device/device_messages.h"
-#include "device/logging.h"
-#include "device/tutk_device.h"
 #include "link/av.h"
 #include "link/limits.h"
 #include "link/result_codes.h"
 
-using orvelle::kLogInfo;
-using orvelle::log;
-using orvelle::RequestQueue;
+namespace orvelle {
 
 namespace {
 
@@ -25,21 +23,35 @@ KvTUTKRequest emptyRequest(uint32_t type) {
 
 }  // namespace
 
-bool KvTUTKDevice::sendIOCtrl(uint32_t type, const void* data, int size) {
-    if (size < 0 || size > orvelle::kMaxControlBytes || (size > 0 && !data))
+CommandChannel::CommandChannel() = default;
+
+CommandChannel::~CommandChannel() {
+    close();
+}
+
+bool CommandChannel::send(uint32_t type, const void* data, int size) {
+    if (size < 0 || size > kMaxControlBytes || (size > 0 && !data))
         return false;
     const KvTUTKRequest request(type, QByteArray(static_cast<const char*>(data), size));
     return request.isValid() && m_requests.push(request);
 }
 
-bool KvTUTKDevice::sendIOCtrl(uint32_t type) {
+bool CommandChannel::send(uint32_t type) {
     return m_requests.push(emptyRequest(type));
 }
 
-void KvTUTKDevice::startLoops() {
+void CommandChannel::addListener(void* object, ListenerCallback callback) {
+    m_listeners.add(object, callback);
+}
+
+void CommandChannel::removeListener(void* object) {
+    m_listeners.remove(object);
+}
+
+void CommandChannel::open(Setup setup) {
+    m_setup = std::move(setup);
+    m_avIndex = m_setup.avIndex;
     m_requests.open(emptyRequest(IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ));
-    m_lastResult = 0;
-    m_state = State::kOnline;
     // Both flags before either thread: a loop that ends at once must find the other's to clear.
     m_sendRunning = true;
     m_recvRunning = true;
@@ -49,9 +61,7 @@ void KvTUTKDevice::startLoops() {
     m_recvThread->start(QThread::InheritPriority);
 }
 
-void KvTUTKDevice::stopLoops() {
-    if (!m_ownsSession)
-        return;
+void CommandChannel::stop() {
     m_sendRunning = false;
     m_recvRunning = false;
     m_requests.close();
@@ -60,27 +70,24 @@ void KvTUTKDevice::stopLoops() {
         avWake(index);
 }
 
-void KvTUTKDevice::loopEnded(int result) {
-    // The first loop that fails tells; the other one, or a loop that was asked to end, does not.
-    const bool isFirst = m_sendRunning.exchange(false);
-    if (!isFirst)
-        return;
-    m_lastResult = result;
-    m_state = result == AV_ER_SESSION_CLOSE_BY_REMOTE ? State::kClosedByCamera : State::kLost;
-    stopLoops();
-    qCInfo(lcDevice) << m_uid << "ended its session:" << orvelle::linkResultText(result);
-    std::function<void()> sessionLost;
-    {
-        const std::lock_guard<std::mutex> lock(m_callbackMutex);
-        sessionLost = m_sessionLost;
-    }
-    if (sessionLost)
-        sessionLost();
+void CommandChannel::close() {
+    stop();
+    KvThread::stopAndDelete(m_recvThread);
+    KvThread::stopAndDelete(m_sendThread);
+    m_avIndex = -1;
 }
 
-void KvTUTKDevice::doSend(const KvThread& thread) {
-    const std::chrono::milliseconds keepAlive(m_timing.keepAliveMs);
-    log("%s doSend began\n", kLogInfo, qUtf8Printable(m_uid));
+void CommandChannel::loopEnded(int result) {
+    // The first loop that fails tells; the other one, or a loop that was asked to end, does not.
+    if (!m_sendRunning.exchange(false))
+        return;
+    stop();
+    m_setup.broke(result);
+}
+
+void CommandChannel::doSend(const KvThread& thread) {
+    const std::chrono::milliseconds keepAlive(m_setup.keepAliveMs);
+    log("%s doSend began\n", kLogInfo, qUtf8Printable(m_setup.uid));
     auto deadline = RequestQueue::Clock::now() + keepAlive;
     while (!thread.isStopped() && m_sendRunning) {
         auto request = m_requests.take(deadline);
@@ -90,31 +97,31 @@ void KvTUTKDevice::doSend(const KvThread& thread) {
             request = emptyRequest(IOTYPE_USER_IPCAM_KEEPALIVE);
             deadline = RequestQueue::Clock::now() + keepAlive;
         }
-        const int result = send(*request);
+        const int result = sendNow(*request);
         if (result < 0 && result != IOTC_ER_TIMEOUT) {
-            log("%s, avSendIOCtrl = %d (break)\n", kLogInfo, qUtf8Printable(m_uid), result);
+            log("%s, avSendIOCtrl = %d (break)\n", kLogInfo, qUtf8Printable(m_setup.uid), result);
             loopEnded(result);
         }
     }
-    log("%s doSend ended\n", kLogInfo, qUtf8Printable(m_uid));
+    log("%s doSend ended\n", kLogInfo, qUtf8Printable(m_setup.uid));
 }
 
-int KvTUTKDevice::send(const KvTUTKRequest& request) {
+int CommandChannel::sendNow(const KvTUTKRequest& request) const {
     const QByteArray& data = request.data();
-    const int result = avSendIOCtrl(m_avIndex, request.type(), data.constData(), data.size());
+    const int result = avSendIOCtrl(m_setup.avIndex, request.type(), data.constData(), data.size());
     if (request.type() != IOTYPE_USER_IPCAM_KEEPALIVE)
-        log("%s avSendIOCtrl request(%X) = %d\n", kLogInfo, qUtf8Printable(m_uid), request.type(),
-            result);
+        log("%s avSendIOCtrl request(%X) = %d\n", kLogInfo, qUtf8Printable(m_setup.uid),
+            request.type(), result);
     return result;
 }
 
-void KvTUTKDevice::doRecv(const KvThread& thread) {
+void CommandChannel::doRecv(const KvThread& thread) {
     const auto shouldStop = [this, &thread] { return thread.isStopped() || !m_recvRunning; };
-    std::array<char, orvelle::kMaxControlBytes + 1> buffer{};
-    log("%s doRecv began\n", kLogInfo, qUtf8Printable(m_uid));
+    std::array<char, kMaxControlBytes + 1> buffer{};
+    log("%s doRecv began\n", kLogInfo, qUtf8Printable(m_setup.uid));
     while (!shouldStop()) {
         uint32_t type = 0;
-        const int result = avRecvIOCtrl(m_avIndex, &type, buffer.data(), orvelle::kMaxControlBytes,
+        const int result = avRecvIOCtrl(m_setup.avIndex, &type, buffer.data(), kMaxControlBytes,
                                         kReceiveTimeoutMs, shouldStop);
         if (result == AV_ER_TIMEOUT)
             continue;
@@ -126,21 +133,13 @@ void KvTUTKDevice::doRecv(const KvThread& thread) {
         buffer[static_cast<size_t>(result)] = '\0';
         receive(KvTUTKResponse(type, QByteArray(buffer.data(), result)));
     }
-    log("%s doRecv ended\n", kLogInfo, qUtf8Printable(m_uid));
+    log("%s doRecv ended\n", kLogInfo, qUtf8Printable(m_setup.uid));
 }
 
-void KvTUTKDevice::receive(KvTUTKResponse response) {
-    qDebug().noquote() << m_uid << "recv";
+void CommandChannel::receive(KvTUTKResponse response) {
+    qDebug().noquote() << m_setup.uid << "recv";
     qDebug("%x", response.type());
-    if (response.type() == IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP)
-        rememberMode(response);
     m_listeners.dispatch(response);
 }
 
-void KvTUTKDevice::rememberMode(const KvTUTKResponse& response) {
-    const auto reply = orvelle::DeviceTypeReply::decode(response.data());
-    if (!reply.type)
-        return;
-    m_mode = *reply.type;
-    qDebug().noquote() << m_uid << "-> type =" << *reply.type;
-}
+}  // namespace orvelle

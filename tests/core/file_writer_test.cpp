@@ -1,4 +1,4 @@
-#include "device/file_writer.h"
+#include "core/file_writer.h"
 
 #include <QSemaphore>
 #include <QTemporaryDir>

@@ -1,13 +1,28 @@
-#include "device/file_writer.h"
+#include "core/file_writer.h"
+
+#include "core/thread.h"
+#include "core/wipe.h"
+
+#include <QLoggingCategory>
+#include <QSaveFile>
 
 #include <algorithm>
 #include <utility>
 
-#include "core/thread.h"
-#include "core/wipe.h"
-#include "device/xml_file.h"
-
 namespace orvelle {
+
+static Q_LOGGING_CATEGORY(lcFiles, "orvelle.core.files")
+
+    bool writePrivateFile(const QString& path, const QByteArray& bytes) {
+    QSaveFile file(path);
+    // An error at the buffer's last flush would not reach commit().
+    if (file.open(QIODevice::WriteOnly) &&
+        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
+        file.write(bytes) == bytes.size() && file.flush() && file.commit())
+        return true;
+    qCWarning(lcFiles) << "cannot write" << path << ":" << file.errorString();
+    return false;
+}
 
 class FileWriter::Thread : public KvThread {
 public:
@@ -33,11 +48,20 @@ FileWriter::~FileWriter() {
     m_thread->waitForEnd();
 }
 
-void FileWriter::write(const QString& path, const QByteArray& bytes) {
+void FileWriter::write(const QString& path, const QByteArray& bytes,
+                       std::function<void()> written) {
+    add({path, bytes, {}, std::move(written)});
+}
+
+void FileWriter::run(const QString& path, std::function<bool()> job) {
+    add({path, {}, std::move(job), {}});
+}
+
+void FileWriter::add(Task task) {
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        drop(path);
-        m_waiting.push_back({path, bytes});
+        drop(task.path);
+        m_waiting.push_back(std::move(task));
     }
     m_changed.notify_all();
 }
@@ -63,8 +87,10 @@ void FileWriter::drop(const QString& path) {
 void FileWriter::run() {
     Task task;
     while (takeTask(task)) {
-        if (!writePrivateFile(task.path, task.bytes))
+        if (!carryOut(task))
             m_failed();
+        else if (task.written)
+            task.written();
         wipe(task.bytes);
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
@@ -72,6 +98,10 @@ void FileWriter::run() {
         }
         m_changed.notify_all();
     }
+}
+
+bool FileWriter::carryOut(const Task& task) {
+    return task.job ? task.job() : writePrivateFile(task.path, task.bytes);
 }
 
 bool FileWriter::takeTask(Task& task) {
