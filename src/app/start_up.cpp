@@ -181,7 +181,7 @@ int runOrvelle(int argc, char** argv) {
         warnAlreadyRunning();
         return kAlreadyRunning;
     }
-    const Services services;
+    std::optional<Services> services(std::in_place);
     int code = runMainWindow(application);
     while (code == kRestart) {
         loadChosenLanguage(toolkitTexts);

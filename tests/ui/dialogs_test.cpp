@@ -11,6 +11,7 @@
 #include "core/configure.h"
 #include "core/file_utils.h"
 #include "core/language.h"
+#include "device/worker_reaper.h"
 #include "support/folder_opener.h"
 #include "support/suites.h"
 #include "ui/dialogs/alert_dialog.h"
@@ -94,6 +95,10 @@ private slots:
         const MakeDialog alert = maker<KvAlertDialog>(QString(), kNoParent);
         const MakeDialog confirm = maker<KvConfirmDialog>(QString(), kNoParent);
         const MakeDialog input = maker<KvInputDialog>(QString(), QString(), kNoParent);
+        orvelle::WorkerReaper reaper;
+        const MakeDialog add = [&reaper] {
+            return std::make_unique<KvTUTKDeviceAddDialog>(reaper);
+        };
         const struct {
             const MakeDialog& make;
             const char* button;  // clicked, or with a key the one that has the focus
@@ -113,8 +118,8 @@ private slots:
                     {input, "", Qt::Key_Return, 1},
                     {input, "", Qt::Key_Escape, 0},
                     {maker<KvVersionDialog>(), "close", {}, 0},
-                    {maker<KvTUTKDeviceAddDialog>(), "cancel", Qt::Key_Return, -1},
-                    {maker<KvTUTKDeviceAddDialog>(), "cancel", Qt::Key_Space, 0}};
+                    {add, "cancel", Qt::Key_Return, -1},
+                    {add, "cancel", Qt::Key_Space, 0}};
         for (const auto& way : ways) {
             const auto dialog = way.make();
             QSignalSpy finished(dialog.get(), &QDialog::finished);
