@@ -22,7 +22,7 @@ using test::runFor;
 namespace {
 
 constexpr int kOfflineCameras = 4;
-/// The rounds that look for the cameras that are away are 6 s apart.
+/// The rounds that look for the cameras that are away are 5 s apart.
 constexpr int kRoundMs = 7000;
 constexpr char kAddedUid[] = "BENCHADDED";
 

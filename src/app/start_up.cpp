@@ -183,7 +183,8 @@ int runOrvelle(int argc, char** argv) {
     }
     std::optional<Services> services(std::in_place);
     int code = runMainWindow(application);
-    while (code == kRestart) {
+    // A suspend that meets the way out does not bring the window back.
+    while (code == kRestart && !KvDeviceManager::instance()->isClosedForGood()) {
         loadChosenLanguage(toolkitTexts);
         chooseFont();
         code = runMainWindow(application);

@@ -7,10 +7,11 @@
 #include <QFileInfo>
 #include <QLoggingCategory>
 #include <QMap>
-#include <QTemporaryFile>
+#include <QTemporaryDir>
 #include <QVariant>
 
 #include <mutex>
+#include <utility>
 
 namespace {
 
@@ -66,17 +67,14 @@ bool writeSetValues() {
         values = setValues().values;
     }
     const QString path = settingsFile();
-    QFile present(path);
-    QTemporaryFile aside(path + QStringLiteral(".XXXXXX"));
-    const bool isCopied = aside.open() && (!present.open(QIODevice::ReadOnly) ||
-                                           aside.write(present.readAll()) == present.size());
-    aside.close();
-    if (!isCopied) {
+    const QTemporaryDir aside(path + QStringLiteral(".XXXXXX"));
+    const QString copy = aside.filePath(QStringLiteral("configure.ini"));
+    if (!aside.isValid() || (QFile::exists(path) && !QFile::copy(path, copy))) {
         qCWarning(lcCore, "cannot write settings file %s", qUtf8Printable(path));
         return false;
     }
-    QSettings file(aside.fileName(), QSettings::IniFormat);
-    QFile whole(aside.fileName());
+    QSettings file(copy, QSettings::IniFormat);
+    QFile whole(copy);
     return writeTo(file, values) && whole.open(QIODevice::ReadOnly) &&
            orvelle::writePrivateFile(path, whole.readAll());
 }
@@ -84,8 +82,16 @@ bool writeSetValues() {
 }  // namespace
 
 void KvConfigure::setWriter(orvelle::FileWriter* writer) {
-    const std::lock_guard<std::mutex> lock(setValues().mutex);
-    setValues().writer = writer;
+    SetValues& set = setValues();
+    orvelle::FileWriter* former = nullptr;
+    {
+        const std::lock_guard<std::mutex> lock(set.mutex);
+        former = std::exchange(set.writer, writer);
+    }
+    if (former)
+        former->finish();
+    const std::lock_guard<std::mutex> lock(set.mutex);
+    set.values.clear();
 }
 
 KvConfigure::KvConfigure(QObject* parent)

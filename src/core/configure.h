@@ -23,7 +23,7 @@ inline constexpr QLatin1String kGroupMaxId("group_max_id");
 /// threads.
 ///
 /// Setters wait for no disk while there is a writer: it writes, and tells of what fails. Whoever
-/// reads gets the new value at once and until the program ends, whatever becomes of the file.
+/// reads gets the new value at once and while there is a writer, whatever becomes of the file.
 class KvConfigure : public QObject {
     Q_OBJECT
 
@@ -31,7 +31,7 @@ public:
     explicit KvConfigure(QObject* parent = nullptr);
 
     /// Who writes from now on, on a thread of its own; borrowed. Null, as at first: the setters,
-    /// before they return. Any thread.
+    /// before they return. Waits until a former one has written all. Any thread.
     static void setWriter(orvelle::FileWriter* writer);
 
     // True when the value is in the file or waits to be written to it.

@@ -305,6 +305,7 @@ DeviceState CameraSession::stateOfFailure(int result) {
         case LINK_ER_TOO_MANY_ATTEMPTS:
             return State::kRefusedForNow;
         case LINK_ER_NETWORK:
+        case LINK_ER_NO_SOCKET:
             return State::kNoNetwork;
         case LINK_ER_NO_FREE_CHANNEL:
         case LINK_ER_NO_FREE_SESSION:

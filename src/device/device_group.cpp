@@ -14,7 +14,7 @@ using orvelle::GroupRecord;
 
 namespace {
 
-const QString kFileKind = QStringLiteral("KvTUTKGroup");
+constexpr QLatin1String kFileKind("KvTUTKGroup");
 
 QString thumbnailOf(const QString& name) {
     return KvFileUtils::cachePath(name) + QStringLiteral("/thumb.jpg");

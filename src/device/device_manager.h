@@ -63,6 +63,7 @@ public:
     /// program's way out, on a worker: an attempt to add a camera that succeeds late changes
     /// nothing. Whoever still uses devices on another thread holds the device lock.
     void closeForGood();
+    bool isClosedForGood() const { return m_isClosedForGood; }
     /// 0, or why no camera can be reached at present: the link cannot be started, which is tried
     /// again with each round. Any thread.
     int linkResult() const { return m_linkResult; }

@@ -39,8 +39,14 @@ void EntryList::load(const QString& directory, const QList<KvDevice*>& devices) 
     }
     sort();
     keepCounterAhead();
+    QStringList cameras;
     for (const KvDevice* device : devices)
-        if (KvDeviceGroup* const group = renumberGroupNamed(device->uid()))
+        cameras.append(device->uid());
+    for (const KvDeviceGroup* entry : all())
+        if (entry->type() == KvDeviceGroup::kSingleCamera)
+            cameras.append(entry->key());
+    for (const QString& uid : qAsConst(cameras))
+        if (KvDeviceGroup* const group = renumberGroupNamed(uid))
             group->saveLater();
     addMissing(devices);
 }

@@ -1,5 +1,7 @@
 #include <QSignalSpy>
 
+#include <thread>
+
 #include "device/device_add_thread.h"
 #include "device/device_manager.h"
 #include "device/device_remove_thread.h"
@@ -172,6 +174,24 @@ private slots:
         QTRY_VERIFY(m_manager->reaper().isEmpty());
         QTRY_COMPARE(known->state(), DeviceState::kConnecting);
         QVERIFY(m_manager->groups().isEmpty() && !m_files.has("BINDCAM1"));
+    }
+
+    void lateSuccess_changesNothing_onceTheProgramIsOnItsWayOut() {
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        const QSignalSpy changes(m_manager, &KvDeviceManager::listChanged);
+        {
+            Adder adder(codeOf());
+            adder.start();
+            adder.waitForEnd();
+            QVERIFY(m_files.has("BINDCAM1"));
+            std::thread wayOut([this] { m_manager->closeForGood(); });
+            wayOut.join();
+        }
+        // The next start lists it.
+        QVERIFY(m_manager->devicesSnapshot().isEmpty() && m_manager->groups().isEmpty());
+        QVERIFY(changes.isEmpty() && m_entries.has("BINDCAM1"));
+        QTRY_COMPARE(camera.clients(), 0);
     }
 
     void worker_isWaitedFor_whenTheManagerGoes() {

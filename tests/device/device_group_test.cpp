@@ -89,6 +89,7 @@ private slots:
             uids += ' ' + QByteArray::number(i);
         write("7", absurd + "<name>" + QByteArray(10000, 'n') + "</name>", uids);
         write("8", absurd + "<name>twin</name>", "CAM4");
+        QVERIFY(kFiles.age("8", 60));
         load();
         m_manager->reorderGroups();
         const auto groups = m_manager->groups();

@@ -73,10 +73,7 @@ private slots:
                 const bool isNewer = qstrcmp(name, newer) == 0;
                 kFiles.write(name,
                              withUid("CAM1", isNewer ? "<name>new</name>" : "<name>old</name>"));
-                QFile file(kFiles.path(name));
-                QVERIFY(file.open(QIODevice::ReadWrite));
-                QVERIFY(file.setFileTime(QDateTime::currentDateTime().addSecs(isNewer ? -5 : -60),
-                                         QFileDevice::FileModificationTime));
+                QVERIFY(kFiles.age(name, isNewer ? 5 : 60));
             }
             for (const int lines : {1, 0}) {
                 orvelle::test::LogLines log;

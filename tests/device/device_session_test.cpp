@@ -98,6 +98,7 @@ private slots:
             {LINK_ER_TOO_MANY_ATTEMPTS, DeviceState::kRefusedForNow},
             {LINK_ER_REFUSED, DeviceState::kRefused},
             {LINK_ER_NETWORK, DeviceState::kNoNetwork},
+            {LINK_ER_NO_SOCKET, DeviceState::kNoNetwork},
             {LINK_ER_NO_FREE_CHANNEL, DeviceState::kNoFreeChannel},
             {LINK_ER_NOT_FOUND, DeviceState::kUnreachable},
             {AV_ER_TIMEOUT, DeviceState::kUnreachable},

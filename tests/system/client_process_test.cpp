@@ -34,9 +34,10 @@ private slots:
     void secondCopy_isRefused_whileTheFirstRuns();
 
 private:
-    std::unique_ptr<QProcess> startClient() const;
+    std::unique_ptr<QProcess> startClient(const QString& home) const;
     static bool watchFirstCamera(QProcess& client);
     static void clickFirstEntryIn(const QProcess& client);
+    static bool hasWindow(const QProcess& client);
     static void pressReturnIn(const QProcess& client);
 
     QTemporaryDir m_home;
@@ -64,10 +65,10 @@ void ClientProcessTest::cleanup() {
     m_camera.kill();
 }
 
-std::unique_ptr<QProcess> ClientProcessTest::startClient() const {
+std::unique_ptr<QProcess> ClientProcessTest::startClient(const QString& home) const {
     auto client = std::make_unique<QProcess>();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.path());
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), home);
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path());
     // The GL driver is unloaded by then, so its leaks could not be told from ours.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
@@ -101,6 +102,18 @@ void ClientProcessTest::clickFirstEntryIn(const QProcess& client) {
                                      "mousemove --window %@ 190 220 click 1")
                           .arg(client.processId())
                           .split(QLatin1Char(' ')));
+}
+
+bool ClientProcessTest::hasWindow(const QProcess& client) {
+    const QDeadlineTimer deadline(kTimeoutMs);
+    while (!deadline.hasExpired() && client.state() != QProcess::NotRunning) {
+        if (QProcess::execute(QStringLiteral("xdotool"),
+                              QStringLiteral("search --all --onlyvisible --pid %1 --name ^Orvelle$")
+                                  .arg(client.processId())
+                                  .split(QLatin1Char(' '))) == 0)
+            return true;
+    }
+    return false;
 }
 
 void ClientProcessTest::pressReturnIn(const QProcess& client) {
@@ -157,7 +170,7 @@ void ClientProcessTest::client_quitsInOrder_whenToldToEnd_data() {
 
 void ClientProcessTest::client_quitsInOrder_whenToldToEnd() {
     QFETCH(int, signalNumber);
-    const auto client = startClient();
+    const auto client = startClient(m_home.path());
     QVERIFY(watchFirstCamera(*client));
     ::kill(static_cast<pid_t>(client->processId()), signalNumber);
     QVERIFY(client->waitForFinished(kTimeoutMs));
@@ -167,17 +180,25 @@ void ClientProcessTest::client_quitsInOrder_whenToldToEnd() {
 }
 
 void ClientProcessTest::secondCopy_isRefused_whileTheFirstRuns() {
-    const auto first = startClient();
+    const auto first = startClient(m_home.path());
     QVERIFY(watchFirstCamera(*first));
-    const auto second = startClient();
+    // Another folder of data is another client's; another path to the same one is not.
+    const QTemporaryDir otherHome;
+    const auto other = startClient(otherHome.path());
+    const QString link = otherHome.filePath(QStringLiteral("link"));
+    QVERIFY(QFile::link(m_home.path(), link));
+    const auto second = startClient(link);
+    QVERIFY(other->waitForStarted() && hasWindow(*other));
     // The refusal is a message box; Return presses its only button.
     QTRY_VERIFY_WITH_TIMEOUT((pressReturnIn(*second), second->waitForFinished(500),
                               second->state() == QProcess::NotRunning),
                              kTimeoutMs);
     QCOMPARE(second->exitCode(), kRefused);
-    QCOMPARE(first->state(), QProcess::Running);
-    first->terminate();
-    QVERIFY(first->waitForFinished(kTimeoutMs));
+    for (QProcess* running : {first.get(), other.get()}) {
+        QVERIFY(running->state() != QProcess::NotRunning);
+        running->terminate();
+        QVERIFY(running->waitForFinished(kTimeoutMs));
+    }
 }
 
 static orvelle::test::RegisterSuite<ClientProcessTest> s_suite;

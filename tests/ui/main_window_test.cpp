@@ -26,6 +26,7 @@
 #include "ui/main/restart_hook.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/preview/devices_preview.h"
+#include "ui/widgets/notice_bar.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast_view.h"
 
@@ -41,7 +42,10 @@ private slots:
         QDir(KvFileUtils::dataRoot()).removeRecursively();
         m_manager = KvDeviceManager::create();
     }
-    void cleanup() { KvDeviceManager::release(); }
+    void cleanup() {
+        KvConfigure::setWriter(nullptr);
+        KvDeviceManager::release();
+    }
 
     void defaultSize_fitsOnSmallScreens() {
         QCOMPARE(MainWindow::defaultSize({1366, 768}), QSize(1087, 728));
@@ -196,6 +200,29 @@ private slots:
         QTRY_VERIFY(window.findChild<KvToastView*>());
     }
 
+    void whatWentWrongWithoutAWindow_isToldByTheNextOne() {
+        KvConfigure::setWriter(&m_manager->fileWriter());
+        for (int i = 0; i <= KvDeviceManager::kMaxDevices; ++i)
+            m_manager->addDevice(std::make_unique<FakeDevice>(QStringLiteral("MANY%1").arg(i)));
+        {
+            MainWindow window;
+            QVERIFY(notices(window).contains(orvelle::text("more_than_32_cameras_are_listed")));
+            m_manager->finishWrites();
+            QVERIFY(QDir(KvFileUtils::configurePath()).removeRecursively());
+            QVERIFY(QFile(KvFileUtils::dataRoot() + QStringLiteral("/configure"))
+                        .open(QIODevice::WriteOnly));
+            QMetaObject::invokeMethod(&window, "_onClickLanguage",
+                                      Q_ARG(QString, QStringLiteral("english")));
+            m_manager->finishWrites();
+            QCoreApplication::processEvents();
+            QVERIFY(!window.findChild<KvToastView*>());
+        }
+        const MainWindow window;
+        QTRY_VERIFY(window.findChild<KvToastView*>());
+        QCOMPARE(KvConfigure().getString(orvelle::settings::kLanguage, {}),
+                 QStringLiteral("english"));
+    }
+
     void tab_reachesEveryButton() {
         addEntry();
         MainWindow window;
@@ -262,6 +289,13 @@ private:
         for (const QPushButton* button : qAsConst(missing))
             qWarning() << button->accessibleName() << "is out of reach";
         return missing.isEmpty();
+    }
+
+    static QString notices(const MainWindow& window) {
+        QString texts;
+        for (const orvelle::NoticeBar* bar : window.findChildren<orvelle::NoticeBar*>())
+            texts += bar->text();
+        return texts;
     }
 
     KvDevice& addCamera() {
