@@ -24,7 +24,6 @@ public:
     void setDevice(KvTUTKDevice* device) { m_device = device; }
     void setStartTime(const QDateTime& time);
     KvTUTKDevice* device() const { return m_device; }
-    QDateTime startTime() const { return m_startTime; }
 
     /// Tells what an event means; kNone once shut down.
     orvelle::PlaybackEnd endReason() const;
