@@ -70,6 +70,7 @@ std::unique_ptr<QProcess> ClientProcessTest::startClient(const QString& home) co
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("XDG_DATA_HOME"), home);
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path());
+    environment.insert(QStringLiteral("ORVELLE_LOG"), QStringLiteral("1"));
     // The GL driver is unloaded by then, so its leaks could not be told from ours.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
     client->setProcessEnvironment(environment);
@@ -130,7 +131,7 @@ void ClientProcessTest::client_answersInFewLines_withoutADisplay_data() {
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("answer");
     QTest::newRow("help") << "--help"
-                          << "" << 0 << "^Usage: orvelle \\[--help\\] \\[--version\\] \\[--log \\[FILE\\]\\]\n";
+                          << "" << 0 << "^Usage: orvelle \\[--help\\] \\[--version\\] ";
     QTest::newRow("version") << "--version"
                              << "" << 0 << "^orvelle \\d+\\.\\d+\\.\\d+\n$";
     const QString noDisplay = QStringLiteral("^orvelle: there is no display[^\n]*\n$");
@@ -166,6 +167,7 @@ void ClientProcessTest::client_quitsInOrder_whenToldToEnd_data() {
     QTest::addColumn<int>("signalNumber");
     QTest::newRow("terminated") << SIGTERM;
     QTest::newRow("interrupted") << SIGINT;
+    QTest::newRow("hung up") << SIGHUP;
 }
 
 void ClientProcessTest::client_quitsInOrder_whenToldToEnd() {
@@ -177,6 +179,8 @@ void ClientProcessTest::client_quitsInOrder_whenToldToEnd() {
     const QByteArray output = client->readAll();
     QVERIFY2(client->exitStatus() == QProcess::NormalExit, output.constData());
     QVERIFY2(client->exitCode() == 0, output.constData());
+    // One that was killed would fall silent.
+    QVERIFY(m_camera.waitForLine(" left", kTimeoutMs));
 }
 
 void ClientProcessTest::secondCopy_isRefused_whileTheFirstRuns() {

@@ -368,6 +368,9 @@ private slots:
         for (KvDevicePlayerView* tile : grid.ui->tiles())
             emit tile->playerViewThumbUpdate(tile);
         QCOMPARE(updated.count(), 1);
+        // All that were held back come as one.
+        QTRY_COMPARE(updated.count(), 2);
+        QVERIFY(!updated.wait(1500));
     }
 };
 

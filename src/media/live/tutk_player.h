@@ -26,7 +26,6 @@ public:
     void setDevice(KvTUTKDevice* device);
     void setStartTime(const QDateTime& time);
     KvTUTKDevice* device() const { return m_device; }
-    QDateTime startTime() const { return m_startTime; }
     /// When the recording that holds the start time begins. Without it a camera that starts at an
     /// earlier picture is believed to start at that moment.
     void setRecordingStart(const QDateTime& time);
