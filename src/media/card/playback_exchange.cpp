@@ -24,6 +24,7 @@ void PlaybackExchange::restart(std::optional<int32_t> baseMinute) {
     m_isAnswered = false;
     m_hasStopped = false;
     m_channel = -1;
+    m_isMissing = false;
     m_baseMinute = baseMinute;
     m_isAbandoned = false;
     m_hasEnded = false;
@@ -51,6 +52,11 @@ void PlaybackExchange::abandon() {
 int PlaybackExchange::channel() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_channel;
+}
+
+bool PlaybackExchange::isMissing() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isMissing;
 }
 
 std::optional<int32_t> PlaybackExchange::baseMinute() const {
@@ -89,9 +95,8 @@ PlaybackExchange::News PlaybackExchange::acceptControl(uint32_t command, int32_t
             if (m_request != Request::kStart || m_isAnswered)
                 return News::kNone;
             m_channel = std::max(result, -1);
+            m_isMissing = result == kNoRecording;
             noteAnswer();
-            if (result == kNoRecording)
-                return News::kMissing;
             return m_channel < 0 ? News::kRefused : News::kNone;
         case SMsgAVIoctrlPlayRecord::kStop:
             if (m_request == Request::kStop)

@@ -19,7 +19,7 @@ namespace orvelle {
 class PlaybackExchange {
 public:
     enum class Request { kNone, kTimeBase, kStart, kStop };
-    enum class News { kNone, kRefused, kMissing, kEnded };
+    enum class News { kNone, kRefused, kEnded };
 
     /// Forgets all that was said but, where it is known already, the camera's clock.
     void restart(std::optional<int32_t> baseMinute = {});
@@ -27,7 +27,7 @@ public:
     void expect(Request request);
     /// True once it is answered; false after `timeoutMs`, or at once when abandoned.
     bool wait(int timeoutMs);
-    /// kRefused: the camera does not play; kMissing: not this recording; kEnded: it came to the
+    /// kRefused: the camera does not play; kEnded: it came to the
     /// end, or stopped by itself.
     News accept(const KvTUTKResponse& response);
 
@@ -36,6 +36,8 @@ public:
     bool isAbandoned() const { return m_isAbandoned; }
     bool hasEnded() const { return m_hasEnded; }
     int channel() const;  ///< of the recording; -1: none
+    /// Whether it was refused since the camera has no such recording, or cannot read it.
+    bool isMissing() const;
     /// Nothing until the camera has told.
     std::optional<int32_t> baseMinute() const;
 
@@ -49,6 +51,7 @@ private:
     bool m_isAnswered = false;
     bool m_hasStopped = false;
     int m_channel = -1;
+    bool m_isMissing = false;
     std::optional<int32_t> m_baseMinute;
 
     std::atomic<bool> m_isAbandoned{false};  ///< written under the mutex, as below

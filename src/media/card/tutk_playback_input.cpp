@@ -182,11 +182,8 @@ void KvTUTKPlaybackInput::onResponse(void* input, KvTUTKResponse* response) {
 void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
     qDebug("KvTUTKPlaybackInput::onResponseCallback began %x", response.type());
     switch (m_exchange.accept(response)) {
-        case PlaybackExchange::News::kMissing:
-            fail(PlaybackEnd::kMissing, kUnusable);
-            break;
         case PlaybackExchange::News::kRefused:
-            fail(PlaybackEnd::kRefused, kUnusable);
+            fail(refusal(), kUnusable);
             break;
         case PlaybackExchange::News::kEnded:
             wakeReceivers();
@@ -196,6 +193,10 @@ void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
             break;
     }
     qDebug("KvTUTKPlaybackInput::onResponseCallback ended %x", response.type());
+}
+
+PlaybackEnd KvTUTKPlaybackInput::refusal() const {
+    return m_exchange.isMissing() ? PlaybackEnd::kMissing : PlaybackEnd::kRefused;
 }
 
 void KvTUTKPlaybackInput::fail(PlaybackEnd reason, Event event) {
@@ -327,7 +328,7 @@ bool KvTUTKPlaybackInput::startClient() {
     qDebug("KvTUTKPlaybackInput::_init(), channle = %d", index);
     if (index < 0) {
         qDebug("init failed _channel = %d", index);
-        fail(isDeviceThere() ? PlaybackEnd::kRefused : PlaybackEnd::kLost, kUnusable);
+        fail(isDeviceThere() ? refusal() : PlaybackEnd::kLost, kUnusable);
         return false;
     }
     bind(index);

@@ -118,6 +118,7 @@ private:
     bool isHeldBack();
     void askStop();
     void tearDown();
+    orvelle::PlaybackEnd refusal() const;
     void fail(orvelle::PlaybackEnd reason, Event event);
 
     KvTUTKDevice* m_device = nullptr;  ///< fixed between open() and close(), as the three below
