@@ -44,6 +44,7 @@ public:
     void stop() override;
 
 private:
+    QString openFirst();
     bool waitForLogin();
     bool sendAll();
     bool sendRecording();

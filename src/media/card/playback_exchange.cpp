@@ -11,12 +11,20 @@
 
 namespace orvelle {
 
+namespace {
+
+/// The result of a start that the camera has no recording for.
+constexpr int32_t kNoRecording = -2;
+
+}  // namespace
+
 void PlaybackExchange::restart(std::optional<int32_t> baseMinute) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_request = Request::kNone;
     m_isAnswered = false;
     m_hasStopped = false;
     m_channel = -1;
+    m_isMissing = false;
     m_baseMinute = baseMinute;
     m_isAbandoned = false;
     m_hasEnded = false;
@@ -44,6 +52,11 @@ void PlaybackExchange::abandon() {
 int PlaybackExchange::channel() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_channel;
+}
+
+bool PlaybackExchange::isMissing() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isMissing;
 }
 
 std::optional<int32_t> PlaybackExchange::baseMinute() const {
@@ -82,6 +95,7 @@ PlaybackExchange::News PlaybackExchange::acceptControl(uint32_t command, int32_t
             if (m_request != Request::kStart || m_isAnswered)
                 return News::kNone;
             m_channel = std::max(result, -1);
+            m_isMissing = result == kNoRecording;
             noteAnswer();
             return m_channel < 0 ? News::kRefused : News::kNone;
         case SMsgAVIoctrlPlayRecord::kStop:

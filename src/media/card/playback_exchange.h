@@ -27,7 +27,8 @@ public:
     void expect(Request request);
     /// True once it is answered; false after `timeoutMs`, or at once when abandoned.
     bool wait(int timeoutMs);
-    /// kRefused: the camera does not play; kEnded: it came to the end, or stopped by itself.
+    /// kRefused: the camera does not play; kEnded: it came to the
+    /// end, or stopped by itself.
     News accept(const KvTUTKResponse& response);
 
     /// Ends all waits, now and from now on.
@@ -35,6 +36,8 @@ public:
     bool isAbandoned() const { return m_isAbandoned; }
     bool hasEnded() const { return m_hasEnded; }
     int channel() const;  ///< of the recording; -1: none
+    /// Whether it was refused since the camera has no such recording, or cannot read it.
+    bool isMissing() const;
     /// Nothing until the camera has told.
     std::optional<int32_t> baseMinute() const;
 
@@ -48,6 +51,7 @@ private:
     bool m_isAnswered = false;
     bool m_hasStopped = false;
     int m_channel = -1;
+    bool m_isMissing = false;
     std::optional<int32_t> m_baseMinute;
 
     std::atomic<bool> m_isAbandoned{false};  ///< written under the mutex, as below

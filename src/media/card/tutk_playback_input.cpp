@@ -69,7 +69,10 @@ int KvTUTKPlaybackInput::open() {
 }
 
 void KvTUTKPlaybackInput::requestStop() {
-    m_exchange.abandon();
+    {
+        const std::lock_guard<std::mutex> lock(m_eventMutex);
+        m_exchange.abandon();
+    }
     if (!m_openThread)
         return;
     m_openThread->stop();
@@ -180,7 +183,7 @@ void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
     qDebug("KvTUTKPlaybackInput::onResponseCallback began %x", response.type());
     switch (m_exchange.accept(response)) {
         case PlaybackExchange::News::kRefused:
-            fail(PlaybackEnd::kRefused, kUnusable);
+            fail(refusal(), kUnusable);
             break;
         case PlaybackExchange::News::kEnded:
             wakeReceivers();
@@ -192,7 +195,12 @@ void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
     qDebug("KvTUTKPlaybackInput::onResponseCallback ended %x", response.type());
 }
 
+PlaybackEnd KvTUTKPlaybackInput::refusal() const {
+    return m_exchange.isMissing() ? PlaybackEnd::kMissing : PlaybackEnd::kRefused;
+}
+
 void KvTUTKPlaybackInput::fail(PlaybackEnd reason, Event event) {
+    const std::lock_guard<std::mutex> lock(m_eventMutex);
     if (m_exchange.isAbandoned())
         return;
     PlaybackEnd none = PlaybackEnd::kNone;
@@ -251,6 +259,7 @@ bool KvTUTKPlaybackInput::isDeviceThere() const {
 }
 
 void KvTUTKPlaybackInput::doOpen() {
+    m_former.reset();
     if (!isDeviceThere()) {
         qDebug("KvTUTKPlaybackInput device invalid");
         fail(PlaybackEnd::kLost, kUnusable);
@@ -319,7 +328,7 @@ bool KvTUTKPlaybackInput::startClient() {
     qDebug("KvTUTKPlaybackInput::_init(), channle = %d", index);
     if (index < 0) {
         qDebug("init failed _channel = %d", index);
-        fail(isDeviceThere() ? PlaybackEnd::kRefused : PlaybackEnd::kLost, kUnusable);
+        fail(isDeviceThere() ? refusal() : PlaybackEnd::kLost, kUnusable);
         return false;
     }
     bind(index);

@@ -5,7 +5,8 @@
 
 #include "ui/playback/time_line_rules.h"
 
-/// A band of time with the recordings on it, dragged under a fixed line in its middle. The arrow
+/// A band of time with the recordings on it, dragged under a fixed line in its middle; a click
+/// brings the moment under the mouse there. The arrow
 /// keys step by a tick, with Ctrl or Shift by a major one; Home and End go to the first and last
 /// mark. Setters repaint and emit nothing. Interface thread.
 class KvTimeLineView : public QWidget {
@@ -91,7 +92,8 @@ private:
     orvelle::TimeSpans m_spans;       ///< of the marks
     orvelle::TimeSpans m_unknown;
     bool m_dragging = false;
-    int m_heldKey = 0;  ///< the key that moves it, 0 for none
+    int m_heldKey = 0;       ///< the key that moves it, 0 for none
+    bool m_isClick = false;  ///< the drag has gone nowhere so far
     int m_valueAtPress = 0;
     int m_xAtPress = 0;
     int m_mouseX = -1;  ///< -1 while the mouse is elsewhere
