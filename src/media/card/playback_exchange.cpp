@@ -11,8 +11,9 @@
 
 namespace orvelle {
 
-void PlaybackExchange::restart() {
+void PlaybackExchange::restart(uint32_t answerType) {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_answerType = answerType;
     m_request = Request::kNone;
     m_isAnswered = false;
     m_hasStopped = false;
@@ -51,6 +52,11 @@ int32_t PlaybackExchange::baseMinute() const {
     return m_baseMinute;
 }
 
+bool PlaybackExchange::isAnswer(uint32_t type) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return type == m_answerType;
+}
+
 PlaybackExchange::News PlaybackExchange::accept(const KvTUTKResponse& response) {
     if (response.type() == IOTYPE_USER_IPCAM_GET_TIMEZONE_RESP) {
         const auto reply = TimeZoneReply::decode(response.data());
@@ -63,7 +69,7 @@ PlaybackExchange::News PlaybackExchange::accept(const KvTUTKResponse& response) 
         }
         return News::kNone;
     }
-    if (response.type() != IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP)
+    if (!isAnswer(response.type()))
         return News::kNone;
     const auto reply = SMsgAVIoctrlPlayRecordResp::decode(response.data());
     if (!reply.command) {

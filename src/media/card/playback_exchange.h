@@ -20,8 +20,8 @@ public:
     enum class Request { kNone, kTimeBase, kStart, kStop };
     enum class News { kNone, kRefused, kEnded };
 
-    /// Forgets all that was said.
-    void restart();
+    /// Forgets all that was said; the camera will answer with messages of this type.
+    void restart(uint32_t answerType);
     /// Before the request is sent.
     void expect(Request request);
     /// True once it is answered; false after `timeoutMs`, or at once when abandoned.
@@ -37,11 +37,13 @@ public:
     int32_t baseMinute() const;
 
 private:
+    bool isAnswer(uint32_t type) const;
     News acceptControl(uint32_t command, int32_t result);
     void noteAnswer();
 
     mutable std::mutex m_mutex;  ///< guards what follows
     std::condition_variable m_answered;
+    uint32_t m_answerType = 0;
     Request m_request = Request::kNone;
     bool m_isAnswered = false;
     bool m_hasStopped = false;
