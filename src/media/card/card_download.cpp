@@ -140,6 +140,11 @@ CardDownload::Outcome CardDownload::fetchFrom(const Stretch& stretch, int64_t fr
         return Outcome::kLost;
     const Outcome outcome = receive(input, stretch, fromSec);
     input.close();
+    // Sound comes behind its pictures: what is still missing of it is fetched again.
+    const bool hasSound = m_soundSec > 0.0;
+    const double moment = hasSound ? std::min(m_pictureSec, m_soundSec) : m_pictureSec;
+    m_triedSec = std::max(m_triedSec, static_cast<int64_t>(std::floor(moment)));
+    fprintf(stderr, "DBG from %lld picture %.3f sound %.3f tried %lld outcome %d\n", (long long)(fromSec - stretch.recordingsSec), m_pictureSec - double(stretch.recordingsSec), m_soundSec - double(stretch.recordingsSec), (long long)(m_triedSec - stretch.recordingsSec), int(outcome));
     return outcome;
 }
 
@@ -152,7 +157,7 @@ CardDownload::Outcome CardDownload::receive(KvTUTKPlaybackInput& input, const St
         if (input.readVideoPacket(&next) < 0) {
             if (wasRunning)
                 continue;
-            if (writeSounds(input, fromSec) < 0)
+            if (writeSounds(input, stretch, fromSec) < 0)
                 return Outcome::kNotWritten;
             switch (input.endReason()) {
                 case PlaybackEnd::kRefused:
@@ -167,16 +172,16 @@ CardDownload::Outcome CardDownload::receive(KvTUTKPlaybackInput& input, const St
         m_receivedBytes += static_cast<uint64_t>(picture->packet()->size);
         const double moment = static_cast<double>(fromSec) + input.positionOf(picture->time());
         if (moment >= static_cast<double>(stretch.toSec))
-            return writeSounds(input, fromSec) < 0 ? Outcome::kNotWritten : Outcome::kReached;
+            return writeSounds(input, stretch, fromSec) < 0 ? Outcome::kNotWritten
+                                                            : Outcome::kReached;
         if (moment > m_pictureSec + kSameSec) {
             picture->setTime(moment);
             if (writePicture(*picture) < 0)
                 return Outcome::kNotWritten;
             m_pictureSec = moment;
-            m_triedSec = std::max(m_triedSec, static_cast<int64_t>(std::floor(moment)));
             noteProgress(stretch);
         }
-        if (writeSounds(input, fromSec) < 0)
+        if (writeSounds(input, stretch, fromSec) < 0)
             return Outcome::kNotWritten;
     }
     return Outcome::kInterrupted;
@@ -190,14 +195,15 @@ int CardDownload::writePicture(KvBasePlayerInputPacket& packet) {
     return m_heldPictures.size() < kPicturesBeforeSound ? 0 : createFile(nullptr);
 }
 
-int CardDownload::writeSounds(KvTUTKPlaybackInput& input, int64_t fromSec) {
+int CardDownload::writeSounds(KvTUTKPlaybackInput& input, const Stretch& stretch, int64_t fromSec) {
     KvBasePlayerInputPacket* next = nullptr;
     while (input.readAudioPacket(&next) == 0) {
         const std::unique_ptr<KvBasePlayerInputPacket> sound(next);
         m_receivedBytes += static_cast<uint64_t>(sound->packet()->size);
         const double moment = static_cast<double>(fromSec) + input.positionOf(sound->time());
-        if (moment <= m_soundSec + kSameSec)
+        if (moment <= m_soundSec + kSameSec || moment >= static_cast<double>(stretch.toSec))
             continue;
+        if (m_soundSec > 0 && moment - m_soundSec > 0.2) fprintf(stderr, "DBG gap %.3f -> %.3f\n", m_soundSec - double(stretch.recordingsSec), moment - double(stretch.recordingsSec));
         m_soundSec = moment;
         sound->setTime(moment);
         const int result = m_file || m_heldPictures.empty() ? 0 : createFile(sound.get());

@@ -71,7 +71,7 @@ private:
     Outcome fetchFrom(const Stretch& stretch, int64_t fromSec);
     Outcome receive(KvTUTKPlaybackInput& input, const Stretch& stretch, int64_t fromSec);
     int writePicture(KvBasePlayerInputPacket& packet);
-    int writeSounds(KvTUTKPlaybackInput& input, int64_t fromSec);
+    int writeSounds(KvTUTKPlaybackInput& input, const Stretch& stretch, int64_t fromSec);
     int createFile(const KvBasePlayerInputPacket* sound);
     int64_t nextMinute(const Stretch& stretch) const;
     bool waitWhilePaused();
