@@ -142,7 +142,7 @@ private slots:
             // From the key picture to the moment asked for.
             {20.0, "p18000=-2000 p19933=-67 p20000=0 s19990=[-10] s20010= p20067=67[10]", "0=0 67=67"},
             // Stamps of a clock of its own; the first picture counts as the moment asked for.
-            {20.0, "p900000=0 s900010= p900067=67[10] p960000=133", "133=133"},
+            {20.0, "p900000=0 s900010= p900067=67[10] p960000=134", "134=134"},
             {{}, "p5000=0 p5500=500 p4000=567 p4000=633 p4100=733", "733=733"},
             // A gap in the recording is left out; the moment is behind it then.
             {0.0, "p0=0 s1500= p1000=1000 p31000=1067[1500] s31010= p31067=1133[1077]",

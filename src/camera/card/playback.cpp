@@ -14,7 +14,7 @@ namespace orvelle {
 namespace {
 
 constexpr int kLoginWaitMs = 25'000;
-constexpr int kLoginCheckMs = 10;
+constexpr int kLoginCheckMs = 2;
 /// Sent ahead of time at the start to a client that tells no room.
 constexpr int64_t kHeadStartUs = 500'000;
 /// What such a client may lag behind: sending, decoding, and its own start.
@@ -60,7 +60,7 @@ void Playback::run() {
         say(PlayCommand::kStart, kNoRecording);
         return;
     }
-    m_reader.seek((m_fromSec - m_recording.startSec) * 1'000'000);
+    m_reader.seek((m_fromSec - m_recording.startSec) * 1'000'000, !m_recording.isUnfinished);
     say(PlayCommand::kStart, m_target.channel);
     if (waitForLogin() && sendAll())
         say(PlayCommand::kEnd, 0);

@@ -24,6 +24,7 @@ QString RecordingReader::open(const QString& path) {
     m_ahead.clear();
     m_video = m_audio = nullptr;
     m_readFrames = 0;
+    m_path = path;
     AVFormatContext* context = nullptr;
     const int opened = avformat_open_input(&context, path.toUtf8().constData(),
                                            av_find_input_format("matroska"), nullptr);
@@ -68,7 +69,18 @@ bool RecordingReader::openFilter() {
            av_bsf_init(context) >= 0;
 }
 
-void RecordingReader::seek(int64_t timeUs) {
+void RecordingReader::jumpTowards(int64_t timeUs) {
+    AVStream* video = m_format->streams[m_video->index];
+    const int64_t time = av_rescale_q(timeUs, kMicroseconds, video->time_base);
+    const bool isThere =
+        av_seek_frame(m_format.get(), video->index, time, AVSEEK_FLAG_BACKWARD) >= 0;
+    if (!isThere)
+        open(QString(m_path));
+}
+
+void RecordingReader::seek(int64_t timeUs, bool isFinished) {
+    if (isFinished)
+        jumpTowards(timeUs);
     std::deque<EncodedFrame> group;
     bool hasKey = false;
     while (auto frame = readFrame()) {

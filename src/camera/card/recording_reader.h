@@ -27,15 +27,18 @@ public:
     std::optional<EncodedFrame> next();
 
     /// The same from the last key frame at or before `timeUs` on; from the first when there is
-    /// none. To be called before next().
-    void seek(int64_t timeUs);
+    /// none. To be called before next(). A file that is finished need not be read up to there, but
+    /// cannot be reopened then.
+    void seek(int64_t timeUs, bool isFinished);
 
 private:
     std::optional<EncodedFrame> readFrame();
     bool openFilter();
+    void jumpTowards(int64_t timeUs);
     std::optional<EncodedFrame> frameOf(AVPacket* packet);
     SharedBytes soundBytes(const AVPacket& packet) const;
 
+    QString m_path;
     InputFormatPtr m_format;
     const AVStream* m_video = nullptr;
     const AVStream* m_audio = nullptr;  ///< null: silent

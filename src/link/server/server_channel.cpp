@@ -9,12 +9,17 @@ namespace {
 
 constexpr int64_t kTransportHoldsMs = 150;
 constexpr int64_t kAdaptIntervalMs = 250;
+/// How much faster than a live picture a recording starts, whose first picture builds on others.
+constexpr int64_t kRecordingHaste = 2;
 
 }  // namespace
 
 ServerChannel::ServerChannel(std::shared_ptr<SealedSocket> socket, int64_t nominalBitsPerSecond,
                              ServerCounters& counters, MediaQueue::Kind kind)
-    : m_socket(std::move(socket)), m_cap(nominalBitsPerSecond), m_queue(counters, kind) {
+    : m_socket(std::move(socket)),
+      m_cap(kind == MediaQueue::Kind::kRecording ? kRecordingHaste * nominalBitsPerSecond
+                                                 : nominalBitsPerSecond),
+      m_queue(counters, kind) {
     applyCap();
 }
 

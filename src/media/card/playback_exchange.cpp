@@ -11,14 +11,14 @@
 
 namespace orvelle {
 
-void PlaybackExchange::restart(uint32_t answerType) {
+void PlaybackExchange::restart(uint32_t answerType, std::optional<int32_t> baseMinute) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_answerType = answerType;
     m_request = Request::kNone;
     m_isAnswered = false;
     m_hasStopped = false;
     m_channel = -1;
-    m_baseMinute = 0;
+    m_baseMinute = baseMinute;
     m_isAbandoned = false;
     m_hasEnded = false;
 }
@@ -47,7 +47,7 @@ int PlaybackExchange::channel() const {
     return m_channel;
 }
 
-int32_t PlaybackExchange::baseMinute() const {
+std::optional<int32_t> PlaybackExchange::baseMinute() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_baseMinute;
 }

@@ -4,6 +4,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <mutex>
+#include <optional>
 
 class KvTUTKResponse;
 
@@ -20,8 +21,9 @@ public:
     enum class Request { kNone, kTimeBase, kStart, kStop };
     enum class News { kNone, kRefused, kEnded };
 
-    /// Forgets all that was said; the camera will answer with messages of this type.
-    void restart(uint32_t answerType);
+    /// Forgets all that was said but, where it is known already, the camera's clock. The camera will
+    /// answer with messages of this type.
+    void restart(uint32_t answerType, std::optional<int32_t> baseMinute = {});
     /// Before the request is sent.
     void expect(Request request);
     /// True once it is answered; false after `timeoutMs`, or at once when abandoned.
@@ -34,7 +36,8 @@ public:
     bool isAbandoned() const { return m_isAbandoned; }
     bool hasEnded() const { return m_hasEnded; }
     int channel() const;  ///< of the recording; -1: none
-    int32_t baseMinute() const;
+    /// Nothing until the camera has told.
+    std::optional<int32_t> baseMinute() const;
 
 private:
     bool isAnswer(uint32_t type) const;
@@ -48,7 +51,7 @@ private:
     bool m_isAnswered = false;
     bool m_hasStopped = false;
     int m_channel = -1;
-    int32_t m_baseMinute = 0;
+    std::optional<int32_t> m_baseMinute;
 
     std::atomic<bool> m_isAbandoned{false};  ///< written under the mutex, as below
     std::atomic<bool> m_hasEnded{false};

@@ -47,6 +47,7 @@ void KvTUTKPlaybackInput::setDevice(KvTUTKDevice* device) {
     m_device = device;
     if (m_device)
         m_device->addListener(this, onResponse);
+    m_knownBaseMinute.reset();
 }
 
 int KvTUTKPlaybackInput::open() {
@@ -54,7 +55,8 @@ int KvTUTKPlaybackInput::open() {
     clearReport();
     m_endReason = PlaybackEnd::kNone;
     m_exchange.restart(m_purpose == Purpose::kWatch ? IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP
-                                                    : IOTYPE_CARD_DOWNLOAD_RESP);
+                                                    : IOTYPE_CARD_DOWNLOAD_RESP,
+                       m_knownBaseMinute);
     m_openTime = m_startTime;
     m_sid = m_device ? m_device->sid() : -1;
     createQueues();
@@ -279,13 +281,15 @@ bool KvTUTKPlaybackInput::awaitAnswer() {
 }
 
 bool KvTUTKPlaybackInput::askTimeBase() {
+    if (m_exchange.baseMinute())
+        return true;
     m_exchange.expect(Request::kTimeBase);
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ);
     return awaitAnswer();
 }
 
 void KvTUTKPlaybackInput::askStart() {
-    const int32_t baseMinute = m_exchange.baseMinute();
+    const int32_t baseMinute = m_exchange.baseMinute().value_or(0);
     const QDateTime requested = orvelle::recordingTime(m_openTime, baseMinute);
     qDebug() << "src time = " << m_openTime << ", start playback -> " << requested
              << "_baseMinute = " << baseMinute;

@@ -74,6 +74,11 @@ public:
         return m_times ? m_times->positionOf(timeSec) : timeSec;
     }
 
+    /// Before open(), once per device: spares asking the camera for its clock again.
+    void setBaseMinute(const std::optional<int32_t>& minutes) { m_knownBaseMinute = minutes; }
+    /// What the camera told, or nothing yet. Any thread.
+    std::optional<int32_t> baseMinute() const { return m_exchange.baseMinute(); }
+
     /// Any thread; kNone until the input has ended by itself.
     orvelle::PlaybackEnd endReason() const { return m_endReason; }
 
@@ -122,6 +127,7 @@ private:
 
     QDateTime m_startTime;  ///< owner, as the one below
     QDateTime m_recordingStart;
+    std::optional<int32_t> m_knownBaseMinute;
 
     std::unique_ptr<KvTUTKPlaybackInputThread> m_videoThread;  ///< open thread, as below
     std::unique_ptr<KvTUTKPlaybackInputThread> m_audioThread;

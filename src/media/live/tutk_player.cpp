@@ -11,6 +11,11 @@ KvTUTKPlayer::~KvTUTKPlayer() {
     shutdown();
 }
 
+void KvTUTKPlayer::setDevice(KvTUTKDevice* device) {
+    m_device = device;
+    m_baseMinute.reset();
+}
+
 void KvTUTKPlayer::setStartTime(const QDateTime& time) {
     m_startTime = time;
     if (m_playbackInput)
@@ -46,11 +51,14 @@ std::unique_ptr<KvBasePlayerInput> KvTUTKPlayer::createInput() {
     input->setDevice(m_device);
     input->setStartTime(m_startTime);
     input->setRecordingStart(m_recordingStart);
+    input->setBaseMinute(m_baseMinute);
     m_playbackInput = input.get();
     return input;
 }
 
 void KvTUTKPlayer::releaseInput() {
+    if (m_playbackInput && m_device && m_playbackInput->baseMinute())
+        m_baseMinute = m_playbackInput->baseMinute();
     m_playbackInput = nullptr;
     ViewPlayer::releaseInput();
 }

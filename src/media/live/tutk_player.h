@@ -2,6 +2,8 @@
 
 #include <QDateTime>
 
+#include <optional>
+
 #include "media/player/view_player.h"
 #include "media/stages/playback_end.h"
 
@@ -11,9 +13,9 @@ class KvTUTKPlaybackInput;
 /// Plays a recording of a camera's memory card from a given moment on. Used by one thread, the
 /// interface's; the device and the view are borrowed and outlive a running player.
 ///
-/// Progress is counted from that moment, in seconds, and is that of the picture shown. The end of the recording comes as
-/// KvBasePlayerVideoEnded after its last picture; a refusal and a lost camera as
-/// KvBasePlayerOpenFailed, after which KvBasePlayerVideoEnded may still follow.
+/// Progress is counted from that moment, in seconds, and is that of the picture shown. The end of
+/// the recording comes as KvBasePlayerVideoEnded after its last picture; a refusal and a lost
+/// camera as KvBasePlayerOpenFailed, after which KvBasePlayerVideoEnded may still follow.
 class KvTUTKPlayer : public orvelle::ViewPlayer {
     Q_OBJECT
 public:
@@ -21,7 +23,7 @@ public:
     ~KvTUTKPlayer() override;  ///< shuts down
 
     /// Each takes effect with the next play().
-    void setDevice(KvTUTKDevice* device) { m_device = device; }
+    void setDevice(KvTUTKDevice* device);
     void setStartTime(const QDateTime& time);
     KvTUTKDevice* device() const { return m_device; }
     QDateTime startTime() const { return m_startTime; }
@@ -45,5 +47,6 @@ private:
     KvTUTKDevice* m_device = nullptr;
     QDateTime m_startTime;
     QDateTime m_recordingStart;
+    std::optional<int32_t> m_baseMinute;             ///< of the device's clock, once told
     KvTUTKPlaybackInput* m_playbackInput = nullptr;  ///< the base's input stage, or null
 };
