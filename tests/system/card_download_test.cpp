@@ -103,6 +103,7 @@ private slots:
         QTest::addColumn<bool>("isPaused");
         QTest::newRow("a minute") << 60 << 120 << false << false;
         QTest::newRow("across minutes") << 31 << 155 << false << false;
+        QTest::newRow("to the end of a run") << 0 << 180 << false << false;
         QTest::newRow("camera killed") << 0 << 180 << true << false;
         QTest::newRow("paused") << 0 << 180 << false << true;
     }

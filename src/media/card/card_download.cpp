@@ -144,7 +144,6 @@ CardDownload::Outcome CardDownload::fetchFrom(const Stretch& stretch, int64_t fr
     const bool hasSound = m_soundSec > 0.0;
     const double moment = hasSound ? std::min(m_pictureSec, m_soundSec) : m_pictureSec;
     m_triedSec = std::max(m_triedSec, static_cast<int64_t>(std::floor(moment)));
-    fprintf(stderr, "DBG from %lld picture %.3f sound %.3f tried %lld outcome %d\n", (long long)(fromSec - stretch.recordingsSec), m_pictureSec - double(stretch.recordingsSec), m_soundSec - double(stretch.recordingsSec), (long long)(m_triedSec - stretch.recordingsSec), int(outcome));
     return outcome;
 }
 
@@ -203,7 +202,6 @@ int CardDownload::writeSounds(KvTUTKPlaybackInput& input, const Stretch& stretch
         const double moment = static_cast<double>(fromSec) + input.positionOf(sound->time());
         if (moment <= m_soundSec + kSameSec || moment >= static_cast<double>(stretch.toSec))
             continue;
-        if (m_soundSec > 0 && moment - m_soundSec > 0.2) fprintf(stderr, "DBG gap %.3f -> %.3f\n", m_soundSec - double(stretch.recordingsSec), moment - double(stretch.recordingsSec));
         m_soundSec = moment;
         sound->setTime(moment);
         const int result = m_file || m_heldPictures.empty() ? 0 : createFile(sound.get());
