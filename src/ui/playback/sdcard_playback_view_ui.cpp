@@ -7,6 +7,7 @@
 
 #include "render/video_surface.h"
 #include "ui/palette.h"
+#include "ui/playback/download_bar.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/widgets/push_button.h"
@@ -21,6 +22,7 @@ constexpr int kTopHeight = 44;
 constexpr int kTimeLineHeight = 56;
 constexpr int kButtonRowHeight = 44;
 constexpr int kBottomHeight = kTimeLineHeight + kButtonRowHeight;
+constexpr int kDownloadHeight = 40;
 constexpr int kButtonSize = 24;
 constexpr int kGap = 16;
 constexpr int kMargin = 14;
@@ -47,7 +49,8 @@ KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
       m_stateLabel(new QLabel(m_topBar)),
       m_clockLabel(new QLabel(m_topBar)),
       m_momentLabel(new QLabel(m_bottomBar)),
-      m_timeLine(nullptr) {
+      m_timeLine(nullptr),
+      m_downloadBar(nullptr) {
     setObjectName(QStringLiteral("playback"));
     setAttribute(Qt::WA_StyledBackground);
     setStyleSheet(QStringLiteral("#playback{border-image:url(%1);}")
@@ -58,6 +61,7 @@ KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
     m_timeLine = new KvVideoTimeLineView(m_bottomBar);
     for (QPushButton* button : m_timeLine->findChildren<QPushButton*>())
         button->setFocusPolicy(Qt::TabFocus);
+    m_downloadBar = new orvelle::DownloadBar(this);
     m_noSdcardView->hide();
     // A double click on the picture counts, whatever lies on it.
     m_loadingView.setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -115,6 +119,7 @@ void KvSDCardPlaybackViewUI::setUpButtons() {
     m_buttons[kSound] = makeButton(m_bottomBar, "voice", textKey("sound"));
     m_buttons[kCalendar] = makeButton(m_bottomBar, "calendar", textKey("calendar"));
     m_buttons[kCapture] = makeButton(m_bottomBar, "capture", textKey("screenshot"));
+    m_buttons[kDownload] = makeButton(m_bottomBar, "download", textKey("download"));
     m_buttons[kToLive] = makeButton(m_bottomBar, "switchlive", textKey("to_live"));
     m_buttons[kFullscreen] = makeButton(m_bottomBar, "fullscreen", textKey("maximized"));
     const auto setImages = [this](Button button, const char* unchecked, const char* checked) {
@@ -211,7 +216,8 @@ void KvSDCardPlaybackViewUI::setNoCardShown(bool shown) {
 }
 
 void KvSDCardPlaybackViewUI::raiseControls() {
-    for (QWidget* control : std::initializer_list<QWidget*>{m_noticeLabel, m_topBar, m_bottomBar})
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{m_noticeLabel, m_topBar, m_bottomBar, m_downloadBar})
         control->raise();
 }
 
@@ -234,6 +240,8 @@ void KvSDCardPlaybackViewUI::layOut() {
         m_loadingView.setGeometry(picture);
     m_topBar->setGeometry(0, 0, width(), kTopHeight);
     m_bottomBar->setGeometry(0, height() - kBottomHeight, width(), kBottomHeight);
+    m_downloadBar->setGeometry(0, height() - kBottomHeight - kDownloadHeight, width(),
+                               kDownloadHeight);
     layOutTopBar();
     layOutBottomBar();
     placeNotice();
@@ -268,7 +276,7 @@ void KvSDCardPlaybackViewUI::layOutBottomBar() {
     const int momentLeft = kSoundLeft + kButtonSize + kGap;
     m_momentLabel->setGeometry(momentLeft, kTimeLineHeight, kMomentWidth, kButtonRowHeight);
     int right = width() - kMargin;
-    for (const Button id : {kFullscreen, kToLive, kCapture, kCalendar}) {
+    for (const Button id : {kFullscreen, kToLive, kDownload, kCapture, kCalendar}) {
         m_buttons.at(id)->setGeometry(right - kButtonSize, top, kButtonSize, kButtonSize);
         right -= kButtonSize + kGap;
     }

@@ -13,8 +13,9 @@ class KvWidget;
 class QLabel;
 
 namespace orvelle {
+class DownloadBar;
 class VideoSurface;
-}
+}  // namespace orvelle
 
 /// The widgets of KvSDCardPlaybackView: a bar with the camera's name, the picture, and a bar with
 /// the timeline. The bars stand beside the picture or, in full screen, lie on it.
@@ -28,6 +29,7 @@ public:
         kSound,
         kCalendar,
         kCapture,
+        kDownload,
         kToLive,
         kFullscreen,
         kButtonCount,
@@ -64,6 +66,7 @@ public:
     orvelle::VideoSurface* videoView();
     void blankPicture();
     KvVideoTimeLineView* timeLine() const { return m_timeLine; }
+    orvelle::DownloadBar* downloadBar() const { return m_downloadBar; }
     KvNoSdcardView* noSdcardView() const { return m_noSdcardView; }
 
 protected:
@@ -96,6 +99,7 @@ private:
     QLabel* m_clockLabel;
     QLabel* m_momentLabel;
     KvVideoTimeLineView* m_timeLine;
+    orvelle::DownloadBar* m_downloadBar;
     std::array<KvPushButton*, kButtonCount> m_buttons{};
 
     KvLoadingView m_loadingView;  ///< a child only while it is shown
