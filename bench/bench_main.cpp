@@ -24,10 +24,10 @@ struct Section {
     bool isUsual = true;  ///< measured unless others are wanted
 };
 constexpr Section kSections[] = {
-    {"startup", measureStartUp},    {"connect", measureConnecting}, {"engine", measureEngine},
-    {"fullhd", measureFullHd},      {"grid", measureGrid},          {"delay", measureDelay},
-    {"record", measureRecording},   {"playback", measurePlayback},  {"latency", measureLatency},
-    {"storm", measureStorm, false}, {"peers", measurePeers, false},
+    {"startup", measureStartUp},   {"connect", measureConnecting}, {"engine", measureEngine},
+    {"fullhd", measureFullHd},     {"grid", measureGrid},          {"delay", measureDelay},
+    {"download", measureDownload}, {"record", measureRecording},   {"playback", measurePlayback},
+    {"latency", measureLatency},   {"storm", measureStorm, false}, {"peers", measurePeers, false},
 };
 
 QStringList sectionNames() {

@@ -174,6 +174,7 @@ void KvSDCardPlaybackView::releaseDevice() {
         setFocus(Qt::OtherFocusReason);
     m_ui->showNotice({});
     m_ui->setNoCardShown(false);
+    m_ui->setCameraZone({});
     m_ui->timeLine()->timeLine()->setMarkedSpan(std::nullopt);
     updateDownloadButton();
     m_ui->setName({});
@@ -371,8 +372,10 @@ void KvSDCardPlaybackView::showState() {
 }
 
 void KvSDCardPlaybackView::onZone(int minutesEast) {
-    if (m_device)
-        m_list.noteZone(minutesEast);
+    if (!m_device)
+        return;
+    m_list.noteZone(minutesEast);
+    m_ui->setCameraZone(minutesEast);
 }
 
 void KvSDCardPlaybackView::_doUpdateMarks() {
@@ -601,6 +604,8 @@ void KvSDCardPlaybackView::playDay(const QDate& day) {
 }
 
 void KvSDCardPlaybackView::fillCalendar() {
+    const std::optional<orvelle::CardOverviewReply>& card = m_list.overview();
+    m_calendar->setMonths(card ? card->months : QVector<QDate>());
     m_calendar->setMarks(m_list.recordings().all());
 }
 

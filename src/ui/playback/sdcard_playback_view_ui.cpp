@@ -27,7 +27,6 @@ constexpr int kButtonSize = 24;
 constexpr int kGap = 16;
 constexpr int kMargin = 14;
 constexpr int kSoundLeft = 23;  // below the timeline's play button
-constexpr int kMomentWidth = 200;
 constexpr int kLabelGap = 12;
 constexpr QSize kBadgePadding(8, 3);
 constexpr QSize kNoticePadding(16, 10);
@@ -47,7 +46,9 @@ KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
       m_bottomBar(new KvWidget(this)),
       m_nameLabel(new QLabel(m_topBar)),
       m_stateLabel(new QLabel(m_topBar)),
+      m_clockCaption(new QLabel(orvelle::text("now"), m_topBar)),
       m_clockLabel(new QLabel(m_topBar)),
+      m_momentCaption(new QLabel(orvelle::text("recorded"), m_bottomBar)),
       m_momentLabel(new QLabel(m_bottomBar)),
       m_timeLine(nullptr),
       m_downloadBar(nullptr) {
@@ -94,6 +95,11 @@ void KvSDCardPlaybackViewUI::setUpLabels() {
         label->setStyleSheet(QStringLiteral("QLabel{color:#ffffff;};"));
     m_stateLabel->setStyleSheet(
         QStringLiteral("QLabel{color:#ffffff;background:#00a7f9;border-radius:5px;};"));
+    for (QLabel* caption : {m_clockCaption, m_momentCaption}) {
+        caption->setStyleSheet(QStringLiteral("QLabel{color:#b9b9b9;};"));
+        KvWidgetUtils::setFont(caption, orvelle::palette::kSmallFontPixels);
+    }
+    m_clockCaption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_noticeLabel->setStyleSheet(QStringLiteral(
         "QLabel{background-color:rgba(0, 0, 0, 184);border-radius:10px;color:#ffffff;};"));
     m_noticeLabel->setWordWrap(true);
@@ -149,8 +155,22 @@ void KvSDCardPlaybackViewUI::setClockText(const QString& time) {
 
 void KvSDCardPlaybackViewUI::setMoment(int seconds) {
     m_timeLine->setValue(seconds);
-    m_momentLabel->setText(
-        QDateTime::fromSecsSinceEpoch(seconds).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+    m_momentLabel->setText(momentText(seconds));
+}
+
+QString KvSDCardPlaybackViewUI::momentText(int seconds) const {
+    const QDateTime moment = QDateTime::fromSecsSinceEpoch(seconds);
+    const QString text = moment.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    if (!m_cameraZone || *m_cameraZone * 60 == moment.offsetFromUtc())
+        return text;
+    return QStringLiteral("%1 · %2 %3")
+        .arg(text, orvelle::text("camera_time"),
+             moment.toOffsetFromUtc(*m_cameraZone * 60).toString(QStringLiteral("MM-dd HH:mm:ss")));
+}
+
+void KvSDCardPlaybackViewUI::setCameraZone(std::optional<int> minutesEast) {
+    m_cameraZone = minutesEast;
+    m_momentLabel->setText(momentText(m_timeLine->value()));
 }
 
 void KvSDCardPlaybackViewUI::setOverlaid(bool overlaid) {
@@ -255,10 +275,13 @@ void KvSDCardPlaybackViewUI::layOutTopBar() {
     const int clockWidth = m_clockLabel->fontMetrics().horizontalAdvance(QLatin1String("00:00:00"));
     const int clockLeft = width() - kMargin - clockWidth;
     m_clockLabel->setGeometry(clockLeft, 0, clockWidth, kTopHeight);
+    const int captionLeft = clockLeft - textWidth(*m_clockCaption) - kLabelGap / 2;
+    m_clockCaption->setGeometry(captionLeft, 0, clockLeft - captionLeft - kLabelGap / 2,
+                                kTopHeight);
 
     const QSize badge(textWidth(*m_stateLabel) + 2 * kBadgePadding.width(),
                       m_stateLabel->fontMetrics().height() + 2 * kBadgePadding.height());
-    const int free = qMax(0, clockLeft - left - badge.width() - 2 * kLabelGap);
+    const int free = qMax(0, captionLeft - left - badge.width() - 2 * kLabelGap);
     const QFontMetrics metrics = m_nameLabel->fontMetrics();
     const QString name = metrics.elidedText(m_name, Qt::ElideRight, free);
     m_nameLabel->setText(name);
@@ -273,13 +296,17 @@ void KvSDCardPlaybackViewUI::layOutBottomBar() {
     m_timeLine->setGeometry(0, 0, width(), kTimeLineHeight);
     const int top = kTimeLineHeight + (kButtonRowHeight - kButtonSize) / 2;
     m_buttons[kSound]->setGeometry(kSoundLeft, top, kButtonSize, kButtonSize);
-    const int momentLeft = kSoundLeft + kButtonSize + kGap;
-    m_momentLabel->setGeometry(momentLeft, kTimeLineHeight, kMomentWidth, kButtonRowHeight);
+    const int captionLeft = kSoundLeft + kButtonSize + kGap;
+    const int captionWidth = textWidth(*m_momentCaption);
+    m_momentCaption->setGeometry(captionLeft, kTimeLineHeight, captionWidth, kButtonRowHeight);
+    const int momentLeft = captionLeft + captionWidth + kLabelGap / 2;
     int right = width() - kMargin;
     for (const Button id : {kFullscreen, kToLive, kDownload, kCapture, kCalendar}) {
         m_buttons.at(id)->setGeometry(right - kButtonSize, top, kButtonSize, kButtonSize);
         right -= kButtonSize + kGap;
     }
+    m_momentLabel->setGeometry(momentLeft, kTimeLineHeight, qMax(0, right - momentLeft),
+                               kButtonRowHeight);
 }
 
 void KvSDCardPlaybackViewUI::placeNotice() {

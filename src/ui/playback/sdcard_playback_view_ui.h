@@ -3,6 +3,7 @@
 #include <QWidget>
 
 #include <array>
+#include <optional>
 
 #include "ui/widgets/loading_view.h"
 
@@ -43,6 +44,9 @@ public:
     void setClockText(const QString& time);
     /// What is seen, seconds since 1970: on the timeline and in words.
     void setMoment(int seconds);
+    /// Minutes by which the camera's clock is east of UTC; its time is shown where it differs from
+    /// this computer's.
+    void setCameraZone(std::optional<int> minutesEast);
 
     /// Full screen: the picture has the whole place, with the bars on it while they are visible.
     void setOverlaid(bool overlaid);
@@ -83,11 +87,13 @@ private:
     void placeNotice();
     void raiseControls();
     QRect pictureArea() const;
+    QString momentText(int seconds) const;
 
     bool m_overlaid = false;
     bool m_barsVisible = true;  ///< without effect beside the picture
     bool m_noCardShown = false;
     QString m_name;
+    std::optional<int> m_cameraZone;
 
     orvelle::VideoSurface* m_videoView = nullptr;  ///< children, as all below
     KvNoSdcardView* m_noSdcardView;
@@ -96,7 +102,9 @@ private:
     KvWidget* m_bottomBar;
     QLabel* m_nameLabel;
     QLabel* m_stateLabel;
+    QLabel* m_clockCaption;
     QLabel* m_clockLabel;
+    QLabel* m_momentCaption;
     QLabel* m_momentLabel;
     KvVideoTimeLineView* m_timeLine;
     orvelle::DownloadBar* m_downloadBar;
