@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdlib>
 #include <utility>
 
 #include "frames/picture_clock.h"
+#include "median.h"
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -115,6 +117,46 @@ HeardSound hear(const SinkLog& log, int64_t fromUs, int64_t toUs) {
         lastBeep = i;
     }
     return heard;
+}
+
+PictureFigures figuresOf(const std::vector<ShownPicture>& pictures) {
+    PictureFigures figures;
+    std::vector<double> stepsMs;
+    for (size_t i = 1; i < pictures.size(); ++i) {
+        const ShownPicture &before = pictures[i - 1], &now = pictures[i];
+        stepsMs.push_back(static_cast<double>(now.stampUs - before.stampUs) / 1e3);
+        figures.widestMs =
+            std::max(figures.widestMs, static_cast<double>(now.wallUs - before.wallUs) / 1e3);
+    }
+    figures.periodMs = median(stepsMs);
+    for (const double stepMs : stepsMs) {
+        figures.skipped += stepMs > 1.5 * figures.periodMs ? 1 : 0;
+        figures.repeated += stepMs <= 0.0 ? 1 : 0;
+    }
+    for (const ShownPicture& picture : pictures) {
+        const double offMs = static_cast<double>(picture.labelUs - picture.stampUs) / 1e3;
+        if (picture.labelUs >= 0)
+            figures.labelMs = std::max(figures.labelMs, std::fabs(offMs));
+    }
+    const ShownPicture &first = pictures.front(), &last = pictures.back();
+    figures.speed = static_cast<double>(last.stampUs - first.stampUs) /
+                    static_cast<double>(last.wallUs - first.wallUs);
+    return figures;
+}
+
+std::vector<double> lipSyncMs(const std::vector<ShownPicture>& pictures, const HeardSound& sound) {
+    std::vector<double> lateMs;
+    for (const int64_t beepUs : sound.beepsUs) {
+        const auto after = std::upper_bound(
+            pictures.begin(), pictures.end(), beepUs,
+            [](int64_t us, const ShownPicture& picture) { return us < picture.wallUs; });
+        if (after == pictures.begin())
+            continue;
+        const ShownPicture& shown = *std::prev(after);
+        const double mediaSec = static_cast<double>(shown.stampUs + beepUs - shown.wallUs) / 1e6;
+        lateMs.push_back((mediaSec - std::round(mediaSec)) * 1e3);
+    }
+    return lateMs;
 }
 
 }  // namespace orvelle::bench

@@ -76,4 +76,19 @@ struct HeardSound {
 };
 HeardSound hear(const SinkLog& log, int64_t fromUs, int64_t toUs);
 
+/// What a stretch of shown pictures tells.
+struct PictureFigures {
+    double periodMs = 0.0;  ///< between two recorded ones
+    double speed = 0.0;     ///< of the recording's time to this machine's
+    int skipped = 0;
+    int repeated = 0;
+    double widestMs = 0.0;  ///< between two that were shown one after the other
+    double labelMs = 0.0;   ///< the worst by which the moment told was wrong
+};
+/// Of three pictures at least.
+PictureFigures figuresOf(const std::vector<ShownPicture>& pictures);
+
+/// By how much each beep was late against the pictures, in ms.
+std::vector<double> lipSyncMs(const std::vector<ShownPicture>& pictures, const HeardSound& sound);
+
 }  // namespace orvelle::bench

@@ -8,7 +8,6 @@
 #include <atomic>
 #include <cmath>
 #include <cstdio>
-#include <memory>
 
 #include "camera/card/recording_name.h"
 #include "device/tutk_device.h"
@@ -149,48 +148,20 @@ private:
     void report(const std::vector<ShownPicture>& pictures, const HeardSound& sound) {
         if (pictures.size() < 3)
             return void(std::printf("  %zu pictures\n", pictures.size()));
-        std::vector<double> stepsMs;
-        for (size_t i = 1; i < pictures.size(); ++i)
-            stepsMs.push_back(double(pictures[i].stampUs - pictures[i - 1].stampUs) / 1e3);
-        const double periodMs = median(stepsMs);
-        int skips = 0, repeats = 0;
-        double widestMs = 0, labelMs = 0;
-        for (size_t i = 1; i < pictures.size(); ++i) {
-            skips += stepsMs[i - 1] > 1.5 * periodMs ? 1 : 0;
-            repeats += stepsMs[i - 1] <= 0 ? 1 : 0;
-            widestMs =
-                std::max(widestMs, double(pictures[i].wallUs - pictures[i - 1].wallUs) / 1e3);
-        }
-        for (const ShownPicture& picture : pictures) {
-            if (picture.labelUs >= 0)
-                labelMs =
-                    std::max(labelMs, std::fabs(double(picture.labelUs - picture.stampUs)) / 1e3);
-        }
-        const ShownPicture &first = pictures.front(), &last = pictures.back();
+        const PictureFigures figures = figuresOf(pictures);
         std::printf(
             "  pictures %zu, %.2f/s recorded, from %+.3f s to %+.3f s: speed %.4f, "
             "skipped %d, repeated %d, widest gap %.0f ms, label off <= %.0f ms\n",
-            pictures.size(), 1000 / periodMs, sinceCard(first.stampUs), sinceCard(last.stampUs),
-            double(last.stampUs - first.stampUs) / double(last.wallUs - first.wallUs), skips,
-            repeats, widestMs, labelMs);
+            pictures.size(), 1000 / figures.periodMs, sinceCard(pictures.front().stampUs),
+            sinceCard(pictures.back().stampUs), figures.speed, figures.skipped, figures.repeated,
+            figures.widestMs, figures.labelMs);
         reportSound(pictures, sound);
     }
 
     double sinceCard(int64_t us) const { return double(us - m_cardStartSec * 1'000'000) / 1e6; }
 
     void reportSound(const std::vector<ShownPicture>& pictures, const HeardSound& sound) {
-        std::vector<double> offsMs;
-        for (const int64_t beepUs : sound.beepsUs) {
-            const auto after =
-                std::upper_bound(pictures.begin(), pictures.end(), beepUs,
-                                 [](int64_t us, const auto& one) { return us < one.wallUs; });
-            if (after == pictures.begin())
-                continue;
-            const ShownPicture& shown = *std::prev(after);
-            // Above zero the sound is late.
-            const double mediaSec = double(shown.stampUs + beepUs - shown.wallUs) / 1e6;
-            offsMs.push_back((mediaSec - std::round(mediaSec)) * 1e3);
-        }
+        const std::vector<double> offsMs = lipSyncMs(pictures, sound);
         if (offsMs.empty())
             return void(std::printf("  no sound\n"));
         const auto [least, most] = std::minmax_element(offsMs.begin(), offsMs.end());

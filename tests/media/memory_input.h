@@ -6,10 +6,14 @@
 
 namespace orvelle::test {
 
-/// A live input that serves what the test gives it.
+/// An input that serves what the test gives it, as a live one or as a recording.
 class MemoryInput : public KvTUTKInput {
 public:
     using Packet = KvBasePlayerInputPacket;
+
+    /// Before the decoder is started.
+    void beRecording() { m_isLive = false; }
+    bool isLive() override { return m_isLive; }
 
     /// Offers the packet to the tap, then queues it.
     void giveVideo(const EncodedPicture& picture, int codec, double timeSec) {
@@ -60,6 +64,7 @@ private:
     }
 
     Queue m_video, m_audio;
+    bool m_isLive = true;
     std::atomic<bool> m_isRunning{true};
     std::atomic<bool> m_isVideoDone{false};
 };

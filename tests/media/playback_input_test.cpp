@@ -41,6 +41,7 @@ struct PlaybackCamera : test::DeviceCamera {
     QByteArray stopAnswer = words({kStop, 0});
     std::atomic<int> starts{0}, stops{0};
     QByteArray startRequest, stopRequest;  ///< the last ones; read after the counts
+    std::atomic<uint> roomFrames{0};       ///< granted on kChannel
 
     // Stopped while the commands can still be handled.
     ~PlaybackCamera() override { stop(); }
@@ -61,6 +62,8 @@ private:
     void handle(uint32_t type, const QByteArray& payload) {
         if (type == IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ && !timeBase.isEmpty())
             answer(IOTYPE_USER_IPCAM_GET_TIMEZONE_RESP, timeBase);
+        if (type == IOTYPE_USER_IPCAM_RECORD_ROOM && payload.startsWith(words({kChannel})))
+            roomFrames = qFromLittleEndian<quint32>(payload.constData() + 4);
         if (type != IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL)
             return;
         const bool isStart = payload[4] == char(kStart);
@@ -140,13 +143,14 @@ private slots:
         } rows[] = {
             {0.0, "p0=0 p40=40 p2040=2040 p2107=2107", "0=0 2107=2107"},
             // From the key picture to the moment asked for.
-            {20.0, "p18000=-2000 p19933=-67 p20000=0 s19990=[-10] s20010= p20067=67[10]", "0=0 67=67"},
+            {20.0, "p18000=-2000 p19933=-67 p20000=0 s19990=[-10] s20010= p20067=67[10]",
+             "0=0 67=67"},
             // Stamps of a clock of its own; the first picture counts as the moment asked for.
             {20.0, "p900000=0 s900010= p900067=67[10] p960000=134", "134=134"},
             {{}, "p5000=0 p5500=500 p4000=567 p4000=633 p4100=733", "733=733"},
             // A gap in the recording is left out; the moment is behind it then.
-            {0.0, "p0=0 s1500= p1000=1000 p31000=1067[1500] s31010= p31067=1133[1077]",
-             "0=0 1000=1000 1067=31000 1133=31067"},
+            {0.0, "p0=0 s1500= p1000=1000 p31000=1067[1500] s31010= p31067=1134[1077]",
+             "0=0 1000=1000 1067=31000 1134=31067"},
             // Sound waits for its pictures, but not for ever.
             {0.0, "s0= s64= p0=0[0] p67=67[64] s70= s200= p133=133[70] p200=200[200]", ""},
             {0.0, "p0=0 s500= s600= p2000=2000[500,600]", ""},
@@ -277,13 +281,13 @@ private slots:
         for (uint32_t i = 0; i < 5; ++i)
             QVERIFY(
                 rig.camera.send(kAlaw, false, 5000 + i, std::vector<uint8_t>(160, 1), kChannel));
-        for (const uint32_t stampMs : {4500, 5000, 4000, 90000})
-            QVERIFY(rig.camera.picture(stampMs, stampMs == 4500));
-        QCOMPARE(rig.takeTimes(4), (QVector<double>{-0.5, 0.0, 1 / 15.0, 2 / 15.0}));
+        QVERIFY(rig.camera.picture(4500) && rig.camera.picture(5000, false));
         Packet* sound = nullptr;
         QVERIFY(QTest::qWaitFor([&] { return rig.input.readAudioPacket(&sound) == 0; }));
         QCOMPARE(sound->time(), 0.0);
         rig.input.releaseAudioPacket(sound);
+        QVERIFY(rig.camera.picture(4000, false) && rig.camera.picture(90000, false));
+        QCOMPARE(rig.takeTimes(4), (QVector<double>{-0.5, 0.0, 1 / 15.0, 2 / 15.0}));
         rig.input.close();
         QCOMPARE(tapped, (std::vector<double>{4.5, 5.0, 4.0, 90.0}));
         QTRY_COMPARE(rig.camera.stops, 1);
@@ -314,14 +318,17 @@ private slots:
 
     void refusal_isToldOnce() {
         for (const QByteArray& answer :
-             {words({kStart, uint32_t(-1)}), words({kStart, 0x80000000u}), words({kStart}),
-              words({kStart, 0}), words({kStart, 32}), words({kStart, 256 + kChannel})}) {
+             {words({kStart, uint32_t(-1)}), words({kStart, uint32_t(-2)}),
+              words({kStart, 0x80000000u}), words({kStart}), words({kStart, 0}),
+              words({kStart, 32}), words({kStart, 256 + kChannel})}) {
             Rig rig;
             rig.camera.timeBase = words({12});  // cut short: counts as UTC
             rig.camera.startAnswer = answer;
             QVERIFY(rig.open() && rig.ends());
             QCOMPARE(std::pair(rig.unusable.load(), rig.lost.load()), std::pair(1, 0));
-            QVERIFY(rig.input.endReason() == PlaybackEnd::kRefused);
+            const bool isMissing = answer == words({kStart, uint32_t(-2)});
+            QVERIFY(rig.input.endReason() ==
+                    (isMissing ? PlaybackEnd::kMissing : PlaybackEnd::kRefused));
             QTRY_COMPARE(rig.camera.stops, 1);
             QVERIFY(!rig.camera.isChannelOpen(kChannel) && rig.camera.device.isOnline());
         }
@@ -412,6 +419,41 @@ private slots:
         QVERIFY(rig.takeTimes(5).last() == 0.004);
         QTRY_COMPARE(received(), kMax + 5);
         QCOMPARE(rig.input.stats().videoFramesDropped.load(), 0u);
+    }
+
+    void camera_isToldTheRoom_asPicturesAreTaken() {
+        constexpr uint32_t kRoom = KvTUTKPlaybackInput::kRoomFrames;
+        Rig rig;
+        QVERIFY(rig.open() && rig.isPlaying());
+        QTRY_COMPARE(rig.camera.roomFrames, kRoom);
+        for (uint32_t i = 0; i < 200; ++i)
+            QVERIFY(rig.camera.picture(i * 40));
+        QCOMPARE(rig.takeTimes(191).size(), 191);
+        QCOMPARE(rig.camera.roomFrames, kRoom);
+        QCOMPARE(rig.takeTimes(1).size(), 1);
+        QTRY_COMPARE(rig.camera.roomFrames, kRoom + 192);
+    }
+
+    void dryReader_waitsForAWhileOfTheRecording() {
+        Rig rig;
+        QVERIFY(rig.open() && rig.isPlaying());
+        QVERIFY(rig.camera.picture(0) && rig.takeTimes(1).size() == 1);
+        Packet* packet = nullptr;
+        // Until a second and a half waits; then until the end.
+        for (const bool isEnd : {false, true}) {
+            rig.input.holdBack();
+            const uint32_t fromMs = isEnd ? 1540 : 40, toMs = isEnd ? 1800 : 1500;
+            for (uint32_t ms = fromMs; ms < toMs; ms += 40)
+                QVERIFY(rig.camera.picture(ms));
+            const uint64_t sent = isEnd ? 46 : 38;
+            QTRY_COMPARE(rig.input.stats().videoFramesReceived.load(), sent);
+            QCOMPARE(rig.input.readVideoPacket(&packet), -1);
+            if (isEnd)
+                rig.camera.say(kEnd);
+            else
+                QVERIFY(rig.camera.picture(1500));
+            QCOMPARE(rig.takeTimes(100).size(), isEnd ? 7 : 38);
+        }
     }
 
     void player_showsAll_thenTellsTheEnd() {

@@ -234,6 +234,31 @@ private slots:
         QCOMPARE(rig.decoder.stats().audioFramesDropped.load(), uint64_t{100} - sound.size());
     }
 
+    void recording_losesNoSound_andShowsWhatWasAskedFor() {
+        Rig rig;
+        rig.decoder.stop();
+        rig.input.beRecording();
+        rig.decoder.setSoundWanted(false);  // it may be wanted again before what is read ahead ends
+        QCOMPARE(rig.decoder.start(), 0);
+        rig.given = -4;
+        rig.give(encodeClip({}));
+        for (int i = -50; i < 100; ++i)
+            rig.input.giveSound(std::vector<uint8_t>(160, 0x42), AV_CODEC_ID_PCM_ALAW, i * 0.02);
+        rig.input.end();
+        for (int i = 0; i < 6; ++i) {
+            const Frame picture = rig.next();
+            QVERIFY(picture && picture->time() == i && isPicture(picture, i + 4));
+        }
+        // Nobody has taken sound so far, which the end does not cost either.
+        for (int i = 0; i < 100; ++i) {
+            KvBasePlayerDecoderFrame* sound = nullptr;
+            QVERIFY(rig.decoder.waitForAudioFrame(rig.reader, 20'000));
+            QCOMPARE(rig.decoder.readAudioFrame(&sound), 0);
+            QCOMPARE(Frame(sound)->time(), i * 0.02);
+        }
+        QVERIFY(!rig.decoder.waitForAudioFrame(rig.reader, 20'000));
+    }
+
     void sound_isSpared_whenNobodyListens() {
         Rig rig;
         rig.decoder.setSoundWanted(false);

@@ -196,6 +196,57 @@ private slots:
         QCOMPARE(view.played.size(), 3);
     }
 
+    void playing_runsOnIntoTheNextFile() {
+        // A camera that runs on, to the end of the fourth file; one that ended the third where the
+        // fourth begins; one that ended within the third.
+        for (const auto& [endedAt, played, second] :
+             {std::tuple(119.9, 5, 0), {61.2, 4, 1}, {59.9, 4, 0}}) {
+            View view;
+            view.openCard(9);
+            view.clock += 1000;
+            emit view.ui()->timeLine()->selectedTime(int(View::first()) + 3 * 60);
+            view.tell(KvBasePlayerFirstFrame);
+            for (double seconds = 0.9; seconds <= endedAt; seconds += 1.0) {
+                view.handlePlayerEvent(KvBasePlayerProgress, seconds);
+                view.settle();
+            }
+            view.handlePlayerEvent(KvBasePlayerProgress, endedAt);
+            view.tell(KvBasePlayerVideoEnded);
+            QCOMPARE(view.played.last(), qint64(View::first()) + played * 60 + second);
+        }
+    }
+
+    void missingFiles_areSkipped_andToldOnce() {
+        View view;
+        view.openCard(9);
+        view.clock += 1000;
+        emit view.ui()->timeLine()->selectedTime(int(View::first()) + 5 * 60);
+        view.end = orvelle::PlaybackEnd::kMissing;
+        const QString text = orvelle::text("the_recording_could_not_be_played");
+        view.tell(KvBasePlayerOpenFailed);
+        QVERIFY(view.texts().contains(text));
+        view.tell(KvBasePlayerOpenFailed);
+        QCOMPARE(view.lastPlayed(), 7);
+        view.tell(KvBasePlayerFirstFrame);
+        QVERIFY(view.ui()->timeLine()->isPlayChecked());
+        view.clock += 1000;
+        view.click("next_recording");
+        view.tell(KvBasePlayerOpenFailed);  // the last one
+        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
+    }
+
+    void slowPath_showsLoading_untilItGoesOn() {
+        View view;
+        view.openCard(9);
+        view.tell(KvBasePlayerFirstFrame);
+        view.handlePlayerEvent(KvBasePlayerWaiting, 1.0);
+        view.settle();
+        QTRY_VERIFY(view.ui()->isLoadingShown());
+        view.handlePlayerEvent(KvBasePlayerWaiting, 0.0);
+        view.settle();
+        QVERIFY(!view.ui()->isLoadingShown() && view.ui()->timeLine()->isPlayChecked());
+    }
+
     void present_isRefreshedQuietly() {
         View view;
         view.openCard(9);

@@ -53,8 +53,20 @@ void Playback::grant(const RoomGrant& room) {
     m_changed.notify_all();
 }
 
+QString Playback::openFirst() {
+    QString error = m_reader.open(m_recording.path);
+    // What was begun just now has nothing to show yet.
+    for (int waits = 0; !error.isEmpty() && m_recording.isUnfinished && waits < kGrowthWaits;
+         ++waits) {
+        if (!pause(kGrowthWaitMs))
+            return error;
+        error = m_reader.open(m_recording.path);
+    }
+    return error;
+}
+
 void Playback::run() {
-    const QString error = m_reader.open(m_recording.path);
+    const QString error = openFirst();
     if (!error.isEmpty()) {
         qCWarning(lcCamera, "playback: %s", qPrintable(error));
         say(PlayCommand::kStart, kNoRecording);

@@ -45,6 +45,7 @@ public:
     void stop() override;
 
 private:
+    QString openFirst();
     bool waitForLogin();
     bool sendAll();
     bool sendRecording();

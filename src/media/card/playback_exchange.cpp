@@ -11,6 +11,13 @@
 
 namespace orvelle {
 
+namespace {
+
+/// The result of a start that the camera has no recording for.
+constexpr int32_t kNoRecording = -2;
+
+}  // namespace
+
 void PlaybackExchange::restart(uint32_t answerType, std::optional<int32_t> baseMinute) {
     const std::lock_guard<std::mutex> lock(m_mutex);
     m_answerType = answerType;
@@ -89,6 +96,8 @@ PlaybackExchange::News PlaybackExchange::acceptControl(uint32_t command, int32_t
                 return News::kNone;
             m_channel = std::max(result, -1);
             noteAnswer();
+            if (result == kNoRecording)
+                return News::kMissing;
             return m_channel < 0 ? News::kRefused : News::kNone;
         case SMsgAVIoctrlPlayRecord::kStop:
             if (m_request == Request::kStop)

@@ -19,7 +19,7 @@ namespace orvelle {
 class PlaybackExchange {
 public:
     enum class Request { kNone, kTimeBase, kStart, kStop };
-    enum class News { kNone, kRefused, kEnded };
+    enum class News { kNone, kRefused, kMissing, kEnded };
 
     /// Forgets all that was said but, where it is known already, the camera's clock. The camera will
     /// answer with messages of this type.
@@ -28,7 +28,8 @@ public:
     void expect(Request request);
     /// True once it is answered; false after `timeoutMs`, or at once when abandoned.
     bool wait(int timeoutMs);
-    /// kRefused: the camera does not play; kEnded: it came to the end, or stopped by itself.
+    /// kRefused: the camera does not play; kMissing: not this recording; kEnded: it came to the
+    /// end, or stopped by itself.
     News accept(const KvTUTKResponse& response);
 
     /// Ends all waits, now and from now on.

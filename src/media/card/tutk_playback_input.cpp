@@ -71,7 +71,10 @@ int KvTUTKPlaybackInput::open() {
 }
 
 void KvTUTKPlaybackInput::requestStop() {
-    m_exchange.abandon();
+    {
+        const std::lock_guard<std::mutex> lock(m_eventMutex);
+        m_exchange.abandon();
+    }
     if (!m_openThread)
         return;
     m_openThread->stop();
@@ -181,6 +184,9 @@ void KvTUTKPlaybackInput::onResponse(void* input, KvTUTKResponse* response) {
 void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
     qDebug("KvTUTKPlaybackInput::onResponseCallback began %x", response.type());
     switch (m_exchange.accept(response)) {
+        case PlaybackExchange::News::kMissing:
+            fail(PlaybackEnd::kMissing, kUnusable);
+            break;
         case PlaybackExchange::News::kRefused:
             fail(PlaybackEnd::kRefused, kUnusable);
             break;
@@ -195,6 +201,7 @@ void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
 }
 
 void KvTUTKPlaybackInput::fail(PlaybackEnd reason, Event event) {
+    const std::lock_guard<std::mutex> lock(m_eventMutex);
     if (m_exchange.isAbandoned())
         return;
     PlaybackEnd none = PlaybackEnd::kNone;
@@ -253,6 +260,7 @@ bool KvTUTKPlaybackInput::isDeviceThere() const {
 }
 
 void KvTUTKPlaybackInput::doOpen() {
+    m_former.reset();
     if (!isDeviceThere()) {
         qDebug("KvTUTKPlaybackInput device invalid");
         fail(PlaybackEnd::kLost, kUnusable);

@@ -30,8 +30,8 @@ struct SMsgAVIoctrlPlayRecord;
 /// left unread when a minute of its recording waits. Once the reader has run dry and said so with
 /// holdBack(), it gets nothing until a second of the recording waits.
 ///
-/// A playback that cannot start raises kUnusable, a lost camera kLost, and neither twice; a camera
-/// that does not answer is waited for until close().
+/// A playback that cannot start raises kUnusable, a lost camera kLost, and neither twice, nor after
+/// requestStop(); a camera that does not answer is waited for until close().
 class KvTUTKPlaybackInput : public orvelle::ChannelInput {
     Q_OBJECT
 public:
@@ -74,6 +74,10 @@ public:
         return m_times ? m_times->positionOf(timeSec) : timeSec;
     }
 
+    /// Before open(): a playback of the same device that was asked to stop. It is deleted on the
+    /// open thread, once it has ended, so that its last word to the camera comes before this one's
+    /// first.
+    void setFormer(std::unique_ptr<KvBasePlayerInput> former) { m_former = std::move(former); }
     /// Before open(), once per device: spares asking the camera for its clock again.
     void setBaseMinute(const std::optional<int32_t>& minutes) { m_knownBaseMinute = minutes; }
     /// What the camera told, or nothing yet. Any thread.
@@ -124,6 +128,7 @@ private:
     QDateTime m_openTime;              ///< m_startTime at open()
     std::unique_ptr<orvelle::PlaybackTimes> m_times;
     std::unique_ptr<KvTUTKPlaybackInputThread> m_openThread;
+    std::unique_ptr<KvBasePlayerInput> m_former;  ///< owner until open(), then open thread
 
     QDateTime m_startTime;  ///< owner, as the one below
     QDateTime m_recordingStart;
@@ -131,6 +136,8 @@ private:
 
     std::unique_ptr<KvTUTKPlaybackInputThread> m_videoThread;  ///< open thread, as below
     std::unique_ptr<KvTUTKPlaybackInputThread> m_audioThread;
+
+    std::mutex m_eventMutex;  ///< held while an event is raised, and to stop
 
     std::mutex m_roomMutex;     ///< guards the four below; not held while anything is sent
     uint64_t m_takenBytes = 0;  ///< since the client was started, as the rest

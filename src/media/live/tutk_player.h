@@ -2,6 +2,7 @@
 
 #include <QDateTime>
 
+#include <memory>
 #include <optional>
 
 #include "media/player/view_player.h"
@@ -37,6 +38,9 @@ public:
     /// Nothing is skipped between pause() and resume(): the decoder waits with what it has, and
     /// the input collects what the camera still sends.
     void pause() override;
+    /// Waits for the player's own threads only: the one that takes the playback down ends by
+    /// itself, before the next playback begins or another device is set.
+    void stop() override;
     /// The moment of the picture shown last, in seconds from the start time.
     double outputTime() override;
 
@@ -47,6 +51,7 @@ private:
     KvTUTKDevice* m_device = nullptr;
     QDateTime m_startTime;
     QDateTime m_recordingStart;
-    std::optional<int32_t> m_baseMinute;             ///< of the device's clock, once told
-    KvTUTKPlaybackInput* m_playbackInput = nullptr;  ///< the base's input stage, or null
+    std::optional<int32_t> m_baseMinute;               ///< of the device's clock, once told
+    KvTUTKPlaybackInput* m_playbackInput = nullptr;    ///< the base's input stage, or null
+    std::unique_ptr<KvBasePlayerInput> m_formerInput;  ///< ends by itself
 };

@@ -19,6 +19,10 @@ void KvBasePlayer::followSound() {
         m_input->setSoundWanted(m_recorder || isSoundHeard());
 }
 
+std::unique_ptr<KvBasePlayerInput> KvBasePlayer::takeInput() {
+    return std::move(m_input);
+}
+
 int KvBasePlayer::start() {
     followSound();
     if (m_input)

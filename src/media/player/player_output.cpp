@@ -30,6 +30,8 @@ constexpr double kLongestStepSec = 2.0;
 constexpr int64_t kSoundAheadUs = 200'000;
 /// Between two looks at a clock that may be set.
 constexpr int kClockLookMs = 20;
+/// After which a clock that stands when all was received is left alone.
+constexpr int kMaxClockLooks = 25;
 
 int64_t durationUs(const AVFrame& sound) {
     return sound.sample_rate > 0 ? int64_t{sound.nb_samples} * 1'000'000 / sound.sample_rate : 0;
@@ -50,6 +52,7 @@ KvPlayerOutput::~KvPlayerOutput() {
 
 int KvPlayerOutput::start() {
     KvPlayerOutput::stop();
+    m_clock.stall();
     m_videoThread = std::make_unique<KvPlayerOutputVideoThread>(*this);
     m_audioThread = std::make_unique<KvPlayerOutputAudioThread>(*this);
     m_videoThread->start();
@@ -110,7 +113,7 @@ void KvPlayerOutput::doShowVideo(KvThread& thread) {
     // A stop also ends the stages before this one, which is not the end of the stream.
     if (thread.isStopped())
         notify(kStopped);
-    else if (m_hasShown)
+    else if (m_hasShown || isRecording())
         notify(kPicturesEnded);
     qDebug("Display video Ended");
 }
@@ -135,7 +138,6 @@ void KvPlayerOutput::showLive(KvThread& thread) {
 }
 
 void KvPlayerOutput::showRecording(KvThread& thread) {
-    m_clock.stall();
     m_isDry = false;
     m_stepSec = kLongestStepSec;
     while (!thread.isStopped()) {
@@ -152,7 +154,8 @@ void KvPlayerOutput::showRecording(KvThread& thread) {
 void KvPlayerOutput::waitForRecording(KvThread& thread) {
     const auto next = m_clock.soundAt(m_videoTime + m_stepSec);
     const int64_t untilDryUs = next ? *next - av_gettime_relative() + kDryMs * 1000 : 0;
-    if (m_isDry || m_shownCount == 0 || !next) {
+    // What has ended has no picture that could be late; its sound may go on for a while.
+    if (m_isDry || m_shownCount == 0 || !next || !decoder()->input()->isRunning()) {
         decoder()->waitForVideoFrame(thread, kWaitMs);
     } else if (untilDryUs > 0) {
         decoder()->waitForVideoFrame(thread, static_cast<int>(untilDryUs / 1000) + 1);
@@ -224,7 +227,10 @@ bool KvPlayerOutput::waitForTurn(double seconds, KvThread& thread) {
         const int64_t waitUs = dueUs ? *dueUs - kSoundAheadUs - av_gettime_relative() : 0;
         if (dueUs && waitUs <= 0)
             return true;
-        if (!dueUs && KvThread::isThreadStopped(m_videoThread.get()))
+        // No picture will set it any more.
+        const bool isOver = !dueUs && !decoder()->input()->isRunning();
+        m_standingLooks = isOver ? m_standingLooks + 1 : 0;
+        if (m_standingLooks > kMaxClockLooks)
             return false;
         const int waitMs = static_cast<int>(std::clamp<int64_t>(waitUs / 1000, 1, kClockLookMs));
         thread.sleepUnlessStopped(dueUs ? waitMs : kClockLookMs);
@@ -234,6 +240,7 @@ bool KvPlayerOutput::waitForTurn(double seconds, KvThread& thread) {
 
 void KvPlayerOutput::doPlayAudio(KvThread& thread) {
     orvelle::SoundSchedule schedule;
+    m_standingLooks = 0;
     const bool isInStep = isRecording();
     while (!thread.isStopped()) {
         KvBasePlayerDecoderFrame* frame = nullptr;

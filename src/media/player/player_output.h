@@ -72,4 +72,5 @@ private:
     bool m_hasShown = false;    ///< ever: the end may come while the output is paused
     double m_stepSec = 0.0;     ///< between the last two pictures of a recording
     bool m_isDry = false;       ///< the recording has none when one is due
+    int m_standingLooks = 0;    ///< sound thread: at a clock that stands for good
 };

@@ -6,11 +6,14 @@ namespace orvelle {
 
 void CardPlaying::begin(int from) {
     m_from = from;
+    m_position = from;
     m_interrupted.reset();
     m_state = State::kOpening;
 }
 
 void CardPlaying::setPaused(bool paused) {
+    // The player finds out anew when it goes on.
+    m_dry = false;
     if (isOpening())
         m_state = paused ? State::kOpeningToPause : State::kOpening;
     else if (isOpen())
@@ -21,6 +24,7 @@ void CardPlaying::stop() {
     m_firstPicture = false;
     m_ended = false;
     m_openFailed = false;
+    m_dry = false;
     m_state = State::kStopped;
 }
 
@@ -44,6 +48,8 @@ std::atomic<bool>& CardPlaying::flagOf(News news) {
             return m_firstPicture;
         case News::kEnded:
             return m_ended;
+        case News::kDry:
+            return m_dry;
         case News::kOpenFailed:
             break;
     }

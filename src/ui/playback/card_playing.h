@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QDateTime>
+#include <QtMath>
 
 #include <atomic>
 #include <optional>
@@ -23,7 +24,12 @@ public:
         kPaused,
     };
     /// What the player's threads tell; kept until it is taken.
-    enum class News { kFirstPicture, kEnded, kOpenFailed };
+    enum class News {
+        kFirstPicture,
+        kEnded,
+        kOpenFailed,
+        kDry,  ///< the camera does not send fast enough; until it does
+    };
 
     State state() const { return m_state; }
     bool isOpen() const { return m_state != State::kStopped; }
@@ -47,12 +53,21 @@ public:
     std::optional<int> takeInterrupted();
     void forgetInterrupted() { m_interrupted.reset(); }
     /// A picture is shown that is `seconds` behind the beginning: its moment.
-    int follow(double seconds) { return m_moment = m_from + qRound(seconds); }
+    int follow(double seconds) {
+        m_position = m_from + qFloor(seconds);
+        return m_moment = m_from + qRound(seconds);
+    }
     /// Seconds since 1970 of the picture on the screen.
     int moment() const { return m_moment; }
+    /// The same, of the last whole second that was reached.
+    int position() const { return m_position; }
+    /// Where it began.
+    int from() const { return m_from; }
+    /// Whether it waits for more to show.
+    bool isDry() const { return m_state == State::kPlaying && m_dry; }
 
     /// Any thread.
-    void tell(News news) { flagOf(news) = true; }
+    void tell(News news, bool isSo = true) { flagOf(news) = isSo; }
     /// Whether it was told, once. A signal about it that is still on its way from the recording
     /// before finds nothing.
     bool take(News news) { return flagOf(news).exchange(false); }
@@ -64,11 +79,13 @@ private:
     State m_state = State::kStopped;
     int m_from = 0;
     int m_moment = 0;
+    int m_position = 0;
     std::optional<int> m_interrupted;
 
     std::atomic<bool> m_firstPicture{false};
     std::atomic<bool> m_ended{false};
     std::atomic<bool> m_openFailed{false};
+    std::atomic<bool> m_dry{false};
 };
 
 }  // namespace orvelle

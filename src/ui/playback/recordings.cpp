@@ -367,6 +367,15 @@ int Recordings::current() const {
     return static_cast<int>(found - m_all.cbegin());
 }
 
+void Recordings::follow(qint64 time) {
+    const bool isCurrent = m_currentStart >= 0 && time >= m_currentStart &&
+                           time < qint64(m_currentStart) + kFileSeconds;
+    if (isCurrent)
+        return;
+    if (const int index = indexAt(time); index >= 0)
+        select(index);
+}
+
 const KvTimeLineMark& Recordings::select(int index) {
     m_currentStart = m_all.at(index).start;
     return m_all.at(index);

@@ -114,6 +114,8 @@ public:
     /// The recording that plays or played last, or -1; it keeps its place when lists come.
     int current() const;
     const KvTimeLineMark& select(int index);
+    /// What plays has reached this moment; the recording that holds it, if any, is the current one.
+    void follow(qint64 time);
     /// Seconds since 1970; 0 without one.
     qint64 currentStart() const { return m_currentStart < 0 ? 0 : m_currentStart; }
     qint64 currentEnd() const;

@@ -48,6 +48,10 @@ constexpr int kSmallScreenHeight = 700;
 constexpr int kClockMs = 1000;
 constexpr int kCoverDelayMs = 500;
 constexpr int kFutureSeconds = 3600;
+/// By which what can be played is behind what is recorded.
+constexpr int kRecordingLagSec = 3;
+/// A recording ends with the key picture that the next one begins with.
+constexpr int kLongestOverlapSec = 12;
 constexpr int kToastBottom = 120;  // above the bar with the timeline
 
 int secondsNow() {
@@ -192,7 +196,14 @@ void KvSDCardPlaybackView::awaitAnswer() {
 }
 
 bool KvSDCardPlaybackView::isAwaitingAnswer() const {
-    return m_playing.isOpening() || m_list.isAwaited();
+    return m_playing.isOpening() || m_playing.isDry() || m_list.isAwaited();
+}
+
+void KvSDCardPlaybackView::followDryness() {
+    if (m_playing.isDry())
+        awaitAnswer();
+    else
+        updateCover();
 }
 
 /// A picture that is on the screen is held for a moment before the sign covers it.
@@ -400,6 +411,7 @@ void KvSDCardPlaybackView::showMarks() {
 
 int KvSDCardPlaybackView::startPlayer(const QDateTime& start) {
     m_player->setStartTime(start);
+    m_player->setRecordingStart(QDateTime::fromSecsSinceEpoch(m_list.recordings().currentStart()));
     return m_player->play();
 }
 
@@ -431,7 +443,11 @@ bool KvSDCardPlaybackView::isTimeLineTaken() const {
 void KvSDCardPlaybackView::playFile(int index, int from) {
     stopPlayer();
     const KvTimeLineMark mark = m_list.recordings().select(index);
-    const int start = mark.contains(from) ? from : mark.start;
+    const int wanted = mark.contains(from) ? from : mark.start;
+    // What is being recorded now has been, up to a moment ago.
+    const bool isPresent = mark.contains(secondsNow());
+    const int start =
+        isPresent ? qMax(mark.start, qMin(wanted, secondsNow() - kRecordingLagSec)) : wanted;
     m_ui->showNotice({});
     if (!isTimeLineTaken())
         m_ui->setMoment(start);
@@ -458,6 +474,7 @@ void KvSDCardPlaybackView::_doHideLoadingView() {
         return;
     m_playing.shown();
     m_hasPicture = true;
+    m_isSkipping = false;
     if (m_playing.isPaused())
         m_player->pause();
     updateCover();
@@ -468,6 +485,7 @@ void KvSDCardPlaybackView::_doUpdateTimeLineView(double seconds) {
     if (!m_playing.isOpen() || m_playing.isOpening())
         return;
     const int moment = m_playing.follow(seconds);
+    m_list.recordings().follow(m_playing.position());
     if (!isTimeLineTaken() && moment != m_ui->timeLine()->value())
         m_ui->setMoment(moment);
 }
@@ -476,17 +494,39 @@ void KvSDCardPlaybackView::_doPlayNext() {
     // The end that meets a pause waits for the user to go on.
     if (m_playing.isPaused() || !m_playing.take(News::kEnded))
         return;
-    const int next = m_list.recordings().next();
+    const int next = indexAfterEnd();
     if (next >= 0) {
-        playFile(next);
+        playFile(next, m_playing.position());
         return;
     }
     stopPlayer();
     lookFor(Wish::kNewer, m_list.recordings().currentEnd());
 }
 
+/// A camera runs on into the recording that follows, or it ended with the first one, which may have
+/// gone on for a while into the minute after it; that is played from there then.
+int KvSDCardPlaybackView::indexAfterEnd() const {
+    const orvelle::Recordings& recordings = m_list.recordings();
+    const int current = recordings.current();
+    const bool isBarelyBegun =
+        current >= 0 && m_playing.from() < recordings.currentStart() &&
+        m_playing.position() < recordings.currentStart() + kLongestOverlapSec;
+    return isBarelyBegun ? current : recordings.next();
+}
+
+/// Of several in a row it is told once.
+bool KvSDCardPlaybackView::skipsMissing() {
+    const int next = m_list.recordings().next();
+    if (playbackEnd() != orvelle::PlaybackEnd::kMissing || next < 0)
+        return false;
+    if (!std::exchange(m_isSkipping, true))
+        m_toast.show(this, orvelle::text("the_recording_could_not_be_played"));
+    playFile(next);
+    return true;
+}
+
 void KvSDCardPlaybackView::_doPlayFailed() {
-    if (!m_playing.take(News::kOpenFailed) || !m_device)
+    if (!m_playing.take(News::kOpenFailed) || !m_device || skipsMissing())
         return;
     const bool isLost = playbackEnd() == orvelle::PlaybackEnd::kLost;
     // What has not even begun is not tried again and again.
@@ -841,6 +881,10 @@ void KvSDCardPlaybackView::handlePlayerEvent(int32_t event, double seconds) {
             qDebug("play ended do play next");
             m_playing.tell(News::kEnded);
             emit playNextSignal();
+            break;
+        case KvBasePlayerWaiting:
+            m_playing.tell(News::kDry, seconds > 0.0);
+            post([this] { followDryness(); });
             break;
         default:
             break;

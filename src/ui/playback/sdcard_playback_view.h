@@ -147,6 +147,9 @@ private:
     void failWith(const QString& reason);
     void awaitAnswer();
     bool isAwaitingAnswer() const;
+    void followDryness();
+    int indexAfterEnd() const;
+    bool skipsMissing();
     void updateCover();
     void applyVolume();
     void setFullscreen(bool fullscreen);
@@ -162,6 +165,7 @@ private:
     bool m_wasLost = false;     ///< what played, with the connection
     bool m_hasPicture = false;  ///< one of this camera's is on the screen
     bool m_isPassingKey = false;
+    bool m_isSkipping = false;  ///< recordings that cannot be played, which was told
     QTimer m_clockTimer;
     QTimer m_coverTimer;   ///< runs while a picture is held without a cover
     QTimer m_answerTimer;  ///< runs while something is awaited from the camera

@@ -18,6 +18,7 @@ constexpr int kDefaultValue = 960;
 constexpr int kMaxStepsPerMajor = 1000;
 constexpr int kZoomHoldMs = 3000;
 constexpr int kWheelNotch = 120;
+constexpr int kClickPixels = 1;  // a hand moves the mouse as it presses
 
 constexpr QColor kGround(53, 35, 45);
 constexpr QColor kTicks(171, 171, 171, 180);
@@ -144,6 +145,7 @@ void KvTimeLineView::mousePressEvent(QMouseEvent* event) {
         return;
     }
     m_dragging = true;
+    m_isClick = true;
     rebaseDrag();
     setCursor(Qt::ClosedHandCursor);
     update();
@@ -151,6 +153,8 @@ void KvTimeLineView::mousePressEvent(QMouseEvent* event) {
 
 void KvTimeLineView::mouseMoveEvent(QMouseEvent* event) {
     m_mouseX = qRound(event->localPos().x());
+    if (m_dragging && qAbs(m_mouseX - m_xAtPress) > kClickPixels)
+        m_isClick = false;
     if (m_isMarking)
         markUpTo(m_mouseX);
     else if (m_dragging)
@@ -175,6 +179,9 @@ void KvTimeLineView::mouseReleaseEvent(QMouseEvent*) {
     m_dragging = false;
     m_zoomHold.stop();
     setCursor(Qt::OpenHandCursor);
+    // The moment that the line and the label under the mouse have promised.
+    if (m_isClick)
+        moveTo(m_valueAtPress + m_scale.secondsOf(m_xAtPress - width() / 2));
     update();
     emit valueChangeEnded(value());
 }

@@ -7,7 +7,8 @@
 
 #include "ui/playback/time_line_rules.h"
 
-/// A band of time with the recordings on it, dragged under a fixed line in its middle. The arrow
+/// A band of time with the recordings on it, dragged under a fixed line in its middle; a click
+/// brings the moment under the mouse there. The arrow
 /// keys step by a tick, with Ctrl or Shift by a major one; Home and End go to the first and last
 /// mark. Shift and the mouse mark a span of time. Setters repaint and emit nothing. Interface
 /// thread.
@@ -103,7 +104,8 @@ private:
     bool m_isMarking = false;
     int m_markedFrom = 0;  ///< where marking began
     bool m_dragging = false;
-    int m_heldKey = 0;  ///< the key that moves it, 0 for none
+    int m_heldKey = 0;       ///< the key that moves it, 0 for none
+    bool m_isClick = false;  ///< the drag has gone nowhere so far
     int m_valueAtPress = 0;
     int m_xAtPress = 0;
     int m_mouseX = -1;  ///< -1 while the mouse is elsewhere
