@@ -24,10 +24,11 @@ struct Section {
     bool isUsual = true;  ///< measured unless others are wanted
 };
 constexpr Section kSections[] = {
-    {"startup", measureStartUp}, {"list", measureList},          {"connect", measureConnecting},
-    {"engine", measureEngine},   {"fullhd", measureFullHd},      {"grid", measureGrid},
-    {"delay", measureDelay},     {"record", measureRecording},   {"playback", measurePlayback},
-    {"latency", measureLatency}, {"storm", measureStorm, false}, {"peers", measurePeers, false},
+    {"startup", measureStartUp},   {"list", measureList},          {"connect", measureConnecting},
+    {"engine", measureEngine},     {"fullhd", measureFullHd},      {"grid", measureGrid},
+    {"delay", measureDelay},       {"record", measureRecording},   {"playback", measurePlayback},
+    {"latency", measureLatency},   {"storm", measureStorm, false}, {"peers", measurePeers, false},
+    {"download", measureDownload},
 };
 
 QStringList sectionNames() {

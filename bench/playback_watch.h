@@ -30,7 +30,7 @@ public:
 
     int showPicture(const AVFrame& picture) override;
     void showNothing() override {}
-    bool snapshot(const QString&, const QDateTime&) override { return false; }
+    bool snapshot(const QString&, const QDateTime& = {}) override { return false; }
     void pictureScale(double*, double*) const override {}
     QImage grabView() override { return {}; }
 

@@ -29,6 +29,8 @@ bool measureDelay(Workbench& bench);
 bool measureRecording(Workbench& bench);
 /// From choosing a moment on the timeline until the recording's first picture is on the screen.
 bool measurePlayback(Workbench& bench);
+/// A download from a card over a path of 4 Mbit/s, against that rate.
+bool measureDownload(Workbench& bench);
 /// The client against sixteen of the field's cheapest player, mpv, on the same clips. Only when
 /// asked for by its name.
 bool measurePeers(Workbench& bench);

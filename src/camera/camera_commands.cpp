@@ -35,6 +35,7 @@ constexpr MessageSize kSizes[] = {
     {IOTYPE_USER_IPCAM_KEEPALIVE, kRequestBytes},
     {IOTYPE_USER_IPCAM_PTZ_COMMAND, kRequestBytes},
     {IOTYPE_CARD_OVERVIEW_REQ, kRequestBytes},
+    {IOTYPE_CARD_DOWNLOAD, kLongRequestBytes},
 };
 
 const MessageSize* sizeOf(uint32_t type) {
@@ -82,6 +83,9 @@ bool CameraCommands::act(int clientId, uint32_t type, const uint8_t* data) {
             return true;
         case IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL:
             m_actions->playRecording(clientId, readPlayRequest(data));
+            return true;
+        case IOTYPE_CARD_DOWNLOAD:
+            m_actions->downloadRecording(clientId, readPlayRequest(data));
             return true;
         case IOTYPE_USER_IPCAM_RECORD_ROOM:
             m_actions->grantRoom(clientId, readRoomGrant(data));

@@ -23,6 +23,8 @@ public:
     virtual CardOverview cardOverview() = 0;
     virtual void listRecordings(int clientId, const ListRequest& request) = 0;
     virtual void playRecording(int clientId, const PlayRequest& request) = 0;
+    /// The same, beside what the client watches.
+    virtual void downloadRecording(int clientId, const PlayRequest& request) = 0;
     virtual void grantRoom(int clientId, const RoomGrant& grant) = 0;
     virtual void formatCard(int clientId) = 0;
 };

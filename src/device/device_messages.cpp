@@ -169,7 +169,7 @@ SMsgAVIoctrlListEventResp_VBK SMsgAVIoctrlListEventResp_VBK::decode(const QByteA
 }
 
 std::optional<CardOverviewReply> CardOverviewReply::decode(const QByteArray& payload) {
-    enum Flag { kMissing = 1, kReadOnly = 2, kFull = 4 };
+    enum Flag { kMissing = 1, kReadOnly = 2, kFull = 4, kCanDownload = 8 };
     constexpr int kMonthsAt = 16;
     constexpr int kMaxYear = 9999;
     const auto flags = numberAt<uint8_t>(payload, 0);
@@ -182,6 +182,7 @@ std::optional<CardOverviewReply> CardOverviewReply::decode(const QByteArray& pay
     reply.isMissing = *flags & kMissing;
     reply.isReadOnly = *flags & kReadOnly;
     reply.isFull = *flags & kFull;
+    reply.canDownload = *flags & kCanDownload;
     reply.oldestSec = numberAt<uint32_t>(payload, 4).value_or(0);
     reply.newestSec = numberAt<uint32_t>(payload, 8).value_or(0);
     for (int i = 0; i < *count; ++i)

@@ -32,4 +32,6 @@ enum IoType : uint32_t {
     // This system's own; a camera that does not know them says nothing.
     IOTYPE_CARD_OVERVIEW_REQ = 0x7000,
     IOTYPE_CARD_OVERVIEW_RESP = 0x7001,
+    IOTYPE_CARD_DOWNLOAD = 0x7002,
+    IOTYPE_CARD_DOWNLOAD_RESP = 0x7003,
 };

@@ -38,6 +38,10 @@ public:
         note(clientId, "play " + QByteArray::number(request.command) + ' ' +
                            QByteArray::number(qlonglong(request.fromSec.value_or(-1))));
     }
+    void downloadRecording(int clientId, const PlayRequest& request) override {
+        note(clientId, "down");
+        playRecording(clientId, request);
+    }
     void grantRoom(int clientId, const RoomGrant& room) override {
         note(clientId, "room " + QByteArray::number(room.channel) + ' ' +
                            QByteArray::number(room.frames) + ' ' +
@@ -103,7 +107,7 @@ private slots:
         row("device type", 0x0680, zeros(8), answer("681", hex("01000000")));
         // Read-only and full; September and October of 2020.
         row("overview", 0x7000, zeros(8),
-            answer("7001", hex("06000000"
+            answer("7001", hex("0e000000"
                                "14105e5f"
                                "80947c5f"
                                "b85e0200"
@@ -121,6 +125,7 @@ private slots:
         row("list from year 0", 0x0660, list("0000010107000000", "e407041e04173b3b"), "7list 0 -1");
         row("list to month 13", 0x0660, list("e407030107000000", "e4070d0104173b3b"), "7list 0 -1");
         row("play", 0x031A, play("10000000", "e407030107010203"), "7play 16 1583024523");
+        row("download", 0x7002, play("10000000", "e407030107010203"), "7down7play 16 1583024523");
         row("play on day 30 of February", 0x031A, play("10000000", "e407021e07010203"),
             "7play 16 -1");
         row("play at hour 24", 0x031A, play("10000000", "e407030107180000"), "7play 16 -1");

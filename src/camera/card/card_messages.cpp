@@ -14,6 +14,7 @@ namespace {
 constexpr size_t kListHeaderBytes = 4;
 constexpr size_t kRunBytes = 8;
 constexpr int kOverviewHeaderBytes = 16;
+constexpr uint32_t kSendsDownloads = 8;
 constexpr size_t kMaxRuns = (kMaxControlBytes - kListHeaderBytes) / kRunBytes;
 
 std::optional<int64_t> readTime(const uint8_t* data, const std::optional<int>& minutesEast) {
@@ -79,8 +80,8 @@ std::vector<uint8_t> listReply(const std::vector<RecordingRun>& runs) {
 
 std::vector<uint8_t> overviewReply(const CardOverview& card,
                                    const std::optional<int>& minutesEast) {
-    const uint32_t flags =
-        (card.isPresent ? 0 : 1) | (card.isWritable ? 0 : 2) | (card.isFull ? 4 : 0);
+    const uint32_t flags = (card.isPresent ? 0 : 1) | (card.isWritable ? 0 : 2) |
+                           (card.isFull ? 4 : 0) | kSendsDownloads;
     const std::vector<int64_t>& days = card.daySec;
     std::vector<uint8_t> payload;
     append32(payload, flags);

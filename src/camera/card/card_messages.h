@@ -54,9 +54,10 @@ std::vector<uint8_t> formatReply(bool isFormatted);
 std::vector<uint8_t> listReply(const std::vector<RecordingRun>& runs);
 std::vector<uint8_t> missingCardReply();
 
-/// flags 0 (1 missing, 2 cannot be written, 4 full), oldest and newest start 4 and 8, first month
-/// 12 (counted from year 0) and number of months 14, of 2 bytes each, then a bit a month from 16
-/// on. Months are those of the camera's clock, as in readListRequest().
+/// flags 0 (1 missing, 2 cannot be written, 4 full, 8 recordings can be downloaded), oldest and
+/// newest start 4 and 8, first month 12 (counted from year 0) and number of months 14, of 2 bytes
+/// each, then a bit a month from 16 on. Months are those of the camera's clock, as in
+/// readListRequest().
 std::vector<uint8_t> overviewReply(const CardOverview& card, const std::optional<int>& minutesEast);
 
 }  // namespace orvelle

@@ -165,7 +165,8 @@ bool Playback::send(const EncodedFrame& frame) {
     info.codecId = frame.codecId;
     info.flags = frame.isKey ? 1 : 0;
     info.timestampMs = static_cast<uint32_t>(frame.timeUs / 1000);
-    const auto& [server, clientId, channel] = m_target;
+    LinkServer* const server = m_target.server;
+    const int clientId = m_target.clientId, channel = m_target.channel;
     for (;;) {
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
@@ -187,7 +188,8 @@ bool Playback::send(const EncodedFrame& frame) {
 
 // The end must not overtake what is still on its way.
 bool Playback::waitUntilTaken() {
-    const auto& [server, clientId, channel] = m_target;
+    LinkServer* const server = m_target.server;
+    const int clientId = m_target.clientId, channel = m_target.channel;
     while (server->waitingBytes(clientId, channel) > 0) {
         if (!pause(kFullWaitMs))
             return false;
@@ -211,8 +213,8 @@ void Playback::say(PlayCommand command, int32_t result) {
     const std::vector<uint8_t> payload = playReply(command, result);
     const std::lock_guard<std::mutex> lock(m_mutex);
     if (!isStopped())
-        m_target.server->sendControl(m_target.clientId, IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP,
-                                     payload.data(), payload.size());
+        m_target.server->sendControl(m_target.clientId, m_target.replyType, payload.data(),
+                                     payload.size());
 }
 
 }  // namespace orvelle

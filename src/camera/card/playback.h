@@ -17,6 +17,7 @@ struct PlaybackTarget {
     LinkServer* server = nullptr;  ///< borrowed
     int clientId = 0;
     int channel = 0;
+    uint32_t replyType = 0;  ///< of the control messages about it
 };
 
 /// Sends what was recorded from one moment on to one client, on a thread of its own: answers the

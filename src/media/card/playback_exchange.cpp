@@ -18,8 +18,9 @@ constexpr int32_t kNoRecording = -2;
 
 }  // namespace
 
-void PlaybackExchange::restart(std::optional<int32_t> baseMinute) {
+void PlaybackExchange::restart(uint32_t answerType, std::optional<int32_t> baseMinute) {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_answerType = answerType;
     m_request = Request::kNone;
     m_isAnswered = false;
     m_hasStopped = false;
@@ -64,6 +65,11 @@ std::optional<int32_t> PlaybackExchange::baseMinute() const {
     return m_baseMinute;
 }
 
+bool PlaybackExchange::isAnswer(uint32_t type) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return type == m_answerType;
+}
+
 PlaybackExchange::News PlaybackExchange::accept(const KvTUTKResponse& response) {
     if (response.type() == IOTYPE_USER_IPCAM_GET_TIMEZONE_RESP) {
         const auto reply = TimeZoneReply::decode(response.data());
@@ -76,7 +82,7 @@ PlaybackExchange::News PlaybackExchange::accept(const KvTUTKResponse& response) 
         }
         return News::kNone;
     }
-    if (response.type() != IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP)
+    if (!isAnswer(response.type()))
         return News::kNone;
     const auto reply = SMsgAVIoctrlPlayRecordResp::decode(response.data());
     if (!reply.command) {

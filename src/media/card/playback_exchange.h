@@ -21,8 +21,9 @@ public:
     enum class Request { kNone, kTimeBase, kStart, kStop };
     enum class News { kNone, kRefused, kEnded };
 
-    /// Forgets all that was said but, where it is known already, the camera's clock.
-    void restart(std::optional<int32_t> baseMinute = {});
+    /// Forgets all that was said but, where it is known already, the camera's clock. The camera will
+    /// answer with messages of this type.
+    void restart(uint32_t answerType, std::optional<int32_t> baseMinute = {});
     /// Before the request is sent.
     void expect(Request request);
     /// True once it is answered; false after `timeoutMs`, or at once when abandoned.
@@ -42,11 +43,13 @@ public:
     std::optional<int32_t> baseMinute() const;
 
 private:
+    bool isAnswer(uint32_t type) const;
     News acceptControl(uint32_t command, int32_t result);
     void noteAnswer();
 
     mutable std::mutex m_mutex;  ///< guards what follows
     std::condition_variable m_answered;
+    uint32_t m_answerType = 0;
     Request m_request = Request::kNone;
     bool m_isAnswered = false;
     bool m_hasStopped = false;

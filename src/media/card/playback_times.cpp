@@ -80,8 +80,10 @@ void PlaybackTimes::clear() {
     m_held.clear();
 }
 
+// Sound overtakes pictures where both come faster than they play.
 bool PlaybackTimes::isStale(const HeldSound& sound) const {
-    return m_timeSec - sound.sinceSec > kLongestHoldSec;
+    return m_timeSec - sound.sinceSec > kLongestHoldSec &&
+           sound.packet->time() - m_stampSec > kLongestLeadSec;
 }
 
 void PlaybackTimes::passUpTo(double stampSec) {

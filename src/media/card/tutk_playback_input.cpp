@@ -54,7 +54,9 @@ int KvTUTKPlaybackInput::open() {
     close();
     clearReport();
     m_endReason = PlaybackEnd::kNone;
-    m_exchange.restart(m_knownBaseMinute);
+    m_exchange.restart(m_purpose == Purpose::kWatch ? IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP
+                                                    : IOTYPE_CARD_DOWNLOAD_RESP,
+                       m_knownBaseMinute);
     m_openTime = m_startTime;
     m_sid = m_device ? m_device->sid() : -1;
     createQueues();
@@ -310,7 +312,9 @@ void KvTUTKPlaybackInput::askStart() {
 
 void KvTUTKPlaybackInput::sendControl(const SMsgAVIoctrlPlayRecord& request) {
     const QByteArray bytes = request.encode();
-    m_device->sendIOCtrl(IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL, bytes.constData(), bytes.size());
+    m_device->sendIOCtrl(
+        m_purpose == Purpose::kWatch ? IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL : IOTYPE_CARD_DOWNLOAD,
+        bytes.constData(), bytes.size());
 }
 
 bool KvTUTKPlaybackInput::startClient() {

@@ -60,6 +60,9 @@ public:
 
     /// Before open(); borrowed, outlives the input.
     void setDevice(KvTUTKDevice* device);
+    enum class Purpose { kWatch, kDownload };
+    /// What the camera is asked for: each has a playback of its own there. Before open().
+    void setPurpose(Purpose purpose) { m_purpose = purpose; }
     /// The instant to play from; takes effect with the next open().
     void setStartTime(const QDateTime& time) { m_startTime = time; }
     /// When the recording that holds that instant starts, which the camera's stamps count from;
@@ -121,6 +124,7 @@ private:
     orvelle::PlaybackEnd refusal() const;
     void fail(orvelle::PlaybackEnd reason, Event event);
 
+    Purpose m_purpose = Purpose::kWatch;
     KvTUTKDevice* m_device = nullptr;  ///< fixed between open() and close(), as the three below
     QDateTime m_openTime;              ///< m_startTime at open()
     std::unique_ptr<orvelle::PlaybackTimes> m_times;

@@ -260,6 +260,20 @@ int Recordings::indexOn(const QDate& day) const {
     return static_cast<int>(first - m_all.cbegin());
 }
 
+QVector<KvTimeLineMark> Recordings::runsWithin(const TimeSpan& span) const {
+    QVector<KvTimeLineMark> runs;
+    for (int i = indexEndingAfter(span.start); i >= 0 && i < m_all.size(); ++i) {
+        const KvTimeLineMark& file = m_all.at(i);
+        if (file.start >= span.end)
+            break;
+        if (!runs.isEmpty() && runs.last().end() == file.start)
+            runs.last().duration += file.duration;
+        else
+            runs.append(file);
+    }
+    return runs;
+}
+
 /// -1 as well when an unknown one may lie between.
 int Recordings::olderThan(qint64 time) const {
     const int index = static_cast<int>(firstFrom(m_all, time) - m_all.cbegin()) - 1;

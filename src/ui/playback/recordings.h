@@ -82,6 +82,10 @@ public:
     /// The first one of a local day, or -1.
     int indexOn(const QDate& day) const;
 
+    /// What was recorded of a stretch of time, each run of minutes that follow each other as one:
+    /// whole recordings, also at both ends.
+    QVector<KvTimeLineMark> runsWithin(const TimeSpan& span) const;
+
     /// What is to be played as soon as enough is known; the newest one, once, at the beginning.
     enum class Wish {
         kNone,

@@ -2,6 +2,7 @@
 
 #include <QCoreApplication>
 #include <QKeyEvent>
+#include <QMenu>
 #include <QPointer>
 #include <QScreen>
 #include <QtDebug>
@@ -10,14 +11,17 @@
 #include <limits>
 #include <utility>
 
+#include "core/file_utils.h"
 #include "device/device_messages.h"
 #include "device/tutk_device.h"
 #include "device/tutk_request.h"
 #include "media/live/tutk_player.h"
 #include "render/video_surface.h"
+#include "ui/dialogs/alert_dialog.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/list/device_state_text.h"
 #include "ui/playback/calendar_dialog.h"
+#include "ui/playback/download_bar.h"
 #include "ui/playback/full_screen_bars.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/time_line_view.h"
@@ -25,6 +29,7 @@
 #include "ui/preview/media_folder.h"
 #include "ui/widgets/click_label.h"
 #include "ui/widgets/focus_ring.h"
+#include "ui/widgets/menu_style.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -115,10 +120,16 @@ void KvSDCardPlaybackView::connectButtons() {
     link(UI::kSound, &View::_onClickVolume);
     link(UI::kCalendar, &View::_onClickCalendarButton);
     link(UI::kCapture, &View::_onClickCapture);
+    link(UI::kDownload, &View::_onClickDownload);
     link(UI::kToLive, &View::_onClickBackButton);
     link(UI::kFullscreen, &View::_onClickFull);
     connect(m_ui->noSdcardView()->backLabel(), &KvClickLabel::click, this,
             &View::_onClickBackButton);
+    const orvelle::DownloadBar* bar = m_ui->downloadBar();
+    connect(bar, &orvelle::DownloadBar::ended, this, &View::updateDownloadButton);
+    connect(bar, &orvelle::DownloadBar::failed, this,
+            [this](const QString& reason) { m_toast.show(this, reason); });
+    connect(bar, &orvelle::DownloadBar::done, this, &View::tellDownloaded);
     const KvVideoTimeLineView* timeLine = m_ui->timeLine();
     connect(timeLine, &KvVideoTimeLineView::selectedTime, this, &View::_onSelectedVideoTime);
     connect(timeLine, &KvVideoTimeLineView::clickPlay, this, &View::_onClickPlay);
@@ -144,6 +155,7 @@ void KvSDCardPlaybackView::setDevice(KvTUTKDevice* device) {
 }
 
 void KvSDCardPlaybackView::releaseDevice() {
+    m_ui->downloadBar()->stop();
     if (m_device)
         m_device->removeListener(this);
     m_device = nullptr;
@@ -166,6 +178,9 @@ void KvSDCardPlaybackView::releaseDevice() {
         setFocus(Qt::OtherFocusReason);
     m_ui->showNotice({});
     m_ui->setNoCardShown(false);
+    m_ui->setCameraZone({});
+    m_ui->timeLine()->timeLine()->setMarkedSpan(std::nullopt);
+    updateDownloadButton();
     m_ui->setName({});
     m_ui->setStateText({});
     showMarks();
@@ -352,6 +367,7 @@ void KvSDCardPlaybackView::onOverview(const orvelle::CardOverviewReply& overview
     m_list.noteOverview(overview);
     showMarks();
     showState();
+    updateDownloadButton();
 }
 
 /// What the card is like, behind what the view does.
@@ -367,8 +383,10 @@ void KvSDCardPlaybackView::showState() {
 }
 
 void KvSDCardPlaybackView::onZone(int minutesEast) {
-    if (m_device)
-        m_list.noteZone(minutesEast);
+    if (!m_device)
+        return;
+    m_list.noteZone(minutesEast);
+    m_ui->setCameraZone(minutesEast);
 }
 
 void KvSDCardPlaybackView::_doUpdateMarks() {
@@ -626,10 +644,14 @@ void KvSDCardPlaybackView::playDay(const QDate& day) {
 }
 
 void KvSDCardPlaybackView::fillCalendar() {
+    const std::optional<orvelle::CardOverviewReply>& card = m_list.overview();
+    m_calendar->setMonths(card ? card->months : QVector<QDate>());
     m_calendar->setMarks(m_list.recordings().all());
 }
 
 void KvSDCardPlaybackView::_onClickBackButton(bool) {
+    if (!agreesToLeave())
+        return;
     releaseDevice();
     emit clickBackButton();
 }
@@ -645,6 +667,102 @@ void KvSDCardPlaybackView::_onClickCapture(bool) {
     if (!path.isEmpty())
         KvDirectoryDialog(orvelle::text("the_screenshot_you_recorded_is_save_to"), path, window())
             .execCentred(this);
+}
+
+/// A download ends with the page.
+bool KvSDCardPlaybackView::agreesToLeave() {
+    if (!m_ui->downloadBar()->isRunning())
+        return true;
+    const QPointer<KvSDCardPlaybackView> self(this);
+    KvAlertDialog question(orvelle::text("leaving_cancels_the_download"), window());
+    question.setIrrevocable(orvelle::text("cancel_the_download"));
+    return question.execCentred(this) == QDialog::Accepted && self;
+}
+
+/// A camera that cannot send recordings for a file leaves the button off, which says why.
+void KvSDCardPlaybackView::updateDownloadButton() {
+    const std::optional<orvelle::CardOverviewReply>& card = m_list.overview();
+    const bool canSend = card && card->canDownload;
+    KvPushButton* button = m_ui->button(UI::kDownload);
+    button->setEnabled(canSend && !m_ui->downloadBar()->isRunning());
+    KvWidgetUtils::setToolTip(
+        button, canSend ? textKey("download") : textKey("the_camera_cannot_send_recordings"));
+}
+
+void KvSDCardPlaybackView::_onClickDownload(bool) {
+    if (!m_device)
+        return;
+    const int value = m_ui->timeLine()->value();
+    const int index = m_list.recordings().indexAt(value);
+    const QDate day = QDateTime::fromSecsSinceEpoch(value).date();
+    const std::optional<orvelle::TimeSpan> marked = m_ui->timeLine()->timeLine()->markedSpan();
+    QMenu menu(this);
+    menu.setStyleSheet(orvelle::menuStyle());
+    QAction* minute = menu.addAction(orvelle::text("download_this_minute"));
+    QAction* span = menu.addAction(orvelle::text("download_the_marked_span"));
+    QAction* whole = menu.addAction(orvelle::text("download_this_day"));
+    minute->setEnabled(index >= 0);
+    span->setEnabled(marked.has_value());
+    const QPointer<KvSDCardPlaybackView> self(this);
+    const QPoint above = m_ui->button(UI::kDownload)->mapToGlobal({0, -menu.sizeHint().height()});
+    const QAction* chosen = menu.exec(above);
+    if (!self || !chosen || !m_device)
+        return;
+    if (chosen == minute) {
+        const KvTimeLineMark file = m_list.recordings().all().value(index);
+        download({file.start, file.end()});
+    } else if (chosen == span) {
+        download(*marked);
+    } else if (chosen == whole) {
+        download(
+            {day.startOfDay().toSecsSinceEpoch(), day.addDays(1).startOfDay().toSecsSinceEpoch()});
+    }
+}
+
+void KvSDCardPlaybackView::download(const orvelle::TimeSpan& span) {
+    std::vector<orvelle::CardDownload::Stretch> stretches;
+    for (const KvTimeLineMark& run : m_list.recordings().runsWithin(span))
+        stretches.push_back(
+            {run.start, qMax<qint64>(run.start, span.start), qMin<qint64>(run.end(), span.end)});
+    if (stretches.empty()) {
+        m_toast.show(this, orvelle::text("nothing_was_recorded_then"));
+        return;
+    }
+    const QString folder =
+        orvelle::usableMediaFolder(KvFileUtils::videoPath, m_device->uid(), this);
+    if (folder.isEmpty())
+        return;
+    const QString name = QDateTime::fromSecsSinceEpoch(stretches.front().fromSec)
+                             .toString(QStringLiteral("yyMMddHHmmss"));
+    m_ui->downloadBar()->start(m_device, std::move(stretches),
+                               QStringLiteral("%1/%2.mp4").arg(folder, name));
+    updateDownloadButton();
+}
+
+void KvSDCardPlaybackView::tellDownloaded(const QString& path, int missingMinutes) {
+    if (missingMinutes > 0)
+        m_toast.show(this, orvelle::text("minutes_are_missing").arg(missingMinutes));
+    KvDirectoryDialog(orvelle::text("the_download_is_saved_to"), path, window()).execCentred(this);
+}
+
+/// I and O mark the span between two moments, Delete forgets it.
+bool KvSDCardPlaybackView::isMarkKey(QKeyEvent* event) {
+    KvTimeLineView* timeLine = m_ui->timeLine()->timeLine();
+    const qint64 now = timeLine->value();
+    const orvelle::TimeSpan former = timeLine->markedSpan().value_or(orvelle::TimeSpan{now, now});
+    switch (event->key()) {
+        case Qt::Key_I:
+            timeLine->setMarkedSpan(orvelle::TimeSpan{now, qMax(former.end, now + 1)});
+            return true;
+        case Qt::Key_O:
+            timeLine->setMarkedSpan(orvelle::TimeSpan{qMin(former.start, now - 1), now});
+            return true;
+        case Qt::Key_Delete:
+            timeLine->setMarkedSpan(std::nullopt);
+            return true;
+        default:
+            return false;
+    }
 }
 
 void KvSDCardPlaybackView::_onClickVolume(bool) {
@@ -711,7 +829,7 @@ void KvSDCardPlaybackView::keyPressEvent(QKeyEvent* event) {
         m_bars->wake();
         timeLine->setPlayChecked(!timeLine->isPlayChecked());
         _onClickPlay(timeLine->isPlayChecked());
-    } else if (!passToTimeLine(event)) {
+    } else if (!(m_device && isMarkKey(event)) && !passToTimeLine(event)) {
         QWidget::keyPressEvent(event);
     }
 }

@@ -94,6 +94,7 @@ private slots:
     void _onClickPrev();
     void _onClickNext();
     void _onClickCapture(bool);
+    void _onClickDownload(bool);
     void _onClickVolume(bool);
     void _onClickFull(bool);
     void _doUpdateTimeLineView(double seconds);
@@ -137,6 +138,11 @@ private:
     void playAgain();
     void playDay(const QDate& day);
     KvCalendarDialog* calendar();
+    bool isMarkKey(QKeyEvent* event);
+    void download(const orvelle::TimeSpan& span);
+    void tellDownloaded(const QString& path, int missingMinutes);
+    void updateDownloadButton();
+    bool agreesToLeave();
     void stopPlayer();
     void failWith(const QString& reason);
     void awaitAnswer();

@@ -24,6 +24,7 @@ constexpr QColor kGround(53, 35, 45);
 constexpr QColor kTicks(171, 171, 171, 180);
 constexpr QColor kMarks(0, 167, 249, 150);
 constexpr QColor kUnknown(171, 171, 171, 60);
+constexpr QColor kMarked(255, 190, 60, 130);
 constexpr QColor kLabels(255, 255, 255, 225);
 constexpr QColor kPointer(255, 255, 255, 110);
 constexpr QColor kMomentGround(0, 0, 0, 190);
@@ -137,6 +138,12 @@ void KvTimeLineView::rebaseDrag() {
 
 void KvTimeLineView::mousePressEvent(QMouseEvent* event) {
     m_mouseX = qRound(event->localPos().x());
+    if (event->modifiers() & Qt::ShiftModifier) {
+        m_isMarking = true;
+        m_markedFrom = orvelle::limited(scale().timeAt(m_mouseX), m_minimum, m_maximum);
+        setMarkedSpan(std::nullopt);
+        return;
+    }
     m_dragging = true;
     m_isClick = true;
     rebaseDrag();
@@ -148,12 +155,25 @@ void KvTimeLineView::mouseMoveEvent(QMouseEvent* event) {
     m_mouseX = qRound(event->localPos().x());
     if (m_dragging && qAbs(m_mouseX - m_xAtPress) > kClickPixels)
         m_isClick = false;
-    if (m_dragging)
+    if (m_isMarking)
+        markUpTo(m_mouseX);
+    else if (m_dragging)
         moveTo(m_valueAtPress - m_scale.secondsOf(m_mouseX - m_xAtPress));
     update();
 }
 
+void KvTimeLineView::markUpTo(int x) {
+    const int time = orvelle::limited(scale().timeAt(x), m_minimum, m_maximum);
+    setMarkedSpan(orvelle::TimeSpan{qMin(m_markedFrom, time), qMax(m_markedFrom, time)});
+}
+
+void KvTimeLineView::setMarkedSpan(const std::optional<orvelle::TimeSpan>& span) {
+    m_marked = span && span->end > span->start ? span : std::nullopt;
+    update();
+}
+
 void KvTimeLineView::mouseReleaseEvent(QMouseEvent*) {
+    m_isMarking = false;
     if (!m_dragging)
         return;
     m_dragging = false;
@@ -224,6 +244,7 @@ void KvTimeLineView::focusOutEvent(QFocusEvent* event) {
 
 void KvTimeLineView::hideEvent(QHideEvent* event) {
     m_dragging = false;
+    m_isMarking = false;
     m_heldKey = 0;
     m_mouseX = -1;
     setCursor(Qt::OpenHandCursor);
@@ -239,6 +260,7 @@ void KvTimeLineView::paintEvent(QPaintEvent*) {
     const auto ticks = orvelle::visibleTicks(scale(), m_stepsPerMajor, m_minimum, m_maximum);
     paintTicks(painter, ticks);
     paintMarks(painter);
+    paintMarked(painter);
     // Above the marks, which would leave nothing of so small a print.
     paintLabels(painter, ticks);
     paintHandle(painter);
@@ -301,6 +323,16 @@ void KvTimeLineView::paintLabels(QPainter& painter, const std::vector<TimeTick>&
         if (area.left() > 1 && area.right() < width() - 3)
             painter.drawText(area, Qt::AlignCenter, label);
     }
+}
+
+void KvTimeLineView::paintMarked(QPainter& painter) const {
+    if (!m_marked)
+        return;
+    const TimeScale scale = this->scale();
+    const qint64 left = qMax<qint64>(0, scale.xOf(m_marked->start));
+    const qint64 right = qMin<qint64>(width() - 1, scale.xOf(m_marked->end));
+    if (left < right)
+        painter.fillRect(QRectF(left, 0, right - left, height() - 2), kMarked);
 }
 
 /// The line of the moment, with a grip at both ends that says that it can be dragged.
