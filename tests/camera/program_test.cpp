@@ -35,8 +35,22 @@ public:
         }
         return values;
     }
+    /// The sanitizer keeps a signal for the thread's next call that it watches, and now and then
+    /// (1 of 100 runs) a thread that then waits in poll() never makes one: it is told again.
+    int endCodeOnTermination() {
+#ifdef __SANITIZE_THREAD__
+        for (int tries = 0; tries < 6 && state() == Running; ++tries) {
+            terminate();
+            waitForFinished(kTimeoutMs / 6);
+        }
+#else
+        terminate();
+#endif
+        return endCode();
+    }
     int endCode() {
-        return waitForFinished(kTimeoutMs) && exitStatus() == NormalExit ? exitCode() : -1;
+        const bool isOver = state() == NotRunning || waitForFinished(kTimeoutMs);
+        return isOver && exitStatus() == NormalExit ? exitCode() : -1;
     }
 
     QByteArray log;  ///< what was read so far
@@ -57,8 +71,7 @@ private slots:
     void program_endsCleanly_onTermination() {
         Program program(QStringLiteral("--demo --uid PROGRAM1 --type 1"));
         QCOMPARE(program.readValues("Port", 1).size(), 1);
-        program.terminate();
-        QCOMPARE(program.endCode(), 0);
+        QCOMPARE(program.endCodeOnTermination(), 0);
         QCOMPARE(program.readAllStandardError(), QByteArray());
     }
 
@@ -116,8 +129,7 @@ private slots:
             Program asked(options + QStringLiteral(" --show-code"));
             QCOMPARE(asked.readValues("Device code", 2),
                      QStringList({codeOf("KEPT01", kept), codeOf("KEPT02", kept)}));
-            camera.terminate();
-            QCOMPARE(camera.endCode(), 0);
+            QCOMPARE(camera.endCodeOnTermination(), 0);
             const QByteArray log =
                 camera.log + camera.readAllStandardOutput() + camera.readAllStandardError();
             QVERIFY(log.contains("--show-code") && !log.contains("Device code:"));
