@@ -34,25 +34,27 @@ library_prefixes() {
     echo "$list"
 }
 
+# One that was interrupted goes on where it was.
 build_libraries() {
-    local name prefix
+    local name prefix build
     use_cross_compiler
     fetch_sources
-    mkdir -p "$windows_libs"
     for name in "${windows_libraries[@]}"; do
         prefix=$(library_prefix "$name")
         [ -e "$prefix/complete" ] && continue
-        rm -rf "$windows_libs/$name"-* "$windows_libs/build/$name"
-        mkdir -p "$windows_libs/build/$name"
-        logged "$name" build_library "$name" "$prefix"
+        build=$windows_libs/build/$(basename "$prefix")
+        mkdir -p "$build"
+        find "$windows_libs" -maxdepth 2 -name "$name-*" ! -name "$(basename "$prefix")" \
+            -exec rm -rf {} +
+        logged "$name" build_library "$name" "$build" "$prefix"
         touch "$prefix/complete"
-        rm -rf "$windows_libs/build/$name"
+        rm -rf "$build"
     done
 }
 
 build_library() {
-    cd "$windows_libs/build/$1"
-    "build_$1" "$2"
+    cd "$2"
+    "build_$1" "$3"
 }
 
 # cmake_library SOURCE PREFIX OPTION...
@@ -108,22 +110,20 @@ build_ffmpeg() {
     make install
 }
 
-qt_folders=(
-    3rdparty/pcre2 corelib winmain 3rdparty/libpng 3rdparty/libjpeg 3rdparty/freetype
-    3rdparty/harfbuzz-ng gui openglextensions platformsupport network xml widgets testlib
-    plugins/platforms/windows plugins/styles/windowsvista plugins/imageformats/jpeg
-    plugins/imageformats/gif plugins/imageformats/ico
-)
-
 # Folder by folder: the whole tree would first build tools that Debian has for this machine.
 build_qt() {
-    local base folder
+    local base folder folders=(
+        3rdparty/pcre2 corelib winmain 3rdparty/libpng 3rdparty/libjpeg 3rdparty/freetype
+        3rdparty/harfbuzz-ng gui openglextensions platformsupport network xml widgets testlib
+        plugins/platforms/windows plugins/styles/windowsvista plugins/imageformats/jpeg
+        plugins/imageformats/gif plugins/imageformats/ico
+    )
     base=$(source_dir qtbase-opensource-src)
     # The import libraries of mingw have names in lower case.
     sed -i 's/-lSecur32/-lsecur32/; s/-lCrypt32/-lcrypt32/' "$base/src/network/ssl/ssl.pri"
-    mkdir base multimedia
+    mkdir -p base multimedia
     cd base
-    "$base/configure" -opensource -confirm-license -release -shared -xplatform win32-g++ \
+    [ -e Makefile ] || "$base/configure" -opensource -confirm-license -release -shared -xplatform win32-g++ \
         -device-option CROSS_COMPILE="$triplet-" -external-hostbindir /usr/lib/qt5/bin \
         -prefix "$1" -hostprefix "$1" -nomake examples -nomake tests -nomake tools \
         -no-compile-examples -opengl desktop -no-angle -no-dbus -no-icu -no-openssl -schannel \
@@ -132,7 +132,7 @@ build_qt() {
         -qt-doubleconversion -no-feature-tabletevent -no-direct2d -no-feature-tuiotouch \
         -no-separate-debug-info
     make -s sub-src-qmake_all
-    for folder in "${qt_folders[@]}"; do
+    for folder in "${folders[@]}"; do
         make -C "src/$folder" -j"$jobs"
         case $folder in 3rdparty/*) ;; *) make -s -C "src/$folder" install ;; esac
     done
