@@ -55,6 +55,8 @@ public:
     void startInitThread();
     /// Returns as soon as the running attempts are aborted. Not from the thread itself.
     void stopInitThread();
+    /// Short: begins the next round of connecting at once, and others soon after.
+    void connectSoon();
     /// Before start() only.
     void setTiming(const Timing& timing) { m_timing = timing; }
 

@@ -80,6 +80,10 @@ private:
     void connectCameras();
     void connectContent();
     void setDefaultGeometry();
+    /// Where the window is, before it is maximised or fills the screen.
+    void rememberPlace();
+    /// What rememberPlace() saw; the default place when it was never asked.
+    void restorePlace(bool wasMaximised);
     /// Shows what the manager lists. What is being watched goes on while it is listed; else the
     /// welcome page comes.
     void refresh();
@@ -121,5 +125,7 @@ private:
     orvelle::EntryMenu* m_entryMenu = nullptr;   ///< child, made when first needed
     QPointer<KvDeviceGroup> m_menuEntry;         ///< for which the menu was last opened
     std::unique_ptr<KvThread> m_languageThread;  ///< until the window is built anew
+    QRect m_placeBefore;                         ///< of the ordinary window
+    bool m_wasMaximised = false;
     bool m_isClosing = false;
 };
