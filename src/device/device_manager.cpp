@@ -120,6 +120,10 @@ void KvDeviceManager::launchInitThread() {
     m_initThread->start(QThread::InheritPriority);
 }
 
+void KvDeviceManager::connectSoon() {
+    m_roundSignal->raise();
+}
+
 void KvDeviceManager::stopInitThread() {
     log("Device Manager stopInitThread began\n", kLogInfo);
     endInitThread();

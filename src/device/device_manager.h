@@ -67,6 +67,8 @@ public:
     /// 0, or why no camera can be reached at present: the link cannot be started, which is tried
     /// again with each round. Any thread.
     int linkResult() const { return m_linkResult; }
+    /// Short: begins the next round of connecting at once, and others soon after.
+    void connectSoon();
     /// Before start() only.
     void setTiming(const Timing& timing) { m_timing = timing; }
 

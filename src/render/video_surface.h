@@ -7,8 +7,10 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
+#include "render/picture_zoom.h"
 #include "render/repaint_tick.h"
 
 class QWidget;
@@ -45,8 +47,15 @@ public:
     /// The share of the widget that the last painted picture covers; null pointers are skipped.
     /// Any thread.
     virtual void pictureScale(double* x, double* y) const = 0;
+    /// How the current picture fits the widget without any zoom; (1.0, 1.0) without one.
+    virtual PictureScale fit() const = 0;
     /// What the widget shows, in pixels of the screen.
     virtual QImage grabView() = 0;
+
+    /// Magnifies this picture and those that follow.
+    void setZoom(const PictureZoom& zoom);
+    /// Any thread.
+    PictureZoom zoom() const;
 
     /// Whether the widget can be seen: it is shown, and its window is not minimised. Any thread.
     bool isSeen() const { return m_isSeen; }
@@ -72,6 +81,9 @@ private:
     RepaintTick::Client m_tickClient;
     std::atomic<bool> m_isSeen{false};  ///< orders nothing
     std::unique_ptr<SeenWatch> m_seenWatch;
+
+    mutable std::mutex m_zoomMutex;  ///< guards the one below
+    PictureZoom m_zoom;
 };
 
 /// A surface of the kind that suits this machine, see drawing(); a child of `parent`, which owns

@@ -11,6 +11,7 @@
 #include "ui/widgets/notice_bar.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/toast_view.h"
+#include "ui/widgets/zoom_control.h"
 
 #include <QDir>
 #include <QImage>
@@ -39,6 +40,7 @@ private slots:
     void recording_endsAsAskedFor();
     void recording_goesOn_whenTheCameraIsBack();
     void snapshot_isSaved_alsoWhenItsFolderIsGone();
+    void pausedPicture_saysSo_andCanBeSaved();
     void lostPicture_stays_underItsSign();
 
 private:
@@ -185,6 +187,23 @@ void TileActionsTest::snapshot_isSaved_alsoWhenItsFolderIsGone() {
     capture->click();
     QCOMPARE(m_clerk.seen.join(kGap), QStringLiteral("KvAlertDialog KvDirectoryDialog"));
     QCOMPARE(files(KvFileUtils::screenshotPath, "*.jpg").size(), 1);
+}
+
+void TileActionsTest::pausedPicture_saysSo_andCanBeSaved() {
+    const int before = files(KvFileUtils::screenshotPath, "*.jpg").size();
+    QTest::keyClick(m_tile.get(), Qt::Key_Plus);
+    QVERIFY(ui()->zoom().isActive());
+    QTest::keyClick(m_tile.get(), Qt::Key_Space);
+    QVERIFY(label(QStringLiteral("paused_since")));
+    QVERIFY(!ui()->button(Tile::kCapture)->isEnabled());
+    QTest::keyClick(m_tile.get(), Qt::Key_S);
+    QCOMPARE(m_clerk.seen.join(kGap), QStringLiteral("KvDirectoryDialog"));
+    QTRY_COMPARE(files(KvFileUtils::screenshotPath, "*.jpg").size(), before + 1);
+    QTest::keyClick(m_tile.get(), Qt::Key_Space);
+    QVERIFY(!label(QStringLiteral("paused_since")));
+    QVERIFY(ui()->button(Tile::kCapture)->isEnabled() && ui()->zoom().isActive());
+    QTest::keyClick(m_tile.get(), Qt::Key_0);
+    QVERIFY(!ui()->zoom().isActive());
 }
 
 void TileActionsTest::lostPicture_stays_underItsSign() {

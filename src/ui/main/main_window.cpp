@@ -135,6 +135,26 @@ void MainWindow::setDefaultGeometry() {
                 size.height());
 }
 
+void MainWindow::rememberPlace() {
+    if (isFullScreen())
+        return;
+    m_wasMaximised = isMaximized();
+    if (!m_wasMaximised)
+        m_placeBefore = geometry();
+}
+
+void MainWindow::restorePlace(bool wasMaximised) {
+    if (wasMaximised) {
+        showMaximized();
+        return;
+    }
+    showNormal();
+    if (m_placeBefore.isEmpty())
+        setDefaultGeometry();
+    else
+        setGeometry(m_placeBefore);
+}
+
 bool MainWindow::event(QEvent* event) {
     const bool handled = QMainWindow::event(event);
     if (event->type() == QEvent::WindowStateChange) {
@@ -149,7 +169,9 @@ bool MainWindow::event(QEvent* event) {
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
-    if (!KvWidgetUtils::clickByEnter(*this, *event))
+    const bool isTaken = KvWidgetUtils::clickByEnter(*this, *event) ||
+                         (m_ui->isPreviewShown() && m_ui->preview()->pressKey(*event));
+    if (!isTaken)
         QMainWindow::keyPressEvent(event);
 }
 
@@ -157,14 +179,13 @@ void MainWindow::_onRequestFullscreen(bool fullscreen) {
     qDebug("_onRequestFullscreen0");
     if (fullscreen) {
         qDebug("_onRequestFullscreen00");
+        rememberPlace();
         showFullScreen();
     } else {
         qDebug("_onRequestFullscreen10");
         // A tile is closed in an ordinary window, too; that one keeps its place.
-        if (isFullScreen()) {
-            showNormal();
-            setDefaultGeometry();
-        }
+        if (isFullScreen())
+            restorePlace(m_wasMaximised);
     }
     // Closing any tile closes the grid, which then leaves the place to the welcome page.
     m_ui->showPreview(m_ui->preview()->group() != nullptr);
@@ -176,12 +197,12 @@ void MainWindow::_onClickMinilizedButton(bool) {
 }
 
 void MainWindow::_onClickMaxinilizedButton(bool) {
-    if (!isMaximized()) {
-        showMaximized();
+    if (isMaximized()) {
+        restorePlace(false);
         return;
     }
-    showNormal();
-    setDefaultGeometry();
+    rememberPlace();
+    showMaximized();
 }
 
 void MainWindow::_onClickAllCamera(bool) {

@@ -79,6 +79,10 @@ private:
     void connectContent();
     void connectManager();
     void setDefaultGeometry();
+    /// Where the window is, before it is maximised or fills the screen.
+    void rememberPlace();
+    /// What rememberPlace() saw; the default place when it was never asked.
+    void restorePlace(bool wasMaximised);
     /// Shows what the manager lists. What is being watched goes on while it is listed; else the
     /// welcome page comes.
     void refresh();
@@ -123,5 +127,7 @@ private:
     KvDeviceGroupPopMenu* const m_groupMenu;    ///< child
     orvelle::EntryMenu* m_entryMenu = nullptr;  ///< child, made when first needed
     QPointer<KvDeviceGroup> m_menuEntry;        ///< for which the menu was last opened
+    QRect m_placeBefore;                        ///< of the ordinary window
+    bool m_wasMaximised = false;
     bool m_isClosing = false;
 };
