@@ -122,10 +122,11 @@ void KvTUTKDeviceTryConnectThread::_doFinish() {
 }
 
 void KvTUTKDeviceTryConnectThread::addToList(KvDeviceManager& manager) {
+    const QString uid = m_device->uid();
     // Two attempts on one camera may both succeed, and the second finds it listed; or the program
     // ends, and the next start lists it.
     if (!manager.addDevice(std::move(m_device))) {
-        qCWarning(lcDevice) << "bound meanwhile, or too late:" << m_device->uid();
+        qCWarning(lcDevice) << "bound meanwhile, or too late:" << uid;
         return;
     }
     // First, since an entry may be left over from an earlier binding.

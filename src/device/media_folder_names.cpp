@@ -4,6 +4,7 @@
 
 #include <utility>
 
+#include "core/configure.h"
 #include "core/file_utils.h"
 #include "core/thread.h"
 #include "device/camera_record.h"
@@ -15,11 +16,15 @@ namespace {
 
 constexpr int kEndWaitMs = 2000;
 
-void writeName(const QString& uid, const QString& name) {
-    const QString folder = KvFileUtils::mediaRoot() + QLatin1Char('/') + uid;
-    if (!isUsableUid(uid) || !KvFileUtils::exists(folder))
+/// As it is set; the folder may not be there, and nobody waits for its disk.
+QString mediaRoot() {
+    const QString chosen = KvConfigure().getString(settings::kMediaRoot, {});
+    return chosen.isEmpty() ? KvFileUtils::dataRoot() : chosen;
+}
+
+void writeName(const QString& folder, const QByteArray& text) {
+    if (!KvFileUtils::exists(folder))
         return;
-    const QByteArray text = (name + QLatin1Char('\n') + uid + QLatin1Char('\n')).toUtf8();
     QFile file(folder + QLatin1Char('/') + QLatin1String(MediaFolderNames::kFileName));
     if (file.open(QIODevice::ReadOnly | QIODevice::Text) && file.readAll() == text)
         return;
@@ -35,9 +40,9 @@ class MediaFolderNames::Thread : public KvThread {
 public:
     Thread() : KvThread(QStringLiteral("folder-names")) {}
 
-    void add(const QString& uid, const QString& name) {
+    void add(const QString& folder, const QByteArray& text) {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        m_names.insert(uid, name);
+        m_texts.insert(folder, text);
         m_changed.notify_all();
     }
 
@@ -48,26 +53,26 @@ public:
     }
 
     void run() override {
-        QString uid;
-        QString name;
-        while (take(uid, name))
-            writeName(uid, name);
+        QString folder;
+        QByteArray text;
+        while (take(folder, text))
+            writeName(folder, text);
     }
 
 private:
-    bool take(QString& uid, QString& name) {
+    bool take(QString& folder, QByteArray& text) {
         std::unique_lock<std::mutex> lock(m_mutex);
-        m_changed.wait(lock, [this] { return isStopped() || !m_names.isEmpty(); });
-        if (m_names.isEmpty())
+        m_changed.wait(lock, [this] { return isStopped() || !m_texts.isEmpty(); });
+        if (m_texts.isEmpty())
             return false;
-        uid = m_names.firstKey();
-        name = m_names.take(uid);
+        folder = m_texts.firstKey();
+        text = m_texts.take(folder);
         return true;
     }
 
-    std::mutex m_mutex;  ///< guards m_names
+    std::mutex m_mutex;  ///< guards m_texts
     std::condition_variable m_changed;
-    QMap<QString, QString> m_names;  ///< that wait, by UID
+    QMap<QString, QByteArray> m_texts;  ///< that wait, by folder
 };
 
 MediaFolderNames::MediaFolderNames() : m_thread(std::make_unique<Thread>()) {
@@ -81,7 +86,9 @@ MediaFolderNames::~MediaFolderNames() {
 }
 
 void MediaFolderNames::set(const QString& uid, const QString& name) {
-    m_thread->add(uid, name);
+    if (isUsableUid(uid))
+        m_thread->add(mediaRoot() + QLatin1Char('/') + uid,
+                      (name + QLatin1Char('\n') + uid + QLatin1Char('\n')).toUtf8());
 }
 
 }  // namespace orvelle

@@ -25,7 +25,8 @@ struct RecordFile::Paths {
         if (!current.isEmpty() && current != path)
             formers.append(current);
         formers.removeAll(path);
-        current = path;
+        // In place of an assignment, within which the thread sanitizer sees no order.
+        QString(path).swap(current);
     }
     void removeFormers() {
         const std::lock_guard<std::mutex> lock(mutex);

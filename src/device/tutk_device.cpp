@@ -114,9 +114,13 @@ KvBasePlayerInput* KvTUTKDevice::createInput() {
 }
 
 void KvTUTKDevice::ensureDeviceId() {
+    if (deviceId() >= 0)
+        return;
+    // Without the lock, which whoever gives ids out may need.
+    const int id = orvelle::takeId(orvelle::settings::kDeviceMaxId);
     const std::lock_guard<std::mutex> lock(m_recordMutex);
     if (m_record.deviceId < 0)
-        m_record.deviceId = orvelle::takeId(orvelle::settings::kDeviceMaxId);
+        m_record.deviceId = id;
 }
 
 int KvTUTKDevice::save() {
