@@ -8,6 +8,7 @@
 
 #include "frames/picture_clock.h"
 #include "median.h"
+#include "system/camera_set.h"
 
 extern "C" {
 #include <libavutil/frame.h>
@@ -18,9 +19,10 @@ namespace orvelle::bench {
 namespace {
 
 constexpr int64_t kLongestClipUs = 100'000 * int64_t{1'000'000};
-constexpr int kSilence = 200;        // the tone is at 6500, a beep at 16000
-constexpr int kBeep = 11000;         // between both
-constexpr int kGapSamples = 240;     // 5 ms: several periods of the tone
+constexpr int kSilence = 200;     // the tone is at 6500, a beep at 16000
+constexpr int kBeep = 11000;      // between both
+constexpr int kGapSamples = 240;  // 5 ms: several periods of the tone
+constexpr int kSettleMs = 3000;
 constexpr int kQuietSamples = 9600;  // without a beep before the next one counts: 200 ms
 
 }  // namespace
@@ -72,7 +74,13 @@ bool SinkLog::start(const QString& sink) {
                      {QStringLiteral("--raw"), QStringLiteral("--device=%1.monitor").arg(sink),
                       QStringLiteral("--format=s16le"), QStringLiteral("--rate=48000"),
                       QStringLiteral("--channels=1"), QStringLiteral("--latency-msec=5")});
-    return m_recorder.waitForStarted();
+    if (!m_recorder.waitForStarted())
+        return false;
+    test::runFor(kSettleMs);
+    const bool isHeard = !m_samples.empty();
+    m_samples.clear();
+    m_firstUs = 0;
+    return isHeard;
 }
 
 void SinkLog::stop() {
