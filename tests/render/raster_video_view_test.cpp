@@ -109,7 +109,9 @@ private slots:
             const QImage image = raster.grabView();
             QCOMPARE(image.size(), expected.size());
             const Difference found = difference(image, expected);
-            QVERIFY2(found.largest <= 10 && found.mean < 2.5,
+            // Mipmaps of a software renderer lose a little at each level.
+            const bool isShrunk = row.view.width() < row.picture.width() / 2;
+            QVERIFY2(found.largest <= (isShrunk ? 14 : 10) && found.mean < (isShrunk ? 4.0 : 2.5),
                      qPrintable(QStringLiteral("%1x%2 in %3x%4: %5 at most, %6 in the mean")
                                     .arg(row.picture.width())
                                     .arg(row.picture.height())

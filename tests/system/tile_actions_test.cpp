@@ -190,7 +190,10 @@ void TileActionsTest::snapshot_isSaved_alsoWhenItsFolderIsGone() {
 }
 
 void TileActionsTest::pausedPicture_saysSo_andCanBeSaved() {
-    const int before = files(KvFileUtils::screenshotPath, "*.jpg").size();
+    // One of the same second has the same name.
+    QDir folder(KvFileUtils::screenshotPath(m_tile->device()->uid()));
+    for (const QString& name : files(KvFileUtils::screenshotPath, "*.jpg"))
+        QVERIFY(folder.remove(name));
     QTest::keyClick(m_tile.get(), Qt::Key_Plus);
     QVERIFY(ui()->zoom().isActive());
     QTest::keyClick(m_tile.get(), Qt::Key_Space);
@@ -198,7 +201,7 @@ void TileActionsTest::pausedPicture_saysSo_andCanBeSaved() {
     QVERIFY(!ui()->button(Tile::kCapture)->isEnabled());
     QTest::keyClick(m_tile.get(), Qt::Key_S);
     QCOMPARE(m_clerk.seen.join(kGap), QStringLiteral("KvDirectoryDialog"));
-    QTRY_COMPARE(files(KvFileUtils::screenshotPath, "*.jpg").size(), before + 1);
+    QCOMPARE(files(KvFileUtils::screenshotPath, "*.jpg").size(), 1);
     QTest::keyClick(m_tile.get(), Qt::Key_Space);
     QVERIFY(!label(QStringLiteral("paused_since")));
     QVERIFY(ui()->button(Tile::kCapture)->isEnabled() && ui()->zoom().isActive());

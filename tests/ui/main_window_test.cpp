@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSet>
 
 #include "core/configure.h"
@@ -238,6 +239,29 @@ private slots:
                 QVERIFY2(!button->text().isEmpty() || !button->accessibleName().isEmpty(),
                          qPrintable(button->styleSheet()));
         }
+    }
+
+    void place_isGivenBack_afterFullScreen() {
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QRect before(window.pos() + QPoint(30, 20), window.size() + QSize(40, 10));
+        window.setGeometry(before);
+        QTRY_COMPARE(window.geometry(), before);
+        auto* preview = window.findChild<KvDevicesPreview*>();
+        emit preview->requestFullscreen(true);
+        QTRY_COMPARE(window.size(), window.screen()->size());
+        emit preview->requestFullscreen(false);
+        QTRY_COMPARE(window.geometry(), before);
+        auto* ui = window.findChild<MainWindowUI*>();
+        ui->maximiseButton()->click();
+        QTRY_VERIFY(window.isMaximized() && window.width() > before.width());
+        emit preview->requestFullscreen(true);
+        QTRY_VERIFY(window.isFullScreen());
+        emit preview->requestFullscreen(false);
+        QTRY_VERIFY(window.isMaximized());
+        ui->maximiseButton()->click();
+        QTRY_COMPARE(window.geometry(), before);
     }
 
     void closing_asksOnce_andGoesOnWhenDeclined() {

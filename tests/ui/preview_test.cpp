@@ -1,6 +1,8 @@
+#include <QAccessible>
 #include <QDialog>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSlider>
 #include <QtTest>
 
 #include "fake_device.h"
@@ -376,6 +378,30 @@ private slots:
         QVERIFY(ui->badge()->isVisible() && ui->badge()->geometry().right() < ui->width());
         tile->setDevice(nullptr);
         QVERIFY(!ui->badge()->isVisible());
+    }
+
+    void readersOfTheScreen_areToldEverything() {
+        Grid grid(2, orvelle::kGrid1x1);
+        const auto told = [](QWidget* widget, QAccessible::Text what) {
+            return QAccessible::queryAccessibleInterface(widget)->text(what);
+        };
+        KvDevicePlayerView* tile = grid.ui->tiles()[0];
+        auto* ui = tile->findChild<KvDevicePlayerViewUI*>();
+        QCOMPARE(told(tile, QAccessible::Name), QStringLiteral("CAM0"));
+        QVERIFY(told(tile, QAccessible::Description).contains(orvelle::text("online")));
+        QCOMPARE(told(grid.ui->layoutButton(orvelle::kGrid6), QAccessible::Name),
+                 QStringLiteral("Six pictures"));
+        QCOMPARE(told(grid.ui->wholeGridButton(), QAccessible::Name),
+                 orvelle::text("full_screen_of_all_pictures"));
+        QCOMPARE(told(ui->volumeSlider(), QAccessible::Name), orvelle::text("volume"));
+        auto* value = QAccessible::queryAccessibleInterface(ui->volumeSlider())->valueInterface();
+        QVERIFY(value);
+        QCOMPARE(value->maximumValue().toInt(), 100);
+        for (int button = 0; button < KvDevicePlayerViewUI::kButtonCount; ++button) {
+            if (button != KvDevicePlayerViewUI::kQuality)
+                QVERIFY(!told(ui->button(KvDevicePlayerViewUI::Button(button)), QAccessible::Name)
+                             .isEmpty());
+        }
     }
 
     void drag_swapsTwoTiles() {

@@ -165,7 +165,9 @@ private slots:
                          Qt::NoScrollPhase, false);
         QCoreApplication::sendEvent(button, &down);
         QCOMPARE(slider.value(), 90);
-        QTest::mouseDClick(button, Qt::LeftButton);
+        QMouseEvent twice(QEvent::MouseButtonDblClick, {5, 5}, Qt::LeftButton, Qt::LeftButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(button, &twice);
         QCOMPARE(onlyThis.count(), 1);
         QVERIFY(sound.isOn());
         sound.silence();
@@ -184,6 +186,8 @@ private slots:
         overlay->setParts({&bar}, {&bar});
         view.show();
         QVERIFY(QTest::qWaitForWindowActive(&view));
+        QCursor::setPos(view.mapToGlobal({250, 150}));
+        QTRY_VERIFY(!bar.underMouse());
         overlay->wake();
         QVERIFY(!bar.isVisible());
         overlay->setEnabled(true);

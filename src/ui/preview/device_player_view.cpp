@@ -221,8 +221,10 @@ void KvDevicePlayerView::enter(State state) {
     if (state == State::kPaused)
         m_since = QDateTime::currentDateTime();
     const auto run = [](QTimer& timer, bool isRunning) {
-        if (isRunning != timer.isActive())
-            isRunning ? timer.start() : timer.stop();
+        if (!isRunning)
+            timer.stop();
+        else if (!timer.isActive())
+            timer.start();
     };
     run(m_checkTimer, state == State::kWaiting);
     run(m_stallTimer, state == State::kLoading || state == State::kPlaying);

@@ -39,8 +39,6 @@ constexpr int kDotGap = 6;
 constexpr int kSliderWidth = 80;
 constexpr int kMinSliderWidth = 48;
 constexpr int kSliderHeight = 20;
-/// From the tile's top left corner.
-constexpr QPoint kBadgePlace(6, 6);
 
 /// The bit rate's label for tiles that are at least so wide, as distances from the picture's
 /// corner. The last one is as wide as its text.
@@ -393,8 +391,12 @@ void KvDevicePlayerViewUI::layOut() {
 
 /// The bar, where it is shown, says the same.
 void KvDevicePlayerViewUI::placeBadge() {
-    m_badge->setMaxWidth(width() - 2 * kBadgePlace.x());
-    m_badge->move(kBadgePlace);
+    // Its dot and name are where the bar has them.
+    const Measures now = measures();
+    const QPoint place(now.margin - orvelle::TileBadge::kMargin,
+                       (now.barHeight - m_badge->height()) / 2);
+    m_badge->setMaxWidth(width() - 2 * place.x());
+    m_badge->move(place);
     m_badge->setVisible(!m_badge->facts().name.isEmpty() && !m_overlay->areBarsShown());
 }
 

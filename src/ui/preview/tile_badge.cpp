@@ -15,7 +15,6 @@ constexpr QColor kGround(0, 0, 0, 150);
 constexpr QColor kRecordColour(0xd1, 0x34, 0x3a);
 constexpr int kHeight = 20;
 constexpr int kRadius = 4;
-constexpr int kMargin = 6;
 constexpr int kGap = 6;
 constexpr int kDotSize = 8;
 constexpr int kSignPadding = 4;

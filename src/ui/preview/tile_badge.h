@@ -13,6 +13,8 @@ class TileBadge : public QWidget {
     Q_OBJECT
 
 public:
+    static constexpr int kMargin = 6;  ///< left of the dot
+
     struct Facts {
         QString name;  ///< empty: there is no badge
         QColor dot;

@@ -4,6 +4,7 @@
 #include <QPushButton>
 
 #include "ui/palette.h"
+#include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
 namespace orvelle {
@@ -23,7 +24,7 @@ PictureNotice::PictureNotice(QWidget* parent)
     : KvWidget(parent),
       m_icon(new QLabel(this)),
       m_label(new QLabel(this)),
-      m_button(new QPushButton(this)) {
+      m_button(new QPushButton(text("retry"), this)) {
     m_label->setStyleSheet(QStringLiteral(
         "QLabel{background-color:rgba(0, 0, 0, 64);border-radius:10px;color:#ffffff;};"));
     m_label->setAlignment(Qt::AlignCenter);
@@ -45,17 +46,18 @@ void PictureNotice::setFontPixels(int pixels) {
     layOut();
 }
 
-void PictureNotice::setButtonText(const QString& text) {
+void PictureNotice::setButtonText(const QString& words) {
     // Else the toolkit hands the focus to the next widget, wherever that is.
-    if (text.isEmpty() && window()->focusWidget() == m_button) {
+    if (words.isEmpty() && window()->focusWidget() == m_button) {
         QWidget* heir = parentWidget();
         while (heir && heir->focusPolicy() == Qt::NoFocus)
             heir = heir->parentWidget();
         if (heir)
             heir->setFocus(Qt::OtherFocusReason);
     }
-    m_button->setText(text);
-    m_button->setVisible(!text.isEmpty());
+    if (!words.isEmpty())
+        m_button->setText(words);
+    m_button->setVisible(!words.isEmpty());
 }
 
 void PictureNotice::setContent(const Content& content) {
@@ -78,9 +80,9 @@ void PictureNotice::resizeEvent(QResizeEvent*) {
 /// From above: sign, text, button, all in the middle; what lacks room goes, the sign first.
 void PictureNotice::layOut() {
     const QRect free = rect().adjusted(kInset, kInset, -kInset, -kInset);
-    QSize text =
+    QSize lines =
         m_label->fontMetrics().boundingRect(free, Qt::TextWordWrap, m_label->text()).size();
-    text = (text + 2 * kTextPadding).boundedTo(free.size());
+    lines = (lines + 2 * kTextPadding).boundedTo(free.size());
     QSize button;
     if (!m_content.action.isEmpty()) {
         const QFontMetrics metrics = m_button->fontMetrics();
@@ -90,15 +92,15 @@ void PictureNotice::layOut() {
     }
     const int below = button.isEmpty() ? 0 : kGap + button.height();
     const bool hasIcon =
-        !m_content.icon.isEmpty() && kIconSize + kGap + text.height() + below <= free.height();
+        !m_content.icon.isEmpty() && kIconSize + kGap + lines.height() + below <= free.height();
     const int above = hasIcon ? kIconSize + kGap : 0;
-    int top = (height() - above - text.height() - below) / 2;
+    int top = (height() - above - lines.height() - below) / 2;
     m_icon->setVisible(hasIcon);
     m_icon->setGeometry((width() - kIconSize) / 2, top, kIconSize, kIconSize);
     top += above;
-    m_label->setGeometry(QRect(QPoint((width() - text.width()) / 2, top), text));
+    m_label->setGeometry(QRect(QPoint((width() - lines.width()) / 2, top), lines));
     m_button->setGeometry(
-        QRect(QPoint((width() - button.width()) / 2, top + text.height() + kGap), button));
+        QRect(QPoint((width() - button.width()) / 2, top + lines.height() + kGap), button));
 }
 
 }  // namespace orvelle

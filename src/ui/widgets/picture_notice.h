@@ -39,7 +39,7 @@ protected:
     void resizeEvent(QResizeEvent* event) override;
 
 private:
-    void setButtonText(const QString& text);
+    void setButtonText(const QString& words);
     void layOut();
 
     Content m_content;
