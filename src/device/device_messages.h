@@ -153,7 +153,7 @@ struct CardOverviewReply {
     bool isReadOnly = false;
     bool isFull = false;
     bool canDownload = false;  ///< the camera knows IOTYPE_CARD_DOWNLOAD
-    uint32_t oldestSec = 0;  ///< start of a recording, seconds since 1970 UTC; 0 without any
+    uint32_t oldestSec = 0;    ///< start of a recording, seconds since 1970 UTC; 0 without any
     uint32_t newestSec = 0;
     QVector<QDate> months;  ///< the first of each month of the camera's clock that holds any
 

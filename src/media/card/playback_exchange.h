@@ -21,8 +21,8 @@ public:
     enum class Request { kNone, kTimeBase, kStart, kStop };
     enum class News { kNone, kRefused, kEnded };
 
-    /// Forgets all that was said but, where it is known already, the camera's clock. The camera will
-    /// answer with messages of this type.
+    /// Forgets all that was said but, where it is known already, the camera's clock. The camera
+    /// will answer with messages of this type.
     void restart(uint32_t answerType, std::optional<int32_t> baseMinute = {});
     /// Before the request is sent.
     void expect(Request request);

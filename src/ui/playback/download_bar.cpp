@@ -31,7 +31,7 @@ DownloadBar::DownloadBar(QWidget* parent)
     : KvWidget(parent),
       m_text(new QLabel(this)),
       m_progress(new QProgressBar(this)),
-      m_pause(new QPushButton(this)),
+      m_pause(new QPushButton(text("pause"), this)),
       m_cancel(new QPushButton(text("cancel"), this)) {
     setBackgroundColor(QColor(QLatin1String(palette::kBar)));
     m_text->setStyleSheet(QStringLiteral("QLabel{color:#ffffff;}"));
