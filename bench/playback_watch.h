@@ -32,6 +32,7 @@ public:
     void showNothing() override {}
     bool snapshot(const QString&, const QDateTime& = {}) override { return false; }
     void pictureScale(double*, double*) const override {}
+    PictureScale fit() const override { return {}; }
     QImage grabView() override { return {}; }
 
     /// The moment, since 1970, that the player tells for the last picture.
