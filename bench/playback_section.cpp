@@ -96,6 +96,10 @@ public:
     }
     /// Of the next seconds; notes the worst lip sync. False without pictures.
     bool watchFor(int seconds, PictureFigures* figures) {
+        // The first picture stands a little longer, by which the sound seems late.
+        if (!waitUntil(kPlayTimeoutMs, [this] { return m_pictures.size() > 0; }))
+            return false;
+        m_pictures.take();
         const int64_t fromUs = wallClockUs();
         runFor(seconds * 1000);
         const int64_t toUs = wallClockUs();

@@ -52,6 +52,8 @@ private:
 /// What the sink of a sound server plays, with the time at which each sample leaves it.
 class SinkLog {
 public:
+    ~SinkLog() { stop(); }
+
     /// Of the server of PULSE_SERVER; false when nothing can be heard there. Takes a while, since a
     /// sink hands out its first seconds late.
     bool start(const QString& sink);

@@ -188,8 +188,8 @@ void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
             fail(refusal(), kUnusable);
             break;
         case PlaybackExchange::News::kEnded:
+            // A reader that is held back finds out within its wait: the queues may be gone here.
             wakeReceivers();
-            wakeReaders();
             break;
         case PlaybackExchange::News::kNone:
             break;
