@@ -5,6 +5,9 @@
 #include <algorithm>
 
 #include "device/tutk_device.h"
+#include "link/av.h"
+#include "link/iotc.h"
+#include "link/limits.h"
 #include "media/card/card_download.h"
 #include "sections.h"
 #include "support/camera_process.h"
@@ -68,6 +71,8 @@ bool measureDownload(Workbench& bench) {
     qputenv("ORVELLE_DISCOVERY_PORT", "47833");
     qputenv("ORVELLE_CAMERA_ADDRESSES",
             QByteArray(kUid) + "=127.0.0.1:" + QByteArray::number(relay.port()));
+    IOTC_Initialize2(0);
+    avInitialize(kMaxLinkChannels);
     KvTUTKDevice device;
     device.setUid(QLatin1String(kUid));
     device.setPassword(QLatin1String(test::CameraProcess::kPassword));
