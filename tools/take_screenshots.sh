@@ -335,7 +335,7 @@ card_and_information() {
     click_right 106 92
     sleep 6
     shot playback
-    click_corner 146 22
+    click_corner 186 22
     sleep 2
     shot calendar
     key Escape
