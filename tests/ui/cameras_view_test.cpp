@@ -231,6 +231,25 @@ private slots:
         QVERIFY(field->text().isEmpty());
     }
 
+    void picture_isDim_whileNoCameraIsOnline() {
+        const auto light = [this](int index) {
+            return qGray(item(index)
+                             ->grab()
+                             .toImage()
+                             .scaled(1, 1, Qt::IgnoreAspectRatio, Qt::SmoothTransformation)
+                             .pixel(0, 0));
+        };
+        const int camera = light(0);
+        const int group = light(1);
+        m_devices[0]->setState(KvDevice::State::kLost);
+        m_view->updateGroup(m_entries[0].get());
+        QVERIFY(light(0) < camera - 5);
+        QVERIFY(light(1) > group - 5);
+        m_devices[1]->setState(KvDevice::State::kLost);
+        m_view->updateGroup(m_entries[1].get());
+        QVERIFY(light(1) < group - 5);
+    }
+
 private:
     void show() {
         m_view->show();

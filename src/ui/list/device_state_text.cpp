@@ -52,8 +52,8 @@ EntryState groupState(const QList<KvDevice*>& devices) {
                                       [](const KvDevice* device) { return device->isOnline(); });
     const QString text = QStringLiteral("%1/%2").arg(online).arg(devices.size());
     if (online == 0)
-        return {text, kOfflineColour};
-    return {text, online == devices.size() ? kOnlineColour : kWaitingColour};
+        return {text, kOfflineColour, false};
+    return {text, online == devices.size() ? kOnlineColour : kWaitingColour, true};
 }
 
 }  // namespace
@@ -97,8 +97,8 @@ EntryState entryState(const KvDeviceGroup& entry) {
         return groupState(entry.devices());
     const KvDevice* device = entry.firstDevice();
     if (!device)
-        return {text("offline"), kOfflineColour};
-    return {deviceStateText(*device), deviceStateColour(*device)};
+        return {text("offline"), kOfflineColour, false};
+    return {deviceStateText(*device), deviceStateColour(*device), device->isOnline()};
 }
 
 }  // namespace orvelle

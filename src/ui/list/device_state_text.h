@@ -21,11 +21,12 @@ bool needsNewCode(const KvDeviceGroup& entry);
 
 /// How a list entry's cameras are doing.
 struct EntryState {
-    QString text;   ///< a camera's state; of a group, how many are online
-    QColor colour;  ///< of the dot before the text, on a dark ground
+    QString text;           ///< a camera's state; of a group, how many are online
+    QColor colour;          ///< of the dot before the text, on a dark ground
+    bool isOnline = false;  ///< at least one camera is
 
     bool operator==(const EntryState& other) const {
-        return text == other.text && colour == other.colour;
+        return text == other.text && colour == other.colour && isOnline == other.isOnline;
     }
 };
 

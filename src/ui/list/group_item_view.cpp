@@ -13,6 +13,7 @@ constexpr QColor kGround(0xdf, 0xdf, 0xdf);
 constexpr QColor kNameColour(0x2b, 0x2b, 0x2b);
 constexpr QColor kPictureGround(0x2d, 0x2d, 0x2d);
 constexpr QColor kPillGround(0, 0, 0, 165);
+constexpr qreal kOfflineOpacity = 0.4;  // an old picture is not taken for a live one
 constexpr int kNamePixels = 12;
 constexpr int kMaxShownName = 200;  // a hostile file may hold any length
 constexpr int kStatePixels = 11;
@@ -97,6 +98,7 @@ void GroupItemView::drawThumbnail(QPainter& painter) const {
     painter.fillRect(m_areas.thumbnail, kPictureGround);
     painter.save();
     painter.setClipRect(m_areas.thumbnail);
+    painter.setOpacity(m_state.isOnline ? 1.0 : kOfflineOpacity);
     painter.drawPixmap(picture, m_thumbnail, QRectF(m_thumbnail.rect()));
     painter.restore();
 }
