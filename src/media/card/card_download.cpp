@@ -104,10 +104,12 @@ bool CardDownload::fetchStretch(const Stretch& stretch) {
                 // Before its time: the next recording is missing, or torn.
                 m_triedSec = nextMinute(stretch);
                 break;
-            case Outcome::kRefused:
+            case Outcome::kMissing:
                 ++m_missingMinutes;
                 m_triedSec = nextMinute(stretch);
                 break;
+            case Outcome::kRefused:
+                // No card, or too many playbacks: either may change.
             case Outcome::kLost:
                 if (!waitForCamera())
                     return false;
@@ -159,6 +161,8 @@ CardDownload::Outcome CardDownload::receive(KvTUTKPlaybackInput& input, const St
             if (writeSounds(input, stretch, fromSec) < 0)
                 return Outcome::kNotWritten;
             switch (input.endReason()) {
+                case PlaybackEnd::kMissing:
+                    return Outcome::kMissing;
                 case PlaybackEnd::kRefused:
                     return Outcome::kRefused;
                 case PlaybackEnd::kFinished:

@@ -19,9 +19,9 @@ namespace orvelle {
 /// fast as the path takes it and beside what is played. Nothing is decoded: pictures, and sound
 /// that the format can hold, keep their bytes. Each stretch begins with the key picture before it.
 ///
-/// The file is called PATH.part until it is whole. A camera that goes away is waited for, and the
-/// download goes on behind the last picture that it got; so it does after a pause. What was stopped
-/// before its end leaves no file behind.
+/// The file is called PATH.part until it is whole. A camera that goes away, or does not play for
+/// now, is waited for, and the download goes on behind the last picture that it got; so it does
+/// after a pause. What was stopped before its end leaves no file behind.
 ///
 /// The device and its record outlive the thread. State and progress may be asked from any thread.
 class CardDownload : public KvThread {
@@ -64,7 +64,7 @@ public:
     QString path() const { return m_finalPath; }
 
 private:
-    enum class Outcome { kReached, kEnded, kRefused, kLost, kInterrupted, kNotWritten };
+    enum class Outcome { kReached, kEnded, kMissing, kRefused, kLost, kInterrupted, kNotWritten };
 
     State fetchAll();
     bool fetchStretch(const Stretch& stretch);
