@@ -103,6 +103,8 @@ private:
     void releaseEntry(KvDeviceGroup& entry);
     void connectRecordings();
     void tellRecordings();
+    /// What went wrong with those that ended on the way out; returns once the user has read it.
+    void tellLastRecordings();
     void reportUnsaved();
     void tellWriteFailure();
     void tellLink();
