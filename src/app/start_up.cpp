@@ -122,7 +122,7 @@ private:
     KvFileUtils m_fileUtils;
     FileCloser m_fileCloser;
     std::unique_ptr<UnfinishedRecordings> m_unfinished =
-        std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot());
+        std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot);
 };
 
 /// A sound server or a disk that hangs keeps the thread that asked it; what is destroyed from here
