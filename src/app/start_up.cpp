@@ -31,7 +31,6 @@
 #include "ui/main/restart_hook.h"
 #include "ui/palette.h"
 #include "ui/preview/recording_news.h"
-#include "ui/preview/saving_dialog.h"
 #include "ui/widgets/focus_ring.h"
 
 namespace orvelle {
@@ -123,15 +122,17 @@ private:
     KvFileUtils m_fileUtils;
     FileCloser m_fileCloser;
     std::unique_ptr<UnfinishedRecordings> m_unfinished =
-        std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot());
+        std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot);
 };
 
-/// A sound server that hangs keeps the thread that asked it; what is destroyed from here on would
-/// wait for that or abort.
-void leaveHungSoundBehind(int exitCode) {
-    if (SoundThread::instance().hasEnded(kSoundWaitMs))
+/// A sound server or a disk that hangs keeps the thread that asked it; what is destroyed from here
+/// on would wait for that, abort or be taken away from under it.
+void leaveHungThreadsBehind(bool areRecordingsClosed, int exitCode) {
+    const bool isSoundClosed = SoundThread::instance().hasEnded(kSoundWaitMs);
+    if (isSoundClosed && areRecordingsClosed)
         return;
-    qWarning("the sound server does not answer; its thread is left behind");
+    if (!isSoundClosed)
+        qWarning("the sound server does not answer; its thread is left behind");
     std::fflush(nullptr);
     std::_Exit(exitCode);
 }
@@ -189,9 +190,10 @@ int runOrvelle(int argc, char** argv) {
         chooseFont();
         code = runMainWindow(application);
     }
-    RecordingNews::shutDown(SavingDialog::kMaxWaitMs);
+    const bool areRecordingsClosed =
+        RecordingNews::shutDown(RecordingNews::instance().endDeadline());
     services.reset();
-    leaveHungSoundBehind(code);
+    leaveHungThreadsBehind(areRecordingsClosed, code);
     return code;
 }
 

@@ -11,9 +11,9 @@
 
 namespace orvelle {
 
-static Q_LOGGING_CATEGORY(lcFiles, "orvelle.core.files")
+static Q_LOGGING_CATEGORY(lcFiles, "orvelle.core.files");
 
-    bool writePrivateFile(const QString& path, const QByteArray& bytes) {
+bool writePrivateFile(const QString& path, const QByteArray& bytes) {
     QSaveFile file(path);
     // An error at the buffer's last flush would not reach commit().
     if (file.open(QIODevice::WriteOnly) &&

@@ -138,7 +138,7 @@ private slots:
         const uint64_t before = rig.player.stats().audioFramesReceived;
         QTRY_VERIFY(rig.player.recorder()->isRecording() &&
                     rig.player.stats().audioFramesReceived > before + 100);
-        rig.player.stopRecord();
+        rig.player.releaseRecord()->stop();
         const test::RecordingReader recording(path);
         QVERIFY(recording.isOpen() && recording.streams() == 2 && recording.packets(1) > 2);
         QTRY_VERIFY(!rig.isSoundAsked());

@@ -331,6 +331,34 @@ private slots:
             QVERIFY(second.codec(1).sample_rate != first.codec(1).sample_rate);
     }
 
+    /// Pausing stops the decoder, which then knows nothing, and the packets go on.
+    void recording_goesOn_whileTheDecoderRests() {
+        const std::vector<EncodedPicture> clip = encodeClip({false, 64, 48, 30, 10});
+        const std::vector<EncodedPicture> other = encodeClip({false, 96, 64, 10, 10});
+        Rig rig;
+        rig.give(clip[0]);
+        QTRY_VERIFY(rig.decoder.videoParameters());
+        // Without sound the file is begun a second later.
+        rig.record();
+        rig.decoder.stop();
+        QVERIFY(!rig.decoder.videoParameters());
+        for (size_t i = 1; i < 20; ++i)
+            rig.give(clip[i]);
+        QTest::qWait(1100);
+        rig.give(clip[20]);
+        QTRY_COMPARE(rig.events.count(R::kCreated), 1);
+        for (const EncodedPicture& picture : other)
+            rig.give(picture);
+        rig.recorder.stop();
+        QCOMPARE(rig.events.count(R::kFailed), 0);
+        const QStringList files = rig.recorder.result().files;
+        QCOMPARE(files.size(), 2);
+        const RecordingReader first(files[0]), second(files[1]);
+        QVERIFY(first.decodesAllPictures() && second.decodesAllPictures());
+        QCOMPARE(first.packets(0), 21);
+        QCOMPARE(second.packets(0), 10);
+    }
+
     void recording_leavesNoFile_whenNobodyWantsOrSeesIt() {
         for (const bool isDropped : {false, true}) {
             Rig rig;

@@ -273,11 +273,16 @@ private slots:
                 write("20260102030405-2.mp4", fragments.left(fragments.size() - 7), true) &&
                 write("20260102030406.mp4", header, true) &&
                 write("holiday.mp4", fragments, true) && write("20260102030407.mp4", "no", true));
-        UnfinishedRecordings finishing(media.path());
+        // Of a share whose clock is behind.
+        QVERIFY(write("20260102030409.mp4", fragments, true));
+        UnfinishedRecordings finishing([&media] { return media.path(); });
         QVERIFY(write("20260102030408.mp4", fragments, false));  // it is being recorded
         finishing.start();
-        finishing.waitForEnd();
-        QCOMPARE(video.entryList(QDir::Files).size(), 5);
+        QByteArray grown = fragments;
+        while (!finishing.waitForEnd(100))
+            QVERIFY(write("20260102030409.mp4", grown += fragments, true));
+        QCOMPARE(video.entryList(QDir::Files).size(), 6);
+        QVERIFY(boxesOf(video.filePath(QStringLiteral("20260102030409.mp4"))).contains("moof"));
         QVERIFY(!video.exists(QStringLiteral("20260102030406.mp4")));
         for (const char* name : {"20260102030405.mp4", "20260102030405-2.mp4"}) {
             const QString path = video.filePath(QLatin1String(name));

@@ -19,6 +19,7 @@
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast_view.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QLabel>
 #include <QMenu>
@@ -139,7 +140,7 @@ void RecordingsEndTest::init() {
 void RecordingsEndTest::cleanup() {
     s_syncDelayMs = 0;
     m_window.reset();
-    RecordingNews::shutDown(kTimeoutMs);
+    RecordingNews::shutDown(QDeadlineTimer(kTimeoutMs));
     m_cameras.reset();
     m_clerk.reset();
 }

@@ -2,9 +2,9 @@
 #include "core/file_utils.h"
 #include "device/device.h"
 #include "render/video_surface.h"
+#include "support/clerk.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
-#include "support/clerk.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/device_record_view.h"
 #include "ui/preview/recording_news.h"
@@ -123,7 +123,11 @@ void TileActionsTest::recording_endsAsAskedFor() {
     // Some pictures after the first one.
     QSignalSpy speed(m_tile.get(), &KvDevicePlayerView::updateSpeedLabelSignal);
     QTRY_VERIFY(speed.count() >= 2);
+    const QString label =
+        KvFileUtils::mediaPath(m_tile->device()->uid()) + QStringLiteral("/Camera.txt");
+    QFile::remove(label);
     record(seconds);
+    QTRY_VERIFY(QFile::exists(label));
     QVERIFY(ui()->recordView()->isVisible() && m_tile->isRecording());
     if (ending == QLatin1String("save"))
         ui()->recordView()->saveButton()->click();

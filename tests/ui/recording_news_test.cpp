@@ -2,8 +2,10 @@
 
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QtTest>
 
+#include "support/clerk.h"
 #include "support/suites.h"
 #include "ui/main/main_window.h"
 #include "ui/widgets/notice_bar.h"
@@ -76,6 +78,23 @@ private slots:
         QVERIFY(window.rect().contains(notice->geometry()));
         notice->findChild<QPushButton*>()->click();
         QVERIFY(!notice->isVisible());
+    }
+
+    void failure_isTold_beforeTheProgramEnds() {
+        for (const Fault fault : {Fault::kDiskFull, Fault::kNone}) {
+            test::Clerk clerk;
+            MainWindow window;
+            window.show();
+            QTimer::singleShot(0, &window, [&] {
+                RecordingNews::instance().add(result(1, fault));
+                window.close();
+            });
+            QCOMPARE(QApplication::exec(), 0);
+            const bool isWarning = fault != Fault::kNone;
+            QCOMPARE(clerk.questions.size(), isWarning ? 2 : 1);
+            QCOMPARE(clerk.questions.last().contains(QStringLiteral("The disk is full")),
+                     isWarning);
+        }
     }
 };
 

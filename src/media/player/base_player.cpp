@@ -144,9 +144,12 @@ void KvBasePlayer::stopRecord() {
 }
 
 std::unique_ptr<KvPlayerRecorder> KvBasePlayer::releaseRecord() {
-    if (m_recorder)
-        m_recorder->release();
-    return std::move(m_recorder);
+    std::unique_ptr<KvPlayerRecorder> released = std::move(m_recorder);
+    if (released) {
+        released->release();
+        followSound();
+    }
+    return released;
 }
 
 double KvBasePlayer::recordLeadSec() const {

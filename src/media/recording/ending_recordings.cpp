@@ -1,6 +1,5 @@
 #include "media/recording/ending_recordings.h"
 
-#include <QDeadlineTimer>
 #include <QThread>
 
 #include <algorithm>
@@ -57,8 +56,7 @@ void EndingRecordings::reap() {
     }
 }
 
-bool EndingRecordings::waitForAll(int timeoutMs) {
-    const QDeadlineTimer deadline(timeoutMs);
+bool EndingRecordings::waitForAll(const QDeadlineTimer& deadline) {
     for (reap(); count() > 0 && !deadline.hasExpired(); reap())
         QThread::msleep(kLookIntervalMs);
     return count() == 0;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QObject>
 
 #include <memory>
@@ -24,8 +25,8 @@ public:
     /// The recording was released by its player. Null is harmless.
     void take(std::unique_ptr<KvPlayerRecorder> recorder);
     int count() const { return static_cast<int>(m_recorders.size()); }
-    /// Blocks until all have ended, `timeoutMs` at most; whether they have.
-    bool waitForAll(int timeoutMs);
+    /// Blocks until all have ended, no longer than the deadline; whether they have.
+    bool waitForAll(const QDeadlineTimer& deadline);
 
 signals:
     /// One has ended, and its file is closed.

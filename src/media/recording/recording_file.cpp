@@ -45,7 +45,8 @@ bool advances(int64_t& lastTicks, int64_t ticks) {
 }
 
 void traceSound(const AVStream& stream, const AVPacket& stamped, double cameraSec) {
-    qDebug(
+    qCDebug(
+        lcDebug,
         "write audio pts = %lld, frame_size = %d, duration = %lld, time = %.2lf, srcTime = %.3lf",
         static_cast<long long>(stamped.pts), stream.codecpar->frame_size,
         static_cast<long long>(stamped.duration),
@@ -199,8 +200,8 @@ int RecordingFile::writeVideo(KvBasePlayerInputPacket& packet) {
     }
     const AVPacket& stamped = *packet.packet();
     qCDebug(lcDebug, "write video pts = %lld, duration = %lld, time = %.2lf, srcTime = %.3lf",
-           static_cast<long long>(stamped.pts), static_cast<long long>(stamped.duration),
-           static_cast<double>(stamped.pts) * av_q2d(m_video.stream->time_base), packet.time());
+            static_cast<long long>(stamped.pts), static_cast<long long>(stamped.duration),
+            static_cast<double>(stamped.pts) * av_q2d(m_video.stream->time_base), packet.time());
     return isWritten ? hold(m_video, *packet.packet()) : 0;
 }
 

@@ -1,8 +1,15 @@
 #include "media/recording/recording_source.h"
 
+#include <utility>
+
 #include "media/stages/base_player_decoder.h"
 
 namespace orvelle {
+
+RecordingSource::RecordingSource(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder)
+    : m_input(input), m_decoder(decoder) {
+    learn();
+}
 
 bool RecordingSource::isComplete() const {
     std::lock_guard<std::mutex> lock(m_mutex);
@@ -22,22 +29,31 @@ void RecordingSource::release() {
     std::lock_guard<std::mutex> lock(m_mutex);
     if (m_input)
         m_input->setPacketCallback(nullptr, nullptr);
-    if (m_decoder) {
-        m_lastVideo = m_decoder->videoParameters();
-        m_lastAudio = m_decoder->audioParameters();
-    }
+    learn();
     m_input = nullptr;
     m_decoder = nullptr;
 }
 
-StreamParameters RecordingSource::videoParameters() const {
+StreamParameters RecordingSource::videoParameters() {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return m_decoder ? m_decoder->videoParameters() : m_lastVideo.copy();
+    learn();
+    return m_lastVideo.copy();
 }
 
-StreamParameters RecordingSource::audioParameters() const {
+StreamParameters RecordingSource::audioParameters() {
     std::lock_guard<std::mutex> lock(m_mutex);
-    return m_decoder ? m_decoder->audioParameters() : m_lastAudio.copy();
+    learn();
+    return m_lastAudio.copy();
+}
+
+/// A decoder that is paused, or begins anew, knows nothing for a while.
+void RecordingSource::learn() {
+    if (!m_decoder)
+        return;
+    if (StreamParameters video = m_decoder->videoParameters())
+        m_lastVideo = std::move(video);
+    if (StreamParameters audio = m_decoder->audioParameters())
+        m_lastAudio = std::move(audio);
 }
 
 }  // namespace orvelle

@@ -9,13 +9,12 @@ class KvBasePlayerDecoder;
 
 namespace orvelle {
 
-/// What a recording needs of a player's stages, which may be taken away from under it: what the
-/// decoder knew then stays known. Any thread.
+/// What a recording needs of a player's stages, which may be paused or taken away from under it:
+/// what the decoder last knew stays known. Any thread.
 class RecordingSource {
 public:
     /// Both borrowed until release().
-    RecordingSource(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder)
-        : m_input(input), m_decoder(decoder) {}
+    RecordingSource(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder);
 
     bool isComplete() const;
     /// As KvBasePlayerInput::setPacketCallback(); does nothing after release().
@@ -24,15 +23,17 @@ public:
     /// Detaches, and uses neither stage once it returns.
     void release();
 
-    /// Empty while nothing is known.
-    StreamParameters videoParameters() const;
-    StreamParameters audioParameters() const;
+    /// Empty until something is known.
+    StreamParameters videoParameters();
+    StreamParameters audioParameters();
 
 private:
+    void learn();
+
     mutable std::mutex m_mutex;  ///< guards everything below; comes before the input's packet lock
     KvBasePlayerInput* m_input;
     KvBasePlayerDecoder* m_decoder;
-    StreamParameters m_lastVideo;  ///< as they were at release()
+    StreamParameters m_lastVideo;  ///< the last that were not empty
     StreamParameters m_lastAudio;
 };
 

@@ -33,7 +33,7 @@ bool needsParameterSets(int codecId) {
 
 }  // namespace
 
-RecordingWriter::RecordingWriter(const RecordingSource& source, const QString& path,
+RecordingWriter::RecordingWriter(RecordingSource& source, const QString& path,
                                  const QString& formatName, Events events)
     : m_source(source), m_path(path), m_formatName(formatName), m_events(std::move(events)) {}
 

@@ -31,7 +31,7 @@ public:
     };
 
     /// `source` is borrowed.
-    RecordingWriter(const RecordingSource& source, const QString& path, const QString& formatName,
+    RecordingWriter(RecordingSource& source, const QString& path, const QString& formatName,
                     Events events);
 
     void setBegunAt(const QDateTime& time) { m_begunAt = time; }  ///< before the first packet
@@ -63,7 +63,7 @@ private:
     int put(Packet& packet);
     int closeFile();
 
-    const RecordingSource& m_source;
+    RecordingSource& m_source;
     const QString m_path;
     const QString m_formatName;
     const Events m_events;

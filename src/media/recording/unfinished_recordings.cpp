@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 
+#include <utility>
+
 #include "media/media_log.h"
 #include "media/recording/fragment_finisher.h"
 
@@ -12,8 +14,8 @@ namespace orvelle {
 
 namespace {
 
-/// A recording grows twice a second; what changed so recently may be one of another program.
-constexpr qint64 kRecentMs = 10'000;
+/// A recording grows twice a second; one that grows is another program's, or has just been begun
+/// on a share whose clock is behind.
 constexpr int kWatchMs = 3000;
 
 bool isRecordingName(const QString& name) {
@@ -23,21 +25,18 @@ bool isRecordingName(const QString& name) {
 
 }  // namespace
 
-UnfinishedRecordings::UnfinishedRecordings(const QString& mediaRoot)
+UnfinishedRecordings::UnfinishedRecordings(std::function<QString()> mediaRoot)
     : KvThread(QStringLiteral("finish-records")),
-      m_mediaRoot(mediaRoot),
+      m_mediaRoot(std::move(mediaRoot)),
       m_startedAt(QDateTime::currentDateTimeUtc()) {}
 
 void UnfinishedRecordings::run() {
-    const QStringList cameras = QDir(m_mediaRoot).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
-    for (const QString& camera : cameras) {
-        const QDir folder(m_mediaRoot + QLatin1Char('/') + camera + QStringLiteral("/Video"));
-        for (const QString& name : folder.entryList({QStringLiteral("*.mp4")}, QDir::Files)) {
-            if (isStopped())
-                return;
-            if (isRecordingName(name))
-                finish(folder.filePath(name));
-        }
+    const QMap<QString, qint64> found = find();
+    if (found.isEmpty() || sleepUnlessStopped(kWatchMs))
+        return;
+    for (auto file = found.cbegin(); file != found.cend() && !isStopped(); ++file) {
+        if (QFileInfo(file.key()).size() == file.value())
+            finish(file.key());
     }
     if (m_finished > 0 || m_removed > 0)
         qCInfo(lcMedia,
@@ -45,9 +44,27 @@ void UnfinishedRecordings::run() {
                m_finished, m_removed);
 }
 
+QMap<QString, qint64> UnfinishedRecordings::find() const {
+    QMap<QString, qint64> found;
+    const QString root = m_mediaRoot();
+    for (const QString& camera : QDir(root).entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        const QDir folder(root + QLatin1Char('/') + camera + QStringLiteral("/Video"));
+        for (const QString& name : folder.entryList({QStringLiteral("*.mp4")}, QDir::Files)) {
+            if (isStopped())
+                return {};
+            const QString path = folder.filePath(name);
+            if (isRecordingName(name) && mayBeUnfinished(path))
+                found.insert(path, QFileInfo(path).size());
+        }
+    }
+    return found;
+}
+
+bool UnfinishedRecordings::mayBeUnfinished(const QString& path) const {
+    return QFileInfo(path).lastModified() < m_startedAt && FragmentFinisher::isInFragments(path);
+}
+
 void UnfinishedRecordings::finish(const QString& path) {
-    if (!FragmentFinisher::isInFragments(path) || !isAtRest(path))
-        return;
     switch (FragmentFinisher(path).finish()) {
         case FragmentFinisher::Outcome::kFinished:
             ++m_finished;
@@ -58,15 +75,6 @@ void UnfinishedRecordings::finish(const QString& path) {
         default:
             qCWarning(lcMedia).noquote() << "recording stays in fragments:" << path;
     }
-}
-
-bool UnfinishedRecordings::isAtRest(const QString& path) {
-    const QFileInfo before(path);
-    if (before.lastModified() >= m_startedAt)
-        return false;
-    if (before.lastModified().msecsTo(QDateTime::currentDateTimeUtc()) > kRecentMs)
-        return true;
-    return !sleepUnlessStopped(kWatchMs) && QFileInfo(path).size() == before.size();
 }
 
 }  // namespace orvelle

@@ -247,5 +247,6 @@ void MainWindow::exitProgram() {
     m_ui->cameras()->freezeStates();
     KvAppCancelDialog(this).start(m_ui->contentLeft());
     orvelle::SavingDialog(this).run(m_ui->contentLeft());
+    tellLastRecordings();
     QCoreApplication::quit();
 }

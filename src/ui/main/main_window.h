@@ -103,6 +103,8 @@ private:
     void releaseEntry(KvDeviceGroup& entry);
     void connectRecordings();
     void tellRecordings();
+    /// What went wrong with those that ended on the way out; returns once the user has read it.
+    void tellLastRecordings();
     void reportUnsaved();
     void tellWriteFailure();
     void tellLink();
@@ -110,7 +112,8 @@ private:
     /// Once nothing else is in front.
     void offerUpdate();
     void downloadUpdate(const KvUpdateInfo& info);
-    /// Leaves the program once the installer runs; else what to tell the user.
+    /// Leaves the program once the installer runs, unless the user would rather have what is being
+    /// recorded go on; else what to tell the user.
     QString startInstaller(const QString& path, const orvelle::InstallerProof& proof);
     bool wantsToRetry(const QString& failure);
     /// The one way out that asks: every close button, key and menu comes here.

@@ -35,3 +35,10 @@ void MainWindow::tellRecordings() {
     else
         m_toast.show(this, message.text, KvToast::kBottomCentre, kPathToastMs);
 }
+
+void MainWindow::tellLastRecordings() {
+    const orvelle::RecordingNews::Message message =
+        orvelle::RecordingNews::instance().takeMessage();
+    if (message.isWarning)
+        inform(message.text);
+}

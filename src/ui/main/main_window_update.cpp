@@ -9,6 +9,8 @@
 #include "ui/dialogs/new_version_dialog.h"
 #include "ui/main/main_window.h"
 #include "ui/main/main_window_ui.h"
+#include "ui/preview/devices_preview.h"
+#include "ui/preview/recording_question.h"
 #include "ui/widgets/text.h"
 #include "update/installer.h"
 #include "update/update_server.h"
@@ -80,6 +82,9 @@ void MainWindow::downloadUpdate(const KvUpdateInfo& info) {
 
 QString MainWindow::startInstaller(const QString& path, const orvelle::InstallerProof& proof) {
     using Outcome = orvelle::InstallerThread::Outcome;
+    // Once the installer runs there is no way back.
+    if (!orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this))
+        return {};
     orvelle::InstallerStartDialog dialog(path, proof, this);
     dialog.execCentred();
     switch (dialog.outcome()) {

@@ -52,6 +52,8 @@ void RecordControl::start(const QString& uid, const QString& folder, bool exists
         m_recording->start(folder);
     else if (agreesToDefaultFolder(m_tile) && mayStart(uid))
         m_recording->start(KvFileUtils::videoPath(uid));
+    if (m_recording->isRunning())
+        nameMediaFolder(uid);
 }
 
 void RecordControl::tellSaved(const RecordingResult& result) {

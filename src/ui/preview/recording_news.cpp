@@ -16,6 +16,7 @@ namespace {
 constexpr int kGatherMs = 300;
 /// What is still being closed is waited for so many times.
 constexpr int kMaxDelays = 10;
+constexpr int kMaxEndMs = 10'000;
 
 QString causeOf(RecordingFault fault) {
     switch (fault) {
@@ -77,11 +78,18 @@ RecordingNews& RecordingNews::instance() {
     return news ? *news : *new RecordingNews(application);
 }
 
-void RecordingNews::shutDown(int timeoutMs) {
+bool RecordingNews::shutDown(const QDeadlineTimer& deadline) {
     RecordingNews& news = instance();
-    news.m_ending.waitForAll(timeoutMs);
-    news.m_endingTold.waitForAll(news.m_ending.count() > 0 ? 0 : timeoutMs);
+    bool areAllClosed = news.m_ending.waitForAll(deadline);
+    areAllClosed = news.m_endingTold.waitForAll(deadline) && areAllClosed;
     delete &news;
+    return areAllClosed;
+}
+
+QDeadlineTimer RecordingNews::endDeadline() {
+    if (m_endDeadline.isForever())
+        m_endDeadline.setRemainingTime(kMaxEndMs);
+    return m_endDeadline;
 }
 
 void RecordingNews::endLater(std::unique_ptr<KvPlayerRecorder> recorder, bool isTold) {

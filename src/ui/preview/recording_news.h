@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QTimer>
 
@@ -25,14 +26,17 @@ public:
 
     /// Belongs to the application, and is made when first needed.
     static RecordingNews& instance();
-    /// Waits for recordings that are still being closed, `timeoutMs` at most; nothing is told
-    /// after.
-    static void shutDown(int timeoutMs);
+    /// Waits for recordings that are still being closed, no longer than the deadline; nothing is
+    /// told after. False when some are left to their disk: their threads run until the process
+    /// ends, so that nothing they may use can be destroyed.
+    static bool shutDown(const QDeadlineTimer& deadline);
 
     /// Takes over a recording that its player has released. With `isTold` somebody else tells that
     /// it was saved, and only a failure is news.
     void endLater(std::unique_ptr<KvPlayerRecorder> recorder, bool isTold);
     void add(const RecordingResult& result);
+    /// How long a disk that hangs may hold up the end of the program; runs from the first call.
+    QDeadlineTimer endDeadline();
     /// How many are still being closed.
     int pending() const { return m_ending.count() + m_endingTold.count(); }
 
@@ -54,8 +58,9 @@ private:
     EndingRecordings m_ending;
     EndingRecordings m_endingTold;
     std::vector<RecordingResult> m_results;
-    QTimer m_timer;    ///< runs while more may come
-    int m_delays = 0;  ///< of the present message
+    QTimer m_timer;                                         ///< runs while more may come
+    int m_delays = 0;                                       ///< of the present message
+    QDeadlineTimer m_endDeadline{QDeadlineTimer::Forever};  ///< until endDeadline() is asked for
 };
 
 }  // namespace orvelle

@@ -13,9 +13,10 @@ SavingDialog::SavingDialog(QWidget* parent)
 }
 
 void SavingDialog::run(int leftInset) {
-    if (RecordingNews::instance().pending() == 0)
+    RecordingNews& news = RecordingNews::instance();
+    if (news.pending() == 0)
         return;
-    m_timer.start(kMaxWaitMs);
+    m_timer.start(static_cast<int>(news.endDeadline().remainingTime()));
     execCentred(leftInset);
 }
 

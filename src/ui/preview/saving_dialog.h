@@ -6,15 +6,12 @@
 
 namespace orvelle {
 
-/// Says that recordings are still being written to their disk, until they are or it has been
-/// given long enough. Interface thread.
+/// Says that recordings are still being written to their disk, until they are or the end
+/// of the program has been held up for long enough. Interface thread.
 class SavingDialog : public BusyDialog {
     Q_OBJECT
 
 public:
-    /// What a disk that hangs may hold up the end of the program.
-    static constexpr int kMaxWaitMs = 10'000;
-
     explicit SavingDialog(QWidget* parent = nullptr);
 
     /// Returns at once when nothing is being written.

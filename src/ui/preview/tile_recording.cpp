@@ -1,10 +1,12 @@
 #include "ui/preview/tile_recording.h"
 
 #include <QDateTime>
+#include <QFile>
 #include <QtDebug>
 
 #include <cmath>
 
+#include "device/device_manager.h"
 #include "media/live/device_player.h"
 #include "media/recording/player_recorder.h"
 #include "ui/preview/recording_news.h"
@@ -17,6 +19,20 @@ constexpr double kLimitSeconds = 3600.0;
 
 QString nameOf(const QDateTime& time) {
     return time.toString(QStringLiteral("yyyyMMddHHmmss"));
+}
+
+/// Of a recording that had ended before it could be asked to drop them. Returns at once.
+void removeLater(const QStringList& files) {
+    KvDeviceManager* const manager = KvDeviceManager::instance();
+    if (!manager)
+        return;
+    for (const QString& file : files) {
+        manager->fileWriter().run(file, [file] {
+            if (!QFile::remove(file))
+                qWarning().noquote() << file << "could not be removed";
+            return true;
+        });
+    }
 }
 
 }  // namespace
@@ -73,8 +89,8 @@ void TileRecording::handleEnd() {
     const End end = m_end;
     reset();
     if (end == End::kDiscard)
-        return;
-    if (result.fault != RecordingFault::kNone)
+        removeLater(result.files);
+    else if (result.fault != RecordingFault::kNone)
         RecordingNews::instance().add(result);
     else if (result.files.isEmpty())
         emit nothingSaved();
