@@ -1,11 +1,11 @@
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QLoggingCategory>
 
 #include <cstdio>
 
 #include "core/configure.h"
 #include "core/language.h"
+#include "core/log.h"
 #include "media/live/device_inputs.h"
 #include "media/media_log.h"
 #include "platform/heap.h"
@@ -24,10 +24,11 @@ struct Section {
     bool isUsual = true;  ///< measured unless others are wanted
 };
 constexpr Section kSections[] = {
-    {"startup", measureStartUp},    {"connect", measureConnecting}, {"engine", measureEngine},
-    {"fullhd", measureFullHd},      {"grid", measureGrid},          {"delay", measureDelay},
-    {"record", measureRecording},   {"playback", measurePlayback},  {"latency", measureLatency},
-    {"storm", measureStorm, false}, {"peers", measurePeers, false},
+    {"startup", measureStartUp},   {"list", measureList},          {"connect", measureConnecting},
+    {"engine", measureEngine},     {"fullhd", measureFullHd},      {"grid", measureGrid},
+    {"delay", measureDelay},       {"record", measureRecording},   {"playback", measurePlayback},
+    {"latency", measureLatency},   {"storm", measureStorm, false}, {"peers", measurePeers, false},
+    {"download", measureDownload},
 };
 
 QStringList sectionNames() {
@@ -110,7 +111,7 @@ int main(int argc, char** argv) {
     qputenv("XDG_DATA_HOME", QFile::encodeName(data.path()));
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47821");
-    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
+    orvelle::setDebugLines(false);
     // As the client itself does.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);

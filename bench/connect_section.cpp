@@ -47,7 +47,7 @@ void startClient(QProcess& client, const QString& dataHome) {
 
 /// From `timer`'s start until the camera has its client.
 bool report(const char* key, const QElapsedTimer& timer, CameraProcess& camera, Report& report) {
-    if (!camera.waitForClient(kConnectTimeoutMs))
+    if (!camera.waitForLine(" connected", kConnectTimeoutMs))
         return false;
     report.add(QLatin1String(key), static_cast<double>(timer.elapsed()), QStringLiteral("< 3000"));
     return true;

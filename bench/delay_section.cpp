@@ -22,7 +22,7 @@ using test::runFor;
 namespace {
 
 constexpr int kOfflineCameras = 4;
-/// The rounds that look for the cameras that are away are 6 s apart.
+/// The rounds that look for the cameras that are away are 5 s apart.
 constexpr int kRoundMs = 7000;
 constexpr char kAddedUid[] = "BENCHADDED";
 
@@ -40,7 +40,7 @@ std::vector<KvDevice*> addOfflineCameras() {
 }
 
 bool addCamera(MainWindow& window) {
-    KvTUTKDeviceAddDialog dialog(&window);
+    KvTUTKDeviceAddDialog dialog(KvDeviceManager::instance()->reaper(), &window);
     dialog.start(QString::fromStdString(encodeDeviceCode(kAddedUid, CameraProcess::kPassword)));
     return dialog.execCentred() == QDialog::Accepted &&
            dialog.status() == KvTUTKDeviceAddDialog::kAdded;
@@ -89,7 +89,8 @@ bool measureDelay(Workbench& bench) {
     if (!grid->play(kPlayTimeoutMs))
         return false;
     for (KvDevice* device : addOfflineCameras())
-        KvDeviceManager::instance()->addGroup(std::make_unique<KvDeviceGroup>(device));
+        if (!KvDeviceManager::instance()->addGroup(std::make_unique<KvDeviceGroup>(device)))
+            return false;
     emit KvDeviceManager::instance()->listChanged();
     runFor(kSettleMs);
     const bool changed = measureWorstDelay(grid->window(), bench.report());

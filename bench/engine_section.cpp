@@ -1,7 +1,6 @@
 #include <future>
 
 #include "plain_decoding.h"
-#include "platform/heap.h"
 #include "process_usage.h"
 #include "sections.h"
 #include "system/camera_set.h"
@@ -57,7 +56,6 @@ bool measureBareViews(const CameraSet& cameras, Report& report) {
                QStringLiteral("<= 40"));
     report.add(QStringLiteral("dropped_frames_16x360p"),
                static_cast<double>(grid.picturesLost() - lostBefore), QStringLiteral("0"));
-    giveBackHeap();  // as the client does once a minute
     report.add(QStringLiteral("rss_16x360p_mib"), residentMib(), QStringLiteral("<= 200"));
     return true;
 }
@@ -65,7 +63,8 @@ bool measureBareViews(const CameraSet& cameras, Report& report) {
 }  // namespace
 
 bool measureEngine(Workbench& bench) {
-    CameraSet cameras(QStringLiteral("BENCHENGINE"), kGridCameras, bench.clipSource("360p"));
+    CameraSet cameras(QStringLiteral("BENCHENGINE"), kGridCameras, bench.clipSource("360p"),
+                      CameraSet::Processes::kEach);
     return cameras.connectAll() && measureIdle(bench.report()) &&
            measureUndrawn(cameras, bench.clip("360p"), bench.report()) &&
            measureBareViews(cameras, bench.report());

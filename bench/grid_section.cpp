@@ -3,7 +3,6 @@
 
 #include "grid_reading.h"
 #include "grid_window.h"
-#include "platform/heap.h"
 #include "sections.h"
 #include "system/camera_set.h"
 #include "workbench.h"
@@ -44,7 +43,6 @@ private:
         m_report.add(QStringLiteral("grid_cpu_%1_pct").arg(name), usage.cpuPct(),
                      QStringLiteral("<= %1").arg(mostPct));
         usage.addDetails(QStringLiteral("grid_") + name, m_report);
-        giveBackHeap();  // as the client does once a minute
         m_report.add(QStringLiteral("grid_%1_rss_mib").arg(name), residentMib());
         const std::vector<double> fps = usage.fps();
         const auto [least, most] = std::minmax_element(fps.begin(), fps.end());

@@ -22,7 +22,8 @@ constexpr int kMaximiseTimeoutMs = 3000;
 KvDeviceGroup* listEntry(std::unique_ptr<KvDeviceGroup> entry, const QString& name) {
     KvDeviceGroup* const listed = entry.get();
     entry->setName(name);
-    KvDeviceManager::instance()->addGroup(std::move(entry));
+    if (!KvDeviceManager::instance()->addGroup(std::move(entry)))
+        qFatal("the grid's entry cannot be listed");
     return listed;
 }
 

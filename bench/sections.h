@@ -11,6 +11,8 @@ bool measureStartUp(Workbench& bench);
 /// From the client's start, and from a camera's, until that camera is connected, while 31 others
 /// that the client knows are off.
 bool measureConnecting(Workbench& bench);
+/// The camera list with 2,000 entries: the slowest key in its filter and the slowest scrolled frame.
+bool measureList(Workbench& bench);
 /// Sixteen connected cameras at rest, and their streams without drawing, next to what decoding
 /// alone costs; then drawn by bare views.
 bool measureEngine(Workbench& bench);
@@ -27,6 +29,8 @@ bool measureDelay(Workbench& bench);
 bool measureRecording(Workbench& bench);
 /// From choosing a moment on the timeline until the recording's first picture is on the screen.
 bool measurePlayback(Workbench& bench);
+/// A download from a card over a path of 4 Mbit/s, against that rate.
+bool measureDownload(Workbench& bench);
 /// The client against sixteen of the field's cheapest player, mpv, on the same clips. Only when
 /// asked for by its name.
 bool measurePeers(Workbench& bench);

@@ -1,9 +1,9 @@
 #include <QApplication>
-#include <QLoggingCategory>
 
 #include <cmath>
 #include <cstdio>
 
+#include "core/log.h"
 #include "device/device.h"
 #include "latency_probe.h"
 #include "media/live/device_inputs.h"
@@ -125,7 +125,7 @@ int main(int argc, char** argv) {
     orvelle::keepHeapSmall();
     qputenv("ORVELLE_LINK_LOOPBACK_ONLY", "1");
     qputenv("ORVELLE_DISCOVERY_PORT", "47822");
-    QLoggingCategory::setFilterRules(QStringLiteral("*.debug=false\n*.info=false"));
+    orvelle::setDebugLines(false);
     orvelle::spareOpenGl();
     const QApplication application(argc, argv);
     const QStringList arguments = QCoreApplication::arguments();

@@ -151,7 +151,7 @@ fi
 (umask 077 && write_known_cameras)
 fill_card
 start_cameras
-"${client[@]}" >"$demo/client.log" 2>&1 &
+ORVELLE_LOG=1 "${client[@]}" >"$demo/client.log" 2>&1 &
 client_pid=$!
 spare=${cameras[known]}
 echo "Watch: click \"$group_name\" in the list."

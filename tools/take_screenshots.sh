@@ -200,7 +200,7 @@ entry() {
     local y=$((215 + 129 * $1))
     click 190 $((y < HEIGHT - 20 ? y : HEIGHT - 20)) "${2:-1}"
 }
-layout() { click_corner $((226 - 40 * $1)) 20; }
+layout() { click_corner $((282 - 40 * $1)) 20; }
 
 first_start() {
     use_data first "$1"

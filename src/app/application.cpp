@@ -37,10 +37,6 @@ void KvApplication::setMainWindow(MainWindow* window) {
     m_mainWindow = window;
 }
 
-MainWindow* KvApplication::mainWindow() const {
-    return m_mainWindow;
-}
-
 void KvApplication::restart() {
     QCoreApplication::exit(-1);
 }

@@ -21,7 +21,6 @@ public:
 
     /// The window of the current pass; not owned.
     void setMainWindow(MainWindow* window);
-    MainWindow* mainWindow() const;
 
     /// Ends the event loop with -1: the main window is built anew, the cameras stay connected.
     static void restart();

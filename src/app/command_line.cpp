@@ -23,6 +23,8 @@ constexpr char kUsage[] =
     "  -v, --version  show the version and end\n"
     "  --log [FILE]   write down what it does, to Orvelle.log among its data or to FILE\n"
     "\n"
+    "ORVELLE_LOG=1 in the environment writes it to the terminal.\n"
+    "\n"
     "Options of the Qt toolkit, as -platform and -style, are taken as well.\n";
 
 QtMessageHandler s_former = nullptr;

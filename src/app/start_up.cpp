@@ -3,11 +3,14 @@
 #include <QMessageBox>
 #include <QTranslator>
 
+#include <cstdio>
+#include <cstdlib>
 #include <optional>
 
 #include "app/application.h"
 #include "app/command_line.h"
 #include "app/language_choice.h"
+#include "core/configure.h"
 #include "core/file_utils.h"
 #include "core/language.h"
 #include "core/log.h"
@@ -23,6 +26,7 @@
 #include "platform/single_instance.h"
 #include "platform/suspend_watch.h"
 #include "render/drawing.h"
+#include "render/sound_thread.h"
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"
 #include "ui/palette.h"
@@ -38,6 +42,7 @@ constexpr int kRestart = -1;
 constexpr int kAlreadyRunning = -1;
 /// Finishing one recording of an interrupted run takes less.
 constexpr int kUnfinishedWaitMs = 2000;
+constexpr int kSoundWaitMs = 2000;
 
 void chooseFont() {
     // Not every system has the house font; these have its Chinese characters.
@@ -56,6 +61,18 @@ void warnAlreadyRunning() {
                          QMessageBox::Ok);
 }
 
+/// Debug lines go where the environment asks for them, or a developer's build runs.
+void chooseDebugLines() {
+#ifdef QT_NO_DEBUG
+    const bool isDebugBuild = false;
+#else
+    const bool isDebugBuild = true;
+#endif
+    const bool isAsked = !qEnvironmentVariableIsEmpty("ORVELLE_LOG");
+    setDebugLines(isDebugBuild || isAsked);
+    setLogEnabled(isAsked);
+}
+
 /// "--log FILE", or "--log" for the usual place: what the program says, for whoever looks for a
 /// fault of a program that has no console.
 void startLogOnRequest() {
@@ -63,14 +80,9 @@ void startLogOnRequest() {
     const int option = arguments.indexOf(QStringLiteral("--log"));
     if (option < 0)
         return;
-    const QString path =
-        arguments.value(option + 1, KvFileUtils::dataRoot() + QStringLiteral("/Orvelle.log"));
-    if (!openLogFile(path)) {
+    const QString path = arguments.value(option + 1, KvFileUtils::logFilePath());
+    if (!startLog(path))
         qWarning("cannot write the log %s", qUtf8Printable(path));
-        return;
-    }
-    setLogEnabled(true);
-    logQtMessages();
 }
 
 /// What an earlier version, or a copy from elsewhere, left open to others is closed once.
@@ -87,7 +99,9 @@ public:
         silenceFfmpeg();
         registerDeviceInputs();
         m_fileCloser.start();
-        KvDeviceManager::create()->start(KvFileUtils::devicesPath());
+        KvDeviceManager* const manager = KvDeviceManager::create();
+        KvConfigure::setWriter(&manager->fileWriter());
+        manager->start(KvFileUtils::devicesPath());
         m_unfinished->start(QThread::LowPriority);
     }
     ~Services() {
@@ -95,6 +109,7 @@ public:
         // A share that hangs holds up nothing but its own thread.
         if (!m_unfinished->waitForEnd(kUnfinishedWaitMs))
             static_cast<void>(m_unfinished.release());
+        KvConfigure::setWriter(nullptr);
         KvDeviceManager::release();
         m_fileCloser.waitForEnd();
     }
@@ -111,6 +126,16 @@ private:
         std::make_unique<UnfinishedRecordings>(KvFileUtils::mediaRoot());
 };
 
+/// A sound server that hangs keeps the thread that asked it; what is destroyed from here on would
+/// wait for that or abort.
+void leaveHungSoundBehind(int exitCode) {
+    if (SoundThread::instance().hasEnded(kSoundWaitMs))
+        return;
+    qWarning("the sound server does not answer; its thread is left behind");
+    std::fflush(nullptr);
+    std::_Exit(exitCode);
+}
+
 /// One main window from its start to its end; the event loop's exit code.
 int runMainWindow(KvApplication& application) {
     const KeepAwake keepAwake;
@@ -126,6 +151,7 @@ int runMainWindow(KvApplication& application) {
 
 int runOrvelle(int argc, char** argv) {
     std::optional<HeldQuitSignals> heldQuitSignals(std::in_place);
+    chooseDebugLines();
     // Sizes are in logical pixels, whatever the screen's density; images come at twice the size.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps);
@@ -145,26 +171,27 @@ int runOrvelle(int argc, char** argv) {
     heldQuitSignals.reset();
     const SuspendWatch suspendWatch([] { KvApplication::restart(); });
 
-    // The lock comes before the services: a second copy must not touch the cameras.
-    SingleInstance singleInstance("Orvelle");
-    std::unique_ptr<Services> services;
     QTranslator toolkitTexts;
-    int code = kRestart;
-    while (code == kRestart) {
+    loadChosenLanguage(toolkitTexts);
+    chooseFont();
+    // The lock comes before the services and goes after them: a second copy must touch neither the
+    // cameras nor their files. It is held while the window is built anew, and is that of the data.
+    SingleInstance singleInstance("Orvelle", KvFileUtils::dataRoot().toStdString());
+    if (!singleInstance.acquire()) {
+        warnAlreadyRunning();
+        return kAlreadyRunning;
+    }
+    std::optional<Services> services(std::in_place);
+    int code = runMainWindow(application);
+    // A suspend that meets the way out does not bring the window back.
+    while (code == kRestart && !KvDeviceManager::instance()->isClosedForGood()) {
         loadChosenLanguage(toolkitTexts);
         chooseFont();
-        if (!singleInstance.acquire()) {
-            warnAlreadyRunning();
-            return kAlreadyRunning;
-        }
-        if (!services)
-            services = std::make_unique<Services>();
         code = runMainWindow(application);
-        // Whoever starts next reads what the user changed last.
-        KvDeviceManager::instance()->finishWrites();
-        singleInstance.release();
     }
     RecordingNews::shutDown(SavingDialog::kMaxWaitMs);
+    services.reset();
+    leaveHungSoundBehind(code);
     return code;
 }
 

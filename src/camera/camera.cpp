@@ -36,7 +36,8 @@ Camera::Camera(CameraProfile profile, CameraAddress address, Feed* feed, PanTilt
       m_commands(m_profile, static_cast<CameraActions*>(this)),
       m_server(std::make_unique<LinkServer>(serverConfig(m_profile, address, *feed),
                                             static_cast<LinkServerListener*>(this))),
-      m_playbacks(m_server.get()) {
+      m_playbacks(m_server.get(), Playbacks::kWatching),
+      m_downloads(m_server.get(), Playbacks::kDownloading) {
     wipe(address.password);
     m_feed->addSink(this);
 }
@@ -53,6 +54,7 @@ int Camera::start() {
 void Camera::stop() {
     m_server->stop();
     m_playbacks.stopAll();
+    m_downloads.stopAll();
 }
 
 uint16_t Camera::port() const {
@@ -80,6 +82,7 @@ void Camera::clientDisconnected(int clientId, bool orderly) {
            static_cast<unsigned long long>(totals.videoFramesSent),
            static_cast<unsigned long long>(totals.videoFramesDropped));
     m_playbacks.forget(clientId);
+    m_downloads.forget(clientId);
     Viewer viewer;
     {
         std::lock_guard<std::mutex> lock(m_mutex);
@@ -183,6 +186,10 @@ CardSpace Camera::cardSpace() {
     return m_card ? m_card->store().space() : CardSpace();
 }
 
+CardOverview Camera::cardOverview() {
+    return m_card ? m_card->store().overview() : CardOverview();
+}
+
 void Camera::listRecordings(int clientId, const ListRequest& request) {
     const bool isThere = m_card && m_card->store().isPresent();
     reply(clientId, IOTYPE_USER_IPCAM_LISTEVENT_VBK_RESP,
@@ -191,15 +198,24 @@ void Camera::listRecordings(int clientId, const ListRequest& request) {
 }
 
 void Camera::playRecording(int clientId, const PlayRequest& request) {
+    control(m_playbacks, Playbacks::kWatching.replyType, clientId, request);
+}
+
+void Camera::downloadRecording(int clientId, const PlayRequest& request) {
+    control(m_downloads, Playbacks::kDownloading.replyType, clientId, request);
+}
+
+void Camera::control(Playbacks& playbacks, uint32_t replyType, int clientId,
+                     const PlayRequest& request) {
     const auto answer = [&](PlayCommand command, int32_t result) {
-        reply(clientId, IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP, playReply(command, result));
+        reply(clientId, replyType, playReply(command, result));
     };
     switch (static_cast<PlayCommand>(request.command)) {
         case PlayCommand::kStop:
-            m_playbacks.stop(clientId);
+            playbacks.stop(clientId);
             return answer(PlayCommand::kStop, 0);
         case PlayCommand::kStart:
-            if (const int32_t refusal = startPlayback(clientId, request.fromSec))
+            if (const int32_t refusal = start(playbacks, clientId, request.fromSec))
                 answer(PlayCommand::kStart, refusal);
             return;
         default:
@@ -207,12 +223,18 @@ void Camera::playRecording(int clientId, const PlayRequest& request) {
     }
 }
 
-int32_t Camera::startPlayback(int clientId, const std::optional<int64_t>& fromSec) {
-    m_playbacks.stop(clientId);
+int32_t Camera::start(Playbacks& playbacks, int clientId, const std::optional<int64_t>& fromSec) {
+    playbacks.stop(clientId);
     if (!m_card || !m_card->store().isPresent())
         return kNoCard;
     const auto recording = fromSec ? m_card->store().find(*fromSec) : std::nullopt;
-    return recording ? m_playbacks.start(clientId, *recording, *fromSec) : kNoRecording;
+    return recording ? playbacks.start(clientId, m_card->store(), *recording, *fromSec)
+                     : kNoRecording;
+}
+
+void Camera::grantRoom(int clientId, const RoomGrant& grant) {
+    m_playbacks.grant(clientId, grant);
+    m_downloads.grant(clientId, grant);
 }
 
 void Camera::formatCard(int clientId) {

@@ -63,15 +63,20 @@ private:
     void setAudio(int clientId, bool on) override;
     void turn(int clientId, uint8_t control, uint8_t speed) override;
     CardSpace cardSpace() override;
+    CardOverview cardOverview() override;
     void listRecordings(int clientId, const ListRequest& request) override;
     void playRecording(int clientId, const PlayRequest& request) override;
+    void downloadRecording(int clientId, const PlayRequest& request) override;
+    void grantRoom(int clientId, const RoomGrant& grant) override;
     void formatCard(int clientId) override;
 
     bool change(int clientId, const std::function<bool(Viewer&)>& edit);
     void letGo(int clientId, const Viewer& viewer);
     void join(int clientId, Viewer& viewer);
     void send(int clientId, const EncodedFrame& frame);
-    int32_t startPlayback(int clientId, const std::optional<int64_t>& fromSec);
+    void control(Playbacks& playbacks, uint32_t replyType, int clientId,
+                 const PlayRequest& request);
+    int32_t start(Playbacks& playbacks, int clientId, const std::optional<int64_t>& fromSec);
 
     const CameraProfile m_profile;
     Feed* const m_feed;
@@ -86,6 +91,7 @@ private:
 
     std::unique_ptr<LinkServer> m_server;  ///< its thread uses everything here
     Playbacks m_playbacks;                 ///< server thread
+    Playbacks m_downloads;                 ///< server thread
 };
 
 }  // namespace orvelle

@@ -30,9 +30,12 @@ constexpr MessageSize kSizes[] = {
     {IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ, kRequestBytes},
     {IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ, kRequestBytes},
     {IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ, kLongRequestBytes},
+    {IOTYPE_USER_IPCAM_RECORD_ROOM, kRoomBytes},
     {IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ, kRequestBytes},
     {IOTYPE_USER_IPCAM_KEEPALIVE, kRequestBytes},
     {IOTYPE_USER_IPCAM_PTZ_COMMAND, kRequestBytes},
+    {IOTYPE_CARD_OVERVIEW_REQ, kRequestBytes},
+    {IOTYPE_CARD_DOWNLOAD, kLongRequestBytes},
 };
 
 const MessageSize* sizeOf(uint32_t type) {
@@ -81,6 +84,12 @@ bool CameraCommands::act(int clientId, uint32_t type, const uint8_t* data) {
         case IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL:
             m_actions->playRecording(clientId, readPlayRequest(data));
             return true;
+        case IOTYPE_CARD_DOWNLOAD:
+            m_actions->downloadRecording(clientId, readPlayRequest(data));
+            return true;
+        case IOTYPE_USER_IPCAM_RECORD_ROOM:
+            m_actions->grantRoom(clientId, readRoomGrant(data));
+            return true;
         case IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ:
             m_actions->formatCard(clientId);
             return true;
@@ -105,6 +114,8 @@ void CameraCommands::answer(int clientId, uint32_t type) {
             return reply(timezoneReply(m_profile));
         case IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_REQ:
             return reply(deviceTypeReply(m_profile));
+        case IOTYPE_CARD_OVERVIEW_REQ:
+            return reply(overviewReply(m_actions->cardOverview(), m_profile.timezoneMinutes));
         default:
             return;
     }

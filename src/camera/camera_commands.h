@@ -20,8 +20,12 @@ public:
     virtual void turn(int clientId, uint8_t control, uint8_t speed) = 0;
     /// From memory; a total of 0 without a card.
     virtual CardSpace cardSpace() = 0;
+    virtual CardOverview cardOverview() = 0;
     virtual void listRecordings(int clientId, const ListRequest& request) = 0;
     virtual void playRecording(int clientId, const PlayRequest& request) = 0;
+    /// The same, beside what the client watches.
+    virtual void downloadRecording(int clientId, const PlayRequest& request) = 0;
+    virtual void grantRoom(int clientId, const RoomGrant& grant) = 0;
     virtual void formatCard(int clientId) = 0;
 };
 

@@ -15,6 +15,7 @@ constexpr uint32_t kFirmwareVersion = 0x01010106;  ///< shown as 1.1.1.6
 
 constexpr size_t kShortRequestBytes = 4;
 constexpr size_t kRequestBytes = 8;
+constexpr size_t kRoomBytes = 16;         ///< room for a playback
 constexpr size_t kLongRequestBytes = 24;  ///< record playback and event lists
 
 /// quality at 4 of 8 bytes; with the firmware version it names the picture's size class.

@@ -21,6 +21,7 @@
 #include "platform/secret_memory.h"
 #include "platform/single_instance.h"
 #include "platform/terminal.h"
+#include "platform/write_fault.h"
 
 extern "C" {
 #include <libavutil/log.h>
@@ -274,6 +275,7 @@ int run(QCoreApplication& application, std::unique_ptr<HeldQuitSignals> held) {
 
 int main(int argc, char** argv) {
     orvelle::keepMemorySecret();
+    orvelle::letTooLargeWritesFail();
     auto held = std::make_unique<orvelle::HeldQuitSignals>();
     // Lines must reach a pipe at once: whoever starts a camera waits for them.
     std::setvbuf(stdout, nullptr, _IONBF, 0);

@@ -88,8 +88,8 @@ QString KvFileUtils::updatePath() {
 }
 
 QString KvFileUtils::mediaRoot() {
-    const QString root = dataRoot();
-    return created(KvConfigure().getString(orvelle::settings::kMediaRoot, root));
+    const QString chosen = KvConfigure().getString(orvelle::settings::kMediaRoot, {});
+    return created(chosen.isEmpty() ? dataRoot() : chosen);
 }
 
 QString KvFileUtils::mediaPath(const QString& uid) {

@@ -21,6 +21,8 @@ public:
     static KvFileUtils* instance();
 
     static QString dataRoot();
+    /// Where a log goes that names no file of its own.
+    static QString logFilePath() { return dataRoot() + QStringLiteral("/Orvelle.log"); }
     static QString cachePath();
     static QString cachePath(const QString& name);
     static QString configurePath();

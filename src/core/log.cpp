@@ -13,6 +13,8 @@
 #include <mutex>
 #include <string>
 
+Q_LOGGING_CATEGORY(lcDebug, "default")
+
 namespace orvelle {
 namespace {
 
@@ -21,7 +23,9 @@ constexpr int kMaxLineBytes = 4096;
 std::atomic<bool> s_enabled{false};
 std::mutex s_mutex;  // guards s_file
 std::unique_ptr<QFile> s_file;
-QtMessageHandler s_formerHandler = nullptr;  // set once, before there are workers
+std::atomic<QtMessageHandler> s_formerHandler{nullptr};
+bool s_areDebugLinesWanted = true;     // main thread
+thread_local bool t_isEchoed = false;  // log() hands a line on that it has written
 
 QByteArray stampedLine(const QByteArray& message) {
     QByteArray line =
@@ -47,12 +51,16 @@ QByteArray writeToFile(const QByteArray& message) {
     return line;
 }
 
+/// A filter rather than the categories' own switches, which would come before the environment's.
+void applyDebugLines(bool areWanted) {
+    QLoggingCategory::setFilterRules(areWanted ? QString() : QStringLiteral("*.debug=false"));
+}
+
 void handleQtMessage(QtMsgType type, const QMessageLogContext& context, const QString& text) {
-    // Debug lines without a category come from here.
-    const bool isOwn = type == QtDebugMsg && qstrcmp(context.category, "default") == 0;
-    if (!isOwn && isLogEnabled())
+    if (!t_isEchoed && isLogEnabled())
         writeToFile(qFormatLogMessage(type, context, text).toUtf8() + '\n');
-    s_formerHandler(type, context, text);
+    if (const QtMessageHandler former = s_formerHandler)
+        former(type, context, text);
 }
 
 }  // namespace
@@ -67,8 +75,11 @@ void log(const char* format, [[maybe_unused]] int level, ...) {
     va_copy(forFile, arguments);
     // Qt's message handler may log again, so it is called without the lock.
     const QByteArray line = writeToFile(formatted(format, forFile));
-    if (line.size() > 1)
+    if (line.size() > 1) {
+        t_isEchoed = true;
         qDebug("%s", line.constData());
+        t_isEchoed = false;
+    }
     va_end(forFile);
     std::vprintf(format, arguments);
     va_end(arguments);
@@ -100,7 +111,29 @@ void closeLogFile() {
 }
 
 void logQtMessages() {
-    s_formerHandler = qInstallMessageHandler(&handleQtMessage);
+    const QtMessageHandler former = qInstallMessageHandler(&handleQtMessage);
+    if (former != &handleQtMessage)
+        s_formerHandler = former;
+}
+
+void setDebugLines(bool areWanted) {
+    s_areDebugLinesWanted = areWanted;
+    applyDebugLines(areWanted);
+}
+
+bool startLog(const QString& path) {
+    if (!openLogFile(path))
+        return false;
+    setLogEnabled(true);
+    applyDebugLines(true);
+    logQtMessages();
+    return true;
+}
+
+void stopLog() {
+    setLogEnabled(false);
+    closeLogFile();
+    applyDebugLines(s_areDebugLinesWanted);
 }
 
 }  // namespace orvelle

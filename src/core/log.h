@@ -1,6 +1,11 @@
 #pragma once
 
+#include <QLoggingCategory>
 #include <QString>
+
+/// Qt's own "default", for debug lines that come by the packet or the picture: qCDebug() does not
+/// even format one that is not wanted, as qDebug() does.
+Q_DECLARE_LOGGING_CATEGORY(lcDebug)
 
 namespace orvelle {
 
@@ -22,8 +27,17 @@ bool isLogEnabled();
 bool openLogFile(const QString& path);
 void closeLogFile();
 
-/// From now on Qt's own messages, and those of our logging categories, go to an open log file of an
-/// enabled log as well as to where they went before. Called once, by the main thread.
+/// From now on Qt's messages, those of our categories and debug lines go to an open log file of an
+/// enabled log as well as to where they went before. Main thread; once it is done, nothing is done.
 void logQtMessages();
+
+/// Whether debug lines are made at all. The environment's QT_LOGGING_RULES have the last word.
+void setDebugLines(bool areWanted);
+
+/// Everything, debug lines as well, from now on into the file at `path`; false when it cannot be
+/// written. Main thread, as the next one.
+bool startLog(const QString& path);
+/// The end of that. Debug lines stop unless they were wanted before.
+void stopLog();
 
 }  // namespace orvelle

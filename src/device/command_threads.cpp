@@ -2,18 +2,18 @@
 
 #include <QDebug>
 
-KvTUTKDeviceSendThread::KvTUTKDeviceSendThread(KvTUTKDevice& device)
-    : KvThread(QStringLiteral("device-send")), m_device(device) {}
+KvTUTKDeviceSendThread::KvTUTKDeviceSendThread(orvelle::CommandChannel& channel)
+    : KvThread(QStringLiteral("device-send")), m_channel(channel) {}
 
 void KvTUTKDeviceSendThread::run() {
-    m_device.doSend(*this);
+    m_channel.doSend(*this);
     qDebug("KvTUTKDeviceRecvThread doSend() Ended");
 }
 
-KvTUTKDeviceRecvThread::KvTUTKDeviceRecvThread(KvTUTKDevice& device)
-    : KvThread(QStringLiteral("device-recv")), m_device(device) {}
+KvTUTKDeviceRecvThread::KvTUTKDeviceRecvThread(orvelle::CommandChannel& channel)
+    : KvThread(QStringLiteral("device-recv")), m_channel(channel) {}
 
 void KvTUTKDeviceRecvThread::run() {
-    m_device.doRecv(*this);
+    m_channel.doRecv(*this);
     qDebug("KvTUTKDeviceRecvThread doRecv() Ended");
 }

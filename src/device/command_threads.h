@@ -1,24 +1,24 @@
 #pragma once
 
 #include "core/thread.h"
-#include "device/tutk_device.h"
+#include "device/command_channel.h"
 
-/// Drains a device's command queue into its channel; outlived by the device that owns it.
+/// Drains a device's command queue into its AV channel; outlived by the channel that owns it.
 class KvTUTKDeviceSendThread : public KvThread {
 public:
-    explicit KvTUTKDeviceSendThread(KvTUTKDevice& device);
+    explicit KvTUTKDeviceSendThread(orvelle::CommandChannel& channel);
     void run() override;
 
 private:
-    KvTUTKDevice& m_device;
+    orvelle::CommandChannel& m_channel;
 };
 
-/// Reads a device's channel and calls its listeners; outlived by the device that owns it.
+/// Reads a device's AV channel and calls its listeners; outlived by the channel that owns it.
 class KvTUTKDeviceRecvThread : public KvThread {
 public:
-    explicit KvTUTKDeviceRecvThread(KvTUTKDevice& device);
+    explicit KvTUTKDeviceRecvThread(orvelle::CommandChannel& channel);
     void run() override;
 
 private:
-    KvTUTKDevice& m_device;
+    orvelle::CommandChannel& m_channel;
 };

@@ -3,7 +3,7 @@
 #include "core/log.h"
 #include "core/thread.h"
 #include "device/connect_attempts.h"
-#include "device/device_manager.h"
+#include "device/device_lock.h"
 #include "link/environment.h"
 #include "link/iotc.h"
 #include "link/result_codes.h"
@@ -18,37 +18,30 @@ bool isLost(const KvDevice& device) {
     return device.state() == DeviceState::kLost || device.state() == DeviceState::kClosedByCamera;
 }
 
-/// The device lock, held for a moment.
-class DeviceLock {
-public:
-    explicit DeviceLock(KvDeviceManager& manager) : m_manager(manager) { manager.lockDevices(); }
-    ~DeviceLock() { m_manager.unlockDevices(); }
-    DeviceLock(const DeviceLock&) = delete;
-    DeviceLock& operator=(const DeviceLock&) = delete;
-
-private:
-    KvDeviceManager& m_manager;
-};
-
 }  // namespace
 
-void ConnectRound::run(const KvThread& thread) {
+int ConnectRound::run(const KvThread& thread) {
     log("KvDeviceManager init thread check device init\n", kLogInfo);
     begin();
+    tell(m_beyond, LINK_ER_NO_FREE_CHANNEL);
     const int asked = IOTC_Lan_Ask(
         kSearchMs,
         [this](const LanSearchRecord& record) { answered(QString::fromLatin1(record.uid)); },
         [this, &thread] { return m_silent.isEmpty() || thread.isStopped(); });
     if (!thread.isStopped())
-        tellSilent(asked == 0 ? LINK_ER_NOT_FOUND : asked);
+        tell(m_silent, asked == 0 ? LINK_ER_NOT_FOUND : asked);
+    return asked;
 }
 
 void ConnectRound::begin() {
     const DeviceLock lock(m_manager);
+    int place = 0;
     for (const auto& device : m_manager.devices()) {
         const QString uid = device->uid();
+        if (++place > KvDeviceManager::kMaxDevices)
+            m_beyond.insert(uid);
         // Where its address is known, its own attempt asks there and can say more than silence.
-        if (configuredCameraAddress(uid.toStdString()))
+        else if (configuredCameraAddress(uid.toStdString()))
             tryDevice(*device);
         else if (!device->isOnline())
             m_silent.insert(uid);
@@ -61,7 +54,8 @@ void ConnectRound::answered(const QString& uid) {
     m_silent.remove(uid);
     // It answers several times, and what failed is not repeated; but a session may have broken
     // since.
-    if (device && (!m_tried.contains(uid) || isLost(*device)) && tryDevice(*device))
+    if (device && !m_beyond.contains(uid) && (!m_tried.contains(uid) || isLost(*device)) &&
+        tryDevice(*device))
         m_tried.insert(uid);
 }
 
@@ -69,8 +63,8 @@ bool ConnectRound::tryDevice(KvDevice& device) {
     return !device.isOnline() && m_attempts.begin(device);
 }
 
-void ConnectRound::tellSilent(int result) {
-    for (const QString& uid : qAsConst(m_silent)) {
+void ConnectRound::tell(const QSet<QString>& uids, int result) {
+    for (const QString& uid : uids) {
         const DeviceLock lock(m_manager);
         KvDevice* const device = m_manager.findDevice(uid);
         if (device && !m_attempts.isUnderWay(*device))

@@ -22,17 +22,19 @@ public:
     ConnectRound(KvDeviceManager& manager, ConnectAttempts& attempts)
         : m_manager(manager), m_attempts(attempts) {}
 
-    /// Ends early when nobody is missing any more, and within 20 ms when `thread` is stopped.
-    void run(const KvThread& thread);
+    /// Ends early when nobody is missing any more, and within 20 ms when `thread` is stopped. What
+    /// asking the network gave: 0, LINK_ER_NETWORK or LINK_ER_NO_SOCKET.
+    int run(const KvThread& thread);
 
 private:
     void begin();
     void answered(const QString& uid);
-    void tellSilent(int result);
+    void tell(const QSet<QString>& uids, int result);
     bool tryDevice(KvDevice& device);
 
     KvDeviceManager& m_manager;
     ConnectAttempts& m_attempts;
+    QSet<QString> m_beyond;  ///< for which the link has no channel
     QSet<QString> m_silent;  ///< are missing and have not answered
     QSet<QString> m_tried;
 };

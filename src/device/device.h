@@ -9,6 +9,8 @@ class KvBasePlayerInput;
 
 namespace orvelle {
 
+class FileWriter;
+
 /// Why a camera is, or is not, reachable right now.
 enum class DeviceState {
     kNeverTried,
@@ -21,7 +23,7 @@ enum class DeviceState {
     kRefusedForNow,   ///< the camera takes no login from this address until some time has passed
     kRefused,         ///< the camera answers and refuses without a cause
     kNoNetwork,       ///< this computer is in no network in which the camera could be
-    kNoFreeChannel,   ///< as many cameras are connected as the link has channels
+    kNoFreeChannel,   ///< more cameras are listed than the link has channels
     kTimedOut,        ///< the attempt hung and was cut by the watchdog
     kCancelled,       ///< the only attempt so far was stopped from this side
     kClosedByCamera,  ///< the session was open and the camera said goodbye
@@ -75,8 +77,11 @@ public:
     virtual bool removeFile() { return false; }
     /// 0 when the file was not written, else another value.
     virtual int save() { return 0; }
-    /// The same without waiting for the disk; a failure is signalled by the manager.
+    /// The same without waiting for the disk, once the device is listed; the manager signals what
+    /// fails then.
     virtual int saveLater() { return save(); }
+    /// Who writes what nobody waits for; borrowed, null for nobody.
+    virtual void setFileWriter(orvelle::FileWriter*) {}
 
     /// A new live input of the media pipeline for this device; the caller owns it. Null when
     /// no pipeline is registered (device_input_factory.h).

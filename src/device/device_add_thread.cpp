@@ -5,6 +5,7 @@
 #include "core/language.h"
 #include "core/wipe.h"
 #include "device/device_group.h"
+#include "device/device_lock.h"
 #include "device/device_manager.h"
 #include "device/logging.h"
 #include "device/tutk_device.h"
@@ -63,7 +64,7 @@ KvTUTKDeviceTryConnectThread::Status KvTUTKDeviceTryConnectThread::attempt() {
     if (!proveCode())
         return kFailed;
     if (!known)
-        return bindDevice();
+        return bindDevice(*manager);
     // The bound camera has a session of its own.
     m_device->requestStop();
     m_device->uninit();
@@ -86,12 +87,13 @@ bool KvTUTKDeviceTryConnectThread::proveCode() {
     return false;
 }
 
-KvTUTKDeviceTryConnectThread::Status KvTUTKDeviceTryConnectThread::bindDevice() {
+KvTUTKDeviceTryConnectThread::Status KvTUTKDeviceTryConnectThread::bindDevice(
+    KvDeviceManager& manager) {
     const QString name = nameFor(m_code);
     m_device->setName(name);
     m_entry = std::make_unique<KvDeviceGroup>(m_device.get());
     m_entry->setName(name);
-    return store() ? kAdded : kNotSaved;
+    return manager.makeRoomFor(m_device->uid()) && store() ? kAdded : kNotSaved;
 }
 
 bool KvTUTKDeviceTryConnectThread::store() {
@@ -120,19 +122,23 @@ void KvTUTKDeviceTryConnectThread::_doFinish() {
 }
 
 void KvTUTKDeviceTryConnectThread::addToList(KvDeviceManager& manager) {
-    KvDevice* const device = m_device.get();
-    // Two attempts on one camera may both succeed; the second finds it listed.
+    const QString uid = m_device->uid();
+    // Two attempts on one camera may both succeed, and the second finds it listed; or the program
+    // ends, and the next start lists it.
     if (!manager.addDevice(std::move(m_device))) {
-        qCWarning(lcDevice) << "bound meanwhile:" << device->uid();
+        qCWarning(lcDevice) << "bound meanwhile, or too late:" << uid;
         return;
     }
     // First, since an entry may be left over from an earlier binding.
     manager.resolveMembers();
-    manager.addGroup(std::move(m_entry));
+    if (!manager.addGroup(std::move(m_entry)))
+        qCWarning(lcDevice) << "its entry is listed already";
     emit manager.listChanged();
 }
 
-void KvTUTKDeviceTryConnectThread::changePassword(const KvDeviceManager& manager) {
+void KvTUTKDeviceTryConnectThread::changePassword(KvDeviceManager& manager) {
+    // The program's way out may clear the devices meanwhile.
+    const orvelle::DeviceLock lock(manager);
     auto* device = qobject_cast<KvTUTKDevice*>(manager.findDevice(m_device->uid()));
     // It may have been removed meanwhile.
     if (!device) {

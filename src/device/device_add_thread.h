@@ -67,10 +67,10 @@ private slots:
 private:
     Status attempt();
     bool proveCode();
-    Status bindDevice();
+    Status bindDevice(KvDeviceManager& manager);
     bool store();
     void addToList(KvDeviceManager& manager);
-    void changePassword(const KvDeviceManager& manager);
+    void changePassword(KvDeviceManager& manager);
 
     QString m_code;
     Patience m_patience;

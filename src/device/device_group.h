@@ -10,9 +10,10 @@
 #include <vector>
 
 #include "device/entry_thumbnail.h"
+#include "device/group_record.h"
+#include "device/record_file.h"
 
 class KvDevice;
-class QDomElement;
 
 /// One entry of the camera list: a single camera (type 0) or a named group (type 1).
 ///
@@ -21,11 +22,14 @@ class QDomElement;
 class KvDeviceGroup : public QObject {
     Q_OBJECT
 public:
-    enum Type { kSingleCamera = 0, kGroup = 1 };
-    static constexpr int kMaxMembers = 16;
+    enum Type {
+        kSingleCamera = orvelle::GroupRecord::kSingleCamera,
+        kGroup = orvelle::GroupRecord::kGroup
+    };
+    static constexpr int kMaxMembers = orvelle::GroupRecord::kMaxMembers;
     static constexpr int kMaxNameLength = 20;  ///< of a name that the user gives
 
-    KvDeviceGroup() = default;
+    KvDeviceGroup();
     /// The entry of one camera.
     explicit KvDeviceGroup(KvDevice* device);
     /// Type, layout, name and members; not the place in the list nor the id.
@@ -33,7 +37,8 @@ public:
     /// Takes over members, layout and type; the thumbnail then is out of date.
     void copyFrom(const KvDeviceGroup& other);
 
-    /// The usable entries of a directory, in order of their file names, members unresolved.
+    /// The usable entries of a directory, in order of their file names, members unresolved. Of two
+    /// files of one entry the newer counts and the other is set aside.
     static std::vector<std::unique_ptr<KvDeviceGroup>> loadAll(const QString& directory);
 
     int groupId() const;
@@ -59,22 +64,32 @@ public:
     /// Replaces the resolved members only; with others the thumbnail is out of date.
     void setResolvedDevices(const QList<KvDevice*>& devices);
 
-    /// Name of the entry's file: a group's id, a camera entry's UID.
+    /// Name of the entry's file: a group's id, a camera entry's UID; empty when it has none.
     QString key() const;
+    /// A group's number, in place of the one that save() allocates. A picture of the former number
+    /// is out of date.
+    void setGroupId(int id);
     /// False when the file cannot be written. Allocates a group's id at the first call.
     bool save();
-    /// The same without waiting for the disk; a failure is signalled by the manager.
+    /// The same without waiting for the disk, once the entry is listed; the manager signals what
+    /// fails then.
     bool saveLater();
+    /// Who writes what nobody waits for; borrowed, null for nobody.
+    void setFileWriter(orvelle::FileWriter* writer) { m_file.setWriter(writer); }
     /// Whether the entry stands in the file named after it, if perhaps in an older state, or will
     /// soon.
     bool hasOwnFile() const;
     /// False when a file of the entry is still there.
     bool removeFile();
-    /// False when the file is not usable; why not is logged.
+    /// False when the file is not usable; why not is logged. The file is the entry's from now on:
+    /// saving replaces it, removing removes it.
     bool readFromFile(const QString& path);
+    orvelle::RecordFile& file() { return m_file; }
 
     /// Where member `index` keeps its thumbnail; empty outside the members.
     QString deviceThumbnailPath(int index) const;
+    /// Where the picture of the entry itself is kept; empty when it has no name for one yet.
+    QString thumbnailFile() const;
     /// The picture that the camera list shows. A group's is composed when it is not up to
     /// date (takes some 100 ms); empty when no member has one.
     QString thumbnailPath();
@@ -85,27 +100,13 @@ public:
     bool equals(const KvDeviceGroup* other) const;
 
 private:
-    /// Everything but the resolved members.
-    struct Record {
-        int groupId = -1;
-        int type = kSingleCamera;
-        int layout = 0;
-        QString name;
-        QStringList uids;
-        int groupIndex = -1;
-    };
-
-    static QString keyOf(const Record& record);
-    static void readElement(const QDomElement& element, Record& record);
-    static QByteArray toXml(const Record& record);
-    Record record() const;
+    orvelle::GroupRecord record() const;
     void ensureGroupId();
-    const char* refusal() const;  ///< why a file just read is not usable, or null
 
+    orvelle::RecordFile m_file;
     mutable std::mutex m_mutex;  ///< guards everything below
-    Record m_record;
+    orvelle::GroupRecord m_record;
     QList<KvDevice*> m_devices;
     QStringList m_deviceUids;  ///< of m_devices, which need not be touched for them
     bool m_thumbnailReady = false;
-    QString m_file;  ///< that the entry was last read from or saved to
 };

@@ -1,12 +1,14 @@
 #pragma once
 
-#include <limits>
+#include <QString>
+
+#include <functional>
 
 namespace orvelle {
 
-/// The id that follows the highest one given out; starts over where the settings hold nonsense.
-constexpr int idAfter(int highest) {
-    return highest < 0 || highest == std::numeric_limits<int>::max() ? 1 : highest + 1;
-}
+/// Gives out the next number of a counter in the settings, which goes up only and starts over at 1
+/// where it holds nonsense or has come to its end. Numbers that `isTaken` are passed over. Any
+/// thread.
+int takeId(const QString& counter, const std::function<bool(int)>& isTaken = {});
 
 }  // namespace orvelle

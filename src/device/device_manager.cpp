@@ -1,16 +1,20 @@
 #include "device/device_manager.h"
 
+#include <QDebug>
+
 #include <algorithm>
 #include <iterator>
 #include <vector>
 
+#include "core/configure.h"
 #include "core/log.h"
 #include "core/safe_name.h"
 #include "device/device_closer.h"
+#include "device/logging.h"
 #include "device/tutk_device.h"
-#include "device/xml_file.h"
 #include "link/av.h"
 #include "link/iotc.h"
+#include "link/result_codes.h"
 
 using orvelle::kLogInfo;
 using orvelle::log;
@@ -22,20 +26,24 @@ constexpr int kMaxSearchRecords = 100;
 
 std::atomic<KvDeviceManager*> s_instance{nullptr};
 
-std::unique_ptr<KvTUTKDevice> deviceOf(const LanSearchRecord& record) {
-    auto device = std::make_unique<KvTUTKDevice>();
-    device->setIp(QString::fromLatin1(record.ip));
-    device->setUid(QString::fromLatin1(record.uid));
-    device->setPort(record.port);
-    device->setName(orvelle::safeName(QString::fromUtf8(record.deviceName)));
-    return device;
+orvelle::CameraRecord recordOf(const LanSearchRecord& found) {
+    orvelle::CameraRecord record;
+    record.ip = QString::fromLatin1(found.ip);
+    record.uid = QString::fromLatin1(found.uid);
+    record.port = found.port;
+    record.name = orvelle::safeName(QString::fromUtf8(found.deviceName));
+    return record;
 }
 
 }  // namespace
 
 KvDeviceManager::KvDeviceManager()
     : m_roundSignal(std::make_shared<orvelle::RoundSignal>()),
-      m_fileWriter([this] { emit writeFailed(); }) {}
+      m_fileWriter([this] {
+          m_hasWriteFailed = true;
+          emit writeFailed();
+      }),
+      m_entries([this](const QString& uid) { return findDevice(uid); }, m_fileWriter) {}
 
 KvDeviceManager::~KvDeviceManager() {
     clearDevices();
@@ -45,28 +53,6 @@ KvDeviceManager* KvDeviceManager::create() {
     if (!s_instance)
         s_instance = new KvDeviceManager;
     return s_instance;
-}
-
-void KvDeviceManager::abandonWorker(std::unique_ptr<KvThread> worker, const QObject* listener) {
-    if (!worker)
-        return;
-    QObject::disconnect(worker.get(), nullptr, listener, nullptr);
-    orvelle::WorkerReaper waiting;  // its end waits
-    KvDeviceManager* const manager = instance();
-    (manager ? manager->m_reaper : waiting).take(std::move(worker));
-}
-
-bool KvDeviceManager::writeLater(const QString& path, const QByteArray& bytes) {
-    KvDeviceManager* const manager = instance();
-    if (!manager)
-        return orvelle::writePrivateFile(path, bytes);
-    manager->m_fileWriter.write(path, bytes);
-    return true;
-}
-
-void KvDeviceManager::cancelWrites(const QString& path) {
-    if (KvDeviceManager* const manager = instance())
-        manager->m_fileWriter.forget(path);
 }
 
 KvDeviceManager* KvDeviceManager::instance() {
@@ -92,17 +78,32 @@ int KvDeviceManager::start(const QString& devicesPath) {
     if (!devicesPath.isEmpty())
         load(devicesPath);
     log("KvDeviceManager runInit began\n", kLogInfo);
-    IOTC_Initialize2(0);
-    avInitialize(kMaxDevices);
+    noteLink(startLink());
     log("KvDeviceManager runInit init IOTC & TUTK(32)\n", kLogInfo);
     launchInitThread();
     return 0;
 }
 
+int KvDeviceManager::startLink() {
+    const int started = IOTC_Initialize2(0);
+    const int channels = started < 0 ? started : avInitialize(kMaxDevices);
+    return std::min(channels, 0);
+}
+
+void KvDeviceManager::noteLink(int result) {
+    if (m_linkResult.exchange(result) == result)
+        return;
+    if (result < 0)
+        qCWarning(lcDevice) << "no camera can be reached:" << orvelle::linkResultText(result);
+    emit linkChanged();
+}
+
 void KvDeviceManager::load(const QString& devicesPath) {
     auto devices = KvTUTKDevice::loadAll(devicesPath + QStringLiteral("/KvTUTK"));
     addDevices({std::make_move_iterator(devices.begin()), std::make_move_iterator(devices.end())});
-    loadGroups(devicesPath + QStringLiteral("/KvTUTKGroup"));
+    for (const KvDevice* device : devicesSnapshot())
+        nameMediaFolder(*device);
+    m_entries.load(devicesPath + QStringLiteral("/KvTUTKGroup"), devicesSnapshot());
 }
 
 void KvDeviceManager::startInitThread() {
@@ -113,10 +114,14 @@ void KvDeviceManager::startInitThread() {
 
 void KvDeviceManager::launchInitThread() {
     const std::lock_guard<std::mutex> lock(m_threadMutex);
-    if (m_initThread || m_pauses > 0)
+    if (m_initThread || m_pauses > 0 || m_isClosedForGood)
         return;
     m_initThread = std::make_unique<KvDeviceManagerThread>(*this, m_roundSignal);
     m_initThread->start(QThread::InheritPriority);
+}
+
+void KvDeviceManager::connectSoon() {
+    m_roundSignal->raise();
 }
 
 void KvDeviceManager::stopInitThread() {
@@ -144,6 +149,16 @@ void KvDeviceManager::endInitThread() {
     m_threadEnded.wait(lock, [this] { return m_endingThreads == 0; });
     lock.unlock();
     log("KvDeviceManager release thread ended\n", kLogInfo);
+}
+
+void KvDeviceManager::closeForGood() {
+    {
+        const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
+        const std::lock_guard<std::mutex> lock(m_threadMutex);
+        m_isClosedForGood = true;
+    }
+    stopInitThread();
+    clearDevices();
 }
 
 QList<KvDevice*> KvDeviceManager::devicesSnapshot() const {
@@ -179,8 +194,9 @@ std::optional<QString> KvDeviceManager::passwordOf(const QString& uid) const {
 
 bool KvDeviceManager::addDevice(std::unique_ptr<KvDevice>&& device) {
     const std::lock_guard<std::mutex> deviceLock(m_devicesMutex);
-    if (!device || contains(device.get(), false))
+    if (!device || m_isClosedForGood || contains(device.get(), false))
         return false;
+    device->setFileWriter(&m_fileWriter);
     device->setSessionLostCallback([signal = m_roundSignal] { signal->raise(); });
     const std::lock_guard<std::mutex> lock(m_listMutex);
     m_devices.push_back(std::move(device));
@@ -230,12 +246,32 @@ void KvDeviceManager::clearDevices() {
     log("KvDeviceManager clearDevices ended\n", kLogInfo);
 }
 
-int KvDeviceManager::lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs,
+QList<KvDeviceGroup*> KvDeviceManager::singleCameraGroups() const {
+    QList<KvDeviceGroup*> singles;
+    for (KvDeviceGroup* group : groups()) {
+        if (group->type() == KvDeviceGroup::kSingleCamera)
+            singles.append(group);
+    }
+    return singles;
+}
+
+int KvDeviceManager::getMaxGroupId() {
+    const int id = KvConfigure().getInt(orvelle::settings::kGroupMaxId, 0);
+    qDebug("getMaxGroupId %d", id);
+    return id;
+}
+
+void KvDeviceManager::setMaxGroupId(int id) {
+    qDebug("setMaxGroupId %d", id);
+    KvConfigure().setInt(orvelle::settings::kGroupMaxId, id);
+}
+
+int KvDeviceManager::lanSearch(std::vector<orvelle::CameraRecord>& result, int timeoutMs,
                                const std::function<bool()>& isStopped) {
     IOTC_Initialize2(0);
     std::vector<LanSearchRecord> records(kMaxSearchRecords);
     const int found = IOTC_Lan_Search2(records.data(), kMaxSearchRecords, timeoutMs, isStopped);
     const int count = std::clamp(found, 0, kMaxSearchRecords);
-    std::transform(records.begin(), records.begin() + count, std::back_inserter(result), deviceOf);
+    std::transform(records.begin(), records.begin() + count, std::back_inserter(result), recordOf);
     return count;
 }

@@ -4,6 +4,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <condition_variable>
 #include <functional>
 #include <memory>
@@ -11,11 +12,13 @@
 #include <optional>
 #include <vector>
 
+#include "core/file_writer.h"
 #include "device/connect_attempts.h"
 #include "device/device.h"
 #include "device/device_group.h"
 #include "device/device_manager_thread.h"
-#include "device/file_writer.h"
+#include "device/entry_list.h"
+#include "device/media_folder_names.h"
 #include "device/tutk_device.h"
 #include "device/worker_reaper.h"
 
@@ -27,7 +30,7 @@ class InitThreadPause;
 /// connected by a thread that goes round the list.
 ///
 /// Locks, in this order: the device lock (lockDevices), which the thread holds for moments; then
-/// one of attempts, list, groups. The interface thread calls only what is marked "short"; the rest
+/// one of attempts, list, entries. The interface thread calls only what is marked "short"; the rest
 /// may close a session, so it belongs to workers, which call stopInitThread() first.
 class KvDeviceManager : public QObject {
     Q_OBJECT
@@ -37,7 +40,8 @@ public:
 
     /// Pace of the rounds, in milliseconds.
     struct Timing {
-        int pauseMs = 6000;     ///< between two rounds
+        /// Between two rounds, which ask for 2 s: a camera that is switched on is found within 5 s.
+        int pauseMs = 3000;
         int minPauseMs = 1000;  ///< least time from one round's start to the next
         int lostMs = 60000;     ///< so long after a session broke the pauses are minPauseMs
     };
@@ -55,6 +59,16 @@ public:
     void startInitThread();
     /// Returns as soon as the running attempts are aborted. Not from the thread itself.
     void stopInitThread();
+    /// Ends the rounds for good and closes and deletes all devices; none is taken any more. For the
+    /// program's way out, on a worker: an attempt to add a camera that succeeds late changes
+    /// nothing. Whoever still uses devices on another thread holds the device lock.
+    void closeForGood();
+    bool isClosedForGood() const { return m_isClosedForGood; }
+    /// 0, or why no camera can be reached at present: the link cannot be started, which is tried
+    /// again with each round. Any thread.
+    int linkResult() const { return m_linkResult; }
+    /// Short: begins the next round of connecting at once, and others soon after.
+    void connectSoon();
     /// Before start() only.
     void setTiming(const Timing& timing) { m_timing = timing; }
 
@@ -83,35 +97,43 @@ public:
     void clearDevices();
 
     /// Short: the camera list from top to bottom.
-    QList<KvDeviceGroup*> groups() const;
+    QList<KvDeviceGroup*> groups() const { return m_entries.all(); }
     /// Short: its entries of type 0.
     QList<KvDeviceGroup*> singleCameraGroups() const;
     /// Short.
-    bool containsGroup(const KvDeviceGroup* group) const;
+    bool containsGroup(const KvDeviceGroup* group) const { return m_entries.contains(group); }
     /// Short: the entry of that camera alone, or null.
-    KvDeviceGroup* findDeviceGroup(const KvDevice* device) const;
-    /// Takes the entry only when no equal one is listed, then reorders; true when taken.
-    /// Writes files.
-    bool addGroup(std::unique_ptr<KvDeviceGroup>&& group);
+    KvDeviceGroup* findDeviceGroup(const KvDevice* device) const { return m_entries.find(device); }
+    /// Short. Takes the entry only when no equal one is listed, then reorders, which saves it;
+    /// true when taken.
+    [[nodiscard]] bool addGroup(std::unique_ptr<KvDeviceGroup>&& group) {
+        return m_entries.add(std::move(group));
+    }
     /// Takes the listed entry that equals `group` out of the list; null when there is none.
-    [[nodiscard]] std::unique_ptr<KvDeviceGroup> removeGroup(const KvDeviceGroup* group);
-    /// Sorts by groupIndex, numbers from 0 and saves the entries that moved, without waiting for
-    /// the disk.
-    void reorderGroups();
+    [[nodiscard]] std::unique_ptr<KvDeviceGroup> removeGroup(const KvDeviceGroup* group) {
+        return m_entries.take(group);
+    }
+    /// Short: sorts by groupIndex, numbers from 0 and saves the entries that moved, without waiting
+    /// for the disk.
+    void reorderGroups() { m_entries.reorder(); }
     /// Short: looks every entry's members up anew.
-    void resolveMembers();
+    void resolveMembers() { m_entries.resolveMembers(); }
+    /// Before a camera of that UID is saved: a group that has this name gets another one. Waits for
+    /// the disk; false when it cannot be saved.
+    bool makeRoomFor(const QString& uid) { return m_entries.makeRoomFor(uid); }
 
-    /// Interface thread: for workers that nobody waits for any more.
+    /// Interface thread: takes the workers of dialogs that nobody waits for any more.
     orvelle::WorkerReaper& reaper() { return m_reaper; }
-    /// Interface thread: hands a worker that `listener` no longer waits for to the reaper; without
-    /// a manager it is waited for. Null is harmless.
-    static void abandonWorker(std::unique_ptr<KvThread> worker, const QObject* listener);
-
-    /// Writes a file without waiting for the disk; without a manager at once. False when that
-    /// failed; what fails later is signalled. Any thread.
-    static bool writeLater(const QString& path, const QByteArray& bytes);
-    /// Whoever writes or removes this file next has the last word. Any thread.
-    static void cancelWrites(const QString& path);
+    /// Writes the files of cameras and entries; also for what else must not wait for the disk. What
+    /// fails is signalled. Any thread.
+    orvelle::FileWriter& fileWriter() { return m_fileWriter; }
+    /// Whether a file could not be written since the last call. Any thread.
+    bool takeWriteFailure() { return m_hasWriteFailed.exchange(false); }
+    /// Keeps the name in a camera's media folder, if there is one, up to date without waiting for
+    /// the disk. After the folder was made and after the camera was renamed. Any thread.
+    void nameMediaFolder(const KvDevice& device) {
+        m_folderNames.set(device.uid(), device.displayName());
+    }
     /// Returns once all files are written.
     void finishWrites() { m_fileWriter.finish(); }
 
@@ -120,14 +142,16 @@ public:
 
     /// Asks the local network for cameras for `timeoutMs`; returns how many were appended to
     /// `result`. Blocks, unless `isStopped` becomes true.
-    int lanSearch(std::vector<std::unique_ptr<KvTUTKDevice>>& result, int timeoutMs,
+    int lanSearch(std::vector<orvelle::CameraRecord>& result, int timeoutMs,
                   const std::function<bool()>& isStopped = {});
 
 signals:
     /// A worker's camera or entry came or went; on the interface thread.
     void listChanged();
-    /// A file could not be written that nobody waited for. Any thread.
+    /// A file could not be written that nobody waited for; see takeWriteFailure(). Any thread.
     void writeFailed();
+    /// linkResult() is another one. The manager's thread, or that of start().
+    void linkChanged();
 
 private:
     friend class KvDeviceManagerThread;
@@ -137,11 +161,8 @@ private:
     ~KvDeviceManager() override;
 
     void load(const QString& devicesPath);
-    void loadGroups(const QString& directory);
-    void keepIdsUnique() const;
-    void addMissingEntries();
-    void sortGroups();
-    void resolve(KvDeviceGroup& group) const;
+    int startLink();
+    void noteLink(int result);
     void launchInitThread();
     void endInitThread();
     std::unique_ptr<KvDevice> takeListed(const KvDevice* device);
@@ -151,8 +172,9 @@ private:
 
     std::mutex m_threadMutex;  ///< guards the next three
     std::unique_ptr<KvDeviceManagerThread> m_initThread;
-    int m_pauses = 0;         ///< the thread runs only when there is none
-    int m_endingThreads = 0;  ///< that were stopped and are waited for
+    int m_pauses = 0;                            ///< the thread runs only when there is none
+    std::atomic<bool> m_isClosedForGood{false};  ///< set under m_threadMutex and the device lock
+    int m_endingThreads = 0;                     ///< that were stopped and are waited for
     std::condition_variable m_threadEnded;
 
     mutable std::mutex m_devicesMutex;  ///< the device lock: no device comes or goes
@@ -161,9 +183,10 @@ private:
 
     orvelle::ConnectAttempts m_attempts;  ///< begun by the thread, with the device lock held
 
-    mutable std::mutex m_groupsMutex;  ///< guards m_groups
-    std::vector<std::unique_ptr<KvDeviceGroup>> m_groups;
-
+    std::atomic<int> m_linkResult{0};
+    std::atomic<bool> m_hasWriteFailed{false};
+    orvelle::MediaFolderNames m_folderNames;
     orvelle::WorkerReaper m_reaper;  ///< owned by the interface thread
     orvelle::FileWriter m_fileWriter;
+    orvelle::EntryList m_entries;  ///< uses the writer
 };

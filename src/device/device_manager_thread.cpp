@@ -5,6 +5,7 @@
 
 #include "device/connect_round.h"
 #include "device/device_manager.h"
+#include "link/result_codes.h"
 
 namespace orvelle {
 
@@ -38,7 +39,9 @@ void KvDeviceManagerThread::run() {
     const KvDeviceManager::Timing timing = m_manager.m_timing;
     while (!isStopped()) {
         const auto start = std::chrono::steady_clock::now();
-        orvelle::ConnectRound(m_manager, m_manager.m_attempts).run(*this);
+        const int started = m_manager.startLink();
+        const int asked = orvelle::ConnectRound(m_manager, m_manager.m_attempts).run(*this);
+        m_manager.noteLink(started < 0 ? started : asked == LINK_ER_NO_SOCKET ? asked : 0);
         // A camera that dropped a moment ago is likely to be back in a moment.
         const bool isSoon = m_roundSignal->wasRaisedWithin(timing.lostMs);
         m_roundSignal->wait(isSoon ? std::min(timing.minPauseMs, timing.pauseMs) : timing.pauseMs);

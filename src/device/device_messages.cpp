@@ -92,6 +92,15 @@ SMsgAVIoctrlPlayRecordResp SMsgAVIoctrlPlayRecordResp::decode(const QByteArray& 
     return {numberAt<uint32_t>(payload, 0), numberAt<int32_t>(payload, 4)};
 }
 
+QByteArray PlaybackRoom::encode() const {
+    return Writer()
+        .u32(channel)
+        .u32(frames)
+        .u32(static_cast<uint32_t>(bytes))
+        .u32(static_cast<uint32_t>(bytes >> 32))
+        .result();
+}
+
 StreamQualityReply StreamQualityReply::decode(const QByteArray& payload) {
     return {numberAt<uint8_t>(payload, 4)};
 }
@@ -126,6 +135,14 @@ SMsgAVIoctrlListEventReq SMsgAVIoctrlListEventReq::forMonth(const QDate& day) {
     return message;
 }
 
+SMsgAVIoctrlListEventReq SMsgAVIoctrlListEventReq::between(const QDateTime& first,
+                                                           const QDateTime& last) {
+    SMsgAVIoctrlListEventReq message;
+    message.start = STimeDay::from(first.date(), first.time());
+    message.end = STimeDay::from(last.date(), last.time());
+    return message;
+}
+
 QByteArray SMsgAVIoctrlListEventReq::encode() const {
     return Writer()
         .u32(channel)
@@ -148,6 +165,29 @@ SMsgAVIoctrlListEventResp_VBK SMsgAVIoctrlListEventResp_VBK::decode(const QByteA
             break;
         reply.runs.append({*start, std::min(*num, kMaxRunMinutes)});
     }
+    return reply;
+}
+
+std::optional<CardOverviewReply> CardOverviewReply::decode(const QByteArray& payload) {
+    enum Flag { kMissing = 1, kReadOnly = 2, kFull = 4, kCanDownload = 8 };
+    constexpr int kMonthsAt = 16;
+    constexpr int kMaxYear = 9999;
+    const auto flags = numberAt<uint8_t>(payload, 0);
+    const auto first = numberAt<uint16_t>(payload, 12);
+    const auto count = numberAt<uint16_t>(payload, 14);
+    if (!flags || !first || !count || payload.size() < kMonthsAt + (*count + 7) / 8 ||
+        (*first + *count) / 12 > kMaxYear)
+        return {};
+    CardOverviewReply reply;
+    reply.isMissing = *flags & kMissing;
+    reply.isReadOnly = *flags & kReadOnly;
+    reply.isFull = *flags & kFull;
+    reply.canDownload = *flags & kCanDownload;
+    reply.oldestSec = numberAt<uint32_t>(payload, 4).value_or(0);
+    reply.newestSec = numberAt<uint32_t>(payload, 8).value_or(0);
+    for (int i = 0; i < *count; ++i)
+        if (payload.at(kMonthsAt + i / 8) >> (i % 8) & 1)
+            reply.months.append(QDate((*first + i) / 12, (*first + i) % 12 + 1, 1));
     return reply;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QDate>
+#include <QDateTime>
 #include <QString>
 #include <QTime>
 #include <QVector>
@@ -53,6 +54,16 @@ struct SMsgAVIoctrlPlayRecordResp {
     std::optional<int32_t> result;
 
     static SMsgAVIoctrlPlayRecordResp decode(const QByteArray& payload);
+};
+
+/// 0x0670, 16 bytes: how many frames, and bytes of them, the client of a playback has room for,
+/// counted from the first one on.
+struct PlaybackRoom {
+    uint32_t channel = 0;
+    uint32_t frames = 0;
+    uint64_t bytes = 0;
+
+    QByteArray encode() const;
 };
 
 /// 0x0323.
@@ -113,6 +124,8 @@ struct SMsgAVIoctrlListEventReq {
 
     /// From the first day of the month before to the last day of the month of `day`.
     static SMsgAVIoctrlListEventReq forMonth(const QDate& day);
+    /// Both in the camera's clock, the end included.
+    static SMsgAVIoctrlListEventReq between(const QDateTime& first, const QDateTime& last);
     QByteArray encode() const;
 };
 
@@ -132,6 +145,20 @@ struct SMsgAVIoctrlListEventResp_VBK {
     QVector<SAvEvent_VBK> runs;
 
     static SMsgAVIoctrlListEventResp_VBK decode(const QByteArray& payload);
+};
+
+/// 0x7001: a memory card at a glance.
+struct CardOverviewReply {
+    bool isMissing = false;
+    bool isReadOnly = false;
+    bool isFull = false;
+    bool canDownload = false;  ///< the camera knows IOTYPE_CARD_DOWNLOAD
+    uint32_t oldestSec = 0;    ///< start of a recording, seconds since 1970 UTC; 0 without any
+    uint32_t newestSec = 0;
+    QVector<QDate> months;  ///< the first of each month of the camera's clock that holds any
+
+    /// Empty for a payload that is cut or tells an absurd month.
+    static std::optional<CardOverviewReply> decode(const QByteArray& payload);
 };
 
 /// 0x0681.

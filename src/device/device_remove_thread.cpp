@@ -1,5 +1,8 @@
 #include "device/device_remove_thread.h"
 
+#include <QDir>
+
+#include "core/file_utils.h"
 #include "core/log.h"
 #include "device/device_group.h"
 #include "device/device_manager.h"
@@ -34,6 +37,9 @@ void KvTUTKDeviceRemoveThread::run() {
                 m_areFilesGone = false;
             if (m_device) {
                 if (!m_device->removeFile())
+                    m_areFilesGone = false;
+                // The last picture that was seen.
+                if (!QDir(KvFileUtils::cachePath(m_device->uid())).removeRecursively())
                     m_areFilesGone = false;
                 m_device->requestStop();
                 m_device->uninit();

@@ -1,10 +1,9 @@
 #pragma once
 
-#include <memory>
 #include <vector>
 
 #include "core/thread.h"
-#include "device/tutk_device.h"
+#include "device/camera_record.h"
 
 /// Asks the local network for cameras, once; stop() cuts it short. The results may be read when
 /// it has ended.
@@ -13,9 +12,9 @@ public:
     explicit TUTKDeviceSearchThread(int timeoutMs);
     void run() override;
 
-    const std::vector<std::unique_ptr<KvTUTKDevice>>& result() const { return m_result; }
+    const std::vector<orvelle::CameraRecord>& result() const { return m_result; }
 
 private:
     const int m_timeoutMs;
-    std::vector<std::unique_ptr<KvTUTKDevice>> m_result;
+    std::vector<orvelle::CameraRecord> m_result;
 };

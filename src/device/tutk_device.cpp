@@ -1,68 +1,103 @@
 #include "device/tutk_device.h"
 
 #include <QDebug>
+#include <QDir>
 
-#include <algorithm>
-#include <array>
+#include <utility>
 
-#include "core/thread.h"
-#include "core/timer.h"
+#include "core/configure.h"
+#include "core/file_writer.h"
 #include "core/wipe.h"
+#include "device/device_ids.h"
 #include "device/device_input_factory.h"
-#include "link/device_code.h"
-#include "link/limits.h"
+#include "device/device_messages.h"
+#include "device/logging.h"
 
-namespace {
+using orvelle::CameraRecord;
 
-bool isAsciiLetterOrDigit(char character) {
-    return (character >= '0' && character <= '9') || (character >= 'A' && character <= 'Z') ||
-           (character >= 'a' && character <= 'z');
+KvTUTKDevice::KvTUTKDevice() : KvTUTKDevice(CameraRecord()) {}
+
+KvTUTKDevice::KvTUTKDevice(const QString& deviceCode)
+    : KvTUTKDevice(CameraRecord::fromDeviceCode(deviceCode)) {}
+
+KvTUTKDevice::KvTUTKDevice(CameraRecord record)
+    : m_record(std::move(record)), m_file(QStringLiteral("KvTUTK")), m_session(m_channel, [this] {
+          const std::lock_guard<std::mutex> lock(m_recordMutex);
+          return orvelle::CameraSession::Account{m_record.uid, m_record.password};
+      }) {
+    m_channel.addListener(this, &KvTUTKDevice::rememberMode);
 }
-
-}  // namespace
-
-KvTUTKDevice::KvTUTKDevice() = default;
-
-KvTUTKDevice::KvTUTKDevice(const QString& deviceCode) {
-    std::array<char, 1024> uidText{};
-    std::array<char, 1024> passwordText{};
-    if (GetDeUIDPasswd(deviceCode.toUtf8().constData(), uidText.data(), passwordText.data()) == 0) {
-        const auto size = static_cast<int>(qstrnlen(uidText.data(), uidText.size()));
-        if (isValidUid(uidText.data(), size))
-            m_uid = QString::fromLatin1(uidText.data(), size);
-        m_password = QString::fromUtf8(passwordText.data());
-    }
-    orvelle::wipe(passwordText.data(), passwordText.size());
-    qDebug() << "uid = " << m_uid << ", password = " << (m_password.isEmpty() ? "" : "***");
-}
-
-KvTUTKDevice::KvTUTKDevice(const KvTUTKDevice& other)
-    : m_name(other.m_name),
-      m_ip(other.m_ip),
-      m_uid(other.m_uid),
-      m_port(other.m_port),
-      m_volume(other.m_volume),
-      m_ownsSession(false),
-      m_mode(other.mode()),
-      m_sid(other.sid()),
-      m_avIndex(other.avIndex()),
-      m_channel(other.channel()),
-      m_password(other.password()) {}
 
 KvTUTKDevice::~KvTUTKDevice() {
-    requestStop();
-    uninit();
-    orvelle::wipe(m_password);
+    m_session.requestStop();
+    m_session.close();
+    orvelle::wipe(m_record.password);
 }
 
-bool KvTUTKDevice::isValidUid(const char* text, int size) {
-    return std::all_of(text, text + size, isAsciiLetterOrDigit);
+std::vector<std::unique_ptr<KvTUTKDevice>> KvTUTKDevice::loadAll(const QString& directory) {
+    std::vector<std::unique_ptr<KvTUTKDevice>> devices;
+    const QFileInfoList files = QDir(directory).entryInfoList(
+        {QStringLiteral("*.xml")}, QDir::Files | QDir::Readable, QDir::Name);
+    for (const QFileInfo& file : files) {
+        auto device = std::make_unique<KvTUTKDevice>();
+        if (device->readFromFile(file.filePath()) != 0)
+            continue;
+        // The UID names files and directories, so nothing else may stand in it.
+        if (orvelle::isUsableUid(device->uid()))
+            devices.push_back(std::move(device));
+        else
+            qCWarning(lcDevice) << "skipped" << file.filePath() << ": no usable UID";
+    }
+    orvelle::keepNewest(devices, [](const KvTUTKDevice& one, const KvTUTKDevice& other) {
+        return one.equals(&other);
+    });
+    return devices;
 }
 
-bool KvTUTKDevice::isUsableUid(const QString& uid) {
-    const QByteArray text = uid.toUtf8();
-    return !text.isEmpty() && text.size() <= orvelle::kMaxUidLength &&
-           isValidUid(text.constData(), text.size());
+CameraRecord KvTUTKDevice::record() const {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    return m_record;
+}
+
+void KvTUTKDevice::setName(const QString& name) {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    m_record.name = name;
+}
+
+void KvTUTKDevice::setUid(const QString& uid) {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    m_record.uid = uid;
+}
+
+void KvTUTKDevice::setIp(const QString& ip) {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    m_record.ip = ip;
+}
+
+void KvTUTKDevice::setPassword(const QString& password) {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    orvelle::wipe(m_record.password);
+    m_record.password = password;
+}
+
+void KvTUTKDevice::setPort(int port) {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    m_record.port = port;
+}
+
+void KvTUTKDevice::setMode(int mode) {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    m_record.mode = mode;
+}
+
+void KvTUTKDevice::setVolume(double volume) {
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    m_record.volume = volume;
+}
+
+void KvTUTKDevice::changePassword(const QString& password) {
+    setPassword(password);
+    m_session.forgetRefusal();
 }
 
 bool KvTUTKDevice::equals(const KvDevice* other) const {
@@ -70,7 +105,7 @@ bool KvTUTKDevice::equals(const KvDevice* other) const {
 }
 
 bool KvTUTKDevice::hasSameUid(const KvDevice* other) const {
-    return other && other->uid() == m_uid;
+    return other && other->uid() == uid();
 }
 
 KvBasePlayerInput* KvTUTKDevice::createInput() {
@@ -78,49 +113,60 @@ KvBasePlayerInput* KvTUTKDevice::createInput() {
     return factory ? factory(*this) : nullptr;
 }
 
-bool KvTUTKDevice::isFailure(State state) {
-    return state == State::kUnreachable || state == State::kWrongPassword ||
-           state == State::kWrongVersion || state == State::kFull ||
-           state == State::kRefusedForNow || state == State::kRefused ||
-           state == State::kNoNetwork || state == State::kNoFreeChannel ||
-           state == State::kTimedOut;
+void KvTUTKDevice::ensureDeviceId() {
+    if (deviceId() >= 0)
+        return;
+    // Without the lock, which whoever gives ids out may need.
+    const int id = orvelle::takeId(orvelle::settings::kDeviceMaxId);
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    if (m_record.deviceId < 0)
+        m_record.deviceId = id;
 }
 
-QString KvTUTKDevice::password() const {
-    const std::lock_guard<std::mutex> lock(m_passwordMutex);
-    return m_password;
+int KvTUTKDevice::save() {
+    if (!orvelle::isUsableUid(uid()))
+        return 0;
+    ensureDeviceId();
+    QByteArray bytes = toXml();
+    const orvelle::WipedAtEnd<QByteArray> wiped(bytes);
+    return m_file.write(uid(), bytes);
 }
 
-void KvTUTKDevice::setPassword(const QString& password) {
-    const std::lock_guard<std::mutex> lock(m_passwordMutex);
-    orvelle::wipe(m_password);
-    m_password = password;
+int KvTUTKDevice::saveLater() {
+    if (!orvelle::isUsableUid(uid()))
+        return 0;
+    ensureDeviceId();
+    return m_file.writeLater(uid(), toXml());
 }
 
-void KvTUTKDevice::changePassword(const QString& password) {
-    setPassword(password);
-    holdBackNoMore();
-    State refused = State::kWrongPassword;
-    m_state.compare_exchange_strong(refused, State::kNeverTried);
+bool KvTUTKDevice::removeFile() {
+    return orvelle::isUsableUid(uid()) && m_file.remove(uid());
 }
 
-orvelle::DeviceState KvTUTKDevice::state() const {
-    const State state = m_state;
-    // A camera that stays off is tried every few seconds; what stands against it stays in sight.
-    if (m_connecting && !isFailure(state))
-        return State::kConnecting;
-    return state == State::kOnline && !isOnline() ? State::kClosed : state;
+bool KvTUTKDevice::writeToFile(const QString& path) const {
+    qDebug().noquote() << "KvTUTKDevice writeToFile" << path;
+    QByteArray bytes = toXml();
+    const orvelle::WipedAtEnd<QByteArray> wiped(bytes);
+    return orvelle::writePrivateFile(path, bytes);
 }
 
-void KvTUTKDevice::setSessionLostCallback(std::function<void()> callback) {
-    const std::lock_guard<std::mutex> lock(m_callbackMutex);
-    m_sessionLost = std::move(callback);
+int KvTUTKDevice::readFromFile(const QString& path) {
+    CameraRecord read = record();
+    if (!read.read(path))
+        return -1;
+    m_file.setFound(path);
+    const std::lock_guard<std::mutex> lock(m_recordMutex);
+    m_record = read;
+    return 0;
 }
 
-void KvTUTKDevice::addListener(void* object, ListenerCallback callback) {
-    m_listeners.add(object, callback);
-}
-
-void KvTUTKDevice::removeListener(void* object) {
-    m_listeners.remove(object);
+void KvTUTKDevice::rememberMode(void* device, KvTUTKResponse* response) {
+    if (response->type() != IOTYPE_USER_IPCAM_GET_DEVICE_TYPE_RESP)
+        return;
+    const auto reply = orvelle::DeviceTypeReply::decode(response->data());
+    if (!reply.type)
+        return;
+    auto* const self = static_cast<KvTUTKDevice*>(device);
+    self->setMode(*reply.type);
+    qDebug().noquote() << self->uid() << "-> type =" << *reply.type;
 }

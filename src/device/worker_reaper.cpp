@@ -11,9 +11,11 @@ WorkerReaper::WorkerReaper() {
     QObject::connect(&m_timer, &QTimer::timeout, &m_timer, [this] { reap(); });
 }
 
-void WorkerReaper::take(std::unique_ptr<KvThread> worker) {
+void WorkerReaper::take(std::unique_ptr<KvThread> worker, const QObject* listener) {
     if (!worker)
         return;
+    if (listener)
+        QObject::disconnect(worker.get(), nullptr, listener, nullptr);
     worker->stop();
     m_workers.push_back(std::move(worker));
     m_timer.start();

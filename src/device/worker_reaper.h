@@ -18,8 +18,8 @@ public:
     WorkerReaper(const WorkerReaper&) = delete;
     WorkerReaper& operator=(const WorkerReaper&) = delete;
 
-    /// Returns at once; null is harmless.
-    void take(std::unique_ptr<KvThread> worker);
+    /// Returns at once; null is harmless. `listener` hears nothing of the worker any more.
+    void take(std::unique_ptr<KvThread> worker, const QObject* listener = nullptr);
     /// Waits for all.
     void clear();
     bool isEmpty() const { return m_workers.empty(); }

@@ -1,7 +1,6 @@
 #include "device/xml_file.h"
 
 #include <QFile>
-#include <QSaveFile>
 #include <QXmlStreamReader>
 
 #include <algorithm>
@@ -86,17 +85,6 @@ QByteArray xmlDocument(const std::function<void(QXmlStreamWriter&)>& writeBody) 
     writeBody(writer);
     writer.writeEndDocument();
     return bytes;
-}
-
-bool writePrivateFile(const QString& path, const QByteArray& bytes) {
-    QSaveFile file(path);
-    // An error at the buffer's last flush would not reach commit().
-    if (file.open(QIODevice::WriteOnly) &&
-        file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner) &&
-        file.write(bytes) == bytes.size() && file.flush() && file.commit())
-        return true;
-    qCWarning(lcDevice) << "cannot write" << path << ":" << file.errorString();
-    return false;
 }
 
 void writeXmlText(QXmlStreamWriter& writer, const QString& tag, const QString& text) {

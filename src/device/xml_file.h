@@ -17,10 +17,6 @@ std::optional<QDomDocument> readXmlFile(const QString& path, const QString& docu
 /// A whole document; `writeBody` writes the root element.
 QByteArray xmlDocument(const std::function<void(QXmlStreamWriter&)>& writeBody);
 
-/// Replaces the file as a whole, readable by its owner only, and returns once it is on the disk.
-/// False, with one line in the log, when it cannot be written; the old one is kept then.
-bool writePrivateFile(const QString& path, const QByteArray& bytes);
-
 /// One text element, without the characters that XML cannot hold.
 void writeXmlText(QXmlStreamWriter& writer, const QString& tag, const QString& text);
 void writeXmlNumber(QXmlStreamWriter& writer, const QString& tag, int number);

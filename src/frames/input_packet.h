@@ -30,6 +30,9 @@ public:
     int mediaType() const { return m_mediaType; }
     double time() const { return m_timeSec; }  ///< presentation time in seconds
     void setTime(double timeSec) { m_timeSec = timeSec; }
+    /// A picture that would look smeared: one that it refers to was lost.
+    bool followsLoss() const { return m_followsLoss; }
+    void setFollowsLoss(bool follows) { m_followsLoss = follows; }
     bool isVideo() const { return m_mediaType == kVideo; }
     bool isKey() const { return m_packet && (m_packet->flags & AV_PKT_FLAG_KEY); }
 
@@ -38,4 +41,5 @@ private:
     int m_codecId = 0;
     int m_mediaType = kUnknownMedia;
     double m_timeSec = 0.0;
+    bool m_followsLoss = false;
 };

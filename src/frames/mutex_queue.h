@@ -49,6 +49,13 @@ public:
                            [&] { return m_interrupted || m_queue.size() > 0 || stop(); });
         return m_queue.size() > 0;
     }
+    /// Waits until `enough` is true of what waits, asked after each change; else as above.
+    template <class StopCheck>
+    void waitForItems(int timeoutMs, StopCheck enough) const {
+        std::unique_lock<std::mutex> lock(m_mutex);
+        m_changed.wait_for(lock, std::chrono::milliseconds(timeoutMs),
+                           [&] { return m_interrupted || enough(); });
+    }
     /// The same for waitForSpace(): for producers that stop while their consumer pauses.
     template <class StopCheck>
     bool waitForSpace(int maxItems, int timeoutMs, StopCheck stop) const {

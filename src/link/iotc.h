@@ -54,6 +54,7 @@ int IOTC_Lan_Search2(LanSearchRecord* records, int maxRecords, int timeoutMs,
 
 /// The same, but hands over each answer as it comes, on the calling thread. A camera answers
 /// several times, and anybody may claim to be one. `isStopped` may become true by an answer.
-/// LINK_ER_NETWORK when no network is up in which a camera could be, else 0.
+/// LINK_ER_NO_SOCKET at once when the system gives none, LINK_ER_NETWORK when no network is up in
+/// which a camera could be, else 0.
 int IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)>& onAnswer,
                  const std::function<bool()>& isStopped);

@@ -37,6 +37,7 @@ constexpr ResultText kResultTexts[] = {
     {LINK_ER_NETWORK, "no network is up, no socket to be had, or the port is taken"},
     {LINK_ER_BAD_UID, "not a UID"},
     {LINK_ER_TOO_MANY_ATTEMPTS, "refused for now: too many attempts came from this address"},
+    {LINK_ER_NO_SOCKET, "the system gives no socket"},
 };
 
 }  // namespace

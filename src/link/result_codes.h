@@ -34,7 +34,8 @@ enum LinkResult : int {
         -30011,  ///< no network is up, the system gave no socket, or the port is taken
     LINK_ER_BAD_UID = -30012,  ///< the UID is empty, too long or not of letters and digits
     LINK_ER_TOO_MANY_ATTEMPTS =
-        -30013,  ///< refused for now: too many attempts came from this address
+        -30013,                  ///< refused for now: too many attempts came from this address
+    LINK_ER_NO_SOCKET = -30014,  ///< the system gives this program no socket
 };
 
 namespace orvelle {

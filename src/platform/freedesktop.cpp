@@ -1,5 +1,9 @@
 #include "platform/freedesktop.h"
 
+#include <QCoreApplication>
+#include <QDBusMessage>
+#include <QDBusPendingReply>
+#include <QDBusUnixFileDescriptor>
 #include <QFileInfo>
 
 namespace orvelle {
@@ -30,6 +34,24 @@ QDBusConnection systemBus() {
         !QFileInfo::exists(QStringLiteral("/var/run/dbus/system_bus_socket")))
         return noBus();
     return QDBusConnection::systemBus();
+}
+
+std::shared_ptr<void> loginLock(const QString& what, const QString& mode, const QString& why) {
+    auto lock = std::make_shared<QDBusUnixFileDescriptor>();
+    const QDBusConnection bus = systemBus();
+    if (!bus.isConnected())
+        return lock;
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+        QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
+    call << what << QCoreApplication::applicationName() << why << mode;
+    using Reply = QDBusPendingReply<QDBusUnixFileDescriptor>;
+    callLater<Reply>(bus, call, [weak = std::weak_ptr(lock)](const Reply& reply) {
+        // The descriptor is the lock: one that nobody waits for any more goes with the reply.
+        if (const auto wanted = weak.lock())
+            *wanted = reply.value();
+    });
+    return lock;
 }
 
 }  // namespace orvelle

@@ -17,9 +17,10 @@ public:
 
 /// Turns the system's orders to quit into a callback on the thread that built it, from its event
 /// loop: SIGTERM, SIGINT and SIGHUP, of which those that come together count as one and whose
-/// former handlers return when it goes; on Windows what the console says (Ctrl+C, closing it), and
-/// WM_CLOSE sent to the thread. The end of a session there comes by native messages
-/// (native_message.h). One object a process, made after the application object.
+/// former handlers return when it goes, but a SIGHUP that is ignored when it comes (nohup) stays
+/// so; on Windows what the console says (Ctrl+C, closing it), and WM_CLOSE sent to the thread. The
+/// end of a session there comes by native messages (native_message.h). One object a process, made
+/// after the application object.
 class QuitSignals {
 public:
     explicit QuitSignals(std::function<void()> quit);

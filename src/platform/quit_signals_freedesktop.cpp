@@ -76,8 +76,11 @@ QuitSignals::Pipe::Pipe(std::function<void()> callback) : quit(std::move(callbac
     action.sa_handler = forward;
     action.sa_flags = SA_RESTART;
     sigfillset(&action.sa_mask);
-    for (size_t i = 0; i < kSignals.size(); ++i)
+    for (size_t i = 0; i < kSignals.size(); ++i) {
         sigaction(kSignals[i], &action, &former[i]);
+        if (kSignals[i] == SIGHUP && former[i].sa_handler == SIG_IGN)
+            sigaction(SIGHUP, &former[i], nullptr);
+    }
 }
 
 QuitSignals::Pipe::~Pipe() {

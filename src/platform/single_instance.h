@@ -2,15 +2,20 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 
 namespace orvelle {
 
-/// Keeps a second copy of the program from running for the same user. The system frees the lock
-/// of a process that crashed. Not for use from several threads.
+/// Keeps a second copy of the program from running for the same user or, where a user can have
+/// several, on the same folder of data. The system frees the lock of a process that crashed. Not
+/// for use from several threads.
 class SingleInstance {
 public:
     /// `name` (ASCII letters and digits) is what the copies compete for.
-    explicit SingleInstance(std::string name);
+    explicit SingleInstance(std::string name) : SingleInstance(std::move(name), {}) {}
+    /// `folder` (UTF-8): which data the copies compete for. On Windows a user has only one such
+    /// folder.
+    SingleInstance(std::string name, std::string folder);
     ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
@@ -25,6 +30,7 @@ private:
     struct Lock;
 
     const std::string m_name;
+    const std::string m_folder;
     std::unique_ptr<Lock> m_lock;
 };
 

@@ -44,14 +44,16 @@ struct SingleInstance::Lock {
     const int fd;
 };
 
-SingleInstance::SingleInstance(std::string name) : m_name(std::move(name)) {}
+SingleInstance::SingleInstance(std::string name, std::string folder)
+    : m_name(std::move(name)), m_folder(std::move(folder)) {}
 
 SingleInstance::~SingleInstance() = default;
 
 bool SingleInstance::acquire() {
     if (m_lock)
         return true;
-    const std::string directory = lockDirectory();
+    // In the folder itself, so that it is the same one whatever path leads to it.
+    const std::string directory = m_folder.empty() ? lockDirectory() : m_folder;
     const std::string path = directory + "/" + m_name + ".lock";
     const int fd = directory.empty()
                        ? -1

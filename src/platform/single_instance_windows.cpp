@@ -18,7 +18,8 @@ struct SingleInstance::Lock {
     const HANDLE handle;
 };
 
-SingleInstance::SingleInstance(std::string name) : m_name(std::move(name)) {}
+SingleInstance::SingleInstance(std::string name, std::string folder)
+    : m_name(std::move(name)), m_folder(std::move(folder)) {}
 
 SingleInstance::~SingleInstance() = default;
 

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "frames/ffmpeg_io_ptr.h"
+#include "render/exif.h"
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -15,6 +16,7 @@ namespace {
 
 // JPEG knows full range only; its viewers would show limited range too pale.
 constexpr AVPixelFormat kJpegFormat = AV_PIX_FMT_YUVJ420P;
+constexpr int kFirstMarkerBytes = 2;
 
 bool isFullRangeYuv420(const AVFrame& picture) {
     return picture.format == AV_PIX_FMT_YUVJ420P ||
@@ -93,19 +95,20 @@ PacketPtr encode(AVCodecContext& encoder, const AVFrame& picture) {
     return packet;
 }
 
-bool writeFile(const AVPacket& packet, const QString& path) {
+bool writeFile(const AVPacket& packet, const QString& path, const QDateTime& takenAt) {
+    QByteArray bytes(reinterpret_cast<const char*>(packet.data), packet.size);
+    bytes.insert(kFirstMarkerBytes, exifSegment(takenAt));
     QSaveFile file(path);
     // Unbuffered: an error at the buffer's last flush would not reach commit().
     return file.open(QIODevice::WriteOnly | QIODevice::Unbuffered) &&
-           file.write(reinterpret_cast<const char*>(packet.data), packet.size) == packet.size &&
-           file.commit();
+           file.write(bytes) == bytes.size() && file.commit();
 }
 
 }  // namespace
 }  // namespace orvelle
 
 int writeYUV420PJpeg(const uint8_t* y, const uint8_t* u, const uint8_t* v, int width, int height,
-                     const QString& path) {
+                     const QString& path, const QDateTime& takenAt) {
     orvelle::FramePtr picture(av_frame_alloc());
     if (!picture || !y || !u || !v)
         return -1;
@@ -119,10 +122,10 @@ int writeYUV420PJpeg(const uint8_t* y, const uint8_t* u, const uint8_t* v, int w
         picture->data[i] = const_cast<uint8_t*>(planes[i]);
         picture->linesize[i] = strides[i];
     }
-    return writeFrameJpeg(picture.get(), path);
+    return writeFrameJpeg(picture.get(), path, takenAt);
 }
 
-int writeFrameJpeg(const AVFrame* picture, const QString& path) {
+int writeFrameJpeg(const AVFrame* picture, const QString& path, const QDateTime& takenAt) {
     using namespace orvelle;
     if (!picture || picture->width < 1 || picture->height < 1)
         return -1;
@@ -136,5 +139,5 @@ int writeFrameJpeg(const AVFrame* picture, const QString& path) {
             return -1;
     }
     const PacketPtr packet = encode(*encoder, converted ? *converted : *picture);
-    return packet && writeFile(*packet, path) ? 0 : -1;
+    return packet && writeFile(*packet, path, takenAt) ? 0 : -1;
 }

@@ -2,6 +2,8 @@
 
 #include <QtDebug>
 
+#include <algorithm>
+
 #include "render/audio_converter.h"
 #include "render/sound_stream.h"
 #include "render/sound_thread.h"
@@ -9,6 +11,7 @@
 namespace {
 
 constexpr int kChunkBytes = 1024;
+constexpr int64_t kMaxSilenceUs = 10'000'000;
 
 }  // namespace
 
@@ -67,6 +70,16 @@ int KvPcmPlayer::writeFrame(const AVFrame* frame) {
         return 0;
     }
     return writeConverted(frame, format);
+}
+
+int KvPcmPlayer::writeSilence(int64_t microseconds) {
+    const orvelle::SoundFormat format = m_stream->format();
+    if (!m_stream->isOpen() || !format.isValid() || microseconds < 0)
+        return -1;
+    const int64_t frames = std::min(microseconds, kMaxSilenceUs) * format.sampleRate / 1'000'000;
+    const std::vector<char> zeros(static_cast<size_t>(frames) *
+                                  static_cast<size_t>(format.frameBytes()));
+    return write(zeros.data(), static_cast<int>(zeros.size()));
 }
 
 void KvPcmPlayer::setVolume(float volume) {

@@ -22,16 +22,16 @@ class SoundStream;
 /// a slow sound server holds up the interface nor two threads share a device. A server that dies
 /// or appears late is opened again by later writes. Nothing is opened while muted.
 ///
-/// start(), stop() and setVolume() belong to the owner; write() and writeFrame() to one writing
-/// thread, which must not write during stop(); interrupt() and the flags to any thread.
+/// stop() and setVolume() belong to the owner; start(), write() and writeFrame() to one writing thread,
+/// which must do neither during stop(); interrupt() and the flags to any thread.
 class KvPcmPlayer : public QObject {
     Q_OBJECT
 public:
     explicit KvPcmPlayer(QObject* parent = nullptr);
     ~KvPcmPlayer() override;  ///< stops too
 
-    /// Opens the default device: 0, or -1 when there is none or it refuses. A sound server that
-    /// does not answer within a moment counts as opened and is used once it answers.
+    /// Opens the default device and waits for it: 0, or -1 when there is none or it refuses. A sound
+    /// server that does not answer within a moment counts as opened and is used once it answers.
     int start();
     /// Opens the default device with `format`, forced to signed 16 bits and at most two channels,
     /// or with the nearest that the device supports.
@@ -45,6 +45,8 @@ public:
     /// The same for one decoded frame, converted where it differs from the device's format: 0, or
     /// -1 without a format or for a frame that makes no sense.
     int writeFrame(const AVFrame* frame);
+    /// The same for so much silence.
+    int writeSilence(int64_t microseconds);
 
     /// 0.0 mutes, 1.0 is the full level.
     void setVolume(float volume);
@@ -61,11 +63,10 @@ private:
     int open(const std::optional<QAudioFormat>& format);
     int writeConverted(const AVFrame* frame, const orvelle::SoundFormat& format);
 
-    // Owner.
     std::unique_ptr<orvelle::SoundStream> m_stream;  ///< lives on the sound thread
-    bool m_usesThread = false;
 
-    // Writing thread.
+    // Writing thread; then whoever destroys this.
+    bool m_usesThread = false;
     std::unique_ptr<KvAudioConverter> m_converter;  ///< created on first need
     orvelle::SoundFormat m_converterFormat;
     std::vector<char> m_chunks;  ///< what one frame adds; kept to spare allocations

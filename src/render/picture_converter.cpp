@@ -48,18 +48,25 @@ bool PictureConverter::Target::allocate(const QSize& size) {
     return true;
 }
 
-int PictureConverter::convert(const AVFrame& picture, const QSize& size, Target& target) {
-    if (size.isEmpty() || !target.allocate(size) || !prepare(picture, target)) {
+int PictureConverter::convert(const AVFrame& picture, const QRect& part, const QSize& size,
+                              Target& target) {
+    if (size.isEmpty() || part.isEmpty() || !target.allocate(size) ||
+        !prepare(part.size(), target)) {
         target.clear();
         return -1;
     }
-    sws_scale(m_scaler.get(), picture.data, picture.linesize, 0, picture.height,
-              target.m_frame->data, target.m_frame->linesize);
+    const auto plane = [&picture](int index, int x, int y) {
+        return picture.data[index] + ptrdiff_t{y} * picture.linesize[index] + x;
+    };
+    const uint8_t* const planes[] = {plane(0, part.x(), part.y()),
+                                     plane(1, part.x() / 2, part.y() / 2),
+                                     plane(2, part.x() / 2, part.y() / 2)};
+    sws_scale(m_scaler.get(), planes, picture.linesize, 0, part.height(), target.m_frame->data,
+              target.m_frame->linesize);
     return 0;
 }
 
-bool PictureConverter::prepare(const AVFrame& picture, const Target& target) {
-    const QSize sourceSize(picture.width, picture.height);
+bool PictureConverter::prepare(const QSize& sourceSize, const Target& target) {
     const QSize targetSize(target.m_frame->width, target.m_frame->height);
     if (m_scaler && sourceSize == m_sourceSize && targetSize == m_targetSize)
         return true;

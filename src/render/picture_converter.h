@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QImage>
+#include <QRect>
 #include <QSize>
 
 #include "frames/ffmpeg_io_ptr.h"
@@ -31,12 +32,12 @@ public:
     };
 
     static bool accepts(const AVFrame& picture);
-    /// Fills the target with an accepted picture at `size` in pixels: 0, or -1 when that is empty
-    /// or memory lacks, and the target is empty.
-    int convert(const AVFrame& picture, const QSize& size, Target& target);
+    /// Fills the target with a part of an accepted picture (with even left and top) at `size` in
+    /// pixels: 0, or -1 when that is empty or memory lacks, and the target is empty.
+    int convert(const AVFrame& picture, const QRect& part, const QSize& size, Target& target);
 
 private:
-    bool prepare(const AVFrame& picture, const Target& target);
+    bool prepare(const QSize& sourceSize, const Target& target);
 
     ScalerPtr m_scaler;
     QSize m_sourceSize;

@@ -17,10 +17,12 @@ PictureScale fitPicture(int pictureWidth, int pictureHeight, int viewWidth, int 
     return scale;
 }
 
-std::array<float, 8> pictureCorners(const PictureScale& scale) {
-    const float x = static_cast<float>(scale.x);
-    const float y = static_cast<float>(scale.y);
-    return {-x, -y, x, -y, -x, y, x, y};
+std::array<float, 8> pictureCorners(const QRectF& place) {
+    const auto left = static_cast<float>(2.0 * place.left() - 1.0);
+    const auto right = static_cast<float>(2.0 * place.right() - 1.0);
+    const auto top = static_cast<float>(1.0 - 2.0 * place.top());
+    const auto bottom = static_cast<float>(1.0 - 2.0 * place.bottom());
+    return {left, bottom, right, bottom, left, top, right, top};
 }
 
 }  // namespace orvelle

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QRectF>
+
 #include <array>
 
 namespace orvelle {
@@ -14,7 +16,8 @@ struct PictureScale {
 /// gives (1.0, 1.0).
 PictureScale fitPicture(int pictureWidth, int pictureHeight, int viewWidth, int viewHeight);
 
-/// The (x, y) clip-space corners in strip order: bottom-left, bottom-right, top-left, top-right.
-std::array<float, 8> pictureCorners(const PictureScale& scale);
+/// The (x, y) clip-space corners of a place in shares of the view, in strip order: bottom-left,
+/// bottom-right, top-left, top-right.
+std::array<float, 8> pictureCorners(const QRectF& place);
 
 }  // namespace orvelle

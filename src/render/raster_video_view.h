@@ -24,8 +24,9 @@ public:
 
     int showPicture(const AVFrame& picture) override;
     void showNothing() override;
-    bool snapshot(const QString& path) override;
+    bool snapshot(const QString& path, const QDateTime& takenAt = {}) override;
     void pictureScale(double* x, double* y) const override;
+    PictureScale fit() const override;
     QImage grabView() override;
 
 protected:
@@ -34,7 +35,14 @@ protected:
     void repaintPicture() override;
 
 private:
+    /// What of a picture is converted, and where it goes, in pixels.
+    struct Cut {
+        QRect source;
+        QRect target;  ///< reaches out of the view by what the source was rounded up
+    };
+
     void followSize();
+    Cut cutOf(const AVFrame& picture, const QSize& view) const;
     /// Makes m_shown what the view needs now, under the lock; its place in the view, or nothing.
     QRect prepareShown();
 
@@ -49,6 +57,7 @@ private:
     FramePtr m_picture;          ///< the latest; never without a frame, perhaps of no picture
     PictureConverter::Target m_shown;
     bool m_isShownCurrent = false;  ///< m_shown is of m_picture
+    QRect m_shownSource;            ///< the part of it
     QSize m_viewSize;               ///< in pixels of the screen
     PictureScale m_scale;
 };

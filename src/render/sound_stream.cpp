@@ -25,7 +25,7 @@ using std::chrono::milliseconds;
 
 // Sound that waits in the device is delay; below this, a busy machine makes it stutter.
 constexpr int kDeviceBufferMs = 120;
-// The interface waits this long for the sound server and then goes on without its answer.
+// Whoever opens goes on without an answer of the sound server then.
 constexpr milliseconds kOpenTimeout(400);
 constexpr qint64 kReopenIntervalMs = 1000;
 constexpr int kMinSpacePollMs = 5;
@@ -56,8 +56,10 @@ bool SoundStream::open(const std::optional<QAudioFormat>& format) {
     wake();
     lock.lock();
     std::atomic<bool>& isResponsive = SoundThread::instance().isResponsive;
-    isResponsive = m_changed.wait_for(lock, isResponsive ? kOpenTimeout : milliseconds(0),
-                                      [&] { return m_servedSerial >= serial; });
+    const bool isAnswered =
+        m_changed.wait_for(lock, isResponsive ? kOpenTimeout : milliseconds(0),
+                           [&] { return m_servedSerial >= serial || m_isInterrupted; });
+    isResponsive = isResponsive && isAnswered;
     return isOpen();
 }
 

@@ -33,7 +33,7 @@ public:
     ~SoundStream() override;
 
     /// Asks for the default device, with its preferred format unless given, and waits a moment for
-    /// the outcome: false when there is none or it refuses. Any thread.
+    /// the outcome: false when there is none or it refuses. Any thread but the interface.
     bool open(const std::optional<QAudioFormat>& format);
     /// Never blocks. Any thread.
     void close();

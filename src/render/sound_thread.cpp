@@ -1,20 +1,8 @@
 #include "render/sound_thread.h"
 
-#include <QLoggingCategory>
-
-#include <cstdlib>
-
 #include "core/tsan_annotations.h"
 
 namespace orvelle {
-namespace {
-
-Q_LOGGING_CATEGORY(lcRender, "orvelle.render")
-
-// A hung sound server must not hang the exit.
-constexpr int kEndTimeoutMs = 2000;
-
-}  // namespace
 
 SoundThread& SoundThread::instance() {
     // Never destroyed: objects of the toolkit's sound plugin belong to it until the process ends.
@@ -42,14 +30,10 @@ void SoundThread::release() {
             return;
     }
     quit();
-    if (waitForEnd(kEndTimeoutMs))
-        return;
-    qCWarning(lcRender, "the sound server does not answer; its thread is left behind");
-    // The destructors of the toolkit's sound plugin would wait for that thread or abort.
-    std::atexit([] {
-        if (instance().isRunning())
-            std::_Exit(EXIT_SUCCESS);
-    });
+}
+
+bool SoundThread::hasEnded(int timeoutMs) {
+    return waitForEnd(timeoutMs);
 }
 
 void SoundThread::run() {

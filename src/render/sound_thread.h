@@ -19,8 +19,11 @@ public:
 
     /// Starts the thread with the first user. Any thread but this.
     void acquire();
-    /// Ends it with the last, waiting a moment for it. Any thread but this.
+    /// Ends it with the last, without waiting for it. Any thread but this.
     void release();
+    /// Waits for its end, at the end of the process: false when the sound server hangs and with it
+    /// the thread. Destructors of the toolkit's sound plugin would wait for that or abort then.
+    bool hasEnded(int timeoutMs);
 
     void run() override;
 

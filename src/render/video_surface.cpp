@@ -84,6 +84,21 @@ void VideoSurface::setSeen(bool isSeen) {
         m_tick->forget(m_tickClient);
 }
 
+void VideoSurface::setZoom(const PictureZoom& zoom) {
+    {
+        const std::lock_guard<std::mutex> lock(m_zoomMutex);
+        if (m_zoom == zoom)
+            return;
+        m_zoom = zoom;
+    }
+    repaintPicture();
+}
+
+PictureZoom VideoSurface::zoom() const {
+    const std::lock_guard<std::mutex> lock(m_zoomMutex);
+    return m_zoom;
+}
+
 VideoSurface* makeVideoSurface(QWidget* parent) {
     if (drawing() == Drawing::kOpenGl)
         return new KvVideoView(parent);

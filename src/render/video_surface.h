@@ -1,13 +1,16 @@
 #pragma once
 
+#include <QDateTime>
 #include <QImage>
 #include <QString>
 
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <mutex>
 #include <vector>
 
+#include "render/picture_zoom.h"
 #include "render/repaint_tick.h"
 
 class QWidget;
@@ -36,15 +39,23 @@ public:
     /// Shows black. Any thread.
     virtual void showNothing() = 0;
 
-    /// Writes the current picture at its own size as a JPEG file; false when there is none or
+    /// Writes the current picture at its own size as a JPEG file, which notes `takenAt` where that
+    /// is valid; false when there is none or
     /// writing fails. Blocks for the encoding, but holds up neither painting nor new pictures. Any
     /// thread.
-    virtual bool snapshot(const QString& path) = 0;
+    virtual bool snapshot(const QString& path, const QDateTime& takenAt = {}) = 0;
     /// The share of the widget that the last painted picture covers; null pointers are skipped.
     /// Any thread.
     virtual void pictureScale(double* x, double* y) const = 0;
+    /// How the current picture fits the widget without any zoom; (1.0, 1.0) without one.
+    virtual PictureScale fit() const = 0;
     /// What the widget shows, in pixels of the screen.
     virtual QImage grabView() = 0;
+
+    /// Magnifies this picture and those that follow.
+    void setZoom(const PictureZoom& zoom);
+    /// Any thread.
+    PictureZoom zoom() const;
 
     /// Whether the widget can be seen: it is shown, and its window is not minimised. Any thread.
     bool isSeen() const { return m_isSeen; }
@@ -70,6 +81,9 @@ private:
     RepaintTick::Client m_tickClient;
     std::atomic<bool> m_isSeen{false};  ///< orders nothing
     std::unique_ptr<SeenWatch> m_seenWatch;
+
+    mutable std::mutex m_zoomMutex;  ///< guards the one below
+    PictureZoom m_zoom;
 };
 
 /// A surface of the kind that suits this machine, see drawing(); a child of `parent`, which owns

@@ -35,6 +35,13 @@ constexpr GLfloat kColorMatrix[] = {1.164f, 1.164f, 1.164f,  0.0f, -0.392f,
                                     2.017f, 1.596f, -0.813f, 0.0f};
 constexpr GLfloat kBlackMatrix[9] = {};
 
+/// From this share of a picture's width downwards mipmaps are worth their price.
+constexpr double kMipmapShare = 0.6;
+
+orvelle::PictureScale fitIn(const KvYUV420P& frame, const QSize& view) {
+    return orvelle::fitPicture(frame.width(), frame.height(), view.width(), view.height());
+}
+
 }  // namespace
 
 KvVideoView::KvVideoView(QWidget* parent)
@@ -81,10 +88,10 @@ void KvVideoView::clear() {
     qDebug("clear");
 }
 
-bool KvVideoView::snapshot(const QString& path) {
+bool KvVideoView::snapshot(const QString& path, const QDateTime& takenAt) {
     const SharedFrame frame = currentFrame();
     return frame && writeYUV420PJpeg(frame->y(), frame->u(), frame->v(), frame->width(),
-                                     frame->height(), path) == 0;
+                                     frame->height(), path, takenAt) == 0;
 }
 
 void KvVideoView::pictureScale(double* x, double* y) const {
@@ -93,6 +100,11 @@ void KvVideoView::pictureScale(double* x, double* y) const {
         *x = m_scale.x;
     if (y)
         *y = m_scale.y;
+}
+
+orvelle::PictureScale KvVideoView::fit() const {
+    const SharedFrame frame = currentFrame();
+    return frame ? fitIn(*frame, size()) : orvelle::PictureScale{};
 }
 
 void KvVideoView::keepFrame(SharedFrame frame) {
@@ -120,12 +132,10 @@ void KvVideoView::resizeGL(int, int) {}
 
 void KvVideoView::paintGL() {
     const SharedFrame frame = currentFrame();
-    const orvelle::PictureScale scale =
-        frame ? orvelle::fitPicture(frame->width(), frame->height(), width(), height())
-              : orvelle::PictureScale{};
+    const QRectF place = frame ? zoom().place(fitIn(*frame, size())) : QRectF(0, 0, 1, 1);
     {
         std::lock_guard<std::mutex> lock(m_mutex);
-        m_scale = scale;
+        m_scale = {std::min(1.0, place.width()), std::min(1.0, place.height())};
     }
 
     const qreal ratio = devicePixelRatioF();
@@ -133,9 +143,11 @@ void KvVideoView::paintGL() {
     glClearColor(0, 0, 0, 1);
     glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
     glUseProgram(m_program);
-    if (frame)
+    if (frame) {
         uploadFrame(frame);
-    drawQuad(scale, !frame);
+        followShrinking(*frame, place);
+    }
+    drawQuad(place, !frame);
     if (const GLenum error = glGetError())
         qDebug("glGetError() = %x", error);
     glFlush();
@@ -195,6 +207,7 @@ void KvVideoView::releaseGl() {
     m_textures = {};
     m_program = 0;
     m_uploadedFrame.reset();
+    m_usesMipmaps = m_hasMipmaps = false;
 }
 
 void KvVideoView::uploadFrame(const SharedFrame& frame) {
@@ -216,6 +229,27 @@ void KvVideoView::uploadFrame(const SharedFrame& frame) {
     glPixelStorei(GL_UNPACK_ALIGNMENT, 4);
     glActiveTexture(GL_TEXTURE0);
     m_uploadedFrame = frame;
+    m_hasMipmaps = false;
+}
+
+/// A picture drawn much smaller than it is takes every pixel's share, so that fine structures do
+/// not shimmer; the filter of two by two pixels alone would skip some.
+void KvVideoView::followShrinking(const KvYUV420P& frame, const QRectF& place) {
+    const bool isShrunk =
+        place.width() * width() * devicePixelRatioF() < kMipmapShare * frame.width() &&
+        hasOpenGLFeature(QOpenGLFunctions::NPOTTextures);
+    if (isShrunk == m_usesMipmaps && (!isShrunk || m_hasMipmaps))
+        return;
+    for (const GLuint texture : m_textures) {
+        glBindTexture(GL_TEXTURE_2D, texture);
+        if (isShrunk && !m_hasMipmaps)
+            glGenerateMipmap(GL_TEXTURE_2D);
+        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER,
+                        isShrunk ? GL_LINEAR_MIPMAP_LINEAR : GL_LINEAR);
+    }
+    glBindTexture(GL_TEXTURE_2D, m_textures[0]);
+    m_usesMipmaps = isShrunk;
+    m_hasMipmaps = isShrunk;
 }
 
 void KvVideoView::uploadPlane(int unit, int width, int height, const uint8_t* bytes,
@@ -229,10 +263,10 @@ void KvVideoView::uploadPlane(int unit, int width, int height, const uint8_t* by
                      GL_UNSIGNED_BYTE, bytes);
 }
 
-void KvVideoView::drawQuad(const orvelle::PictureScale& scale, bool isBlack) {
+void KvVideoView::drawQuad(const QRectF& place, bool isBlack) {
     if (m_vertexAttribute < 0 || m_textureAttribute < 0)
         return;
-    const std::array<float, 8> corners = orvelle::pictureCorners(scale);
+    const std::array<float, 8> corners = orvelle::pictureCorners(place);
     const GLuint vertex = static_cast<GLuint>(m_vertexAttribute);
     const GLuint texture = static_cast<GLuint>(m_textureAttribute);
     glEnableVertexAttribArray(vertex);

@@ -33,8 +33,9 @@ public:
 
     int showPicture(const AVFrame& picture) override;
     void showNothing() override { showFrame(nullptr); }
-    bool snapshot(const QString& path) override;
+    bool snapshot(const QString& path, const QDateTime& takenAt = {}) override;
     void pictureScale(double* x, double* y) const override;
+    orvelle::PictureScale fit() const override;
     QImage grabView() override { return grabFramebuffer(); }
 
 signals:
@@ -58,7 +59,8 @@ private:
     void releaseGl();
     void uploadFrame(const SharedFrame& frame);
     void uploadPlane(int unit, int width, int height, const uint8_t* bytes, bool isSameSize);
-    void drawQuad(const orvelle::PictureScale& scale, bool isBlack);
+    void followShrinking(const KvYUV420P& frame, const QRectF& place);
+    void drawQuad(const QRectF& place, bool isBlack);
 
     // Interface thread, with the context current.
     QMetaObject::Connection m_contextConnection;
@@ -68,6 +70,8 @@ private:
     GLint m_textureAttribute = -1;
     GLint m_matrixUniform = -1;
     SharedFrame m_uploadedFrame;  ///< what the textures hold
+    bool m_hasMipmaps = false;    ///< of that frame
+    bool m_usesMipmaps = false;   ///< the textures' filter does
 
     mutable std::mutex m_mutex;  ///< guards the two below
     SharedFrame m_frame;

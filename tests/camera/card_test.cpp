@@ -142,6 +142,64 @@ private slots:
         QVERIFY(start(client, 0) > 0);
     }
 
+    void grantedPlayback_fillsTheRoom_andRunsOnIntoTheNextRecording() {
+        const QTemporaryDir directory;
+        putRecording(directory.path(), 65);
+        House house(demo(), directory.path());
+        Client client(*house.camera);
+        const int number = start(client, 50);
+        QVERIFY(grant(client, number, 30) && grant(client, number + 1, 1000));
+        const auto channel = client.open(number);
+        const auto count = [&channel] {
+            return channel->count(Medium::kVideo) + channel->count(Medium::kAudio);
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(count(), size_t{30}, kTimeoutMs);
+        QVERIFY(grant(client, number, 1000, 100));
+        QCOMPARE(client.receiveControl(kAnswer, 700), QByteArray());
+        QCOMPARE(count(), size_t{30});
+        QVERIFY(grant(client, number, 1000));
+        // All at once, and the end when all of it is here.
+        QCOMPARE(client.receiveControl(kAnswer), playAnswer(PlayCommand::kEnd, 0));
+        const auto frames = channel->frames(Medium::kVideo);
+        QCOMPARE(frames.size(), size_t{15 * 5});
+        for (size_t i = 0; i < frames.size(); ++i)
+            QCOMPARE(frames[i].timeUs, int64_t(50 * kSecond + i * 200'000));
+        QCOMPARE(channel->count(Medium::kAudio), size_t{15 * 25});
+    }
+
+    void grantedPlayback_goesOnWithWhatIsRecordedNow() {
+        const QTemporaryDir directory;
+        House house(demo(), directory.path());
+        Client client(*house.camera);
+        std::vector<RecordingRun> runs;
+        const auto isListed = [&] {
+            runs = house.card->store().runs(0, INT32_MAX);
+            return !runs.empty();
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isListed(), kTimeoutMs);
+        const auto request = playRequest(PlayCommand::kStart, timeDay(runs.front().startSec));
+        int number = -1;
+        const auto isStarted = [&] {
+            const QByteArray answer = ask(client, request);
+            number =
+                answer.startsWith(bytes32(16)) ? qFromLittleEndian<qint32>(answer.data() + 4) : -1;
+            return number > 0;
+        };
+        QTRY_VERIFY_WITH_TIMEOUT(isStarted(), kTimeoutMs);
+        QVERIFY(grant(client, number, 100'000));
+        const auto channel = client.open(number);
+        const auto playedUs = [&] {
+            const auto frames = channel->frames(Medium::kVideo);
+            return frames.empty() ? -1 : frames.back().timeUs;
+        };
+        // More than was there when it began, each picture once.
+        QTRY_VERIFY_WITH_TIMEOUT(playedUs() > 3 * kSecond, kTimeoutMs);
+        const auto frames = channel->frames(Medium::kVideo);
+        QCOMPARE(test::faultOf(frames), std::string());
+        for (size_t i = 1; i < frames.size(); ++i)
+            QVERIFY(frames[i].timeUs > frames[i - 1].timeUs);
+    }
+
     void playback_isRefused_data() {
         QTest::addColumn<QByteArray>("time");
         QTest::addColumn<int>("result");
@@ -205,7 +263,7 @@ private slots:
         QVERIFY(client.send(IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ));
         QCOMPARE(client.receiveControl(IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_RESP),
                  QByteArray(8, '\0'));
-        QVERIFY(house.card->store().runs(0, INT32_MAX).empty() && QFile::exists(alien));
+        QVERIFY(house.card->store().runs(0, kStart + kMinute).empty() && QFile::exists(alien));
         QTRY_VERIFY_WITH_TIMEOUT(isRecording(), kTimeoutMs);
     }
 
@@ -241,6 +299,10 @@ private:
     static QByteArray ask(Client& client, const QByteArray& request) {
         client.send(IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL, request);
         return client.receiveControl(kAnswer);
+    }
+    static bool grant(Client& client, int channel, qint64 frames, qint64 bytes = 1 << 30) {
+        return client.send(IOTYPE_USER_IPCAM_RECORD_ROOM,
+                           bytes32(channel) + bytes32(frames) + bytes32(bytes) + bytes32(0));
     }
     /// The channel on which the camera will play from that second of the recording.
     static int start(Client& client, int second) {

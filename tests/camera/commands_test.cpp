@@ -8,9 +8,11 @@ namespace {
 using orvelle::CameraActions;
 using orvelle::CameraCommands;
 using orvelle::CameraProfile;
+using orvelle::CardOverview;
 using orvelle::CardSpace;
 using orvelle::ListRequest;
 using orvelle::PlayRequest;
+using orvelle::RoomGrant;
 
 /// Writes down what a command did, as text.
 class Recorder : public CameraActions {
@@ -24,6 +26,9 @@ public:
     void turn(int clientId, uint8_t control, uint8_t speed) override {
         note(clientId, "turn " + QByteArray::number(control) + ' ' + QByteArray::number(speed));
     }
+    CardOverview cardOverview() override {
+        return {true, false, true, 1'600'000'020, 1'602'000'000, {1'600'000'020, 1'602'000'000}};
+    }
     CardSpace cardSpace() override { return {int64_t{32'000} << 20, (int64_t{31} << 20) - 1}; }
     void listRecordings(int clientId, const ListRequest& request) override {
         note(clientId, "list " + QByteArray::number(qlonglong(request.fromSec)) + ' ' +
@@ -32,6 +37,15 @@ public:
     void playRecording(int clientId, const PlayRequest& request) override {
         note(clientId, "play " + QByteArray::number(request.command) + ' ' +
                            QByteArray::number(qlonglong(request.fromSec.value_or(-1))));
+    }
+    void downloadRecording(int clientId, const PlayRequest& request) override {
+        note(clientId, "down");
+        playRecording(clientId, request);
+    }
+    void grantRoom(int clientId, const RoomGrant& room) override {
+        note(clientId, "room " + QByteArray::number(room.channel) + ' ' +
+                           QByteArray::number(room.frames) + ' ' +
+                           QByteArray::number(qulonglong(room.bytes)));
     }
     void formatCard(int clientId) override { note(clientId, "format"); }
     QByteArray notes;
@@ -91,6 +105,13 @@ private slots:
                               text("192.168.1.20", 16) + text("AA:BB:CC:DD:EE:FF", 18)));
         row("time zone", 0x03A0, zeros(8), answer("3a1", hex("0c00000001000000a6ffffff")));
         row("device type", 0x0680, zeros(8), answer("681", hex("01000000")));
+        // Read-only and full; September and October of 2020.
+        row("overview", 0x7000, zeros(8),
+            answer("7001", hex("0e000000"
+                               "14105e5f"
+                               "80947c5f"
+                               "b85e0200"
+                               "03")));
         row("format", 0x0380, zeros(8), "7format");
         // Times of a request, in the camera's clock for a list, in UTC for a playback.
         const auto list = [&](const char* from, const char* to) -> QByteArray {
@@ -104,9 +125,15 @@ private slots:
         row("list from year 0", 0x0660, list("0000010107000000", "e407041e04173b3b"), "7list 0 -1");
         row("list to month 13", 0x0660, list("e407030107000000", "e4070d0104173b3b"), "7list 0 -1");
         row("play", 0x031A, play("10000000", "e407030107010203"), "7play 16 1583024523");
+        row("download", 0x7002, play("10000000", "e407030107010203"), "7down7play 16 1583024523");
         row("play on day 30 of February", 0x031A, play("10000000", "e407021e07010203"),
             "7play 16 -1");
         row("play at hour 24", 0x031A, play("10000000", "e407030107180000"), "7play 16 -1");
+        row("room", 0x0670,
+            hex("03000000"
+                "05000000"
+                "0100000002000000"),
+            "7room 3 5 8589934593");
         row("stop playing", 0x031A, zeros(4) + hex("01000000") + zeros(16), "7play 1 -1");
         row("longer than its layout", 0x01FF, zeros(1388), "7video");
     }

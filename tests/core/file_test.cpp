@@ -1,13 +1,17 @@
 #include <QDir>
+#include <QSemaphore>
 
 #include <algorithm>
+#include <atomic>
 
 #include "core/configure.h"
 #include "core/file_utils.h"
+#include "core/file_writer.h"
 #include "core/language.h"
 #include "core/log.h"
 #include "core/safe_name.h"
 #include "core/wipe.h"
+#include "support/full_disk.h"
 #include "support/suites.h"
 
 namespace {
@@ -47,6 +51,37 @@ private slots:
         QVERIFY(KvConfigure().remove(m_key) && !KvConfigure().contains(m_key));
     }
 
+    void settingIsThereAtOnce_andInTheFileWhenTheWriterComesToIt() {
+        QSemaphore disk;
+        std::atomic<int> failures{0};
+        orvelle::FileWriter writer([&failures] { ++failures; });
+        KvConfigure::setWriter(&writer);
+        writer.run(QStringLiteral("slow"), [&disk] {
+            disk.acquire();
+            return true;
+        });
+        QVERIFY(KvConfigure().setInt(m_key, 5) &&
+                KvConfigure().setBool(QStringLiteral("b"), false));
+        QVERIFY(KvConfigure().getInt(m_key, 0) == 5 && !QFile::exists(settings()));
+        disk.release();
+        writer.finish();
+        QVERIFY(read(settings()).contains("device_max_id=5"));
+        if (orvelle::test::FullDisk::isPossible()) {
+            const orvelle::test::FullDisk full(4);
+            QVERIFY(KvConfigure().setInt(m_key, 6));
+            writer.finish();
+            QVERIFY(failures == 1 && KvConfigure().getInt(m_key, 0) == 6);
+        }
+        // What failed comes with the next.
+        QVERIFY(KvConfigure().remove(QStringLiteral("b")));
+        writer.finish();
+        KvConfigure::setWriter(nullptr);
+        QVERIFY(!read(settings()).contains("b="));
+        QVERIFY(!orvelle::test::FullDisk::isPossible() ||
+                read(settings()).contains("device_max_id=6"));
+        QCOMPARE(QDir(KvFileUtils::configurePath()).entryList(QDir::Files).size(), 1);
+    }
+
     void damagedSettings_areReadAsDefaults_andWrittenAnew() {
         for (const QByteArray& content :
              {QByteArray("\xff\xfe\0[\n=]\x80", 8), QByteArray("[General]\ndevice_max_"),
@@ -67,6 +102,8 @@ private slots:
         QCOMPARE(KvFileUtils::videoPath(uid), settings() + QLatin1String("/U1/Video"));
         QVERIFY(!KvFileUtils::exists(KvFileUtils::videoPath(uid)));
         QVERIFY(KvFileUtils::resetMediaRoot() && !KvFileUtils::resetMediaRoot());
+        KvConfigure().setString(orvelle::settings::kMediaRoot, {});
+        QCOMPARE(KvFileUtils::mediaRoot(), KvFileUtils::dataRoot());
         QVERIFY(KvFileUtils::exists(KvFileUtils::videoPath(uid)));
     }
 
@@ -188,6 +225,10 @@ private slots:
     }
 
 private:
+    static QByteArray read(const QString& path) {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
     static QString settings() {
         return KvFileUtils::configurePath() + QLatin1String("/configure.ini");
     }

@@ -16,9 +16,9 @@ class LogTest : public QObject {
 private slots:
     void init() { m_former = qInstallMessageHandler(nullptr); }
     void cleanup() {
+        orvelle::stopLog();
+        orvelle::setDebugLines(true);
         qInstallMessageHandler(m_former);
-        orvelle::setLogEnabled(false);
-        orvelle::closeLogFile();
     }
 
     void file_holdsOwnLinesAndQts_once_whateverItsPath() {
@@ -39,6 +39,25 @@ private slots:
         QCOMPARE(lines.size(), 3);
         QVERIFY(lines[0].startsWith("[20") && lines[0].endsWith("] own 1"));
         QVERIFY(lines[1].startsWith("[20") && lines[1].endsWith("] orvelle.test: trouble"));
+    }
+
+    void debugLines_areNotEvenMade_unlessWanted() {
+        const QTemporaryDir directory;
+        QFile file(directory.filePath(QStringLiteral("log")));
+        int made = 0;
+        const auto line = [&made] { return ++made; };
+        orvelle::setDebugLines(false);
+        qCDebug(lcDebug, "unwanted %d", line());
+        QCOMPARE(made, 0);
+        QVERIFY(orvelle::startLog(file.fileName()));
+        qCDebug(lcDebug, "packet %d", line());
+        qDebug("rare");
+        orvelle::stopLog();
+        qCDebug(lcDebug, "unwanted %d", line());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray lines = file.readAll();
+        QVERIFY(lines.contains("] packet 1\n[") && lines.endsWith("] rare\n"));
+        QCOMPARE(made, 1);
     }
 
 private:

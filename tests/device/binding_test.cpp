@@ -1,5 +1,7 @@
 #include <QSignalSpy>
 
+#include <thread>
+
 #include "device/device_add_thread.h"
 #include "device/device_manager.h"
 #include "device/device_remove_thread.h"
@@ -113,11 +115,26 @@ private slots:
         QVERIFY(device->isOnline() && device->sid() == sid);
     }
 
+    void groupOfTheSameName_makesRoom() {
+        const QString uid = QStringLiteral("1");
+        auto group = std::make_unique<KvDeviceGroup>();
+        group->setType(KvDeviceGroup::kGroup);
+        group->setName(QStringLiteral("first"));
+        QVERIFY(m_manager->addGroup(std::move(group)));
+        QCOMPARE(m_manager->groups().first()->key(), uid);
+        TestCamera camera(uid);
+        QVERIFY(camera.start());
+        Adder adder(QString::fromStdString(orvelle::encodeDeviceCode(uid.toStdString(), "right")));
+        QCOMPARE(outcomeOf(adder), int(Adder::kAdded));
+        m_manager->finishWrites();
+        QVERIFY(m_entries.read("1").contains("<uid>1<") && m_entries.read("2").contains(">first<"));
+    }
+
     void codes_areTriedOnceTheCameraListensAgain_afterTooManyWrongOnes() {
         TestCamera camera(kUid);
         QVERIFY(camera.start());
-        // The eighth makes the camera deaf for eight seconds, longer than the next two attempts look
-        // for others that answer; each but the first five waits, too.
+        // The eighth makes the camera deaf for eight seconds, longer than the next two attempts
+        // look for others that answer; each but the first five waits, too.
         for (int i = 0; i < 8; ++i) {
             Adder guess(codeOf("wrong"));
             guess.setPatience({50, 20000});
@@ -159,7 +176,25 @@ private slots:
         QVERIFY(m_manager->groups().isEmpty() && !m_files.has("BINDCAM1"));
     }
 
-    void worker_isWaitedFor_whenThereIsNoManager() {
+    void lateSuccess_changesNothing_onceTheProgramIsOnItsWayOut() {
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        const QSignalSpy changes(m_manager, &KvDeviceManager::listChanged);
+        {
+            Adder adder(codeOf());
+            adder.start();
+            adder.waitForEnd();
+            QVERIFY(m_files.has("BINDCAM1"));
+            std::thread wayOut([this] { m_manager->closeForGood(); });
+            wayOut.join();
+        }
+        // The next start lists it.
+        QVERIFY(m_manager->devicesSnapshot().isEmpty() && m_manager->groups().isEmpty());
+        QVERIFY(changes.isEmpty() && m_entries.has("BINDCAM1"));
+        QTRY_COMPARE(camera.clients(), 0);
+    }
+
+    void worker_isWaitedFor_whenTheManagerGoes() {
         struct Slow : KvThread {
             explicit Slow(std::atomic<bool>& end) : KvThread(QStringLiteral("slow")), m_end(end) {}
             void run() override {
@@ -169,11 +204,11 @@ private slots:
             }
             std::atomic<bool>& m_end;
         };
-        KvDeviceManager::release();
         std::atomic<bool> hasEnded{false};
         auto worker = std::make_unique<Slow>(hasEnded);
         worker->start();
-        KvDeviceManager::abandonWorker(std::move(worker), this);
+        m_manager->reaper().take(std::move(worker), this);
+        KvDeviceManager::release();
         QVERIFY(hasEnded);
     }
 

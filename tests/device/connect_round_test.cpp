@@ -2,6 +2,7 @@
 
 #include "impostor.h"
 #include "link/result_codes.h"
+#include "support/no_more_files.h"
 #include "support/suites.h"
 #include "support/test_camera.h"
 #include "test_tools.h"
@@ -125,6 +126,42 @@ private slots:
             QVERIFY(camera.start());
         }
         QTRY_VERIFY_WITH_TIMEOUT(device(kUid).isOnline(), kDeadlineMs);
+    }
+
+    void camerasBeyondTheLinksChannels_sayWhy_andTheFirstOfThemFollows() {
+        m_manager->setTiming({20, 20, 0});
+        for (const QString& uid : numbered("OFF", KvDeviceManager::kMaxDevices))
+            m_manager->addDevice(deviceFor(uid));
+        TestCamera camera(kUid);
+        QVERIFY(camera.start());
+        m_manager->addDevice(deviceFor(kUid));
+        m_manager->start({});
+        QTRY_COMPARE_WITH_TIMEOUT(device(QStringLiteral("OFF0")).state(), DeviceState::kUnreachable,
+                                  kDeadlineMs);
+        QCOMPARE(device(kUid).state(), DeviceState::kNoFreeChannel);
+        m_manager->removeDevice(m_manager->findDevice(QStringLiteral("OFF7"))).reset();
+        QTRY_VERIFY_WITH_TIMEOUT(device(kUid).isOnline(), kDeadlineMs);
+    }
+
+    void linkWithoutSockets_isTold_andTriedAgain() {
+        if (!orvelle::test::NoMoreFiles::isPossible())
+            QSKIP("no limit on the number of files");
+        m_manager->setTiming({20, 20, 0});
+        TestCamera camera(kUid);
+        m_manager->addDevice(deviceFor(QStringLiteral("OFF")));
+        m_manager->start({});
+        QTRY_COMPARE_WITH_TIMEOUT(device(QStringLiteral("OFF")).state(), DeviceState::kUnreachable,
+                                  kDeadlineMs);
+        {
+            // The threads that run have what they need.
+            const orvelle::test::NoMoreFiles none;
+            m_manager->addDevice(deviceFor(kUid));
+            QTRY_COMPARE_WITH_TIMEOUT(m_manager->linkResult(), int(LINK_ER_NO_SOCKET), kDeadlineMs);
+            QTRY_COMPARE_WITH_TIMEOUT(device(kUid).state(), DeviceState::kNoNetwork, kDeadlineMs);
+        }
+        QVERIFY(camera.start());
+        QTRY_VERIFY_WITH_TIMEOUT(device(kUid).isOnline(), kDeadlineMs);
+        QTRY_COMPARE_WITH_TIMEOUT(m_manager->linkResult(), 0, kDeadlineMs);
     }
 
     void camera_mayGo_whileItIsSought() {

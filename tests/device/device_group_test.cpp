@@ -2,6 +2,8 @@
 
 #include <QImage>
 
+#include <limits>
+
 #include "device/device_manager.h"
 #include "support/suites.h"
 #include "test_tools.h"
@@ -87,6 +89,7 @@ private slots:
             uids += ' ' + QByteArray::number(i);
         write("7", absurd + "<name>" + QByteArray(10000, 'n') + "</name>", uids);
         write("8", absurd + "<name>twin</name>", "CAM4");
+        QVERIFY(kFiles.age("8", 60));
         load();
         m_manager->reorderGroups();
         const auto groups = m_manager->groups();
@@ -122,6 +125,48 @@ private slots:
         QVERIFY(QDir(kFiles.directory()).isEmpty());
     }
 
+    void numberThatIsACamerasUid_isNoGroups_afterALoadThatHealsIt() {
+        add("7");
+        write("7", "<name>ours</name><type>1</type><groupId>7</groupId>", "CAM1");
+        const QString picture =
+            KvFileUtils::cachePath(QStringLiteral("7")) + QStringLiteral("/thumb.jpg");
+        QVERIFY(QFile::copy(kFiles.path("7"), picture));
+        for (const int lines : {1, 0}) {
+            orvelle::test::LogLines log;
+            load();
+            QCOMPARE(log.take().filter(QStringLiteral("since a camera has that name")).size(),
+                     lines);
+            m_manager->finishWrites();
+            QVERIFY(kFiles.read("7").contains("<type>0<") && kFiles.read("8").contains(">ours<"));
+            QVERIFY(!QFile::exists(picture));
+            restart({QStringLiteral("7")});
+        }
+    }
+
+    void numbersThatNameAFileOrACamera_areGivenToNoGroup() {
+        // The counter is at its end, 1 is a file that cannot be read, 2 a camera, 3 a camera that
+        // is not bound any more, 4 a group.
+        KvDeviceManager::setMaxGroupId(std::numeric_limits<int>::max());
+        kFiles.write("1", "torn");
+        add("2");
+        write("4", "<name>g</name><type>1</type><groupId>4</groupId>", "CAM1 3");
+        load();
+        for (const char* key : {"5", "6"}) {
+            auto group = std::make_unique<KvDeviceGroup>();
+            group->setType(KvDeviceGroup::kGroup);
+            group->setName(QStringLiteral("new"));
+            const KvDeviceGroup* const listed = group.get();
+            QVERIFY(m_manager->addGroup(std::move(group)));
+            QCOMPARE(listed->key(), QLatin1String(key));
+        }
+        m_manager->finishWrites();
+        QCOMPARE(kFiles.read("1"), QByteArray("torn"));
+        QVERIFY(kFiles.read("4").contains("<groupId>4<") && kFiles.has("6"));
+        // And a camera that comes later takes its name from the group that has it.
+        QVERIFY(m_manager->makeRoomFor(QStringLiteral("5")));
+        QVERIFY(!kFiles.has("5") && kFiles.has("7"));
+    }
+
     void thumbnail_showsTheFirstFourMembers() {
         KvDeviceGroup group;
         group.setType(KvDeviceGroup::kGroup);
@@ -155,6 +200,17 @@ private slots:
     }
 
 private:
+    void add(const char* uid) {
+        auto device = std::make_unique<KvTUTKDevice>();
+        device->setUid(QLatin1String(uid));
+        QVERIFY(device->save() && m_manager->addDevice(std::move(device)));
+    }
+    void restart(const QStringList& uids) {
+        KvDeviceManager::release();
+        m_manager = KvDeviceManager::create();
+        for (const QString& uid : uids)
+            add(uid.toLatin1().constData());
+    }
     void load() {
         m_manager->start(KvFileUtils::devicesPath());
         m_manager->stopInitThread();

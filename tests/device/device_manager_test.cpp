@@ -95,11 +95,32 @@ private slots:
         }
     }
 
+    void mediaFolder_saysWhoseItIs_andFollowsTheName() {
+        const QString folder = KvFileUtils::mediaPath(kUid);
+        const QString label = folder + QStringLiteral("/Camera.txt");
+        m_manager->addDevice(deviceFor(kUid));
+        KvDevice* const device = m_manager->findDevice(kUid);
+        const auto text = [&label] {
+            QFile file(label);
+            return file.open(QIODevice::ReadOnly | QIODevice::Text) ? file.readAll() : QByteArray();
+        };
+        for (const char* name : {"Gate", "\xE9\x99\xA2"}) {
+            device->setName(QString::fromUtf8(name));
+            m_manager->nameMediaFolder(*device);
+            QTRY_COMPARE(text(), QByteArray(name) + "\nMANAGERCAM1\n");
+        }
+        // A folder that is not there is not made, and one that cannot be written harms nobody.
+        QVERIFY(QDir(folder).removeRecursively());
+        m_manager->nameMediaFolder(*device);
+        KvDeviceManager::release();
+        QVERIFY(!QFile::exists(folder));
+    }
+
     void search_isCutShort_whenLeftBehind() {
         auto search = std::make_unique<TUTKDeviceSearchThread>(60000);
         const QPointer<KvThread> running(search.get());
         search->start();
-        KvDeviceManager::abandonWorker(std::move(search), this);
+        m_manager->reaper().take(std::move(search), this);
         QTRY_VERIFY(!running);
     }
 
@@ -111,9 +132,9 @@ private slots:
             QVERIFY(cameras.back()->start());
             m_manager->addDevice(deviceFor(uid));
         }
-        std::vector<std::unique_ptr<KvTUTKDevice>> found;
+        std::vector<orvelle::CameraRecord> found;
         QCOMPARE(m_manager->lanSearch(found, 1500), 16);
-        QCOMPARE(found.back()->name(), QStringLiteral("Test camera"));
+        QCOMPARE(found.back().name, QStringLiteral("Test camera"));
         m_manager->start({});
         for (const KvDevice* device : m_manager->devicesSnapshot())
             QTRY_VERIFY_WITH_TIMEOUT(device->isOnline(), 30000);

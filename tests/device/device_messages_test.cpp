@@ -29,6 +29,17 @@ private slots:
             QCOMPARE(bytes.toHex(), QByteArray(hex));
     }
 
+    void overview_isRefused_whenItIsCutOrAbsurd() {
+        const QByteArray whole = QByteArray::fromHex("0600000014105e5f80947c5fb85e02000200");
+        const auto overview = CardOverviewReply::decode(whole.left(17));
+        QVERIFY(overview && !overview->isMissing && overview->isReadOnly && overview->isFull);
+        QCOMPARE(overview->oldestSec, 1'600'000'020U);
+        QCOMPARE(overview->newestSec, 1'602'000'000U);
+        QCOMPARE(overview->months, QVector<QDate>{QDate(2020, 10, 1)});
+        QVERIFY(!CardOverviewReply::decode(whole.left(16)));
+        QVERIFY(!CardOverviewReply::decode(QByteArray(whole).replace(14, 2, "\xff\xff")));
+    }
+
     void replies_holdOnlyWhatArrived() {
         QByteArray whole;
         for (int i = 0; i < 102; ++i)

@@ -52,6 +52,41 @@ private slots:
         QVERIFY(!m_device->writeToFile(QStringLiteral("/nowhere/at/all.xml")));
     }
 
+    void fileOfAnyName_isReplacedAndRemoved_withItsCamera() {
+        for (const bool isSaved : {false, true}) {
+            kFiles.write("copy of cam", kWhole);
+            const auto devices = KvTUTKDevice::loadAll(kFiles.directory());
+            QVERIFY(devices.size() == 1);
+            if (isSaved) {
+                QVERIFY(devices[0]->save());
+                QVERIFY(kFiles.has("CAM1") && !kFiles.has("copy of cam"));
+            }
+            QVERIFY(devices[0]->removeFile());
+            QVERIFY(QDir(kFiles.directory()).isEmpty());
+        }
+    }
+
+    void newerOfTwoFiles_counts_andTheOtherIsSetAside() {
+        for (const char* newer : {"CAM1", "restored"}) {
+            QDir(kFiles.directory()).removeRecursively();
+            for (const char* name : {"CAM1", "restored"}) {
+                const bool isNewer = qstrcmp(name, newer) == 0;
+                kFiles.write(name,
+                             withUid("CAM1", isNewer ? "<name>new</name>" : "<name>old</name>"));
+                QVERIFY(kFiles.age(name, isNewer ? 5 : 60));
+            }
+            for (const int lines : {1, 0}) {
+                orvelle::test::LogLines log;
+                const auto devices = KvTUTKDevice::loadAll(kFiles.directory());
+                QCOMPARE(log.take().size(), lines);
+                QVERIFY(devices.size() == 1 && devices[0]->name() == QLatin1String("new"));
+            }
+            QCOMPARE(
+                QDir(kFiles.directory()).entryList({QStringLiteral("*.old")}, QDir::Files).size(),
+                1);
+        }
+    }
+
     void oldFile_stays_whenTheDiskIsFull() {
         if (!orvelle::test::FullDisk::isPossible())
             QSKIP("no limit on the size of files");

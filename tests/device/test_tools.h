@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QFile>
 
 #include <mutex>
@@ -60,6 +61,13 @@ struct XmlFiles {
     QByteArray read(const char* name) const {
         QFile file(path(name));
         return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    /// As if it had been written that long ago.
+    bool age(const char* name, int seconds) const {
+        QFile file(path(name));
+        return file.open(QIODevice::ReadWrite) &&
+               file.setFileTime(QDateTime::currentDateTime().addSecs(-seconds),
+                                QFileDevice::FileModificationTime);
     }
     void write(const char* name, const QByteArray& content) const {
         QFile file(path(name));

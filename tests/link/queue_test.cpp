@@ -62,6 +62,7 @@ private slots:
     void mediaQueue_dropsWholeGroups_whenOld_data();
     void mediaQueue_dropsWholeGroups_whenOld();
     void mediaQueue_awaitsKey_whenFrameRefused();
+    void recordingQueues_dropNothing();
     void frameQueue_reportsGapOnce_andGoesOnAtKey_data();
     void frameQueue_reportsGapOnce_andGoesOnAtKey();
     void frameQueue_forgetsOldest_whenSoundOverflows();
@@ -141,6 +142,33 @@ void QueueTest::mediaQueue_awaitsKey_whenFrameRefused() {
     queue.pushVideo({0x4E, 0, 0}, frameOf(5), 602);
     queue.pushVideo({0x4E, 1, 0}, frameOf(5), 603);
     QCOMPARE(takeAll(queue, 603), QByteArray("v4.0"));
+}
+
+void QueueTest::recordingQueues_dropNothing() {
+    ServerCounters counters;
+    MediaQueue sender(counters, MediaQueue::Kind::kRecording);
+    // By number, and by size.
+    for (const size_t bytes : {size_t{10}, size_t{100'000}}) {
+        int pushed = 0;
+        for (; sender.hasRoom() && pushed < 1000; ++pushed) {
+            if (pushed % 2 == 0)
+                sender.pushVideo({0x4E, 0, 0}, frameOf(bytes), 0);
+            else
+                sender.pushAudio({}, frameOf(10), 0);
+        }
+        QCOMPARE(pushed, bytes == 10 ? 256 : 11);
+        const uint64_t before = counters.videoFramesSent + counters.audioFramesSent;
+        takeAll(sender, 60'000, 100'000);
+        QCOMPARE(counters.videoFramesSent + counters.audioFramesSent - before, uint64_t(pushed));
+        QVERIFY(sender.isEmpty() && sender.bytes() == 0 && sender.hasRoom());
+    }
+    QCOMPARE(counters.videoFramesDropped.load(), uint64_t{0});
+    for (const auto kind : {FrameQueue::Kind::Video, FrameQueue::Kind::Audio}) {
+        FrameQueue reader(kind, FrameQueue::kRecording);
+        for (uint32_t i = 0; i < 1536; ++i)
+            reader.push(received(i, false, 5400));
+        QCOMPARE(reader.size(), 1536);
+    }
 }
 
 void QueueTest::frameQueue_reportsGapOnce_andGoesOnAtKey_data() {

@@ -11,6 +11,18 @@
 
 namespace orvelle::test {
 
+inline bool setSocketText(SRTSOCKET socket, SRT_SOCKOPT option, const std::string& text) {
+    return srt_setsockflag(socket, option, text.data(), static_cast<int>(text.size())) == 0;
+}
+
+/// The UDP port that a bound socket uses; 0 for another one.
+inline uint16_t localPort(SRTSOCKET socket) {
+    sockaddr_in address{};
+    int size = sizeof address;
+    const bool isKnown = srt_getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0;
+    return isKnown ? ntohs(address.sin_port) : uint16_t{0};
+}
+
 /// A client that knows the password and goes through a login step by step, so that a test can
 /// leave steps out or send what no client should. One thread.
 class RawClient {

@@ -351,8 +351,8 @@ void RogueTest::clientOfVersionOne_isToldSo() {
     const SrtSocket caller(srt_create_socket());
     const std::string request =
         "#!::r=" + std::string(kUid) + ",u=admin,m=request,k=control,s=1,c=0,v=1";
-    QVERIFY(setSocketOption(caller.id(), SRTO_STREAMID, request));
-    QVERIFY(setSocketOption(caller.id(), SRTO_PASSPHRASE, std::string("0123456789abcdef")));
+    QVERIFY(setSocketText(caller.id(), SRTO_STREAMID, request));
+    QVERIFY(setSocketText(caller.id(), SRTO_PASSPHRASE, "0123456789abcdef"));
     const sockaddr_in to = *ipv4Address("127.0.0.1", camera.server().port());
     QCOMPARE(srt_connect(caller.id(), asSockaddr(to), sizeof to), SRT_ERROR);
     QCOMPARE(srt_getrejectreason(caller.id()), 1505);

@@ -6,15 +6,20 @@
 
 namespace orvelle::test {
 
-/// A live input that serves what the test gives it.
+/// An input that serves what the test gives it, as a live one or as a recording.
 class MemoryInput : public KvTUTKInput {
 public:
     using Packet = KvBasePlayerInputPacket;
 
+    /// Before the decoder is started.
+    void beRecording() { m_isLive = false; }
+    bool isLive() override { return m_isLive; }
+
     /// Offers the packet to the tap, then queues it.
-    void giveVideo(const EncodedPicture& picture, int codec, double timeSec) {
+    void giveVideo(const EncodedPicture& picture, int codec, double timeSec,
+                   bool followsLoss = false) {
         m_isVideoDone = false;
-        give(m_video, picture, codec, Packet::kVideo, timeSec);
+        give(m_video, picture, codec, Packet::kVideo, timeSec, followsLoss);
     }
     void giveSound(const std::vector<uint8_t>& bytes, int codec, double timeSec) {
         give(m_audio, {bytes, true}, codec, Packet::kAudio, timeSec);
@@ -45,9 +50,11 @@ public:
 private:
     using Queue = OwningQueue<Packet>;
 
-    void give(Queue& queue, const EncodedPicture& unit, int codec, int mediaType, double timeSec) {
+    void give(Queue& queue, const EncodedPicture& unit, int codec, int mediaType, double timeSec,
+              bool followsLoss = false) {
         auto packet = Packet::copyOf(unit.bytes.data(), static_cast<int>(unit.bytes.size()),
                                      unit.isKey, codec, mediaType, timeSec);
+        packet->setFollowsLoss(followsLoss);
         deliverPacket(packet.get());
         queue.put(std::move(packet));
     }
@@ -60,6 +67,7 @@ private:
     }
 
     Queue m_video, m_audio;
+    bool m_isLive = true;
     std::atomic<bool> m_isRunning{true};
     std::atomic<bool> m_isVideoDone{false};
 };

@@ -2,8 +2,10 @@
 
 #include <QtTest>
 
+#include <algorithm>
 #include <cmath>
 
+#include "frames/picture_role.h"
 #include "memory_input.h"
 #include "support/suites.h"
 
@@ -18,20 +20,24 @@ using Clip = std::vector<EncodedPicture>;
 
 constexpr int kH264 = AV_CODEC_ID_H264;
 
-/// A decoder on an input in memory; pictures are a second apart.
+/// A decoder on an input in memory; pictures are a second apart unless said otherwise.
 struct Rig {
     MemoryInput input;
     KvPlayerDecoder decoder;
     const KvThread reader{QStringLiteral("reader")};
     int given = 0;
+    double secPerPicture = 1.0;
 
     Rig() {
         decoder.setInput(&input);
         decoder.start();
     }
+    void give(const EncodedPicture& picture, bool followsLoss) {
+        input.giveVideo(picture, kH264, given++ * secPerPicture, followsLoss);
+    }
     void give(const Clip& clip, int codec = kH264) {
         for (const EncodedPicture& picture : clip)
-            input.giveVideo(picture, codec, given++);
+            input.giveVideo(picture, codec, given++ * secPerPicture);
     }
     /// Null when the decoder has ended.
     Frame next() { return nextWithin(20000); }
@@ -52,6 +58,22 @@ struct Rig {
         return frames;
     }
 };
+
+/// A pattern that moves, so that a picture on the wrong ground shows.
+void drawMoving(AVFrame& picture, int index) {
+    for (int i = 0; i < picture.linesize[0] * picture.height; ++i)
+        picture.data[0][i] = static_cast<uint8_t>((i * i / 97 + 13 * index) % 199);
+}
+
+/// The largest difference of two pictures' brightness.
+int difference(const AVFrame& one, const AVFrame& other) {
+    int largest = 0;
+    for (int y = 0; y < one.height; ++y)
+        for (int x = 0; x < one.width; ++x)
+            largest = std::max(largest, std::abs(one.data[0][y * one.linesize[0] + x] -
+                                                 other.data[0][y * other.linesize[0] + x]));
+    return largest;
+}
 
 /// Whether a picture is the one of this index in a clip of ten.
 bool isPicture(const Frame& frame, int index, bool isFullRange = false) {
@@ -175,17 +197,64 @@ private slots:
     }
 
     void pictures_areNotSmeared_whenPictureIsCut() {
-        Clip clip = encodeClip({false, 160, 120, 12, 6}, [](AVFrame& picture, int index) {
-            for (int i = 0; i < picture.linesize[0] * 120; ++i)
-                picture.data[0][i] = static_cast<uint8_t>((i * i / 97 + 13 * index) % 199);
-        });
+        Clip clip = encodeClip({false, 160, 120, 12, 6}, drawMoving);
         clip[2].bytes.resize(clip[2].bytes.size() / 2);
         Rig rig;
+        rig.secPerPicture = 0.5;
         rig.give(clip);
         std::vector<double> times;
         for (const Frame& picture : rig.rest())
             times.push_back(picture->time());
-        QCOMPARE(times, (std::vector<double>{0, 1, 6, 7, 8, 9, 10, 11}));
+        QCOMPARE(times, (std::vector<double>{0, 0.5, 3, 3.5, 4, 4.5, 5, 5.5}));
+    }
+
+    void picture_goesAlone_whenNothingRefersToIt() {
+        ClipFormat format{false, 160, 120, 12, 12};
+        format.disposable = 1;
+        Clip clip = encodeClip(format, drawMoving);
+        QCOMPARE(clip.size(), size_t{12});
+        const auto isDisposable = [](const EncodedPicture& picture) {
+            return orvelle::pictureRole(AV_CODEC_ID_H264, picture.bytes.data(),
+                                        picture.bytes.size(),
+                                        picture.isKey) == orvelle::PictureRole::kDisposable;
+        };
+        const auto first = std::find_if(clip.begin(), clip.end(), isDisposable);
+        QVERIFY(first != clip.end());
+        first->bytes.resize(first->bytes.size() / 2);
+        Rig rig;
+        rig.give(clip);
+        // The decoder holds the last one back; nobody tells it that the stream has ended.
+        QCOMPARE(rig.rest().size(), size_t{10});
+    }
+
+    void pictures_areWholeAgainAfterThreeSeconds_withoutKeyFrames() {
+        ClipFormat format{false, 160, 120, 90, 20};
+        format.isRefreshed = true;
+        Clip clip = encodeClip(format, drawMoving);
+        QCOMPARE(clip.size(), size_t{90});
+        Rig whole;
+        whole.give(clip);
+        const std::vector<Frame> expected = whole.rest();
+        QCOMPARE(expected.size(), size_t{90});
+        // Pictures 13 and 14 are lost, whether or not the starts of refreshes count as keys.
+        for (const bool areRefreshesKeys : {true, false}) {
+            Rig rig;
+            rig.secPerPicture = 0.1;
+            for (int i = 0; i < 90; ++i) {
+                EncodedPicture picture = clip[static_cast<size_t>(i)];
+                picture.isKey = picture.isKey && (areRefreshesKeys || i == 0);
+                if (i == 13)
+                    rig.given += 2;
+                if (i != 13 && i != 14)
+                    rig.give(picture, i == 15);
+            }
+            const std::vector<Frame> pictures = rig.rest();
+            QCOMPARE(pictures.size(), size_t{13 + 90 - 45});
+            QCOMPARE(qRound(10 * pictures[13]->time()), 45);
+            for (size_t i = 0; i < pictures.size(); ++i)
+                QVERIFY(difference(*pictures[i]->frame(),
+                                   *expected[i < 13 ? i : i + 32]->frame()) <= 2);
+        }
     }
 
     void pictures_waitAtMostThree() {
@@ -232,6 +301,31 @@ private slots:
         QVERIFY(sound.size() >= 7 && sound.size() <= 25);
         QCOMPARE(sound.back()->time(), 99.0);
         QCOMPARE(rig.decoder.stats().audioFramesDropped.load(), uint64_t{100} - sound.size());
+    }
+
+    void recording_losesNoSound_andShowsWhatWasAskedFor() {
+        Rig rig;
+        rig.decoder.stop();
+        rig.input.beRecording();
+        rig.decoder.setSoundWanted(false);  // it may be wanted again before what is read ahead ends
+        QCOMPARE(rig.decoder.start(), 0);
+        rig.given = -4;
+        rig.give(encodeClip({}));
+        for (int i = -50; i < 100; ++i)
+            rig.input.giveSound(std::vector<uint8_t>(160, 0x42), AV_CODEC_ID_PCM_ALAW, i * 0.02);
+        rig.input.end();
+        for (int i = 0; i < 6; ++i) {
+            const Frame picture = rig.next();
+            QVERIFY(picture && picture->time() == i && isPicture(picture, i + 4));
+        }
+        // Nobody has taken sound so far, which the end does not cost either.
+        for (int i = 0; i < 100; ++i) {
+            KvBasePlayerDecoderFrame* sound = nullptr;
+            QVERIFY(rig.decoder.waitForAudioFrame(rig.reader, 20'000));
+            QCOMPARE(rig.decoder.readAudioFrame(&sound), 0);
+            QCOMPARE(Frame(sound)->time(), i * 0.02);
+        }
+        QVERIFY(!rig.decoder.waitForAudioFrame(rig.reader, 20'000));
     }
 
     void sound_isSpared_whenNobodyListens() {

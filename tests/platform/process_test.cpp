@@ -43,6 +43,16 @@ private slots:
             QTRY_COMPARE(calls, before + 1);
         }
         QVERIFY(std::signal(SIGTERM, SIG_DFL) == SIG_IGN);
+        // As nohup wants it.
+        std::signal(SIGHUP, SIG_IGN);
+        const int before = calls;
+        {
+            const QuitSignals quit([&] { ++calls; });
+            std::raise(SIGHUP);
+            QCoreApplication::processEvents();
+            QCOMPARE(calls, before);
+        }
+        QVERIFY(std::signal(SIGHUP, SIG_DFL) == SIG_IGN);
     }
 
     void launch_passesThePathWhole_orFails() {

@@ -109,7 +109,9 @@ private slots:
             const QImage image = raster.grabView();
             QCOMPARE(image.size(), expected.size());
             const Difference found = difference(image, expected);
-            QVERIFY2(found.largest <= 10 && found.mean < 2.5,
+            // Mipmaps of a software renderer lose a little at each level.
+            const bool isShrunk = row.view.width() < row.picture.width() / 2;
+            QVERIFY2(found.largest <= (isShrunk ? 14 : 10) && found.mean < (isShrunk ? 4.0 : 2.5),
                      qPrintable(QStringLiteral("%1x%2 in %3x%4: %5 at most, %6 in the mean")
                                     .arg(row.picture.width())
                                     .arg(row.picture.height())
@@ -126,12 +128,63 @@ private slots:
     }
 
     void stripes_becomeOneGrey_whenShrunk() {
-        RasterVideoView view;
-        showAt(view, {213, 120});
-        view.showPicture(*stripes({640, 360}));
-        const QImage image = view.grabView();
-        for (int x = 1; x < image.width() - 1; ++x)
-            QVERIFY(qAbs(qRed(image.pixel(x, 60)) - qRound(110 * 1.164)) < 45);
+        KvVideoView gl;
+        RasterVideoView raster;
+        for (VideoSurface* view :
+             {static_cast<VideoSurface*>(&gl), static_cast<VideoSurface*>(&raster)}) {
+            showAt(view->widget(), {213, 120});
+            view->showPicture(*stripes({640, 360}));
+            const QImage image = view->grabView();
+            for (int x = 1; x < image.width() - 1; ++x)
+                QVERIFY(qAbs(qRed(image.pixel(x, 60)) - qRound(110 * 1.164)) < 45);
+            // Another picture of that size, then as sharp as ever once it is large.
+            view->showPicture(*rainbow({640, 360}));
+            QVERIFY(qGray(view->grabView().pixel(200, 10)) > 150);
+            view->showPicture(*stripes({640, 360}));
+            showAt(view->widget(), {640, 360});
+            const QImage large = view->grabView();
+            QVERIFY(qAbs(qRed(large.pixel(100, 60)) - qRed(large.pixel(101, 60))) > 150);
+        }
+    }
+
+    void zoomedPicture_isThatOfOpenGl() {
+        struct Row {
+            QSize picture;
+            QSize view;
+            QPointF at;
+            double factor;
+        };
+        for (const Row& row : {Row{{640, 360}, {401, 300}, {0.3, 0.4}, 2.0},
+                               Row{{640, 360}, {200, 160}, {0.9, 0.5}, 1.3},
+                               Row{{321, 241}, {300, 120}, {0.5, 0.9}, 4.0},
+                               Row{{320, 180}, {320, 180}, {0.0, 0.0}, 8.0}}) {
+            KvVideoView gl;
+            RasterVideoView raster;
+            QPointF scales[2];
+            for (VideoSurface* view :
+                 {static_cast<VideoSurface*>(&gl), static_cast<VideoSurface*>(&raster)}) {
+                showAt(view->widget(), row.view);
+                QCOMPARE(view->showPicture(*rainbow(row.picture)), 0);
+                PictureZoom zoom;
+                zoom.zoomAt(row.factor, row.at, view->fit());
+                view->setZoom(zoom);
+                view->grabView();
+            }
+            const Difference still = difference(raster.grabView(), gl.grabView());
+            QVERIFY2(still.mean < 3.0 && still.largest < 16,
+                     qPrintable(QStringLiteral("%1, %2").arg(still.mean).arg(still.largest)));
+            gl.pictureScale(&scales[0].rx(), &scales[0].ry());
+            raster.pictureScale(&scales[1].rx(), &scales[1].ry());
+            QVERIFY((scales[0] - scales[1]).manhattanLength() < 1e-9);
+            // What comes now is magnified, too, and nothing is any more after the reset.
+            for (VideoSurface* view :
+                 {static_cast<VideoSurface*>(&gl), static_cast<VideoSurface*>(&raster)})
+                view->showPicture(*rainbow(row.picture));
+            QVERIFY(difference(raster.grabView(), gl.grabView()).mean < 3.0);
+            const QImage zoomed = raster.grabView();
+            raster.setZoom({});
+            QVERIFY(difference(raster.grabView(), zoomed).mean > 10.0);
+        }
     }
 
     void lastPicture_isThere_whenTheViewWasHiddenOrResized() {

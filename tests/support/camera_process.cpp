@@ -61,11 +61,11 @@ int CameraProcess::terminate() {
     return m_process.exitCode();
 }
 
-bool CameraProcess::waitForClient(int timeoutMs) {
+bool CameraProcess::waitForLine(const char* words, int timeoutMs) {
     const QDeadlineTimer deadline(timeoutMs);
     for (;;) {
         while (m_process.canReadLine()) {
-            if (m_process.readLine().trimmed().endsWith(" connected"))
+            if (m_process.readLine().contains(words))
                 return true;
         }
         if (!m_process.waitForReadyRead(static_cast<int>(deadline.remainingTime())))

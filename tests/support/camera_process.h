@@ -25,8 +25,9 @@ public:
     /// Asks for an orderly end; its exit code, or -1 when it took over 10 s.
     int terminate();
 
-    /// Waits until one of its cameras says that a client has connected; false when none did in time.
-    bool waitForClient(int timeoutMs);
+    /// Waits until one of its cameras says a line with these words, as " connected" or " left" of a
+    /// client; false when none did in time.
+    bool waitForLine(const char* words, int timeoutMs);
 
     /// CPU seconds that the process has used so far.
     double cpuSeconds() const;

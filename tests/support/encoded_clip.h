@@ -25,6 +25,9 @@ struct ClipFormat {
     const char* encoder = nullptr;  ///< FFmpeg's name, in place of libx264 and libx265
     AVPixelFormat pixelFormat = AV_PIX_FMT_YUV420P;
     const char* crf = "23";
+    int disposable = 0;  ///< pictures between two that later ones refer to; H.264
+    bool isRefreshed =
+        false;  ///< one key frame, then a stripe a picture that refers to none; H.264
 };
 
 inline CodecContextPtr openClipEncoder(const ClipFormat& format) {
@@ -42,6 +45,8 @@ inline CodecContextPtr openClipEncoder(const ClipFormat& format) {
     av_opt_set(context->priv_data, "preset", "ultrafast", 0);
     av_opt_set(context->priv_data, "tune", "zerolatency", 0);
     av_opt_set(context->priv_data, "crf", format.crf, 0);
+    context->max_b_frames = format.disposable;
+    av_opt_set_int(context->priv_data, "intra-refresh", format.isRefreshed, 0);
     av_opt_set(context->priv_data, "x265-params", "log-level=none:pools=none:repeat-headers=1", 0);
     return codec && avcodec_open2(context.get(), codec, nullptr) == 0 ? std::move(context)
                                                                       : nullptr;
@@ -64,8 +69,8 @@ inline FramePtr clipPicture(const ClipFormat& format, int index) {
     return frame;
 }
 
-/// The pictures that `draw` makes of clipPicture()'s by their index, without reordering. Empty
-/// when the encoder cannot be had.
+/// The pictures that `draw` makes of clipPicture()'s by their index, in the order of decoding.
+/// Empty when the encoder cannot be had.
 template <class Draw>
 std::vector<EncodedPicture> encodeClip(const ClipFormat& format, Draw draw) {
     std::vector<EncodedPicture> clip;

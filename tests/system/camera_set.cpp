@@ -5,6 +5,7 @@
 
 #include <algorithm>
 
+#include "core/configure.h"
 #include "device/device_manager.h"
 #include "device/tutk_device.h"
 #include "link/client/link_client.h"
@@ -40,6 +41,7 @@ CameraSet::CameraSet(const QString& uid, int count, const QStringList& arguments
 }
 
 CameraSet::~CameraSet() {
+    KvConfigure::setWriter(nullptr);
     KvDeviceManager::release();
     LinkClient::instance().shutDown();
     for (const auto& process : m_processes)
@@ -58,6 +60,7 @@ bool CameraSet::connectAll() {
         if (!process->start())
             return false;
     KvDeviceManager* manager = KvDeviceManager::create();
+    KvConfigure::setWriter(&manager->fileWriter());
     for (const QString& uid : m_uids) {
         auto device = std::make_unique<KvTUTKDevice>();
         device->setUid(uid);

@@ -34,9 +34,10 @@ private slots:
     void secondCopy_isRefused_whileTheFirstRuns();
 
 private:
-    std::unique_ptr<QProcess> startClient() const;
+    std::unique_ptr<QProcess> startClient(const QString& home) const;
     static bool watchFirstCamera(QProcess& client);
     static void clickFirstEntryIn(const QProcess& client);
+    static bool hasWindow(const QProcess& client);
     static void pressReturnIn(const QProcess& client);
 
     QTemporaryDir m_home;
@@ -64,11 +65,12 @@ void ClientProcessTest::cleanup() {
     m_camera.kill();
 }
 
-std::unique_ptr<QProcess> ClientProcessTest::startClient() const {
+std::unique_ptr<QProcess> ClientProcessTest::startClient(const QString& home) const {
     auto client = std::make_unique<QProcess>();
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("XDG_DATA_HOME"), m_home.path());
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), home);
     environment.insert(QStringLiteral("XDG_RUNTIME_DIR"), m_home.path());
+    environment.insert(QStringLiteral("ORVELLE_LOG"), QStringLiteral("1"));
     // The GL driver is unloaded by then, so its leaks could not be told from ours.
     environment.insert(QStringLiteral("ASAN_OPTIONS"), QStringLiteral("detect_leaks=0"));
     client->setProcessEnvironment(environment);
@@ -103,6 +105,18 @@ void ClientProcessTest::clickFirstEntryIn(const QProcess& client) {
                           .split(QLatin1Char(' ')));
 }
 
+bool ClientProcessTest::hasWindow(const QProcess& client) {
+    const QDeadlineTimer deadline(kTimeoutMs);
+    while (!deadline.hasExpired() && client.state() != QProcess::NotRunning) {
+        if (QProcess::execute(QStringLiteral("xdotool"),
+                              QStringLiteral("search --all --onlyvisible --pid %1 --name ^Orvelle$")
+                                  .arg(client.processId())
+                                  .split(QLatin1Char(' '))) == 0)
+            return true;
+    }
+    return false;
+}
+
 void ClientProcessTest::pressReturnIn(const QProcess& client) {
     QProcess::execute(
         QStringLiteral("xdotool"),
@@ -117,7 +131,7 @@ void ClientProcessTest::client_answersInFewLines_withoutADisplay_data() {
     QTest::addColumn<int>("code");
     QTest::addColumn<QString>("answer");
     QTest::newRow("help") << "--help"
-                          << "" << 0 << "^Usage: orvelle \\[--help\\] \\[--version\\] \\[--log \\[FILE\\]\\]\n";
+                          << "" << 0 << "^Usage: orvelle \\[--help\\] \\[--version\\] ";
     QTest::newRow("version") << "--version"
                              << "" << 0 << "^orvelle \\d+\\.\\d+\\.\\d+\n$";
     const QString noDisplay = QStringLiteral("^orvelle: there is no display[^\n]*\n$");
@@ -153,31 +167,42 @@ void ClientProcessTest::client_quitsInOrder_whenToldToEnd_data() {
     QTest::addColumn<int>("signalNumber");
     QTest::newRow("terminated") << SIGTERM;
     QTest::newRow("interrupted") << SIGINT;
+    QTest::newRow("hung up") << SIGHUP;
 }
 
 void ClientProcessTest::client_quitsInOrder_whenToldToEnd() {
     QFETCH(int, signalNumber);
-    const auto client = startClient();
+    const auto client = startClient(m_home.path());
     QVERIFY(watchFirstCamera(*client));
     ::kill(static_cast<pid_t>(client->processId()), signalNumber);
     QVERIFY(client->waitForFinished(kTimeoutMs));
     const QByteArray output = client->readAll();
     QVERIFY2(client->exitStatus() == QProcess::NormalExit, output.constData());
     QVERIFY2(client->exitCode() == 0, output.constData());
+    // One that was killed would fall silent.
+    QVERIFY(m_camera.waitForLine(" left", kTimeoutMs));
 }
 
 void ClientProcessTest::secondCopy_isRefused_whileTheFirstRuns() {
-    const auto first = startClient();
+    const auto first = startClient(m_home.path());
     QVERIFY(watchFirstCamera(*first));
-    const auto second = startClient();
+    // Another folder of data is another client's; another path to the same one is not.
+    const QTemporaryDir otherHome;
+    const auto other = startClient(otherHome.path());
+    const QString link = otherHome.filePath(QStringLiteral("link"));
+    QVERIFY(QFile::link(m_home.path(), link));
+    const auto second = startClient(link);
+    QVERIFY(other->waitForStarted() && hasWindow(*other));
     // The refusal is a message box; Return presses its only button.
     QTRY_VERIFY_WITH_TIMEOUT((pressReturnIn(*second), second->waitForFinished(500),
                               second->state() == QProcess::NotRunning),
                              kTimeoutMs);
     QCOMPARE(second->exitCode(), kRefused);
-    QCOMPARE(first->state(), QProcess::Running);
-    first->terminate();
-    QVERIFY(first->waitForFinished(kTimeoutMs));
+    for (QProcess* running : {first.get(), other.get()}) {
+        QVERIFY(running->state() != QProcess::NotRunning);
+        running->terminate();
+        QVERIFY(running->waitForFinished(kTimeoutMs));
+    }
 }
 
 static orvelle::test::RegisterSuite<ClientProcessTest> s_suite;

@@ -4,6 +4,7 @@
 #include "media/recording/recording_file.h"
 #include "media/recording_reader.h"
 #include "support/encoded_clip.h"
+#include "support/small_disk.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
 #include "system/recording_child.h"
@@ -105,26 +106,6 @@ public:
 private:
     QProcess m_process;
     QByteArrayList m_lines;
-};
-
-/// A small file system of its own, where that is allowed.
-class SmallDisk {
-public:
-    explicit SmallDisk(const QString& folder) : m_folder(folder) {
-        m_isMounted =
-            QProcess::execute(QStringLiteral("mount"),
-                              {QStringLiteral("-t"), QStringLiteral("tmpfs"), QStringLiteral("-o"),
-                               QStringLiteral("size=100k"), QStringLiteral("tmpfs"), folder}) == 0;
-    }
-    ~SmallDisk() {
-        if (m_isMounted)
-            QProcess::execute(QStringLiteral("umount"), {m_folder});
-    }
-    bool isMounted() const { return m_isMounted; }
-
-private:
-    const QString m_folder;
-    bool m_isMounted = false;
 };
 
 /// Recordings opened again by this and another program.
@@ -284,7 +265,7 @@ void RecordingTest::recording_isPlayable_whenDiskIsFull() {
     const QTemporaryDir directory;
     std::unique_ptr<SmallDisk> disk;
     if (isOwnDisk)
-        disk = std::make_unique<SmallDisk>(directory.path());
+        disk = std::make_unique<SmallDisk>(directory.path(), kFullBytes / 1024);
     if (disk && !disk->isMounted())
         QSKIP("this user may not mount anything");
     const QString path = directory.filePath(QStringLiteral("full.mp4"));

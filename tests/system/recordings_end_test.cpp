@@ -1,9 +1,11 @@
+#include "core/configure.h"
 #include "core/file_utils.h"
 #include "device/device_manager.h"
 #include "media/recording_reader.h"
+#include "support/clerk.h"
+#include "support/small_disk.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
-#include "system/clerk.h"
 #include "system/event_loop_probe.h"
 #include "ui/main/main_window.h"
 #include "ui/main/restart_hook.h"
@@ -14,10 +16,14 @@
 #include "ui/preview/recording_news.h"
 #include "ui/widgets/notice_bar.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
 #include "ui/widgets/toast_view.h"
 
 #include <QDir>
 #include <QLabel>
+#include <QMenu>
+#include <QTemporaryDir>
+#include <QTimer>
 #include <QtTest>
 
 #include <sys/syscall.h>
@@ -80,12 +86,16 @@ class RecordingsEndTest : public QObject {
 private slots:
     void init();
     void cleanup();
+    // Before the program is told to quit, after which no menu opens.
+    void recordings_goOn_whileTheListChanges();
     void wayOut_asksOnce_tellsOnce_andWaitsForNoDisk_data();
     void wayOut_asksOnce_tellsOnce_andWaitsForNoDisk();
-    void recordings_goOn_whileTheListChanges();
+    void fullDisk_isNamed_untilItIsDismissed();
 
 private:
     void takeWayOut(const QByteArray& way);
+    KvDeviceGroup* addEntry();
+    void chooseInMenu(KvDeviceGroup* entry, const char* key);
     bool recordAll();
     int recording() const;
     QStringList savedFiles() const;
@@ -120,7 +130,7 @@ void RecordingsEndTest::init() {
     group->setLayout(orvelle::kGrid2x2);
     group->save();
     m_group = group.get();
-    KvDeviceManager::instance()->addGroup(std::move(group));
+    QVERIFY(KvDeviceManager::instance()->addGroup(std::move(group)));
     m_window = std::make_unique<MainWindow>();
     m_window->show();
     QMetaObject::invokeMethod(m_window.get(), "_onClickDevice", Q_ARG(KvDeviceGroup*, m_group));
@@ -185,9 +195,42 @@ void RecordingsEndTest::wayOut_asksOnce_tellsOnce_andWaitsForNoDisk_data() {
     QTest::addColumn<bool>("isAsked");
     QTest::newRow("tile closed") << true;
     QTest::newRow("card page") << true;
+    QTest::newRow("another entry") << true;
+    QTest::newRow("group removed") << true;
     QTest::newRow("camera lost") << false;
     QTest::newRow("language") << true;
     QTest::newRow("quit") << true;
+}
+
+/// The first camera's own.
+KvDeviceGroup* RecordingsEndTest::addEntry() {
+    KvDeviceManager* manager = KvDeviceManager::instance();
+    if (!manager->findDeviceGroup(m_cameras->devices().front())) {
+        auto entry = std::make_unique<KvDeviceGroup>(m_cameras->devices().front());
+        entry->setName(QStringLiteral("Door"));
+        entry->save();
+        if (!manager->addGroup(std::move(entry)))
+            return nullptr;
+    }
+    return manager->findDeviceGroup(m_cameras->devices().front());
+}
+
+void RecordingsEndTest::chooseInMenu(KvDeviceGroup* entry, const char* key) {
+    QTimer hand;
+    hand.callOnTimeout([&] {
+        auto* menu = qobject_cast<QMenu*>(QApplication::activePopupWidget());
+        if (!menu)
+            return;
+        hand.stop();
+        menu->close();
+        for (QAction* action : menu->actions()) {
+            if (action->text() == orvelle::text(key))
+                action->trigger();
+        }
+    });
+    hand.start(5);
+    QMetaObject::invokeMethod(m_window.get(), "_onRightClickDevice", Q_ARG(KvDeviceGroup*, entry),
+                              Q_ARG(int, 0), Q_ARG(int, 0));
 }
 
 void RecordingsEndTest::takeWayOut(const QByteArray& way) {
@@ -196,6 +239,11 @@ void RecordingsEndTest::takeWayOut(const QByteArray& way) {
         tile->button(Tile::kClose)->click();
     else if (way == "card page")
         tile->button(Tile::kSdCard)->click();
+    else if (way == "another entry")
+        QMetaObject::invokeMethod(m_window.get(), "_onClickDevice",
+                                  Q_ARG(KvDeviceGroup*, addEntry()));
+    else if (way == "group removed")
+        chooseInMenu(m_group, "remove_group");
     else if (way == "camera lost")
         m_cameras->process().kill();
     else if (way == "language")
@@ -269,15 +317,40 @@ void RecordingsEndTest::wayOut_asksOnce_tellsOnce_andWaitsForNoDisk() {
     }
 }
 
+void RecordingsEndTest::fullDisk_isNamed_untilItIsDismissed() {
+    const QTemporaryDir folder;
+    const orvelle::test::SmallDisk disk(folder.path(), 3 * 1024);
+    if (!disk.isMounted())
+        QSKIP("this user may not mount anything");
+    KvConfigure().setString(orvelle::settings::kMediaRoot, folder.path());
+    QVERIFY(recordAll());
+    QVERIFY(waitUntil(kTimeoutMs, [this] { return recording() == 0; }));
+    QVERIFY(waitUntil(kTimeoutMs, [] { return RecordingNews::instance().pending() == 0; }));
+    // One message of all, in place of a question or a box a camera.
+    QVERIFY(waitUntil(kTimeoutMs, [this] { return tells<NoticeBar>(QStringLiteral("_early")); }));
+    QVERIFY(tells<NoticeBar>(QStringLiteral("the_disk_is_full")));
+    QCOMPARE(m_clerk->seen, QStringList());
+    QVERIFY(!savedFiles().isEmpty());
+    for (const QString& file : savedFiles())
+        QVERIFY(RecordingReader(file).decodesAllPictures());
+    KvConfigure().remove(orvelle::settings::kMediaRoot);
+}
+
 /// What is being watched, and recorded, has nothing to do with that.
 void RecordingsEndTest::recordings_goOn_whileTheListChanges() {
-    auto entry = std::make_unique<KvDeviceGroup>(m_cameras->devices().front());
-    entry->save();
-    KvDeviceManager::instance()->addGroup(std::move(entry));
+    KvDeviceGroup* const entry = addEntry();
     QVERIFY(recordAll());
     const std::vector<KvDevicePlayerView*> before = tiles();
     QMetaObject::invokeMethod(m_window.get(), "_onClickSearchDevice",
                               Q_ARG(KvTUTKDevice*, nullptr));
+    QCOMPARE(recording(), kCameras);
+    QVERIFY(preview()->isVisible() && preview()->group() == m_group);
+    chooseInMenu(entry, "top");
+    QCOMPARE(KvDeviceManager::instance()->groups().first(), entry);
+    m_clerk->typed = QStringLiteral("Gate");
+    chooseInMenu(entry, "edit_device");
+    QCOMPARE(entry->name(), QStringLiteral("Gate"));
+    QCOMPARE(m_cameras->devices().front()->displayName(), QStringLiteral("Gate"));
     QCOMPARE(recording(), kCameras);
     QVERIFY(preview()->isVisible() && preview()->group() == m_group);
     // Two change places, and one goes.

@@ -4,13 +4,14 @@
 #include "render/video_surface.h"
 #include "support/suites.h"
 #include "system/camera_set.h"
-#include "system/clerk.h"
+#include "support/clerk.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/device_record_view.h"
 #include "ui/preview/recording_news.h"
 #include "ui/widgets/notice_bar.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/toast_view.h"
+#include "ui/widgets/zoom_control.h"
 
 #include <QDir>
 #include <QImage>
@@ -39,6 +40,7 @@ private slots:
     void recording_endsAsAskedFor();
     void recording_goesOn_whenTheCameraIsBack();
     void snapshot_isSaved_alsoWhenItsFolderIsGone();
+    void pausedPicture_saysSo_andCanBeSaved();
     void lostPicture_stays_underItsSign();
 
 private:
@@ -185,6 +187,26 @@ void TileActionsTest::snapshot_isSaved_alsoWhenItsFolderIsGone() {
     capture->click();
     QCOMPARE(m_clerk.seen.join(kGap), QStringLiteral("KvAlertDialog KvDirectoryDialog"));
     QCOMPARE(files(KvFileUtils::screenshotPath, "*.jpg").size(), 1);
+}
+
+void TileActionsTest::pausedPicture_saysSo_andCanBeSaved() {
+    // One of the same second has the same name.
+    QDir folder(KvFileUtils::screenshotPath(m_tile->device()->uid()));
+    for (const QString& name : files(KvFileUtils::screenshotPath, "*.jpg"))
+        QVERIFY(folder.remove(name));
+    QTest::keyClick(m_tile.get(), Qt::Key_Plus);
+    QVERIFY(ui()->zoom().isActive());
+    QTest::keyClick(m_tile.get(), Qt::Key_Space);
+    QVERIFY(label(QStringLiteral("paused_since")));
+    QVERIFY(!ui()->button(Tile::kCapture)->isEnabled());
+    QTest::keyClick(m_tile.get(), Qt::Key_S);
+    QCOMPARE(m_clerk.seen.join(kGap), QStringLiteral("KvDirectoryDialog"));
+    QCOMPARE(files(KvFileUtils::screenshotPath, "*.jpg").size(), 1);
+    QTest::keyClick(m_tile.get(), Qt::Key_Space);
+    QVERIFY(!label(QStringLiteral("paused_since")));
+    QVERIFY(ui()->button(Tile::kCapture)->isEnabled() && ui()->zoom().isActive());
+    QTest::keyClick(m_tile.get(), Qt::Key_0);
+    QVERIFY(!ui()->zoom().isActive());
 }
 
 void TileActionsTest::lostPicture_stays_underItsSign() {

@@ -39,6 +39,7 @@ private slots:
         m_view = std::make_unique<KvCamerasView>();
         m_view->resize(210, 600);
         m_ui = m_view->findChild<KvCamerasViewUI*>();
+        m_view->show();
         m_view->setGroups(entries());
     }
     void cleanup() {

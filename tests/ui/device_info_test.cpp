@@ -103,10 +103,11 @@ private slots:
         QCOMPARE(page.lastSent, QByteArray(4, '\0'));
         QVERIFY(page.ui->isLoading() && !page.ui->cleanupButton()->isEnabled());
         page.answerWifi();
-        QTRY_COMPARE(page.values(), QStringLiteral("- - home 10.0.0.7 00:11 - -"));
+        QTRY_COMPARE(page.values(), QStringLiteral("- - INFOCAMERA1 home 10.0.0.7 00:11 - -"));
         QVERIFY(!page.ui->isLoading() && !page.ui->cleanupButton()->isEnabled());
         page.answerInfo(30000, 0xFFFFFFFF);
-        QTRY_COMPARE(page.values(), QStringLiteral("CAM-X 255.10.0.1 home 10.0.0.7 00:11 0G 29G"));
+        QTRY_COMPARE(page.values(),
+                     QStringLiteral("CAM-X 255.10.0.1 INFOCAMERA1 home 10.0.0.7 00:11 0G 29G"));
         QVERIFY(page.ui->cleanupButton()->isEnabled());
         page.answerInfo(0, 1023);
         QTRY_VERIFY(!page.ui->cleanupButton()->isEnabled());
@@ -122,7 +123,9 @@ private slots:
             page.answerInfo(30000, 20000);
             page.setDevice(next);
             QCoreApplication::processEvents();
-            QCOMPARE(page.values(), QStringLiteral("- - - - - - -"));
+            QCOMPARE(
+                page.values(),
+                QStringLiteral("- - %1 - - - - -").arg(next ? next->uid() : QStringLiteral("-")));
             QCOMPARE(page.ui->isLoading(), next != nullptr);
         }
     }
@@ -183,7 +186,8 @@ private slots:
         next.show();
         button->setFocus();
         button->click();
-        QCOMPARE(answerer.question, text("format_the_card_with_all_its_recordings"));
+        QCOMPARE(answerer.question, m_camera.displayName() + QStringLiteral("\n\n") +
+                                        text("format_the_card_with_all_its_recordings"));
         // A button that goes off does not hand the keyboard to whatever comes next.
         QCOMPARE(page.focusWidget(), choice == 1 ? static_cast<QWidget*>(&page) : button);
         QCOMPARE(page.ui->isLoading(), choice == 1);

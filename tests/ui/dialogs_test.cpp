@@ -11,10 +11,12 @@
 #include "core/configure.h"
 #include "core/file_utils.h"
 #include "core/language.h"
+#include "device/worker_reaper.h"
 #include "support/folder_opener.h"
 #include "support/suites.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/dialogs/confirm_dialog.h"
+#include "ui/dialogs/device_add_dialog.h"
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/dialogs/file_downloader_dialog.h"
 #include "ui/dialogs/input_dialog.h"
@@ -93,11 +95,15 @@ private slots:
         const MakeDialog alert = maker<KvAlertDialog>(QString(), kNoParent);
         const MakeDialog confirm = maker<KvConfirmDialog>(QString(), kNoParent);
         const MakeDialog input = maker<KvInputDialog>(QString(), QString(), kNoParent);
+        orvelle::WorkerReaper reaper;
+        const MakeDialog add = [&reaper] {
+            return std::make_unique<KvTUTKDeviceAddDialog>(reaper);
+        };
         const struct {
             const MakeDialog& make;
             const char* button;  // clicked, or with a key the one that has the focus
             Qt::Key key;
-            int result;
+            int result;  // -1: stays open
         } ways[] = {{alert, "ok", {}, 1},
                     {alert, "cancel", {}, 0},
                     {alert, "close", {}, 0},
@@ -111,7 +117,9 @@ private slots:
                     {input, "cancel", {}, 0},
                     {input, "", Qt::Key_Return, 1},
                     {input, "", Qt::Key_Escape, 0},
-                    {maker<KvVersionDialog>(), "close", {}, 0}};
+                    {maker<KvVersionDialog>(), "close", {}, 0},
+                    {add, "cancel", Qt::Key_Return, -1},
+                    {add, "cancel", Qt::Key_Space, 0}};
         for (const auto& way : ways) {
             const auto dialog = way.make();
             QSignalSpy finished(dialog.get(), &QDialog::finished);
@@ -124,7 +132,7 @@ private slots:
                 pressed->setFocus();
             if (way.key != 0)
                 QTest::keyClick(dialog->focusWidget(), way.key);
-            QCOMPARE(finished.value(0).value(0), QVariant(way.result));
+            QCOMPARE(finished.value(0, {-1}).value(0), QVariant(way.result));
         }
     }
 

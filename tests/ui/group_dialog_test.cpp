@@ -1,10 +1,12 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScrollBar>
 
 #include "device/device_manager.h"
 #include "support/suites.h"
 #include "ui/fake_device.h"
+#include "ui/list/device_group_remove_adapter.h"
 #include "ui/list/device_group_select_dialog.h"
 #include "ui/list/device_group_select_dialog_ui.h"
 #include "ui/list/list_view.h"
@@ -26,7 +28,7 @@ private slots:
             manager->addDevice(std::move(device));
             auto entry = orvelle::test::entryOf(*m_devices.last(), QStringLiteral("Camera"));
             entry->setGroupIndex(i);
-            manager->addGroup(std::move(entry));
+            QVERIFY(manager->addGroup(std::move(entry)));
         }
     }
     void cleanupTestCase() {
@@ -66,7 +68,7 @@ private slots:
             click(i);
         QCOMPARE(toast(), orvelle::text("support_16_devices_at_most"));
         QVERIFY(isChosen(15) && !isChosen(16));
-        QCOMPARE(m_ui->chosenList()->itemViews().size(), 16);
+        QCOMPARE(m_ui->chosenAdapter()->getCount(), 16);
         QVERIFY(m_ui->counter()->text().endsWith(QStringLiteral(" : 16/16")));
         click(3);
         click(16);
@@ -121,7 +123,12 @@ private:
         m_ui = m_dialog->findChild<KvDeviceGroupSelectDialogUI*>();
         m_dialog->show();
     }
-    KvLVItemView* camera(int index) const { return m_ui->cameraList()->itemViews().at(index); }
+    // Items that are far from the screen do not exist.
+    KvLVItemView* camera(int index) const {
+        KvListView* list = m_ui->cameraList();
+        list->verticalScrollBar()->setValue(index * list->widget()->height() / 17);
+        return list->itemView(index);
+    }
     bool isChosen(int index) const { return camera(index)->isSelected(); }
     void click(int index) const { emit camera(index)->clickItemView(camera(index)); }
     QString toast() const {

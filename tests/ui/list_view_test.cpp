@@ -1,6 +1,7 @@
 #include "ui/list/list_view.h"
 
 #include <QMouseEvent>
+#include <QScrollBar>
 
 #include "support/suites.h"
 #include "ui/list/base_adapter.h"
@@ -128,7 +129,7 @@ private slots:
     }
 
     void selection_followsClicks_inBothKinds() {
-        const auto& items = m_list->itemViews();
+        const QList<KvLVItemView*> items = m_list->itemViews();
         emit items[1]->clickItemView(items[1]);
         emit items[3]->clickItemView(items[3]);
         QCOMPARE(selected(), QStringLiteral("3"));
@@ -158,6 +159,30 @@ private slots:
         QTest::keyClick(m_list.get(), Qt::Key_End);
         QVERIFY(!m_list->itemViews()[4]->visibleRegion().isEmpty());
         QVERIFY(m_list->itemViews()[0]->visibleRegion().isEmpty());
+    }
+
+    void thousands_costNoMoreThanAFewPages_andKeepTheirSelection() {
+        m_adapter->setCount(5000);
+        m_list->setMultiSelect(true);
+        m_list->selectItem(2);
+        m_list->selectItem(4000);
+        show();
+        QVERIFY(m_list->itemView(2)->isSelected() && !m_list->itemView(4000));
+        for (const Qt::Key key : {Qt::Key_End, Qt::Key_PageUp, Qt::Key_Home, Qt::Key_End}) {
+            QTest::keyClick(m_list.get(), key);
+            QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+            QVERIFY(m_list->findChildren<KvLVItemView*>().size() < 12);
+        }
+        QCOMPARE(m_list->itemViews().last()->objectName(), QStringLiteral("4999"));
+        QVERIFY(!m_list->itemViews().last()->visibleRegion().isEmpty());
+        m_list->verticalScrollBar()->setValue(4000 * 50);
+        QCOMPARE(selected(), QStringLiteral("4000"));
+        m_list->deselectItem(2);
+        QTest::keyClick(m_list.get(), Qt::Key_Home);
+        QCOMPARE(selected(), QString());
+        m_list->verticalScrollBar()->setValue(1000 * 50);
+        QTest::keyClick(m_list.get(), Qt::Key_Return);
+        QCOMPARE(m_log, QStringList(QStringLiteral("click 0")));
     }
 
     void rebuild_isHarmless_fromWithinAnItemsSignal() {

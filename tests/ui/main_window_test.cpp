@@ -3,13 +3,16 @@
 #include <QDir>
 #include <QLineEdit>
 #include <QPushButton>
+#include <QScreen>
 #include <QSet>
 
 #include "core/configure.h"
 #include "core/file_utils.h"
+#include "core/log.h"
 #include "device/device_manager.h"
 #include "fake_device.h"
 #include "link/device_code.h"
+#include "support/clerk.h"
 #include "support/suites.h"
 #include "ui/dialogs/confirm_dialog.h"
 #include "ui/dialogs/device_table_model.h"
@@ -24,6 +27,7 @@
 #include "ui/main/restart_hook.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/preview/devices_preview.h"
+#include "ui/widgets/notice_bar.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast_view.h"
 
@@ -39,7 +43,10 @@ private slots:
         QDir(KvFileUtils::dataRoot()).removeRecursively();
         m_manager = KvDeviceManager::create();
     }
-    void cleanup() { KvDeviceManager::release(); }
+    void cleanup() {
+        KvConfigure::setWriter(nullptr);
+        KvDeviceManager::release();
+    }
 
     void defaultSize_fitsOnSmallScreens() {
         QCOMPARE(MainWindow::defaultSize({1366, 768}), QSize(1087, 728));
@@ -105,6 +112,31 @@ private slots:
                                                      "mobile_phone_first")}));
     }
 
+    void typedCode_isKept_untilItIsTaken() {
+        addEntry();
+        MainWindow window;
+        window.show();
+        const auto* ui = window.findChild<MainWindowUI*>();
+        const QString typed = QStringLiteral("no code");
+        QStringList seen;
+        QTimer user;
+        user.callOnTimeout(&window, [&] {
+            auto* front = qobject_cast<QDialog*>(QApplication::activeModalWidget());
+            if (auto* input = qobject_cast<KvInputDialog*>(front)) {
+                seen += input->text();
+                input->setText(typed);
+                seen.size() % 2 == 1 ? input->accept() : input->reject();
+            } else if (front) {
+                front->reject();
+            }
+        });
+        user.start(5);
+        emit ui->cameras()->clickAddDevice();
+        QCOMPARE(seen, QStringList({QString(), typed}));
+        emit ui->welcomePage()->clickSearchButton(typed);
+        QCOMPARE(ui->welcomePage()->findChild<QLineEdit*>()->text(), typed);
+    }
+
     void language_isStoredAndRestarts() {
         int restarts = 0;
         orvelle::setRestartHook([&restarts] { ++restarts; });
@@ -125,6 +157,27 @@ private slots:
         orvelle::setRestartHook({});
         QCOMPARE(KvConfigure().getString(orvelle::settings::kLanguage, {}),
                  QStringLiteral("chinese"));
+    }
+
+    void log_isWritten_untilItIsChosenAgain() {
+        MainWindow window;
+        QFile file(KvFileUtils::logFilePath());
+        orvelle::test::Clerk clerk;
+        for (const bool isOn : {true, false}) {
+            emit window.findChild<KvMenuView*>()->clickLog();
+            qDebug("while it is %s", isOn ? "on" : "off");
+            QCOMPARE(orvelle::isLogEnabled(), isOn);
+        }
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QByteArray lines = file.readAll();
+        QVERIFY(lines.contains("while it is on\n") && !lines.contains("while it is off"));
+        // One that cannot be written is told.
+        QVERIFY(file.remove() && QDir().mkdir(file.fileName()));
+        emit window.findChild<KvMenuView*>()->clickLog();
+        QCOMPARE(clerk.seen, QStringList({QStringLiteral("KvDirectoryDialog"),
+                                          QStringLiteral("KvAlertDialog")}));
+        QCOMPARE(clerk.questions, QStringList(orvelle::text("the_log_cannot_be_written")));
+        QVERIFY(QDir().rmdir(file.fileName()));
     }
 
     void unsavedEntry_isTold_data() {
@@ -148,6 +201,29 @@ private slots:
         QTRY_VERIFY(window.findChild<KvToastView*>());
     }
 
+    void whatWentWrongWithoutAWindow_isToldByTheNextOne() {
+        KvConfigure::setWriter(&m_manager->fileWriter());
+        for (int i = 0; i <= KvDeviceManager::kMaxDevices; ++i)
+            m_manager->addDevice(std::make_unique<FakeDevice>(QStringLiteral("MANY%1").arg(i)));
+        {
+            MainWindow window;
+            QVERIFY(notices(window).contains(orvelle::text("more_than_32_cameras_are_listed")));
+            m_manager->finishWrites();
+            QVERIFY(QDir(KvFileUtils::configurePath()).removeRecursively());
+            QVERIFY(QFile(KvFileUtils::dataRoot() + QStringLiteral("/configure"))
+                        .open(QIODevice::WriteOnly));
+            QMetaObject::invokeMethod(&window, "_onClickLanguage",
+                                      Q_ARG(QString, QStringLiteral("english")));
+            m_manager->finishWrites();
+            QCoreApplication::processEvents();
+            QVERIFY(!window.findChild<KvToastView*>());
+        }
+        const MainWindow window;
+        QTRY_VERIFY(window.findChild<KvToastView*>());
+        QCOMPARE(KvConfigure().getString(orvelle::settings::kLanguage, {}),
+                 QStringLiteral("english"));
+    }
+
     void tab_reachesEveryButton() {
         addEntry();
         MainWindow window;
@@ -163,6 +239,29 @@ private slots:
                 QVERIFY2(!button->text().isEmpty() || !button->accessibleName().isEmpty(),
                          qPrintable(button->styleSheet()));
         }
+    }
+
+    void place_isGivenBack_afterFullScreen() {
+        MainWindow window;
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        const QRect before(window.pos() + QPoint(30, 20), window.size() + QSize(40, 10));
+        window.setGeometry(before);
+        QTRY_COMPARE(window.geometry(), before);
+        auto* preview = window.findChild<KvDevicesPreview*>();
+        emit preview->requestFullscreen(true);
+        QTRY_COMPARE(window.size(), window.screen()->size());
+        emit preview->requestFullscreen(false);
+        QTRY_COMPARE(window.geometry(), before);
+        auto* ui = window.findChild<MainWindowUI*>();
+        ui->maximiseButton()->click();
+        QTRY_VERIFY(window.isMaximized() && window.width() > before.width());
+        emit preview->requestFullscreen(true);
+        QTRY_VERIFY(window.isFullScreen());
+        emit preview->requestFullscreen(false);
+        QTRY_VERIFY(window.isMaximized());
+        ui->maximiseButton()->click();
+        QTRY_COMPARE(window.geometry(), before);
     }
 
     void closing_asksOnce_andGoesOnWhenDeclined() {
@@ -182,11 +281,8 @@ private slots:
 
     void searchTable_headerAndRowsFollowEachOther() {
         KvTUTKDeviceTableView table;
-        std::vector<std::unique_ptr<KvTUTKDevice>> found;
-        for (int i = 0; i < 2; ++i)
-            found.push_back(std::make_unique<KvTUTKDevice>());
         KvDeviceTableModel* model = table.devices();
-        model->setDevices(found);
+        model->setDevices(std::vector<orvelle::CameraRecord>(2));
         auto* header = static_cast<KvDeviceHeaderView*>(table.horizontalHeader());
         const QPoint box(header->sectionViewportPosition(0) + 5, 5);
         // Two states from the rows, then one click each on the box.
@@ -217,6 +313,13 @@ private:
         for (const QPushButton* button : qAsConst(missing))
             qWarning() << button->accessibleName() << "is out of reach";
         return missing.isEmpty();
+    }
+
+    static QString notices(const MainWindow& window) {
+        QString texts;
+        for (const orvelle::NoticeBar* bar : window.findChildren<orvelle::NoticeBar*>())
+            texts += bar->text();
+        return texts;
     }
 
     KvDevice& addCamera() {

@@ -1,6 +1,8 @@
+#include <QAccessible>
 #include <QDialog>
 #include <QPushButton>
 #include <QSignalSpy>
+#include <QSlider>
 #include <QtTest>
 
 #include "fake_device.h"
@@ -11,8 +13,12 @@
 #include "ui/preview/devices_preview.h"
 #include "ui/preview/devices_preview_ui.h"
 #include "ui/preview/grid_layout.h"
+#include "ui/preview/tile_badge.h"
 #include "ui/preview/tutk_device_ptz_view.h"
+#include "ui/widgets/picture_notice.h"
 #include "ui/widgets/push_button.h"
+#include "ui/widgets/text.h"
+#include "ui/widgets/video_overlay.h"
 
 using orvelle::test::FakeDevice;
 
@@ -91,19 +97,21 @@ private slots:
     void newCode_isOfferedByTheTile_whoseCameraRefusesThePassword() {
         Grid grid(2);
         KvDevicePlayerView* tile = grid.ui->tiles()[1];
-        const auto* button = tile->findChild<KvDevicePlayerViewUI*>()->codeButton();
+        QPushButton* button = tile->findChild<KvDevicePlayerViewUI*>()->notice()->button();
         for (const auto state : {FakeDevice::State::kUnreachable, FakeDevice::State::kRefusedForNow,
                                  FakeDevice::State::kFull, FakeDevice::State::kWrongPassword,
                                  FakeDevice::State::kOnline}) {
             grid.owned[1]->setState(state);
             tile->setDevice(grid.devices[1]);
-            QCOMPARE(button->isVisible(), state == FakeDevice::State::kWrongPassword);
-            if (!button->isVisible())
+            const bool needsCode = state == FakeDevice::State::kWrongPassword;
+            QVERIFY(button->isVisible());
+            QCOMPARE(button->text(), orvelle::text(needsCode ? "enter_new_code" : "retry"));
+            if (!needsCode)
                 continue;
             KvDevice* asked = nullptr;
             const auto connection = connect(&grid.preview, &KvDevicesPreview::enterCode,
                                             [&asked](KvDevice* device) { asked = device; });
-            QTest::mouseClick(const_cast<QPushButton*>(button), Qt::LeftButton);
+            QTest::mouseClick(button, Qt::LeftButton);
             disconnect(connection);
             QCOMPARE(asked, grid.devices[1]);
         }
@@ -251,6 +259,151 @@ private slots:
             QCOMPARE(Grid(7, stored).shown().size(), 7);
     }
 
+    void neighbour_isTheNearestOnThatSide_data() {
+        using orvelle::GridDirection;
+        QTest::addColumn<int>("layout");
+        QTest::addColumn<int>("from");
+        QTest::addColumn<QVector<int>>("next");  // left, right, up, down
+        QTest::newRow("1x1") << 0 << 0 << QVector<int>{-1, -1, -1, -1};
+        QTest::newRow("3x3 middle") << 2 << 4 << QVector<int>{3, 5, 1, 7};
+        QTest::newRow("3x3 corner") << 2 << 8 << QVector<int>{7, -1, 5, -1};
+        QTest::newRow("6 big") << 3 << 0 << QVector<int>{-1, 1, -1, 3};
+        QTest::newRow("6 beside it") << 3 << 2 << QVector<int>{0, -1, 1, 5};
+        QTest::newRow("6 below it") << 3 << 4 << QVector<int>{3, 5, 0, -1};
+        QTest::newRow("13 big") << 4 << 5 << QVector<int>{4, 6, 1, 10};
+        QTest::newRow("13 above it") << 4 << 2 << QVector<int>{1, 3, -1, 5};
+        QTest::newRow("unknown") << 2 << 9 << QVector<int>{-1, -1, -1, -1};
+    }
+    void neighbour_isTheNearestOnThatSide() {
+        QFETCH(int, layout);
+        QFETCH(int, from);
+        QFETCH(QVector<int>, next);
+        const auto places = orvelle::tilePlaces(layout, {803, 602});
+        for (int direction = 0; direction < 4; ++direction)
+            QCOMPARE(
+                orvelle::neighbourOf(places, from, static_cast<orvelle::GridDirection>(direction)),
+                next[direction]);
+    }
+
+    void keys_moveSwapOpenAndChooseTheLayout() {
+        Grid grid(4, orvelle::kGrid2x2);
+        QVERIFY(QTest::qWaitForWindowActive(&grid.preview));
+        const auto press = [](int key, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key(key), modifiers);
+        };
+        const auto focused = [&grid] {
+            for (size_t i = 0; i < grid.ui->tiles().size(); ++i)
+                if (grid.ui->tiles()[i]->hasFocus())
+                    return grid.ui->tiles()[i]->device()->uid();
+            return QString();
+        };
+        grid.preview.setFocus();
+        press(Qt::Key_Down);
+        QCOMPARE(focused(), QStringLiteral("CAM0"));
+        press(Qt::Key_Right);
+        press(Qt::Key_Down);
+        QCOMPARE(focused(), QStringLiteral("CAM3"));
+        press(Qt::Key_Down);
+        QCOMPARE(focused(), QStringLiteral("CAM3"));
+        press(Qt::Key_Left, Qt::ControlModifier);
+        QCOMPARE(focused(), QStringLiteral("CAM3"));
+        QCOMPARE(grid.group->uids().join(QLatin1Char(' ')), QStringLiteral("CAM0 CAM1 CAM3 CAM2"));
+        press(Qt::Key_Return);
+        QCOMPARE(grid.shown(), QStringList{QStringLiteral("CAM3")});
+        QVERIFY(!grid.preview.isFullscreen());
+        press(Qt::Key_Up);
+        QCOMPARE(grid.shown(), QStringList{QStringLiteral("CAM0")});
+        QCOMPARE(focused(), QStringLiteral("CAM0"));
+        press(Qt::Key_Escape);
+        QCOMPARE(grid.shown().size(), 4);
+        press(Qt::Key_1);
+        QCOMPARE(grid.group->layout(), int(orvelle::kGrid2x2));
+        for (const auto& [key, layout] :
+             {std::pair{Qt::Key_3, orvelle::kGrid6}, std::pair{Qt::Key_4, orvelle::kGrid3x3},
+              std::pair{Qt::Key_6, orvelle::kGrid4x4}}) {
+            press(key);
+            QCOMPARE(grid.group->layout(), int(layout));
+        }
+        // A button that has the keyboard is pressed, and no picture opened.
+        grid.ui->layoutButton(orvelle::kGrid6)->setFocus();
+        press(Qt::Key_Return);
+        QCOMPARE(grid.shown().size(), 4);
+        emit grid.ui->tiles()[0]->clickSettingButton(grid.ui->tiles()[0]);
+        press(Qt::Key_2);
+        QCOMPARE(grid.group->layout(), int(orvelle::kGrid4x4));
+    }
+
+    void wholeGrid_fillsTheScreen_andComesBack() {
+        Grid grid(4, orvelle::kGrid2x2);
+        const QRect before = grid.ui->tiles()[3]->geometry();
+        QSignalSpy requested(&grid.preview, &KvDevicesPreview::requestFullscreen);
+        QTest::mouseClick(grid.ui->wholeGridButton(), Qt::LeftButton);
+        QCOMPARE(requested.takeFirst().at(0).toBool(), true);
+        QVERIFY(grid.preview.isFullscreen());
+        QCOMPARE(grid.shown().size(), 4);
+        QCOMPARE(grid.ui->tiles()[3]->geometry(), QRect(400, 320, 400, 320));
+        // The tile's own button leads out of it as well.
+        emit grid.ui->tiles()[1]->clickFullButton(grid.ui->tiles()[1], false);
+        QCOMPARE(requested.takeFirst().at(0).toBool(), false);
+        QCOMPARE(grid.ui->tiles()[3]->geometry(), before);
+    }
+
+    void cells_haveGutters_andEmptyOnesAreSeen() {
+        Grid grid(3, orvelle::kGrid2x2);
+        const QRect first = grid.ui->tiles()[0]->geometry();
+        const QImage image = grid.preview.grab().toImage();
+        const QRgb gutter = image.pixel(first.right() + 1, 40);
+        QCOMPARE(image.pixel(first.right(), 40), gutter);
+        QVERIFY(image.pixel(first.right() + 2, 40) != gutter);
+        const QPoint empty(600, 450);
+        QVERIFY(image.pixel(empty) != gutter && image.pixel(empty) != qRgb(0, 0, 0));
+        QVERIFY(qGray(gutter) < 48);
+    }
+
+    void badge_standsForTheBar_thatIsAway() {
+        Grid grid(1, orvelle::kGrid1x1);
+        KvDevicePlayerView* tile = grid.ui->tiles()[0];
+        auto* ui = tile->findChild<KvDevicePlayerViewUI*>();
+        QVERIFY(ui->badge()->isVisible());
+        const int named = ui->badge()->width();
+        ui->setRecorded(true);
+        ui->setHeard(true);
+        QVERIFY(ui->badge()->width() > named);
+        QVERIFY(tile->accessibleDescription().contains(orvelle::text("is_being_recorded")));
+        QVERIFY(tile->accessibleDescription().contains(orvelle::text("sound_is_on")));
+        ui->overlay().setBarsShown(true);
+        QVERIFY(!ui->badge()->isVisible());
+        ui->overlay().setBarsShown(false);
+        ui->setName(QString(200, QLatin1Char('W')));
+        QVERIFY(ui->badge()->isVisible() && ui->badge()->geometry().right() < ui->width());
+        tile->setDevice(nullptr);
+        QVERIFY(!ui->badge()->isVisible());
+    }
+
+    void readersOfTheScreen_areToldEverything() {
+        Grid grid(2, orvelle::kGrid1x1);
+        const auto told = [](QWidget* widget, QAccessible::Text what) {
+            return QAccessible::queryAccessibleInterface(widget)->text(what);
+        };
+        KvDevicePlayerView* tile = grid.ui->tiles()[0];
+        auto* ui = tile->findChild<KvDevicePlayerViewUI*>();
+        QCOMPARE(told(tile, QAccessible::Name), QStringLiteral("CAM0"));
+        QVERIFY(told(tile, QAccessible::Description).contains(orvelle::text("online")));
+        QCOMPARE(told(grid.ui->layoutButton(orvelle::kGrid6), QAccessible::Name),
+                 QStringLiteral("Six pictures"));
+        QCOMPARE(told(grid.ui->wholeGridButton(), QAccessible::Name),
+                 orvelle::text("full_screen_of_all_pictures"));
+        QCOMPARE(told(ui->volumeSlider(), QAccessible::Name), orvelle::text("volume"));
+        auto* value = QAccessible::queryAccessibleInterface(ui->volumeSlider())->valueInterface();
+        QVERIFY(value);
+        QCOMPARE(value->maximumValue().toInt(), 100);
+        for (int button = 0; button < KvDevicePlayerViewUI::kButtonCount; ++button) {
+            if (button != KvDevicePlayerViewUI::kQuality)
+                QVERIFY(!told(ui->button(KvDevicePlayerViewUI::Button(button)), QAccessible::Name)
+                             .isEmpty());
+        }
+    }
+
     void drag_swapsTwoTiles() {
         Grid grid(4, orvelle::kGrid2x2);
         QSignalSpy changed(&grid.preview, &KvDevicesPreview::deviceGroupInfoChanged);
@@ -291,7 +444,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&grid.preview));
         KvDevicePlayerView* tile = grid.ui->tiles()[0];
         tile->setFocus();
-        tile->findChild<KvDevicePlayerViewUI*>()->setBarsVisible(false);
+        tile->findChild<KvDevicePlayerViewUI*>()->overlay().setBarsShown(false);
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
         QVERIFY(tile->isAncestorOf(QApplication::focusWidget()));
         emit tile->clickSettingButton(tile);
@@ -311,7 +464,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&grid.preview));
         KvDevicePlayerView* tile = grid.ui->tiles()[0];
         auto* ui = tile->findChild<KvDevicePlayerViewUI*>();
-        ui->setBarsVisible(true);
+        ui->overlay().setBarsShown(true);
         ui->setRecordShown(true);
         ui->recordView()->saveButton()->setFocus();
         ui->setRecordShown(false);
@@ -368,6 +521,9 @@ private slots:
         for (KvDevicePlayerView* tile : grid.ui->tiles())
             emit tile->playerViewThumbUpdate(tile);
         QCOMPARE(updated.count(), 1);
+        // All that were held back come as one.
+        QTRY_COMPARE(updated.count(), 2);
+        QVERIFY(!updated.wait(1500));
     }
 };
 

@@ -43,6 +43,9 @@ private slots:
             {{{{}, Fault::kDiskFull, false}},
              {QStringLiteral("disk is full"), QStringLiteral("could not be saved")},
              true},
+            {{result(1, Fault::kQuota), result(2, Fault::kFileTooLarge)},
+             {QStringLiteral("space allowed to you"), QStringLiteral("no larger file")},
+             true},
             {{result(1, Fault::kNone, true)}, {QStringLiteral("sound could not")}, false},
         };
         for (const Row& row : rows) {

@@ -136,8 +136,9 @@ private slots:
         QVERIFY(view.ui()->isLoadingShown());
         view.answerCard(30000);
         view.answerCard(30000);
-        QCOMPARE(view.asked, (QVector<uint32_t>{IOTYPE_USER_IPCAM_DEVINFO_REQ,
-                                                IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ}));
+        QCOMPARE(view.asked, (QVector<uint32_t>{
+                                 IOTYPE_USER_IPCAM_DEVINFO_REQ, IOTYPE_USER_IPCAM_LISTEVENT_VBK_REQ,
+                                 IOTYPE_CARD_OVERVIEW_REQ, IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ}));
         QCOMPARE(view.months, QVector<int>{QDate::currentDate().month()});
         view.answerList(View::first(), 5);
         QCOMPARE(view.lastPlayed(), 4);
@@ -193,6 +194,57 @@ private slots:
         view.tell(KvBasePlayerVideoEnded);
         QTRY_VERIFY(view.texts().contains(text));
         QCOMPARE(view.played.size(), 3);
+    }
+
+    void playing_runsOnIntoTheNextFile() {
+        // A camera that runs on, to the end of the fourth file; one that ended the third where the
+        // fourth begins; one that ended within the third.
+        for (const auto& [endedAt, played, second] :
+             {std::tuple(119.9, 5, 0), {61.2, 4, 1}, {59.9, 4, 0}}) {
+            View view;
+            view.openCard(9);
+            view.clock += 1000;
+            emit view.ui()->timeLine()->selectedTime(int(View::first()) + 3 * 60);
+            view.tell(KvBasePlayerFirstFrame);
+            for (double seconds = 0.9; seconds <= endedAt; seconds += 1.0) {
+                view.handlePlayerEvent(KvBasePlayerProgress, seconds);
+                view.settle();
+            }
+            view.handlePlayerEvent(KvBasePlayerProgress, endedAt);
+            view.tell(KvBasePlayerVideoEnded);
+            QCOMPARE(view.played.last(), qint64(View::first()) + played * 60 + second);
+        }
+    }
+
+    void missingFiles_areSkipped_andToldOnce() {
+        View view;
+        view.openCard(9);
+        view.clock += 1000;
+        emit view.ui()->timeLine()->selectedTime(int(View::first()) + 5 * 60);
+        view.end = orvelle::PlaybackEnd::kMissing;
+        const QString text = orvelle::text("the_recording_could_not_be_played");
+        view.tell(KvBasePlayerOpenFailed);
+        QVERIFY(view.texts().contains(text));
+        view.tell(KvBasePlayerOpenFailed);
+        QCOMPARE(view.lastPlayed(), 7);
+        view.tell(KvBasePlayerFirstFrame);
+        QVERIFY(view.ui()->timeLine()->isPlayChecked());
+        view.clock += 1000;
+        view.click("next_recording");
+        view.tell(KvBasePlayerOpenFailed);  // the last one
+        QVERIFY(!view.ui()->timeLine()->isPlayChecked());
+    }
+
+    void slowPath_showsLoading_untilItGoesOn() {
+        View view;
+        view.openCard(9);
+        view.tell(KvBasePlayerFirstFrame);
+        view.handlePlayerEvent(KvBasePlayerWaiting, 1.0);
+        view.settle();
+        QTRY_VERIFY(view.ui()->isLoadingShown());
+        view.handlePlayerEvent(KvBasePlayerWaiting, 0.0);
+        view.settle();
+        QVERIFY(!view.ui()->isLoadingShown() && view.ui()->timeLine()->isPlayChecked());
     }
 
     void present_isRefreshedQuietly() {
@@ -346,9 +398,71 @@ private slots:
         QVERIFY(!view.ui()->timeLine()->isPlayChecked());
         view.camera.isOn = true;
         QTRY_VERIFY(!view.texts().contains(orvelle::text("camera_offline")));
-        view.clock += 1000;
-        view.click("play");
+        view.openCard(9);
         QCOMPARE(view.lastPlayed(), 8);
+    }
+
+    void playing_goesOnWhereItWas_whenCameraOrCardAreBack_data() {
+        QTest::addColumn<bool>("isCard");
+        QTest::addColumn<bool>("isPaused");
+        QTest::newRow("camera") << false << false;
+        QTest::newRow("card") << true << false;
+        QTest::newRow("camera, paused") << false << true;
+    }
+
+    void playing_goesOnWhereItWas_whenCameraOrCardAreBack() {
+        QFETCH(bool, isCard);
+        QFETCH(bool, isPaused);
+        View view;
+        view.openCard(9);
+        view.click("previous_recording");
+        view.tell(KvBasePlayerFirstFrame);
+        view.handlePlayerEvent(KvBasePlayerProgress, 20.0);
+        view.settle();
+        if (isPaused)
+            view.click("pause");
+        if (isCard) {
+            view.answerCard(0);
+            QVERIFY(view.ui()->isNoCardShown());
+            // It is looked for by itself.
+            view.asked.clear();
+            view.tick(2000);
+            QCOMPARE(view.asked, QVector<uint32_t>{IOTYPE_USER_IPCAM_DEVINFO_REQ});
+        } else {
+            view.camera.isOn = false;
+            view.tick(0);
+            view.camera.isOn = true;
+            view.tick(0);
+        }
+        QCOMPARE(view.played.size(), 2);
+        view.openCard(9);
+        QCOMPARE(view.played.size(), isPaused ? 2 : 3);
+        QCOMPARE(view.played.last(), qint64(View::first()) + 7 * 60 + (isPaused ? 0 : 20));
+        QVERIFY(!view.ui()->isNoCardShown());
+    }
+
+    void refusal_isNotTriedAgainByItself() {
+        View view;
+        view.openCard(9);
+        view.end = orvelle::PlaybackEnd::kRefused;
+        view.tell(KvBasePlayerOpenFailed);
+        view.answerCard(30000);
+        QCOMPARE(view.played.size(), 1);
+    }
+
+    void cardThatTakesNothing_saysSo() {
+        View view;
+        view.openCard(9);
+        for (const auto& [flags, key] : {std::pair<char, const char*>{2, "card_is_read_only"},
+                                         {4, "card_is_full"},
+                                         {0, nullptr}}) {
+            QByteArray overview(16, '\0');
+            overview[0] = flags;
+            view.answer(IOTYPE_CARD_OVERVIEW_RESP, overview);
+            const QString texts = view.texts().join(QLatin1Char('|'));
+            for (const char* each : {"card_is_read_only", "card_is_full"})
+                QCOMPARE(texts.contains(orvelle::text(each)), key && !qstrcmp(each, key));
+        }
     }
 
     void pulledCard_endsPlaying() {
@@ -409,7 +523,7 @@ private slots:
         view.answerCard(30000);
         view.answerList(View::first(), 5);
         QCOMPARE(view.played.size(), 1);
-        QCOMPARE(view.asked.size(), 2);
+        QCOMPARE(view.asked.size(), 4);
         QVERIFY(view.ui()->timeLine()->marks().isEmpty());
         QVERIFY(!view.texts().contains(orvelle::text("loading")));
         // The same one again starts anew.

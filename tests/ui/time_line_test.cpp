@@ -72,11 +72,18 @@ private slots:
     void drag_movesTheValue_withinTheLimits() {
         const struct {
             int minimum, maximum, from, to, secondsPerStep, value;
-        } cases[] = {
-            {0, 0, 300, 345, 12, kNoon - 36},        {0, 0, 300, 299, 12, kNoon},
-            {0, 0, 300, 298, 12, kNoon + 1},         {0, 0, 100, 400, 17280, kNoon - 345600},
-            {0, 0, 300, -900, 12, kNoon + 960},      {kNoon - 5, 0, 300, 345, 12, kNoon - 5},
-            {0, kNoon + 5, 300, 100, 12, kNoon + 5}, {0, 0, 10, 590, kMax, kMin}};
+        } cases[] = {{0, 0, 300, 345, 12, kNoon - 36},
+                     {0, 0, 300, 299, 12, kNoon},
+                     // A click goes to the moment under the mouse.
+                     {0, 0, 345, 345, 12, kNoon + 36},
+                     {0, 0, 255, 256, 12, kNoon - 36},
+                     {0, kNoon + 5, 345, 345, 12, kNoon + 5},
+                     {0, 0, 300, 298, 12, kNoon + 1},
+                     {0, 0, 100, 400, 17280, kNoon - 345600},
+                     {0, 0, 300, -900, 12, kNoon + 960},
+                     {kNoon - 5, 0, 300, 345, 12, kNoon - 5},
+                     {0, kNoon + 5, 300, 100, 12, kNoon + 5},
+                     {0, 0, 10, 590, kMax, kMin}};
         for (const auto& each : cases) {
             const auto line = makeLine(kNoon, each.secondsPerStep);
             line->setMinimum(each.minimum);

@@ -26,6 +26,16 @@ struct PlayRequest {
 /// command 4, time 12; the time is in UTC.
 PlayRequest readPlayRequest(const uint8_t* data);
 
+/// How much a client has room for on a channel, counted from the first frame on.
+struct RoomGrant {
+    int channel = 0;
+    uint32_t frames = 0;
+    uint64_t bytes = 0;
+};
+
+/// channel 0, frames 4, bytes 8.
+RoomGrant readRoomGrant(const uint8_t* data);
+
 struct ListRequest {
     int64_t fromSec = 0;
     int64_t toSec = -1;  ///< included
@@ -43,5 +53,11 @@ std::vector<uint8_t> formatReply(bool isFormatted);
 /// a message holds the newest.
 std::vector<uint8_t> listReply(const std::vector<RecordingRun>& runs);
 std::vector<uint8_t> missingCardReply();
+
+/// flags 0 (1 missing, 2 cannot be written, 4 full, 8 recordings can be downloaded), oldest and
+/// newest start 4 and 8, first month 12 (counted from year 0) and number of months 14, of 2 bytes
+/// each, then a bit a month from 16 on. Months are those of the camera's clock, as in
+/// readListRequest().
+std::vector<uint8_t> overviewReply(const CardOverview& card, const std::optional<int>& minutesEast);
 
 }  // namespace orvelle

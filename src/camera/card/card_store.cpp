@@ -16,6 +16,8 @@ namespace orvelle {
 
 namespace {
 
+constexpr int64_t kDaySec = 86'400;
+
 int64_t availableBytes(const QString& directory) {
     std::error_code error;
     const auto space =
@@ -49,6 +51,30 @@ bool CardStore::isPresent() const {
     return m_isPresent;
 }
 
+bool CardStore::isWritable() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isPresent && m_isWritable;
+}
+
+// From day to day, so that a large card takes no longer than a small one.
+CardOverview CardStore::overview() const {
+    CardOverview card;
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    card.isPresent = m_isPresent;
+    card.isWritable = m_isWritable;
+    card.isFull = m_isFull;
+    if (m_bytes.empty())
+        return card;
+    card.oldestSec = m_bytes.begin()->first;
+    card.newestSec = m_bytes.rbegin()->first;
+    for (auto it = m_bytes.begin(); it != m_bytes.end();) {
+        card.daySec.push_back(it->first);
+        it = m_bytes.lower_bound((it->first / kDaySec + 1) * kDaySec);
+        card.daySec.push_back(std::prev(it)->first);
+    }
+    return card;
+}
+
 CardSpace CardStore::space() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_isPresent ? m_space : CardSpace();
@@ -75,23 +101,33 @@ std::optional<Recording> CardStore::find(int64_t atSec) const {
     auto it = m_bytes.upper_bound(atSec);
     if (it == m_bytes.begin() || atSec - (--it)->first >= kRecordingSec)
         return {};
-    return Recording{it->first, pathOf(recordingName(it->first))};
+    const bool isUnfinished = it->first == m_unfinished;
+    const QString name = isUnfinished ? unfinishedName(it->first) : recordingName(it->first);
+    return Recording{it->first, pathOf(name), isUnfinished};
 }
 
 CardStore::Presence CardStore::refresh() {
-    const auto now = writableFolderIdentity(m_directory.toStdString());
+    const auto now = folderIdentity(m_directory.toStdString());
     if (!now) {
         {
             const std::lock_guard<std::mutex> lock(m_mutex);
             m_isPresent = false;
             m_bytes.clear();
             m_usedBytes = 0;
+            m_unfinished.reset();
         }
-        complain(QStringLiteral("is missing or cannot be written"));
+        complain(QStringLiteral("is missing"));
         return Presence::kAbsent;
     }
     const bool isNew = !isPresent() || *now != m_identity;
     m_identity = *now;
+    const bool isWritable = writableFolderIdentity(m_directory.toStdString()) == now;
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isWritable = isWritable;
+    }
+    if (!isWritable)
+        complain(QStringLiteral("cannot be written"));
     if (isNew)
         readDirectory();
     updateSpace();
@@ -112,13 +148,32 @@ void CardStore::readDirectory() {
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
         m_bytes.swap(bytes);
+        m_unfinished.reset();
         m_usedBytes = 0;
         for (const auto& entry : m_bytes)
             m_usedBytes += entry.second;
         m_isPresent = true;
     }
     for (const int64_t startSec : unfinished)
-        recover(startSec);
+        if (isWritable())
+            recover(startSec);
+}
+
+void CardStore::begin(int64_t startSec) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    m_bytes.emplace(startSec, 0);
+    m_unfinished = startSec;
+}
+
+void CardStore::forget(int64_t startSec) {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    if (m_unfinished != startSec)
+        return;
+    m_unfinished.reset();
+    const auto entry = m_bytes.find(startSec);
+    // Unless it was to replace one.
+    if (entry != m_bytes.end() && entry->second == 0)
+        m_bytes.erase(entry);
 }
 
 void CardStore::recover(int64_t startSec) {
@@ -134,6 +189,7 @@ bool CardStore::keep(int64_t startSec) {
     const QString path = unfinishedPath(startSec);
     if (holdsPicture(path) && finish(startSec))
         return true;
+    forget(startSec);
     QFile::remove(path);
     return false;
 }
@@ -149,6 +205,8 @@ bool CardStore::finish(int64_t startSec) {
         const std::lock_guard<std::mutex> lock(m_mutex);
         int64_t& entry = m_bytes[startSec];
         m_usedBytes += bytes - std::exchange(entry, bytes);
+        if (m_unfinished == startSec)
+            m_unfinished.reset();
     }
     m_isFaultLogged = false;
     updateSpace();
@@ -173,6 +231,10 @@ bool CardStore::makeRoom(int64_t bytes) {
         isPossible = removeOldest();
     if (!isPossible)
         complain(QStringLiteral("is full"));
+    {
+        const std::lock_guard<std::mutex> lock(m_mutex);
+        m_isFull = !isPossible;
+    }
     updateSpace();
     return isPossible;
 }
@@ -186,7 +248,7 @@ bool CardStore::removeOldest() {
     int64_t startSec = 0;
     {
         const std::lock_guard<std::mutex> lock(m_mutex);
-        if (m_bytes.empty())
+        if (m_bytes.empty() || m_bytes.begin()->first == m_unfinished)
             return false;
         startSec = m_bytes.begin()->first;
     }
@@ -199,7 +261,7 @@ bool CardStore::removeOldest() {
 }
 
 bool CardStore::format() {
-    if (refresh() == Presence::kAbsent)
+    if (refresh() == Presence::kAbsent || !isWritable())
         return false;
     bool isEmpty = true;
     const QStringList names = QDir(m_directory).entryList(QDir::Files | QDir::System);

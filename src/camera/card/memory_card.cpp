@@ -119,6 +119,8 @@ MemoryCard::Work MemoryCard::waitForWork() {
 void MemoryCard::refresh() {
     switch (m_store.refresh()) {
         case CardStore::Presence::kSame:
+            if (!m_store.isWritable())
+                m_recorder.drop();
             return;
         case CardStore::Presence::kNew:
             qCInfo(lcCamera, "the memory card is back");
@@ -129,7 +131,7 @@ void MemoryCard::refresh() {
 }
 
 void MemoryCard::record(const Work& work) {
-    if (!m_store.isPresent())
+    if (!m_store.isWritable())
         return;
     const int64_t offsetUs = wallOffsetUs();
     for (const EncodedFrame& frame : work.frames)

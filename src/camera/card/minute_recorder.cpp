@@ -81,6 +81,8 @@ void MinuteRecorder::openFile() {
         m_writer.open(m_store->unfinishedPath(m_startSec), m_format, m_held.front(), m_sound);
     if (!error.isEmpty())
         fail(error);
+    else
+        m_store->begin(m_startSec);
 }
 
 void MinuteRecorder::write(const EncodedFrame& frame) {
@@ -110,6 +112,7 @@ void MinuteRecorder::close() {
 
 void MinuteRecorder::drop() {
     m_writer.close();
+    m_store->forget(m_startSec);
     m_held.clear();
     m_isRunning = false;
 }

@@ -16,7 +16,8 @@ Playbacks::~Playbacks() {
     stopAll();
 }
 
-int32_t Playbacks::start(int clientId, const Recording& recording, int64_t fromSec) {
+int32_t Playbacks::start(int clientId, const CardStore& store, const Recording& recording,
+                         int64_t fromSec) {
     stop(clientId);
     const auto isBusy = [](const auto& entry) { return !entry.second->isFinished(); };
     const int channel = nextChannel(clientId);
@@ -25,9 +26,16 @@ int32_t Playbacks::start(int clientId, const Recording& recording, int64_t fromS
         return kTooManyPlaybacks;
     auto& playback = m_running[clientId];
     playback =
-        std::make_unique<Playback>(PlaybackTarget{m_server, clientId, channel}, recording, fromSec);
+        std::make_unique<Playback>(PlaybackTarget{m_server, clientId, channel, m_purpose.replyType},
+                                   store, recording, fromSec);
     playback->start();
     return 0;
+}
+
+void Playbacks::grant(int clientId, const RoomGrant& room) {
+    const auto found = m_running.find(clientId);
+    if (found != m_running.end() && found->second->channel() == room.channel)
+        found->second->grant(room);
 }
 
 // Not joined at once: a slow card must not hold up the server.
@@ -43,7 +51,7 @@ void Playbacks::stop(int clientId) {
 
 void Playbacks::forget(int clientId) {
     stop(clientId);
-    m_lastChannels.erase(clientId);
+    m_lastSteps.erase(clientId);
 }
 
 void Playbacks::stopAll() {
@@ -59,11 +67,12 @@ void Playbacks::stopAll() {
 
 // Channels go round, so that a late login cannot get into another playback; 0 when all are open.
 int Playbacks::nextChannel(int clientId) {
-    int& last = m_lastChannels[clientId];
-    for (int step = 1; step < kMaxLinkChannels; ++step) {
-        last = last % (kMaxLinkChannels - 1) + 1;
-        if (!m_server->isChannelOpen(clientId, last))
-            return last;
+    int& last = m_lastSteps[clientId];
+    for (int tried = 0; tried < m_purpose.channels; ++tried) {
+        last = (last + 1) % m_purpose.channels;
+        const int channel = m_purpose.firstChannel + last;
+        if (!m_server->isChannelOpen(clientId, channel))
+            return channel;
     }
     return 0;
 }

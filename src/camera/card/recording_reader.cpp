@@ -23,6 +23,8 @@ QString RecordingReader::open(const QString& path) {
     m_packet.reset(av_packet_alloc());
     m_ahead.clear();
     m_video = m_audio = nullptr;
+    m_readFrames = 0;
+    m_path = path;
     AVFormatContext* context = nullptr;
     const int opened = avformat_open_input(&context, path.toUtf8().constData(),
                                            av_find_input_format("matroska"), nullptr);
@@ -43,6 +45,15 @@ QString RecordingReader::open(const QString& path) {
     return m_video && openFilter() ? QString() : unreadable;
 }
 
+void RecordingReader::reopen(const QString& path) {
+    const int64_t known = m_readFrames;
+    if (!open(path).isEmpty())
+        m_format.reset();
+    while (m_readFrames < known && readFrame()) {
+    }
+    m_readFrames = known;
+}
+
 bool RecordingReader::openFilter() {
     const AVCodecID codec = m_video->codecpar->codec_id;
     const char* name = codec == AV_CODEC_ID_H264   ? "h264_mp4toannexb"
@@ -58,7 +69,18 @@ bool RecordingReader::openFilter() {
            av_bsf_init(context) >= 0;
 }
 
-void RecordingReader::seek(int64_t timeUs) {
+void RecordingReader::jumpTowards(int64_t timeUs) {
+    AVStream* video = m_format->streams[m_video->index];
+    const int64_t time = av_rescale_q(timeUs, kMicroseconds, video->time_base);
+    const bool isThere =
+        av_seek_frame(m_format.get(), video->index, time, AVSEEK_FLAG_BACKWARD) >= 0;
+    if (!isThere)
+        open(QString(m_path));
+}
+
+void RecordingReader::seek(int64_t timeUs, bool isFinished) {
+    if (isFinished)
+        jumpTowards(timeUs);
     std::deque<EncodedFrame> group;
     bool hasKey = false;
     while (auto frame = readFrame()) {
@@ -85,11 +107,13 @@ std::optional<EncodedFrame> RecordingReader::next() {
 }
 
 std::optional<EncodedFrame> RecordingReader::readFrame() {
-    while (av_read_frame(m_format.get(), m_packet.get()) >= 0) {
+    while (m_format && av_read_frame(m_format.get(), m_packet.get()) >= 0) {
         const auto frame = frameOf(m_packet.get());
         av_packet_unref(m_packet.get());
-        if (frame)
-            return frame;
+        if (!frame)
+            continue;
+        ++m_readFrames;
+        return frame;
     }
     return {};
 }

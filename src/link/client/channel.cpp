@@ -14,6 +14,11 @@ namespace {
 // A reader that leaves this many unread has stopped reading.
 constexpr size_t kMaxWaitingControls = 512;
 
+// Channels above 0 carry recordings.
+const FrameQueue::Bounds& boundsOf(int channel) {
+    return channel == 0 ? FrameQueue::kLive : FrameQueue::kRecording;
+}
+
 }  // namespace
 
 ClientChannel::ClientChannel(std::shared_ptr<ClientSession> session, int number,
@@ -25,7 +30,9 @@ ClientChannel::ClientChannel(std::shared_ptr<ClientSession> session, int number,
       m_controlId(control ? control->id() : SRT_INVALID_SOCK),
       m_mediaId(media->id()),
       m_controlSocket(std::move(control)),
-      m_mediaSocket(std::move(media)) {}
+      m_mediaSocket(std::move(media)),
+      m_video(FrameQueue::Kind::Video, boundsOf(number)),
+      m_audio(FrameQueue::Kind::Audio, boundsOf(number)) {}
 
 ClientChannel::Outcome ClientChannel::accept(const EncodedMessage& bytes) {
     const std::optional<Message> message = decodeMessage(bytes.bytes.data(), bytes.size);

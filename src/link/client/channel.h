@@ -91,8 +91,8 @@ private:
     std::shared_ptr<SealedSocket> m_controlSocket;
     std::shared_ptr<SealedSocket> m_mediaSocket;
     std::deque<Control> m_controls;
-    FrameQueue m_video{FrameQueue::Kind::Video};
-    FrameQueue m_audio{FrameQueue::Kind::Audio};
+    FrameQueue m_video;
+    FrameQueue m_audio;
     uint32_t m_droppedForReader = 0;
     int m_endReason = 0;
 };

@@ -5,23 +5,14 @@
 
 namespace orvelle {
 
-namespace {
-
-// Eight seconds of pictures at 15 a second, yet no more than a dozen of the largest; the reader
-// normally leaves none waiting.
-constexpr size_t kMaxVideoFrames = 120;
-constexpr size_t kMaxVideoBytes = 3 * 1024 * 1024;
-constexpr size_t kMaxAudioFrames = 64;
-
-}  // namespace
-
 void FrameQueue::makeRoom(const LinkFrame& incoming) {
     if (m_kind == Kind::Audio) {
-        for (; m_frames.size() >= kMaxAudioFrames; m_frames.pop_front())
+        for (; m_frames.size() >= m_bounds.audioFrames; m_frames.pop_front())
             m_bytes -= m_frames.front().data.size();
         return;
     }
-    if (m_frames.size() < kMaxVideoFrames && m_bytes + incoming.data.size() <= kMaxVideoBytes)
+    if (m_frames.size() < m_bounds.videoFrames &&
+        m_bytes + incoming.data.size() <= m_bounds.videoBytes)
         return;
     m_frames.clear();
     m_bytes = 0;

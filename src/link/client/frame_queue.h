@@ -16,7 +16,20 @@ public:
     };
     enum class Next { Nothing, Frame, Gap, Incomplete };
 
-    explicit FrameQueue(Kind kind) : m_kind(kind) {}
+    /// How much may wait for the reader.
+    struct Bounds {
+        size_t videoFrames;
+        size_t videoBytes;
+        size_t audioFrames;
+    };
+    /// Of a live picture, whose reader normally leaves nothing waiting: eight seconds at 15
+    /// pictures a second, yet no more than a dozen of the largest.
+    static constexpr Bounds kLive = {120, 3 * 1024 * 1024, 64};
+    /// Of a recording, which comes as fast as the path takes it: more than its reader ever allows
+    /// the camera to send ahead.
+    static constexpr Bounds kRecording = {2048, 16 * 1024 * 1024, 2048};
+
+    explicit FrameQueue(Kind kind, const Bounds& bounds = kLive) : m_kind(kind), m_bounds(bounds) {}
 
     void push(LinkFrame frame);
     /// A frame was given up half-way; its number shows as a gap as well.
@@ -35,6 +48,7 @@ private:
     void makeRoom(const LinkFrame& incoming);
 
     const Kind m_kind;
+    const Bounds m_bounds;
     std::deque<LinkFrame> m_frames;
     size_t m_bytes = 0;
     bool m_awaitsKey = false;

@@ -89,6 +89,8 @@ int IOTC_Lan_Ask(int timeoutMs, const std::function<void(const LanSearchRecord&)
                  const std::function<bool()>& isStopped) {
     const int64_t endMs = orvelle::steadyMilliseconds() + timeoutMs;
     orvelle::LanQuery query{{}};
+    if (!query.isOpen())
+        return LINK_ER_NO_SOCKET;
     while (orvelle::steadyMilliseconds() < endMs && !isStopped()) {
         if (const auto answer = query.next(kSearchSliceMs))
             onAnswer(recordOf(*answer));

@@ -25,6 +25,7 @@ public:
     /// `direct`: one more address to ask, which may answer with another UID.
     explicit LanQuery(const std::string& uid, const std::optional<sockaddr_in>& direct = {});
 
+    bool isOpen() const { return m_socket.isOpen(); }
     /// Sends what is due, then waits up to `waitMs` for one answer.
     std::optional<LanAnswer> next(int waitMs);
     /// False when the last query could go to this machine only, as no network is up.

@@ -163,10 +163,10 @@ int LinkServer::Impl::sendFrame(bool isVideo, int clientId, int channelNumber,
             to->skipVideo();
         return AV_ER_EXCEED_MAX_SIZE;
     }
-    if (isVideo)
-        to->pushVideo(info, std::move(frame), steadyMilliseconds());
-    else
-        to->pushAudio(info, std::move(frame), steadyMilliseconds());
+    const bool isTaken = isVideo ? to->pushVideo(info, std::move(frame), steadyMilliseconds())
+                                 : to->pushAudio(info, std::move(frame), steadyMilliseconds());
+    if (!isTaken)
+        return IOTC_ER_TIMEOUT;
     std::lock_guard<std::mutex> lock(m_feederMutex);
     if (m_feeder)
         m_feeder->notify();
@@ -215,6 +215,11 @@ int LinkServer::sendAudio(int clientId, int channel, const LinkFrameInfo& info, 
 
 bool LinkServer::isChannelOpen(int clientId, int channel) const {
     return m_impl->channel(clientId, channel) != nullptr;
+}
+
+size_t LinkServer::waitingBytes(int clientId, int channel) const {
+    const auto of = m_impl->channel(clientId, channel);
+    return of ? of->waitingBytes() : 0;
 }
 
 LinkServerStats LinkServer::stats() const {

@@ -48,8 +48,9 @@ public:
 /// sent, answered or obeyed for a client that has not proved the password.
 ///
 /// send...() may be called from any thread and never block: they hand over to a bounded
-/// queue for each client and channel. When a path is too slow whole groups of pictures are
-/// dropped up to the next key frame; frames are numbered before that, so the client sees the gap.
+/// queue for each client and channel. When a path is too slow for the live picture, whole groups of
+/// pictures are dropped up to the next key frame; frames are numbered before that, so the client
+/// sees the gap. A recording's channel drops nothing, but refuses frames while it is full.
 class LinkServer {
 public:
     LinkServer(LinkServerConfig config, LinkServerListener* listener);
@@ -72,13 +73,16 @@ public:
     /// Channel 0 is the live one. A channel above 0 carries a recording: the client opens it
     /// with its own login after the camera named it in a control message. Returns 0,
     /// AV_ER_INVALID_ARG when the channel is not open or the frame is empty, AV_ER_EXCEED_MAX_SIZE
-    /// for a frame beyond link/limits.h; the client sees such a frame as a gap.
+    /// for a frame beyond link/limits.h (the client sees such a frame as a gap), IOTC_ER_TIMEOUT
+    /// when a recording's channel is full: the frame is to be offered again a little later.
     int sendVideo(int clientId, int channel, const LinkFrameInfo& info,
                   std::shared_ptr<const std::vector<uint8_t>> frame);
     int sendAudio(int clientId, int channel, const LinkFrameInfo& info,
                   std::shared_ptr<const std::vector<uint8_t>> frame);
     /// Whether the client has logged in on that channel.
     bool isChannelOpen(int clientId, int channel) const;
+    /// Bytes that the client has not got yet of what was sent on a channel; 0 when it is not open.
+    size_t waitingBytes(int clientId, int channel) const;
 
     LinkServerStats stats() const;
 

@@ -12,6 +12,9 @@ namespace {
 constexpr int64_t kMaxAgeMs = 600;
 constexpr size_t kMaxVideoFrames = 200;  // whatever their age
 constexpr size_t kMaxAudioFrames = 50;
+// Of a recording: enough for the transport to go on while its reader looks away.
+constexpr size_t kRecordingBytes = 512 * 1024;
+constexpr size_t kRecordingFrames = 256;
 
 }  // namespace
 
@@ -24,6 +27,21 @@ FrameInfoBytes MediaQueue::infoBytes(const LinkFrameInfo& info, uint32_t number)
     return bytes;
 }
 
+bool MediaQueue::hasRoom() const {
+    return m_kind == Kind::kLive ||
+           (m_bytes < kRecordingBytes && m_video.size() + m_audio.size() < kRecordingFrames);
+}
+
+void MediaQueue::append(std::deque<Item>& queue, Item item) {
+    m_bytes += item.frame->size();
+    queue.push_back(std::move(item));
+}
+
+void MediaQueue::removeFirst(std::deque<Item>& queue) {
+    m_bytes -= queue.front().frame->size();
+    queue.pop_front();
+}
+
 void MediaQueue::pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
     const uint32_t number = m_nextVideoNumber++;
     const bool isKey = info.flags != 0;
@@ -32,15 +50,15 @@ void MediaQueue::pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t
         return;
     }
     m_awaitsKey = false;
-    m_video.push_back({number, infoBytes(info, number), std::move(frame), nowMs, isKey});
+    append(m_video, {number, infoBytes(info, number), std::move(frame), nowMs, isKey});
     dropStale(nowMs);
 }
 
 void MediaQueue::pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
     const uint32_t number = m_nextAudioNumber++;
-    if (m_audio.size() >= kMaxAudioFrames)
-        m_audio.pop_front();
-    m_audio.push_back({number, infoBytes(info, number), std::move(frame), nowMs, false});
+    if (m_kind == Kind::kLive && m_audio.size() >= kMaxAudioFrames)
+        removeFirst(m_audio);
+    append(m_audio, {number, infoBytes(info, number), std::move(frame), nowMs, false});
 }
 
 void MediaQueue::skipVideo() {
@@ -56,16 +74,20 @@ void MediaQueue::dropGroupAt(size_t position) {
     // Only ever set here: dropping this group does not make up for a frame refused behind it.
     m_awaitsKey = m_awaitsKey || last == m_video.end();
     m_counters.videoFramesDropped += static_cast<uint64_t>(last - first);
+    for (auto item = first; item != last; ++item)
+        m_bytes -= item->frame->size();
     m_video.erase(first, last);
 }
 
 void MediaQueue::dropStale(int64_t nowMs) {
+    if (m_kind == Kind::kRecording)
+        return;
     const size_t first = m_nextFragment > 0 ? 1 : 0;
     while (m_video.size() > first &&
            (nowMs - m_video[first].queuedMs > kMaxAgeMs || m_video.size() > kMaxVideoFrames))
         dropGroupAt(first);
     while (!m_audio.empty() && nowMs - m_audio.front().queuedMs > kMaxAgeMs)
-        m_audio.pop_front();
+        removeFirst(m_audio);
 }
 
 bool MediaQueue::next(int64_t nowMs, EncodedMessage* message) {
@@ -89,14 +111,14 @@ bool MediaQueue::next(int64_t nowMs, EncodedMessage* message) {
 
 void MediaQueue::advance() {
     if (m_isAudioNext) {
-        m_audio.pop_front();
+        removeFirst(m_audio);
         ++m_counters.audioFramesSent;
         return;
     }
     if (++m_nextFragment < fragmentCount(m_video.front().frame->size()))
         return;
     m_nextFragment = 0;
-    m_video.pop_front();
+    removeFirst(m_video);
     ++m_counters.videoFramesSent;
 }
 

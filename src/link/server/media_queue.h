@@ -18,13 +18,22 @@ struct ServerCounters {
 };
 
 /// Frames of one channel on their way to the transport: numbers them, cuts them into messages,
-/// sound before pictures, and drops what has grown too old in whole groups of pictures, up to
-/// the next key frame and never a frame that is begun.
+/// sound before pictures.
+///
+/// Of a live picture it drops what has grown too old in whole groups of pictures, up to the next
+/// key frame and never a frame that is begun. Of a recording it drops nothing, but takes no more
+/// when enough waits.
 ///
 /// Not locked: its channel's mutex guards it. Times are given, so that a test has its own clock.
 class MediaQueue {
 public:
-    explicit MediaQueue(ServerCounters& counters) : m_counters(counters) {}
+    enum class Kind { kLive, kRecording };
+
+    explicit MediaQueue(ServerCounters& counters, Kind kind = Kind::kLive)
+        : m_counters(counters), m_kind(kind) {}
+
+    /// Whether it takes another frame now; always of a live picture.
+    bool hasRoom() const;
 
     /// Takes a frame of 1 to kMaxVideoFrameBytes.
     void pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
@@ -38,6 +47,8 @@ public:
     void advance();
 
     bool isEmpty() const { return m_video.empty() && m_audio.empty(); }
+    /// Of the frames that wait, the one that is begun as a whole.
+    size_t bytes() const { return m_bytes; }
 
 private:
     struct Item {
@@ -48,11 +59,15 @@ private:
         bool isKey;
     };
 
+    void append(std::deque<Item>& queue, Item item);
+    void removeFirst(std::deque<Item>& queue);
     static FrameInfoBytes infoBytes(const LinkFrameInfo& info, uint32_t number);
     void dropStale(int64_t nowMs);
     void dropGroupAt(size_t position);
 
     ServerCounters& m_counters;
+    const Kind m_kind;
+    size_t m_bytes = 0;
     std::deque<Item> m_video;
     std::deque<Item> m_audio;
     uint32_t m_nextVideoNumber = 0;

@@ -9,12 +9,17 @@ namespace {
 
 constexpr int64_t kTransportHoldsMs = 150;
 constexpr int64_t kAdaptIntervalMs = 250;
+/// How much faster than a live picture a recording starts, whose first picture builds on others.
+constexpr int64_t kRecordingHaste = 2;
 
 }  // namespace
 
 ServerChannel::ServerChannel(std::shared_ptr<SealedSocket> socket, int64_t nominalBitsPerSecond,
-                             ServerCounters& counters)
-    : m_socket(std::move(socket)), m_cap(nominalBitsPerSecond), m_queue(counters) {
+                             ServerCounters& counters, MediaQueue::Kind kind)
+    : m_socket(std::move(socket)),
+      m_cap(kind == MediaQueue::Kind::kRecording ? kRecordingHaste * nominalBitsPerSecond
+                                                 : nominalBitsPerSecond),
+      m_queue(counters, kind) {
     applyCap();
 }
 
@@ -22,14 +27,25 @@ void ServerChannel::applyCap() {
     setSocketOption(id(), SRTO_MAXBW, int64_t{m_cap.bitsPerSecond() / 8});
 }
 
-void ServerChannel::pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
+bool ServerChannel::pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_queue.hasRoom())
+        return false;
     m_queue.pushVideo(info, std::move(frame), nowMs);
+    return true;
 }
 
-void ServerChannel::pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
+bool ServerChannel::pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs) {
     std::lock_guard<std::mutex> lock(m_mutex);
+    if (!m_queue.hasRoom())
+        return false;
     m_queue.pushAudio(info, std::move(frame), nowMs);
+    return true;
+}
+
+size_t ServerChannel::waitingBytes() {
+    std::lock_guard<std::mutex> lock(m_mutex);
+    return m_queue.bytes() + unsentBytes(id());
 }
 
 void ServerChannel::skipVideo() {

@@ -15,15 +15,18 @@ namespace orvelle {
 class ServerChannel {
 public:
     ServerChannel(std::shared_ptr<SealedSocket> socket, int64_t nominalBitsPerSecond,
-                  ServerCounters& counters);
+                  ServerCounters& counters, MediaQueue::Kind kind);
 
     SRTSOCKET id() const { return m_socket->id(); }
     /// For a goodbye.
     const std::shared_ptr<SealedSocket>& socket() const { return m_socket; }
 
-    void pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
-    void pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
+    /// False when a recording's channel takes no more now.
+    bool pushVideo(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
+    bool pushAudio(const LinkFrameInfo& info, SharedFrame frame, int64_t nowMs);
     void skipVideo();
+    /// What the client has not acknowledged yet.
+    size_t waitingBytes();
 
     // --- feeder thread ---
 

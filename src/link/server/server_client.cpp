@@ -42,8 +42,9 @@ bool ServerClient::openChannel(int number, std::shared_ptr<SealedSocket> socket,
     // finds the channel open.
     if (socket->send(encodeMessage(WelcomeMessage{})) != SendResult::Sent)
         return false;
+    const auto kind = number == 0 ? MediaQueue::Kind::kLive : MediaQueue::Kind::kRecording;
     m_channels[number] =
-        std::make_shared<ServerChannel>(std::move(socket), nominalBitsPerSecond, counters);
+        std::make_shared<ServerChannel>(std::move(socket), nominalBitsPerSecond, counters, kind);
     return true;
 }
 

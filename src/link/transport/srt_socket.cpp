@@ -81,10 +81,6 @@ SrtSocket createLinkSocket(SocketUse use) {
     return socket;
 }
 
-bool setSocketOption(SRTSOCKET socket, SRT_SOCKOPT option, const std::string& value) {
-    return srt_setsockflag(socket, option, value.data(), static_cast<int>(value.size())) == 0;
-}
-
 SendResult sendBytes(SRTSOCKET socket, const uint8_t* data, size_t size) {
     const int sent =
         srt_sendmsg(socket, reinterpret_cast<const char*>(data), static_cast<int>(size), -1, 1);
@@ -98,13 +94,6 @@ int receiveBytes(SRTSOCKET socket, uint8_t* buffer, size_t room) {
     if (size >= 0)
         return size;
     return srt_getlasterror(nullptr) == SRT_EASYNCRCV ? kNothingReceived : kReceiveBroken;
-}
-
-uint16_t localPort(SRTSOCKET socket) {
-    sockaddr_in address{};
-    int size = sizeof address;
-    const bool isKnown = srt_getsockname(socket, reinterpret_cast<sockaddr*>(&address), &size) == 0;
-    return isKnown ? ntohs(address.sin_port) : uint16_t{0};
 }
 
 size_t unsentBytes(SRTSOCKET socket) {

@@ -69,7 +69,6 @@ template <class Value>
 bool setSocketOption(SRTSOCKET socket, SRT_SOCKOPT option, const Value& value) {
     return srt_setsockflag(socket, option, &value, sizeof value) == 0;
 }
-bool setSocketOption(SRTSOCKET socket, SRT_SOCKOPT option, const std::string& value);
 
 enum class SendResult { Sent, Full, Broken };
 
@@ -80,9 +79,6 @@ constexpr int kNothingReceived = -1;
 constexpr int kReceiveBroken = -2;
 /// Size of the next message, or one of the above; `room` is at least kMaxDatagramBytes.
 int receiveBytes(SRTSOCKET socket, uint8_t* buffer, size_t room);
-
-/// The UDP port that a bound socket uses; 0 for another one.
-uint16_t localPort(SRTSOCKET socket);
 
 /// Bytes that the peer has not acknowledged yet.
 size_t unsentBytes(SRTSOCKET socket);

@@ -11,13 +11,22 @@
 
 namespace orvelle {
 
-void PlaybackExchange::restart() {
+namespace {
+
+/// The result of a start that the camera has no recording for.
+constexpr int32_t kNoRecording = -2;
+
+}  // namespace
+
+void PlaybackExchange::restart(uint32_t answerType, std::optional<int32_t> baseMinute) {
     const std::lock_guard<std::mutex> lock(m_mutex);
+    m_answerType = answerType;
     m_request = Request::kNone;
     m_isAnswered = false;
     m_hasStopped = false;
     m_channel = -1;
-    m_baseMinute = 0;
+    m_isMissing = false;
+    m_baseMinute = baseMinute;
     m_isAbandoned = false;
     m_hasEnded = false;
 }
@@ -46,9 +55,19 @@ int PlaybackExchange::channel() const {
     return m_channel;
 }
 
-int32_t PlaybackExchange::baseMinute() const {
+bool PlaybackExchange::isMissing() const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return m_isMissing;
+}
+
+std::optional<int32_t> PlaybackExchange::baseMinute() const {
     const std::lock_guard<std::mutex> lock(m_mutex);
     return m_baseMinute;
+}
+
+bool PlaybackExchange::isAnswer(uint32_t type) const {
+    const std::lock_guard<std::mutex> lock(m_mutex);
+    return type == m_answerType;
 }
 
 PlaybackExchange::News PlaybackExchange::accept(const KvTUTKResponse& response) {
@@ -63,7 +82,7 @@ PlaybackExchange::News PlaybackExchange::accept(const KvTUTKResponse& response) 
         }
         return News::kNone;
     }
-    if (response.type() != IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP)
+    if (!isAnswer(response.type()))
         return News::kNone;
     const auto reply = SMsgAVIoctrlPlayRecordResp::decode(response.data());
     if (!reply.command) {
@@ -82,6 +101,7 @@ PlaybackExchange::News PlaybackExchange::acceptControl(uint32_t command, int32_t
             if (m_request != Request::kStart || m_isAnswered)
                 return News::kNone;
             m_channel = std::max(result, -1);
+            m_isMissing = result == kNoRecording;
             noteAnswer();
             return m_channel < 0 ? News::kRefused : News::kNone;
         case SMsgAVIoctrlPlayRecord::kStop:

@@ -26,6 +26,11 @@ constexpr uint32_t kLoginTimeoutSec = 10;
 /// How often a wait for the camera looks whether the session is still there.
 constexpr int kLookMs = 500;
 constexpr int kStopAnswerMs = 1000;
+/// What has to wait before a reader that ran dry goes on: a slow path shows longer stretches, and
+/// stands less often.
+constexpr double kHeldBackSec = 1.5;
+/// Room is told anew when this share of it has become free.
+constexpr int kRoomShare = 8;
 
 }  // namespace
 
@@ -42,24 +47,34 @@ void KvTUTKPlaybackInput::setDevice(KvTUTKDevice* device) {
     m_device = device;
     if (m_device)
         m_device->addListener(this, onResponse);
+    m_knownBaseMinute.reset();
 }
 
 int KvTUTKPlaybackInput::open() {
     close();
     clearReport();
     m_endReason = PlaybackEnd::kNone;
-    m_exchange.restart();
+    m_exchange.restart(m_purpose == Purpose::kWatch ? IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL_RESP
+                                                    : IOTYPE_CARD_DOWNLOAD_RESP,
+                       m_knownBaseMinute);
     m_openTime = m_startTime;
     m_sid = m_device ? m_device->sid() : -1;
     createQueues();
-    m_soundGate = std::make_unique<orvelle::SoundGate>(audioQueue());
+    std::optional<double> askedSec;
+    if (m_recordingStart.isValid())
+        askedSec = static_cast<double>(m_recordingStart.msecsTo(m_startTime)) / 1000.0;
+    m_times = std::make_unique<orvelle::PlaybackTimes>(audioQueue(), askedSec);
+    m_isHeldBack = false;
     m_openThread = std::make_unique<KvTUTKPlaybackOpenThread>(*this);
     m_openThread->start();
     return 0;
 }
 
 void KvTUTKPlaybackInput::requestStop() {
-    m_exchange.abandon();
+    {
+        const std::lock_guard<std::mutex> lock(m_eventMutex);
+        m_exchange.abandon();
+    }
     if (!m_openThread)
         return;
     m_openThread->stop();
@@ -75,8 +90,8 @@ void KvTUTKPlaybackInput::close() {
             interruptLogin();
         m_openThread.reset();
     }
-    m_soundGate.reset();
     destroyQueues();
+    m_times.reset();
 }
 
 bool KvTUTKPlaybackInput::isRunning() {
@@ -84,16 +99,82 @@ bool KvTUTKPlaybackInput::isRunning() {
 }
 
 int KvTUTKPlaybackInput::readVideoPacket(Packet** packet) {
+    if (isHeldBack())
+        return -1;
     const int result = ChannelInput::readVideoPacket(packet);
-    if (result == 0)
-        m_soundGate->pictureTaken();
+    if (result == 0) {
+        m_lastReadSec = (*packet)->time();
+        noteTaken(**packet);
+    }
     return result;
+}
+
+int KvTUTKPlaybackInput::readAudioPacket(Packet** packet) {
+    const int result = ChannelInput::readAudioPacket(packet);
+    if (result == 0)
+        noteTaken(**packet);
+    return result;
+}
+
+bool KvTUTKPlaybackInput::waitForVideoPacket(const KvThread& reader, int timeoutMs) {
+    if (!isHeldBack())
+        return ChannelInput::waitForVideoPacket(reader, timeoutMs);
+    videoQueue().waitForItems(timeoutMs,
+                              [this, &reader] { return reader.isStopped() || !isHeldBack(); });
+    return !isHeldBack();
+}
+
+void KvTUTKPlaybackInput::holdBack() {
+    m_isHeldBack = true;
+}
+
+// Ends by itself once enough waits, or when nothing more will come.
+bool KvTUTKPlaybackInput::isHeldBack() {
+    if (!m_isHeldBack)
+        return false;
+    const bool isEnough =
+        m_lastQueuedSec - m_lastReadSec >= kHeldBackSec || m_exchange.hasEnded() || !isRunning();
+    if (isEnough)
+        m_isHeldBack = false;
+    return !isEnough;
 }
 
 void KvTUTKPlaybackInput::flush() {
     ChannelInput::flush();
-    if (m_soundGate)
-        m_soundGate->clear();
+    if (m_times)
+        m_times->clear();
+}
+
+void KvTUTKPlaybackInput::openEnded() {
+    m_times->endPictures();
+    interruptQueues();
+}
+
+void KvTUTKPlaybackInput::noteTaken(const Packet& packet) {
+    bool isDue = false;
+    {
+        const std::lock_guard<std::mutex> lock(m_roomMutex);
+        m_takenBytes += static_cast<uint64_t>(packet.packet()->size);
+        ++m_takenFrames;
+        isDue = m_takenBytes + kRoomBytes >= m_grantedBytes + kRoomBytes / kRoomShare ||
+                m_takenFrames + kRoomFrames >= m_grantedFrames + kRoomFrames / kRoomShare;
+    }
+    if (isDue)
+        grantRoom();
+}
+
+void KvTUTKPlaybackInput::grantRoom() {
+    orvelle::PlaybackRoom room;
+    {
+        const std::lock_guard<std::mutex> lock(m_roomMutex);
+        m_grantedBytes = m_takenBytes + kRoomBytes;
+        m_grantedFrames = m_takenFrames + kRoomFrames;
+        room.channel = static_cast<uint32_t>(m_exchange.channel());
+        room.bytes = m_grantedBytes;
+        room.frames = m_grantedFrames;
+    }
+    const QByteArray bytes = room.encode();
+    m_device->sendIOCtrl(IOTYPE_USER_IPCAM_RECORD_ROOM, bytes.constData(), bytes.size());
 }
 
 void KvTUTKPlaybackInput::onResponse(void* input, KvTUTKResponse* response) {
@@ -104,9 +185,10 @@ void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
     qDebug("KvTUTKPlaybackInput::onResponseCallback began %x", response.type());
     switch (m_exchange.accept(response)) {
         case PlaybackExchange::News::kRefused:
-            fail(PlaybackEnd::kRefused, kUnusable);
+            fail(refusal(), kUnusable);
             break;
         case PlaybackExchange::News::kEnded:
+            // A reader that is held back finds out within its wait: the queues may be gone here.
             wakeReceivers();
             break;
         case PlaybackExchange::News::kNone:
@@ -115,7 +197,12 @@ void KvTUTKPlaybackInput::handleResponse(const KvTUTKResponse& response) {
     qDebug("KvTUTKPlaybackInput::onResponseCallback ended %x", response.type());
 }
 
+PlaybackEnd KvTUTKPlaybackInput::refusal() const {
+    return m_exchange.isMissing() ? PlaybackEnd::kMissing : PlaybackEnd::kRefused;
+}
+
 void KvTUTKPlaybackInput::fail(PlaybackEnd reason, Event event) {
+    const std::lock_guard<std::mutex> lock(m_eventMutex);
     if (m_exchange.isAbandoned())
         return;
     PlaybackEnd none = PlaybackEnd::kNone;
@@ -158,18 +245,14 @@ void KvTUTKPlaybackInput::boundVideo(const KvThread& thread) {
 }
 
 void KvTUTKPlaybackInput::storeVideo(std::unique_ptr<Packet> packet) {
-    m_soundGate->pictureQueued(packet->time());
-    packet->setTime(m_frameCounter / kPicturesPerSec);
-    if (videoQueue().offer(std::move(packet))) {
-        ++m_frameCounter;
-        return;
-    }
-    m_soundGate->pictureRefused();
-    ++stats().videoFramesDropped;
+    packet->setTime(m_times->takePicture(packet->time()));
+    m_lastQueuedSec = packet->time();
+    if (!videoQueue().offer(std::move(packet)))
+        ++stats().videoFramesDropped;
 }
 
 void KvTUTKPlaybackInput::storeAudio(std::unique_ptr<Packet> packet) {
-    if (!m_soundGate->offer(std::move(packet)))
+    if (!m_times->offer(std::move(packet)))
         ++stats().audioFramesDropped;
 }
 
@@ -178,6 +261,7 @@ bool KvTUTKPlaybackInput::isDeviceThere() const {
 }
 
 void KvTUTKPlaybackInput::doOpen() {
+    m_former.reset();
     if (!isDeviceThere()) {
         qDebug("KvTUTKPlaybackInput device invalid");
         fail(PlaybackEnd::kLost, kUnusable);
@@ -206,13 +290,15 @@ bool KvTUTKPlaybackInput::awaitAnswer() {
 }
 
 bool KvTUTKPlaybackInput::askTimeBase() {
+    if (m_exchange.baseMinute())
+        return true;
     m_exchange.expect(Request::kTimeBase);
     m_device->sendIOCtrl(IOTYPE_USER_IPCAM_GET_TIMEZONE_REQ);
     return awaitAnswer();
 }
 
 void KvTUTKPlaybackInput::askStart() {
-    const int32_t baseMinute = m_exchange.baseMinute();
+    const int32_t baseMinute = m_exchange.baseMinute().value_or(0);
     const QDateTime requested = orvelle::recordingTime(m_openTime, baseMinute);
     qDebug() << "src time = " << m_openTime << ", start playback -> " << requested
              << "_baseMinute = " << baseMinute;
@@ -226,18 +312,27 @@ void KvTUTKPlaybackInput::askStart() {
 
 void KvTUTKPlaybackInput::sendControl(const SMsgAVIoctrlPlayRecord& request) {
     const QByteArray bytes = request.encode();
-    m_device->sendIOCtrl(IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL, bytes.constData(), bytes.size());
+    m_device->sendIOCtrl(
+        m_purpose == Purpose::kWatch ? IOTYPE_USER_IPCAM_RECORD_PLAYCONTROL : IOTYPE_CARD_DOWNLOAD,
+        bytes.constData(), bytes.size());
 }
 
 bool KvTUTKPlaybackInput::startClient() {
     qDebug("avClientStart2");
-    m_frameCounter = 0;
     const int channel = m_exchange.channel();
+    {
+        const std::lock_guard<std::mutex> lock(m_roomMutex);
+        m_takenBytes = 0;
+        m_takenFrames = 0;
+    }
+    // Before the login, so that the camera knows it when it begins to send.
+    if (channel >= 0)
+        grantRoom();
     const int index = openClient(channel);
     qDebug("KvTUTKPlaybackInput::_init(), channle = %d", index);
     if (index < 0) {
         qDebug("init failed _channel = %d", index);
-        fail(isDeviceThere() ? PlaybackEnd::kRefused : PlaybackEnd::kLost, kUnusable);
+        fail(isDeviceThere() ? refusal() : PlaybackEnd::kLost, kUnusable);
         return false;
     }
     bind(index);

@@ -19,6 +19,10 @@ void KvBasePlayer::followSound() {
         m_input->setSoundWanted(m_recorder || isSoundHeard());
 }
 
+std::unique_ptr<KvBasePlayerInput> KvBasePlayer::takeInput() {
+    return std::move(m_input);
+}
+
 int KvBasePlayer::start() {
     followSound();
     if (m_input)
@@ -257,6 +261,10 @@ void KvBasePlayer::handleOutputEvent(int32_t event) {
             break;
         case KvBasePlayerOutput::kStopped:
             notify(KvBasePlayerPlayEnded, 0.0, 0.0);
+            break;
+        case KvBasePlayerOutput::kDry:
+        case KvBasePlayerOutput::kGoesOn:
+            notify(KvBasePlayerWaiting, event == KvBasePlayerOutput::kDry ? 1.0 : 0.0, -1.0);
             break;
         case KvBasePlayerOutput::kPicture: {
             const double length = duration();

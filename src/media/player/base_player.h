@@ -17,9 +17,10 @@ class KvPlayerRecorder;
 enum KvBasePlayerEvent : int32_t {
     KvBasePlayerOpenFailed = 1,  ///< the camera is unreachable or the connection ended
     KvBasePlayerFirstFrame = 2,  ///< the first picture is shown
-    KvBasePlayerVideoEnded = 3,  ///< pictures were shown and no more will come
+    KvBasePlayerVideoEnded = 3,  ///< no more pictures will come; of a live source some did
     KvBasePlayerPlayEnded = 4,   ///< the picture thread was stopped
     KvBasePlayerProgress = 5,    ///< another picture; a = its time in s, b = the duration in s
+    KvBasePlayerWaiting = 6,     ///< a recording does not come fast enough: a = 1, until a = 0
 };
 
 /// Three stages in a row (input -> decoder -> output) and a recorder beside them.
@@ -98,6 +99,8 @@ protected:
     virtual bool isSoundHeard() const { return true; }
     /// Tells the input whether anybody takes the sound; after whatever changes that.
     void followSound();
+    /// Lets go of the input stage, whose packets nobody reads any more.
+    std::unique_ptr<KvBasePlayerInput> takeInput();
 
     KvBasePlayerInput* input() const { return m_input.get(); }
     KvBasePlayerDecoder* decoder() const { return m_decoder.get(); }

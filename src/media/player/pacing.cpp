@@ -10,11 +10,9 @@ std::optional<int64_t> Pacing::holdUntil(double timeSec, int64_t nowUs) {
     if (m_baseSec < 0.0) {
         m_baseSec = timeSec;
         m_windowStartUs = nowUs;
-        if (!m_isLive)
-            m_startUs = nowUs + kHeadStartUs;
     }
-    // The first picture of a live source, and all of one whose times stay 0.
-    if (m_isLive && previousSec <= 0.0)
+    // The first picture, and all of a source whose times stay 0.
+    if (previousSec <= 0.0)
         return std::nullopt;
 
     const double aheadSec = timeSec - m_baseSec;
@@ -26,7 +24,7 @@ std::optional<int64_t> Pacing::holdUntil(double timeSec, int64_t nowUs) {
         return std::nullopt;
     }
     const int64_t holdUs = static_cast<int64_t>(std::max(untilDueUs, -1e15));
-    const int64_t neededUs = m_isLive ? holdUs - giveBackSkew(holdUs, nowUs) : holdUs;
+    const int64_t neededUs = holdUs - giveBackSkew(holdUs, nowUs);
     if (neededUs <= 0)
         return std::nullopt;
     return nowUs + neededUs;

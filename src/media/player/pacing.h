@@ -11,10 +11,9 @@ namespace orvelle {
 /// machine's clock has advanced as far as the camera's has. A late picture is never held, an
 /// early one holds the next.
 ///
-/// Two clocks never run at quite the same rate. With a live source every hold that all pictures
-/// of a window needed is delay that the skew has piled up, and is given back. A recording plays at
-/// its own pace from its first picture on, which stands a little longer, so that later ones may
-/// arrive late; nothing is given back there.
+/// Two clocks never run at quite the same rate: every hold that all pictures of a window needed is
+/// delay that the skew has piled up, and is given back. For live sources; a recording has its
+/// PlaybackClock.
 ///
 /// Knows no clock and no thread: times come from the caller, on a monotonic clock.
 class Pacing {
@@ -22,10 +21,8 @@ public:
     /// A due time further ahead than this means that the camera's clock jumped.
     static constexpr int64_t kMaxAheadUs = 1'000'000;
     static constexpr int64_t kWindowUs = 2'000'000;
-    /// What the first picture of a recording stands; more than a frame.
-    static constexpr int64_t kHeadStartUs = 150'000;
 
-    Pacing(bool isLive, int64_t startUs) : m_isLive(isLive), m_startUs(startUs) {}
+    explicit Pacing(int64_t startUs) : m_startUs(startUs) {}
 
     /// Told of each picture as it is shown; the time up to which the next one has to wait, or
     /// nothing when it need not.
@@ -36,7 +33,6 @@ private:
     /// By how much the due times were moved back.
     int64_t giveBackSkew(int64_t holdUs, int64_t nowUs);
 
-    const bool m_isLive;
     int64_t m_startUs;  ///< this machine's time at which a picture of time m_baseSec is due
     double m_baseSec = -1.0;
     double m_previousSec = -1.0;

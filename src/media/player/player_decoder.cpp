@@ -5,18 +5,21 @@
 
 #include "frames/input_packet.h"
 #include "frames/parameter_sets.h"
+#include "frames/picture_role.h"
 #include "media/stages/base_player_input.h"
 
 using orvelle::OpenCodec;
+using orvelle::PictureRole;
 
 namespace {
 
 /// Decoded pictures that may wait for the output: more would be delay.
 constexpr int kMaxPictures = 3;
-/// Sound that may wait, in seconds: above the first, the oldest goes until the second is left.
-/// The first outlasts the bursts of a lossy path; the second keeps the device fed.
-constexpr double kMaxSoundSec = 0.5;
+/// When more live sound waits than may, the oldest goes until so much is left, in seconds, which
+/// keeps the device fed.
 constexpr double kSoundLeftSec = 0.15;
+/// Rounding of the times of a recording.
+constexpr double kRoundingSec = 0.005;
 /// Waits end by signals; this only bounds a missed one.
 constexpr int kWaitMs = 1000;
 
@@ -31,6 +34,12 @@ bool isDamaged(const AVFrame& frame) {
 
 double durationSec(const AVFrame& frame) {
     return frame.sample_rate > 0 ? static_cast<double>(frame.nb_samples) / frame.sample_rate : 0.0;
+}
+
+PictureRole roleOf(const KvBasePlayerInputPacket& packet) {
+    const AVPacket& bytes = *packet.packet();
+    return orvelle::pictureRole(static_cast<AVCodecID>(packet.codecId()), bytes.data,
+                                static_cast<size_t>(bytes.size), packet.isKey());
 }
 
 int takeFrame(OwningQueue<KvBasePlayerDecoderFrame>* queue, KvBasePlayerDecoderFrame** frame) {
@@ -84,6 +93,7 @@ void KvPlayerDecoder::requestStop() {
     m_videoThread->stop();
     m_audioThread->stop();
     m_videoFrames->interrupt();
+    m_audioFrames->wake();
     input()->wakeReaders();
 }
 
@@ -174,24 +184,38 @@ void KvPlayerDecoder::decodeVideo(const KvThread& thread) {
 void KvPlayerDecoder::handleVideoPacket(const KvBasePlayerInputPacket& packet) {
     if (!hasBytes(packet) || (!isCodecFor(packet) && !openVideo(packet)))
         return;
-    // What is left out here is missing to those that follow.
-    if (m_keyPicturesOnly && !packet.isKey())
-        m_keyFrameSeen = false;
-    if (!m_keyFrameSeen) {
-        if (!packet.isKey())
-            return;
-        m_video->reset();
-        m_keyFrameSeen = true;
+    const PictureRole role = roleOf(packet);
+    if (packet.isKey())
+        begin(packet, role == PictureRole::kFresh);
+    if (packet.followsLoss())
+        m_damage.begin(packet.time());
+    if (m_keyPicturesOnly && !packet.isKey()) {
+        // What is left out is missing to those that follow, from the last one on.
+        m_damage.end();
+        m_damage.begin(packet.time());
+        return;
     }
+    if (!m_keyFrameSeen)
+        return;
     const int result = decodePicture(packet);
     m_videoErrors.note(result);
     if (packet.isKey() && result >= 0)
         m_videoParameters.publish(*m_video->context(), m_parameterSets);
     if (result < 0 && result != AVERROR(EAGAIN)) {
         stats().decodeErrors.fetch_add(1, std::memory_order_relaxed);
-        // What follows refers to the picture that is missing now, and would look smeared.
-        m_keyFrameSeen = false;
+        // What refers to the picture that is missing now would look smeared.
+        if (role != PictureRole::kDisposable)
+            m_damage.begin(packet.time());
     }
+}
+
+void KvPlayerDecoder::begin(const KvBasePlayerInputPacket& packet, bool isFresh) {
+    // Where a refresh only starts, what the codec has is better than nothing.
+    if (!m_keyFrameSeen || (isFresh && m_damage.covers(packet.time())))
+        m_video->reset();
+    if (!m_keyFrameSeen || isFresh)
+        m_damage.end();
+    m_keyFrameSeen = true;
 }
 
 bool KvPlayerDecoder::isCodecFor(const KvBasePlayerInputPacket& packet) {
@@ -233,7 +257,7 @@ int KvPlayerDecoder::decodePicture(const KvBasePlayerInputPacket& packet) {
 void KvPlayerDecoder::passPicture(double timeSec) {
     const AVFrame* picture = m_filter.accept(*m_video->frame());
     // A flush while it was being decoded made it worthless.
-    if (!picture || !m_keyFrameSeen)
+    if (!picture || !m_keyFrameSeen || timeSec < -kRoundingSec || m_damage.covers(timeSec))
         return;
     m_videoFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(picture, timeSec));
     stats().picturesDecoded.fetch_add(1, std::memory_order_relaxed);
@@ -241,6 +265,8 @@ void KvPlayerDecoder::passPicture(double timeSec) {
 
 void KvPlayerDecoder::decodeAudio(const KvThread& thread) {
     while (!thread.isStopped()) {
+        if (!waitForSoundSpace(thread))
+            continue;
         const bool moreMayCome = input()->isRunning();
         KvBasePlayerInputPacket* packet = nullptr;
         if (input()->readAudioPacket(&packet) == 0) {
@@ -256,6 +282,13 @@ void KvPlayerDecoder::decodeAudio(const KvThread& thread) {
     forgetSound();
 }
 
+bool KvPlayerDecoder::waitForSoundSpace(const KvThread& thread) {
+    if (input()->isLive())
+        return true;
+    const int most = std::max(2, static_cast<int>(kMaxSoundSec / m_soundFrameSec));
+    return m_audioFrames->waitForSpace(most - 1, kWaitMs, [&] { return thread.isStopped(); });
+}
+
 void KvPlayerDecoder::forgetSound() {
     m_audioParameters.clear();
     m_knownSoundId = -1;
@@ -263,7 +296,8 @@ void KvPlayerDecoder::forgetSound() {
 
 void KvPlayerDecoder::handleAudioPacket(const KvBasePlayerInputPacket& packet) {
     // A recording needs the parameters, also of a picture that is watched without sound.
-    if (!m_isSoundWanted && packet.codecId() == m_knownSoundId) {
+    // Of a recording more waits in the queue than may be missing when it is wanted again.
+    if (!m_isSoundWanted && input()->isLive() && packet.codecId() == m_knownSoundId) {
         m_audio->close();
         m_lastG726Bytes = 0;
         return;
@@ -307,8 +341,12 @@ void KvPlayerDecoder::passSound(double timeSec) {
     m_knownSoundId = codec.codec_id;
     m_knownSoundRate = codec.sample_rate;
     m_knownSoundChannels = codec.ch_layout.nb_channels;
+    m_soundFrameSec = durationSec(frame);
+    if (timeSec < -kRoundingSec)
+        return;
     m_audioFrames->put(std::make_unique<KvBasePlayerDecoderFrame>(&frame, timeSec));
-    boundSound(durationSec(frame));
+    if (input()->isLive())
+        boundSound(m_soundFrameSec);
 }
 
 void KvPlayerDecoder::boundSound(double frameSec) {

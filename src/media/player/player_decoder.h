@@ -9,6 +9,7 @@
 #include "media/player/open_codec.h"
 #include "media/player/video_frame_filter.h"
 #include "media/stages/base_player_decoder.h"
+#include "media/stages/damage_span.h"
 #include "media/stages/error_run.h"
 
 class KvBasePlayerInputPacket;
@@ -39,8 +40,10 @@ public:
 /// The decoder stage of every player: one thread for pictures, one for sound.
 ///
 /// The codec follows the packets. Pictures start at a key frame, leave in planar 4:2:0 and are
-/// withheld after damage until the next key frame; at most three wait. At most half a second of
-/// sound waits: a sound device slower than the camera's clock costs sound, not delay.
+/// withheld for a DamageSpan after one that is damaged; at most three wait. At most half a second
+/// of sound waits: of a live source, a sound device slower than the camera's clock costs sound, not
+/// delay; of a recording, no more is decoded until there is room. What has a time below 0 only
+/// leads to what is wanted: it is decoded and does not leave.
 class KvPlayerDecoder : public KvBasePlayerDecoder {
     Q_OBJECT
 public:
@@ -67,6 +70,9 @@ public:
     orvelle::StreamParameters audioParameters() override { return m_audioParameters.copy(); }
 
 private:
+    /// Sound that may wait, in seconds; outlasts the bursts of a lossy path.
+    static constexpr double kMaxSoundSec = 0.5;
+
     friend class KvPlayerDecoderVideoThread;
     friend class KvPlayerDecoderAudioThread;
     using FrameQueue = OwningQueue<KvBasePlayerDecoderFrame>;
@@ -76,6 +82,7 @@ private:
     bool isCodecFor(const KvBasePlayerInputPacket& packet);
     bool openVideo(const KvBasePlayerInputPacket& packet);
     int decodePicture(const KvBasePlayerInputPacket& packet);
+    void begin(const KvBasePlayerInputPacket& packet, bool isFresh);
     void passPicture(double timeSec);
 
     void decodeAudio(const KvThread& thread);
@@ -84,6 +91,7 @@ private:
     void forgetSound();
     void passSound(double timeSec);
     void boundSound(double frameSec);
+    bool waitForSoundSpace(const KvThread& thread);
 
     std::unique_ptr<FrameQueue> m_videoFrames;  ///< fixed between start() and stop(), as below
     std::unique_ptr<FrameQueue> m_audioFrames;
@@ -92,13 +100,15 @@ private:
     std::unique_ptr<KvPlayerDecoderVideoThread> m_videoThread;
     std::unique_ptr<KvPlayerDecoderAudioThread> m_audioThread;
 
-    orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the two below
+    orvelle::VideoFrameFilter m_filter;  ///< owned by the video thread, as the three below
+    orvelle::DamageSpan m_damage;        ///< what is decoded here is not shown
     orvelle::ErrorRun m_videoErrors{"_decodeVideo"};
     std::vector<uint8_t> m_parameterSets;             ///< of the last key frame that had any
     orvelle::ErrorRun m_audioErrors{"_decodeAudio"};  ///< owned by the audio thread, as below
     int m_knownSoundId = -1;  ///< of what m_audioParameters tell, as the two below
     int m_knownSoundRate = 0;
     int m_knownSoundChannels = 0;
+    double m_soundFrameSec = kMaxSoundSec;  ///< how long the last one lasts
     size_t m_lastG726Bytes = 0;
     double m_lastG726Sec = 0.0;
 

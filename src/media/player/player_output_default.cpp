@@ -14,15 +14,13 @@ KvPlayerOutputDefault::~KvPlayerOutputDefault() {
 
 int KvPlayerOutputDefault::start() {
     KvPlayerOutputDefault::stop();
-    // Without a sound device the picture plays all the same.
-    m_pcm->start();
     return KvPlayerOutput::start();
 }
 
 void KvPlayerOutputDefault::requestStop() {
-    // Before the flags, since a write may be blocked on a full device.
-    m_pcm->interrupt();
+    // After the flags: a device that is opened meanwhile may be written to again.
     KvPlayerOutput::requestStop();
+    m_pcm->interrupt();
 }
 
 void KvPlayerOutputDefault::stop() {

@@ -5,10 +5,13 @@
 #include <QFile>
 #include <QtDebug>
 
+#include <algorithm>
 #include <cmath>
 
 #include "media/media_log.h"
+#include "media/recording/recording_sink.h"
 #include "media/recording/recording_writer.h"
+#include "platform/suspend_delay.h"
 
 using orvelle::RecordingFault;
 using orvelle::RecordingResult;
@@ -24,11 +27,20 @@ constexpr int kWaitMs = 1000;
 constexpr qint64 kMaxDrainMs = 10'000;
 
 RecordingFault faultOf(int error) {
-    if (error >= 0)
-        return RecordingFault::kNone;
-    if (error == AVERROR(ENOSPC))
-        return RecordingFault::kDiskFull;
-    return error == AVERROR(ETIMEDOUT) ? RecordingFault::kDiskTooSlow : RecordingFault::kOther;
+    switch (std::min(error, 0)) {
+        case 0:
+            return RecordingFault::kNone;
+        case AVERROR(ENOSPC):
+            return RecordingFault::kDiskFull;
+        case orvelle::kQuotaError:
+            return RecordingFault::kQuota;
+        case AVERROR(EFBIG):
+            return RecordingFault::kFileTooLarge;
+        case AVERROR(ETIMEDOUT):
+            return RecordingFault::kDiskTooSlow;
+        default:
+            return RecordingFault::kOther;
+    }
 }
 
 bool hasBytes(const KvBasePlayerInputPacket& packet) {
@@ -78,6 +90,7 @@ int KvPlayerRecorder::start() {
     if (!m_source.isComplete() || m_thread)
         return -1;
     m_packets = std::make_unique<PacketQueue>();
+    m_suspendDelay = std::make_unique<orvelle::SuspendDelay>();
     m_thread = std::make_unique<KvPlayerRecoderThread>(this);
     m_thread->start(QThread::InheritPriority);
     return 0;
@@ -145,6 +158,7 @@ void KvPlayerRecorder::record(KvThread& thread) {
     m_source.detach();
     qDebug("uninit record");
     finish(writer, error);
+    m_suspendDelay.reset();
     // Whoever hears of the end, on whatever thread, finds that nothing is being recorded.
     thread.stop();
     m_hasEnded = true;

@@ -20,6 +20,7 @@ class KvPlayerRecorder;
 
 namespace orvelle {
 class RecordingWriter;
+class SuspendDelay;
 }
 
 class KvPlayerRecoderThread : public KvThread {
@@ -99,6 +100,7 @@ private:
     QString m_formatName;  ///< fixed while the thread runs, as the two below
     std::unique_ptr<PacketQueue> m_packets;
     std::unique_ptr<KvPlayerRecoderThread> m_thread;
+    std::unique_ptr<orvelle::SuspendDelay> m_suspendDelay;  ///< until the files are closed
 
     std::mutex m_callbackMutex;  ///< guards the two below; held while the callback runs
     void* m_user = nullptr;

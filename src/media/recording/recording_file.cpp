@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "core/log.h"
 #include "frames/input_packet.h"
 #include "media/media_log.h"
 
@@ -197,7 +198,7 @@ int RecordingFile::writeVideo(KvBasePlayerInputPacket& packet) {
         isWritten = packet.packet()->pts > kOpeningTicks;
     }
     const AVPacket& stamped = *packet.packet();
-    qDebug("write video pts = %lld, duration = %lld, time = %.2lf, srcTime = %.3lf",
+    qCDebug(lcDebug, "write video pts = %lld, duration = %lld, time = %.2lf, srcTime = %.3lf",
            static_cast<long long>(stamped.pts), static_cast<long long>(stamped.duration),
            static_cast<double>(stamped.pts) * av_q2d(m_video.stream->time_base), packet.time());
     return isWritten ? hold(m_video, *packet.packet()) : 0;

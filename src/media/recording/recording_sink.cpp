@@ -5,6 +5,7 @@
 #include "core/file_utils.h"
 #include "media/media_log.h"
 #include "media/recording/fragment_finisher.h"
+#include "platform/write_fault.h"
 
 namespace orvelle {
 
@@ -17,6 +18,20 @@ constexpr int kMaxNames = 1000;
 /// From the end of one to the next, so that a slow disk has time to take what waits.
 constexpr qint64 kSyncIntervalMs = 1000;
 
+/// Of the call that failed last; `other` where the system's reason says nothing to a user.
+int errorOfLastCall(int other) {
+    switch (lastWriteFault()) {
+        case WriteFault::kDiskFull:
+            return AVERROR(ENOSPC);
+        case WriteFault::kQuota:
+            return kQuotaError;
+        case WriteFault::kFileTooLarge:
+            return AVERROR(EFBIG);
+        default:
+            return other;
+    }
+}
+
 QString numbered(const QFileInfo& file, int number) {
     const QString suffix = file.suffix().isEmpty() ? QString() : QLatin1Char('.') + file.suffix();
     return file.path() + QLatin1Char('/') + file.completeBaseName() + QLatin1Char('-') +
@@ -28,10 +43,10 @@ QString numbered(const QFileInfo& file, int number) {
 RecordingSink::~RecordingSink() = default;
 
 int RecordingSink::create(const QString& path, Layout layout) {
-    if (!openFree(path)) {
+    if (const int error = openFree(path); error < 0) {
         qCWarning(lcMedia).noquote()
             << "no recording:" << path + QLatin1Char(':') << m_file.errorString();
-        return m_file.error() == QFileDevice::ResourceError ? AVERROR(ENOSPC) : AVERROR(EACCES);
+        return error;
     }
     m_hasFragments = layout == Layout::kFragments;
     m_sinceSync.start();
@@ -47,15 +62,16 @@ int RecordingSink::create(const QString& path, Layout layout) {
 }
 
 /// No two recordings take the same name, as only one of them can create the file.
-bool RecordingSink::openFree(const QString& path) {
+int RecordingSink::openFree(const QString& path) {
     for (int number = 1; number <= kMaxNames; ++number) {
         m_file.setFileName(number == 1 ? path : numbered(QFileInfo(path), number));
         if (m_file.open(QIODevice::WriteOnly | QIODevice::NewOnly | QIODevice::Unbuffered))
-            return true;
+            return 0;
+        const int error = errorOfLastCall(AVERROR(EACCES));
         if (!m_file.exists())
-            break;
+            return error;
     }
-    return false;
+    return AVERROR(EEXIST);
 }
 
 int RecordingSink::writeTo(void* sink, uint8_t* bytes, int size) {
@@ -74,9 +90,7 @@ int RecordingSink::write(const uint8_t* bytes, int size) {
         const qint64 written =
             m_file.write(reinterpret_cast<const char*>(bytes) + done, size - done);
         if (written <= 0)
-            return fail(
-                m_file.error() == QFileDevice::ResourceError ? AVERROR(ENOSPC) : AVERROR(EIO),
-                m_file.errorString());
+            return fail(errorOfLastCall(AVERROR(EIO)), m_file.errorString());
         done += written;
     }
     m_isSynced = false;
@@ -87,7 +101,7 @@ void RecordingSink::syncWhenDue() {
     if (m_isSynced || m_error < 0 || m_sinceSync.elapsed() < kSyncIntervalMs)
         return;
     if (!KvFileUtils::syncFile(m_file.fileName()))
-        fail(AVERROR(EIO), QStringLiteral("the disk does not keep it"));
+        fail(errorOfLastCall(AVERROR(EIO)), QStringLiteral("the disk does not keep it"));
     m_isSynced = true;
     m_sinceSync.start();
 }

@@ -19,6 +19,9 @@ struct IoContextDeleter {
 };
 using IoContextPtr = std::unique_ptr<AVIOContext, IoContextDeleter>;
 
+/// EDQUOT, which not every system has.
+constexpr int kQuotaError = FFERRTAG('Q', 'U', 'O', 'T');
+
 /// The file under a muxer. It keeps the first error that the disk gave, and writes nothing after
 /// it. Belongs to one thread.
 ///
@@ -56,7 +59,7 @@ private:
     int write(const uint8_t* bytes, int size);
     int64_t seek(int64_t offset, int whence);
     int fail(int error, const QString& text);
-    bool openFree(const QString& path);
+    int openFree(const QString& path);
     void finishFragments();
 
     QFile m_file;

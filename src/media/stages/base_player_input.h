@@ -63,6 +63,9 @@ public:
     virtual void setSoundWanted(bool) {}
     /// What the sound is like has to be learned once more, wanted or not.
     virtual void learnSound() {}
+    /// Of a recording: the output has nothing to show any more. No picture is given until there
+    /// are enough for a while, or all that will come. Any thread.
+    virtual void holdBack() {}
 
     /// Waits until a packet waits, the input has ended, `timeoutMs` passed or `reader` is asked to
     /// stop (whoever asks it calls wakeReaders() next). True when a packet waits.

@@ -18,9 +18,11 @@ public:
     /// What the picture thread did, told on that thread.
     enum Event : int32_t {
         kFirstPicture = 0,
-        kPicturesEnded = 1,  ///< the decoder has ended, after at least one picture
+        kPicturesEnded = 1,  ///< the decoder has ended, of a live source after at least one picture
         kStopped = 2,        ///< the picture thread was asked to stop
         kPicture = 3,        ///< another picture was shown
+        kDry = 4,            ///< a recording has no picture when one is due
+        kGoesOn = 5,         ///< it has again
     };
     using EventCallback = void (*)(void* user, int32_t event);
 

@@ -236,17 +236,20 @@ void ChannelInput::acceptVideo(const Received& frame, const char* data, Sequence
     const FrameInfo info = frame.info();
     ++stats().videoFramesReceived;
     stats().bytesReceived += static_cast<uint64_t>(frame.result);
-    if (!gate.accepts(info.sequence, info.isKey())) {
+    const bool isWhole = gate.accepts(info.sequence, info.isKey(), info.timeSec());
+    if (!isWhole) {
         if (isLive())
-            qDebug("drop frame number = %u, flags = %d", info.sequence, 0);
+            qCDebug(lcDebug, "drop frame number = %u, flags = %d", info.sequence, 0);
         ++stats().videoFramesDropped;
-        return;
     }
     auto packet = Packet::copyOf(data, frame.result, info.isKey(), codecOfCameraId(info.codecId),
                                  Packet::kVideo, info.timeSec());
     if (!packet)
         return;
-    deliverPacket(packet.get());
+    // The decoder needs it nonetheless: a stream may heal without key frames.
+    packet->setFollowsLoss(!isWhole);
+    if (isWhole)
+        deliverPacket(packet.get());
     storeVideo(std::move(packet));
 }
 

@@ -5,7 +5,7 @@
 namespace orvelle {
 
 /// What ended a recording early.
-enum class RecordingFault { kNone, kDiskFull, kDiskTooSlow, kOther };
+enum class RecordingFault { kNone, kDiskFull, kQuota, kFileTooLarge, kDiskTooSlow, kOther };
 
 /// What came of a recording.
 struct RecordingResult {

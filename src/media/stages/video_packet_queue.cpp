@@ -4,9 +4,13 @@ namespace orvelle {
 
 bool VideoPacketQueue::offer(std::unique_ptr<KvBasePlayerInputPacket> packet) {
     std::lock_guard<std::mutex> lock(m_gateMutex);
-    if (m_awaitKey && !packet->isKey())
+    if (m_wasCleared)
+        m_damage.begin(packet->time());
+    m_wasCleared = false;
+    if (packet->isKey())
+        m_damage.end();
+    if (m_damage.covers(packet->time()))
         return false;
-    m_awaitKey = false;
     m_bytes += packet->packet()->size;
     put(std::move(packet));
     return true;
@@ -21,7 +25,7 @@ void* VideoPacketQueue::pop() {
 
 void VideoPacketQueue::clear() {
     std::lock_guard<std::mutex> lock(m_gateMutex);
-    m_awaitKey = true;
+    m_wasCleared = true;
     while (take()) {
     }
 }

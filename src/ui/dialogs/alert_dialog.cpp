@@ -28,3 +28,9 @@ void KvAlertDialog::_onClickCloseButton(bool) {
 void KvAlertDialog::setCancelVisible(bool visible) {
     setButtonTexts(orvelle::text("ok"), visible ? orvelle::text("cancel") : QString());
 }
+
+void KvAlertDialog::setIrrevocable(const QString& verb) {
+    setButtonTexts(verb, orvelle::text("cancel"));
+    secondaryButton()->setDefault(true);
+    secondaryButton()->setFocus(Qt::OtherFocusReason);
+}

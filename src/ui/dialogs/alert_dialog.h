@@ -11,6 +11,8 @@ public:
 
     /// For news that leave no choice.
     void setCancelVisible(bool visible);
+    /// For what cannot be undone: a verb on the button that does it, and Enter is Cancel.
+    void setIrrevocable(const QString& verb);
 
 private slots:
     void _onClickOkButton(bool);

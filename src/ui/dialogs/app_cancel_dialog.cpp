@@ -13,8 +13,8 @@ KvAppCancelThread::KvAppCancelThread(KvAppCancelDialog* dialog)
 void KvAppCancelThread::run() {
     log("app thread start\n", kLogInfo);
     if (KvDeviceManager* manager = KvDeviceManager::instance()) {
-        manager->stopInitThread();
-        manager->clearDevices();
+        manager->closeForGood();
+        manager->finishWrites();
     }
     emit m_dialog->_appCancelThreadEndedSignal();
     log("app thread ended\n", kLogInfo);

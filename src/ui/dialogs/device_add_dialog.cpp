@@ -1,9 +1,11 @@
 #include "ui/dialogs/device_add_dialog.h"
 
+#include <QKeyEvent>
 #include <QPushButton>
 
 #include "device/device_add_thread.h"
 #include "device/device_manager.h"
+#include "device/worker_reaper.h"
 #include "ui/palette.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -18,12 +20,12 @@ constexpr int kCancelBottom = 50;
 
 }  // namespace
 
-KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
+KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(orvelle::WorkerReaper& reaper, QWidget* parent)
     : BusyDialog(orvelle::text("adding_camera"), parent),
+      m_reaper(reaper),
       m_cancel(new QPushButton(orvelle::text("cancel"), this)) {
     m_cancel->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
     m_cancel->setCursor(Qt::PointingHandCursor);
-    // The Enter key that confirmed the code may still be down.
     m_cancel->setAutoDefault(false);
     KvWidgetUtils::setFont(m_cancel, orvelle::palette::kFontPixels);
     connect(m_cancel, &QPushButton::clicked, this, &KvTUTKDeviceAddDialog::_onClickCancelButton);
@@ -32,14 +34,15 @@ KvTUTKDeviceAddDialog::KvTUTKDeviceAddDialog(QWidget* parent)
 }
 
 KvTUTKDeviceAddDialog::~KvTUTKDeviceAddDialog() {
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
 }
 
 void KvTUTKDeviceAddDialog::start(const QString& code) {
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
     m_status = kNotFinished;
     const KvDeviceManager* manager = KvDeviceManager::instance();
-    const bool isKnown = manager && manager->findDevice(KvTUTKDevice(code).uid());
+    const bool isKnown =
+        manager && manager->findDevice(orvelle::CameraRecord::fromDeviceCode(code).uid);
     setText(orvelle::text(isKnown ? textKey("checking_the_new_code") : textKey("adding_camera")));
     m_thread = std::make_unique<Thread>(code);
     connect(m_thread.get(), &Thread::waitingSignal, this,
@@ -80,8 +83,14 @@ void KvTUTKDeviceAddDialog::_onClickCancelButton(bool) {
 
 void KvTUTKDeviceAddDialog::reject() {
     m_status = kCancelled;
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
     QDialog::reject();
+}
+
+void KvTUTKDeviceAddDialog::keyPressEvent(QKeyEvent* event) {
+    // One more Enter after the code is meant to go on, and not to cancel.
+    if (event->key() != Qt::Key_Return && event->key() != Qt::Key_Enter)
+        BusyDialog::keyPressEvent(event);
 }
 
 void KvTUTKDeviceAddDialog::resizeEvent(QResizeEvent* event) {

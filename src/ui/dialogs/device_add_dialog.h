@@ -8,9 +8,13 @@
 class KvTUTKDeviceTryConnectThread;
 class QPushButton;
 
+namespace orvelle {
+class WorkerReaper;
+}
+
 /// Waits while a camera is bound by its code, or is given the new password that the code holds;
-/// exec() gives 1 with an outcome and 0 when the user cancelled. Cancelling returns at once: the
-/// manager's reaper ends the attempt. Interface thread.
+/// exec() gives 1 with an outcome and 0 when the user cancelled, which Enter does not. Cancelling
+/// returns at once: the reaper, which is borrowed, ends the attempt. Interface thread.
 class KvTUTKDeviceAddDialog : public orvelle::BusyDialog {
     Q_OBJECT
 
@@ -26,7 +30,7 @@ public:
         kChanged = 4,  ///< bound before, with another password: the new one is stored
     };
 
-    explicit KvTUTKDeviceAddDialog(QWidget* parent = nullptr);
+    explicit KvTUTKDeviceAddDialog(orvelle::WorkerReaper& reaper, QWidget* parent = nullptr);
     ~KvTUTKDeviceAddDialog() override;
 
     /// Begins the attempt; exec() shows it.
@@ -42,12 +46,14 @@ signals:
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private slots:
     void _doUpdateDeviceStatus(int status);
     void _onClickCancelButton(bool);
 
 private:
+    orvelle::WorkerReaper& m_reaper;
     QPushButton* m_cancel;  ///< child
     int m_status = kNotFinished;
     orvelle::DeviceState m_failure = orvelle::DeviceState::kNeverTried;

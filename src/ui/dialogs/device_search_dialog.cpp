@@ -3,8 +3,8 @@
 #include <QLabel>
 #include <QPushButton>
 
-#include "device/device_manager.h"
 #include "device/device_search_thread.h"
+#include "device/worker_reaper.h"
 #include "ui/dialogs/device_table_model.h"
 #include "ui/dialogs/device_table_view.h"
 #include "ui/palette.h"
@@ -32,8 +32,9 @@ QString labelStyle(const char* color) {
 
 }  // namespace
 
-KvTUTKDeviceSearchDialog::KvTUTKDeviceSearchDialog(QWidget* parent)
+KvTUTKDeviceSearchDialog::KvTUTKDeviceSearchDialog(orvelle::WorkerReaper& reaper, QWidget* parent)
     : KvDialog(parent),
+      m_reaper(reaper),
       m_title(new QLabel(text("search_local_network"), this)),
       m_table(new KvTUTKDeviceTableView(this)),
       m_notice(new QLabel(this)),
@@ -57,7 +58,7 @@ KvTUTKDeviceSearchDialog::KvTUTKDeviceSearchDialog(QWidget* parent)
 }
 
 KvTUTKDeviceSearchDialog::~KvTUTKDeviceSearchDialog() {
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
 }
 
 void KvTUTKDeviceSearchDialog::setUpButtons() {
@@ -78,7 +79,7 @@ void KvTUTKDeviceSearchDialog::setUpButtons() {
 }
 
 void KvTUTKDeviceSearchDialog::search() {
-    KvDeviceManager::abandonWorker(std::move(m_thread), this);
+    m_reaper.take(std::move(m_thread), this);
     m_table->devices()->setDevices({});
     m_thread = std::make_unique<TUTKDeviceSearchThread>(kSearchMs);
     connect(m_thread.get(), &QThread::finished, this, &KvTUTKDeviceSearchDialog::_onSearchEnded);

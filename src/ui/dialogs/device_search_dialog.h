@@ -10,14 +10,18 @@ class QLabel;
 class QPushButton;
 class TUTKDeviceSearchThread;
 
+namespace orvelle {
+class WorkerReaper;
+}
+
 /// Shows the cameras that answer on the local network. They carry no password, so exec() giving
 /// 1 means: ask for the code of a checked one. Interface thread.
 class KvTUTKDeviceSearchDialog : public KvDialog {
     Q_OBJECT
 
 public:
-    /// Searches at once.
-    explicit KvTUTKDeviceSearchDialog(QWidget* parent = nullptr);
+    /// Searches at once. The reaper, which is borrowed, ends a search that is left behind.
+    explicit KvTUTKDeviceSearchDialog(orvelle::WorkerReaper& reaper, QWidget* parent = nullptr);
     ~KvTUTKDeviceSearchDialog() override;
 
 protected:
@@ -35,6 +39,7 @@ private:
     void updateNotice();
     QRect tableArea() const;
 
+    orvelle::WorkerReaper& m_reaper;
     QLabel* m_title;  ///< children, as all below; in this order they take the focus
     KvTUTKDeviceTableView* m_table;
     QLabel* m_notice;

@@ -6,11 +6,11 @@
 
 #include "ui/widgets/text.h"
 
-void KvDeviceTableModel::setDevices(const std::vector<std::unique_ptr<KvTUTKDevice>>& devices) {
+void KvDeviceTableModel::setDevices(const std::vector<orvelle::CameraRecord>& cameras) {
     beginResetModel();
     m_nodes.clear();
-    for (const auto& device : devices)
-        m_nodes.push_back({std::make_unique<KvTUTKDevice>(*device), false});
+    for (const orvelle::CameraRecord& camera : cameras)
+        m_nodes.push_back({camera, false});
     endResetModel();
     emit onAllCheckedChanged(allChecked());
 }
@@ -48,19 +48,19 @@ QVariant KvDeviceTableModel::data(const QModelIndex& index, int role) const {
         return {};
     const KvDeviceNode& node = m_nodes[static_cast<size_t>(index.row())];
     if (index.column() == kCameraColumn)
-        return cameraData(*node.device, role);
+        return cameraData(node.camera, role);
     if (role == Qt::CheckStateRole)
         return node.isChecked ? Qt::Checked : Qt::Unchecked;
     return {};
 }
 
-QVariant KvDeviceTableModel::cameraData(const KvTUTKDevice& device, int role) {
+QVariant KvDeviceTableModel::cameraData(const orvelle::CameraRecord& camera, int role) {
     switch (role) {
         case Qt::DisplayRole:
-            return device.name().isEmpty() ? device.uid()
-                                           : device.name() + QLatin1Char('\n') + device.uid();
+            return camera.name.isEmpty() ? camera.uid
+                                         : camera.name + QLatin1Char('\n') + camera.uid;
         case Qt::ToolTipRole:
-            return QStringLiteral("%1:%2").arg(device.ip()).arg(device.port());
+            return QStringLiteral("%1:%2").arg(camera.ip).arg(camera.port);
         case Qt::TextAlignmentRole:
             return int(Qt::AlignCenter);
         case Qt::ForegroundRole:

@@ -2,14 +2,13 @@
 
 #include <QAbstractTableModel>
 
-#include <memory>
 #include <vector>
 
-#include "device/tutk_device.h"
+#include "device/camera_record.h"
 
 /// One row of the search results: a found camera and whether it is checked.
 struct KvDeviceNode {
-    std::unique_ptr<KvTUTKDevice> device;
+    orvelle::CameraRecord camera;
     bool isChecked = false;
 };
 
@@ -22,8 +21,8 @@ public:
 
     using QAbstractTableModel::QAbstractTableModel;
 
-    /// Shows copies, all unchecked.
-    void setDevices(const std::vector<std::unique_ptr<KvTUTKDevice>>& devices);
+    /// Shows them, all unchecked.
+    void setDevices(const std::vector<orvelle::CameraRecord>& cameras);
     void setAllChecked(bool checked);
     int checkedCount() const;
     /// Qt::Checked when every row is, Qt::Unchecked when none is.
@@ -41,7 +40,7 @@ signals:
     void onAllCheckedChanged(int state);
 
 private:
-    static QVariant cameraData(const KvTUTKDevice& device, int role);
+    static QVariant cameraData(const orvelle::CameraRecord& camera, int role);
 
     std::vector<KvDeviceNode> m_nodes;
 };

@@ -95,8 +95,10 @@ void KvMediaPathDialog::_onClickSelectButton(bool) {
 void KvMediaPathDialog::_onClickOkButton(bool) {
     if (!checkFolder())
         return;
-    KvConfigure().setString(orvelle::settings::kMediaRoot, m_folder);
-    accept();
+    if (KvConfigure().setString(orvelle::settings::kMediaRoot, m_folder))
+        accept();
+    else
+        m_warning->setText(orvelle::text("it_could_not_be_saved"));
 }
 
 void KvMediaPathDialog::_onClickCloseButton(bool) {

@@ -1,5 +1,7 @@
 #include "ui/info/device_info_view.h"
 
+#include <QClipboard>
+#include <QGuiApplication>
 #include <QKeyEvent>
 #include <QPointer>
 #include <QPushButton>
@@ -41,6 +43,8 @@ KvTUTKDeviceInfoView::KvTUTKDeviceInfoView(QWidget* parent) : QWidget(parent), m
     connect(m_ui->backButton(), &QPushButton::clicked, this, &View::_onClickUIBackButton);
     connect(m_ui->cleanupButton(), &QPushButton::clicked, this,
             &View::_onClickUISdcardCleanupButton);
+    connect(m_ui->copyButton(), &QPushButton::clicked, this,
+            [this] { QGuiApplication::clipboard()->setText(m_ui->value(UI::kUid)); });
     connect(m_ui->unbindButton(), &QPushButton::clicked, this, &View::_onClickUIUnbindButton);
 }
 
@@ -62,6 +66,7 @@ void KvTUTKDeviceInfoView::setDevice(KvDevice* device) {
     if (!device)
         return;
     m_ui->setValue(UI::kCameraName, device->displayName());
+    m_ui->setValue(UI::kUid, device->uid());
     m_isOnline = device->isOnline();
     if (m_tutkDevice)
         m_tutkDevice->addListener(this, onResponse);
@@ -155,8 +160,8 @@ void KvTUTKDeviceInfoView::_onUpdateDeviceInfo(int round, const QString& model,
     m_totalSpace = totalSpace;
     m_ui->setValue(UI::kDeviceType, model);
     m_ui->setValue(UI::kFirmwareVersion, version);
-    m_ui->setValue(UI::kFreeSpace, formatSpace(freeSpace));
-    m_ui->setValue(UI::kTotalSpace, formatSpace(totalSpace));
+    m_ui->setValue(UI::kFreeSpace, formatSmallSpace(freeSpace));
+    m_ui->setValue(UI::kTotalSpace, formatSmallSpace(totalSpace));
     m_ui->setCleanupEnabled(totalSpace > 0);
     answered();
 }
@@ -192,7 +197,7 @@ void KvTUTKDeviceInfoView::_invokeOnlineTimer() {
 void KvTUTKDeviceInfoView::_onClickUISdcardCleanupButton(bool) {
     if (m_totalSpace <= 0 || m_waiting != Waiting::kNo)
         return;
-    if (!agreed(text("format_the_card_with_all_its_recordings")))
+    if (!agreed(text("format_the_card_with_all_its_recordings"), text("format")))
         return;
     if (send(IOTYPE_USER_IPCAM_FORMATEXTSTORAGE_REQ, orvelle::FormatStorageRequest().encode()))
         waitFor(Waiting::kForCleanup);
@@ -218,7 +223,7 @@ void KvTUTKDeviceInfoView::_onClickUIUnbindButton(bool) {
     const QString warning = m_unbindWarning ? m_unbindWarning() : QString();
     if (!warning.isEmpty())
         question += QLatin1Char('\n') + warning;
-    if (agreed(question))
+    if (agreed(question, text("unbind")))
         emit unbindDevice(device);
 }
 
@@ -229,10 +234,11 @@ void KvTUTKDeviceInfoView::_onClickUIBackButton(bool) {
 }
 
 /// False as well when the camera, or the page, went away meanwhile.
-bool KvTUTKDeviceInfoView::agreed(const QString& question) {
+bool KvTUTKDeviceInfoView::agreed(const QString& question, const QString& verb) {
     const QPointer<KvTUTKDeviceInfoView> self(this);
     const int round = m_round;
-    KvAlertDialog alert(question, window());
+    KvAlertDialog alert(m_device->displayName() + QStringLiteral("\n\n") + question, window());
+    alert.setIrrevocable(verb);
     return alert.execCentred(this) == QDialog::Accepted && self && round == m_round;
 }
 
@@ -244,6 +250,12 @@ void KvTUTKDeviceInfoView::tell(const QString& news) {
 
 QString KvTUTKDeviceInfoView::formatSpace(int megabytes) {
     return QStringLiteral("%1G").arg(qMax(0, megabytes) >> 10);
+}
+
+QString KvTUTKDeviceInfoView::formatSmallSpace(int megabytes) {
+    const bool isSmall = megabytes > 0 && megabytes < 1024;
+    return isSmall ? QStringLiteral("%1 (%2 MB)").arg(formatSpace(megabytes)).arg(megabytes)
+                   : formatSpace(megabytes);
 }
 
 QString KvTUTKDeviceInfoView::formatVersion(uint32_t version) {

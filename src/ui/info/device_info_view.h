@@ -43,6 +43,8 @@ public:
 
     /// Whole gigabytes; less than none counts as none.
     static QString formatSpace(int megabytes);
+    /// The same, with the megabytes of what is less than one gigabyte.
+    static QString formatSmallSpace(int megabytes);
     /// The four bytes, highest first.
     static QString formatVersion(uint32_t version);
 
@@ -84,7 +86,7 @@ private:
     void waitFor(Waiting what);
     void stopWaiting();
     void answered();
-    bool agreed(const QString& question);
+    bool agreed(const QString& question, const QString& verb);
     void tell(const QString& news);
 
     KvTUTKDeviceInfoViewUI* const m_ui;    ///< child

@@ -26,6 +26,8 @@ constexpr int kCardBottom = 10;
 constexpr int kRowHeight = 30;
 constexpr int kMinRowHeight = 22;
 constexpr int kCaptionWidth = 170;
+constexpr int kCopyWidth = 72;
+constexpr int kCopyHeight = 24;
 constexpr QSize kButtonSize(240, 40);
 constexpr int kButtonGap = 20;
 constexpr int kButtonLift = 8;
@@ -66,7 +68,8 @@ KvTUTKDeviceInfoViewUI::KvTUTKDeviceInfoViewUI(QWidget* parent)
     m_notice = makeLabel(this, kFontPixels, colorStyle(kWarningText));
     m_notice->setAlignment(Qt::AlignLeft | Qt::AlignVCenter);
     addCard("device_information", kCameraName,
-            {textKey("camera_name"), textKey("device_type"), textKey("firmware_version")});
+            {textKey("camera_name"), textKey("device_type"), textKey("firmware_version"),
+             textKey("uid")});
     addCard("network", kNetworkName,
             {textKey("network_name"), textKey("ip_address"), textKey("mac_address")});
     addCard("sdcard_information", kFreeSpace, {textKey("avaiable_space"), textKey("total_space")});
@@ -97,6 +100,12 @@ void KvTUTKDeviceInfoViewUI::addCard(const char* heading, Row firstRow,
 
 void KvTUTKDeviceInfoViewUI::setUpButtons() {
     using namespace orvelle::palette;
+    m_copy = new QPushButton(text("copy"), m_values.at(kUid)->parentWidget());
+    m_copy->setStyleSheet(KvWidgetUtils::secondaryButtonStyle());
+    m_copy->setAccessibleName(text("copy_the_uid"));
+    m_copy->setToolTip(KvWidgetUtils::toolTipText(text("copy_the_uid")));
+    KvWidgetUtils::setFont(m_copy, kSmallFontPixels);
+    m_copy->setCursor(Qt::PointingHandCursor);
     m_cleanup = new QPushButton(text("sdcard_cleanup"), this);
     m_cleanup->setStyleSheet(imageButtonStyle("cleanup", kAccentPressed));
     m_unbind = new QPushButton(text("unbind_camera"), this);
@@ -213,8 +222,11 @@ void KvTUTKDeviceInfoViewUI::layOutCard(const Card& card, int rowHeight) {
         const auto row = static_cast<Row>(card.firstRow + i);
         const int top = kHeadingHeight + i * rowHeight;
         m_captions.at(row)->setGeometry(kCardPadding, top, kCaptionWidth, rowHeight);
-        m_values.at(row)->setGeometry(kCardPadding + kCaptionWidth, top,
-                                      qMax(0, inner - kCaptionWidth), rowHeight);
+        const int free = inner - kCaptionWidth - (row == kUid ? kCopyWidth + kCardPadding : 0);
+        m_values.at(row)->setGeometry(kCardPadding + kCaptionWidth, top, qMax(0, free), rowHeight);
+        if (row == kUid)
+            m_copy->setGeometry(kCardPadding + inner - kCopyWidth,
+                                top + (rowHeight - kCopyHeight) / 2, kCopyWidth, kCopyHeight);
         showElided(row);
     }
 }

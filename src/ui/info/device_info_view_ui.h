@@ -19,6 +19,7 @@ public:
         kCameraName,
         kDeviceType,
         kFirmwareVersion,
+        kUid,
         kNetworkName,
         kIpAddress,
         kMacAddress,
@@ -42,6 +43,7 @@ public:
     QPushButton* backButton() const { return m_back; }
     QPushButton* cleanupButton() const { return m_cleanup; }
     QPushButton* unbindButton() const { return m_unbind; }
+    QPushButton* copyButton() const { return m_copy; }
     QString value(Row row) const;
     QString notice() const;
     bool isLoading() const { return m_loading.isOver(); }
@@ -72,6 +74,7 @@ private:
     std::array<QLabel*, kRows> m_captions{};
     std::array<QLabel*, kRows> m_values{};
     std::array<QString, kRows> m_texts;  ///< of the values, uncut
+    QPushButton* m_copy;                 ///< of the UID
     QPushButton* m_cleanup;
     QPushButton* m_unbind;
     bool m_canCleanUp = false;

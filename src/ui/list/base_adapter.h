@@ -8,7 +8,8 @@ class QWidget;
 
 /// What a KvListView shows: how many items, how each looks and which data it carries.
 ///
-/// Interface thread. The list view borrows its adapter and rebuilds all items at refresh().
+/// Interface thread. The list view borrows its adapter, asks for the views that are
+/// near the screen and makes them anew at refresh().
 class KvBaseAdapter : public QObject {
     Q_OBJECT
 public:

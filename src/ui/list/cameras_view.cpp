@@ -139,7 +139,8 @@ void KvCamerasView::updateGroup(KvDeviceGroup* group) {
     qDebug("update index (%d)", index);
     const bool isKnown = group && m_groups.contains(group);
     const bool all = isKnown && updateGroupedUids();
-    for (int i = 0; i < m_ui->list()->itemViews().size(); ++i) {
+    for (const KvLVItemView* view : m_ui->list()->itemViews()) {
+        const int i = m_ui->list()->indexOf(view);
         const KvDeviceGroup* other = adapter->groupAt(i);
         if (i == index || all || (isKnown && other && shareCamera(*other, *group)))
             m_ui->list()->updateItem(i);
@@ -160,7 +161,7 @@ void KvCamerasView::focusList() {
 QPoint KvCamerasView::menuPosition(const KvDeviceGroup* group) const {
     const QPoint mouse = QCursor::pos();
     const int index = m_ui->adapter()->indexOf(group);
-    const KvLVItemView* item = m_ui->list()->itemViews().value(index, nullptr);
+    const KvLVItemView* item = m_ui->list()->itemView(index);
     if (!item || item->rect().contains(item->mapFromGlobal(mouse)))
         return mouse;
     return item->mapToGlobal(item->rect().center());

@@ -97,12 +97,13 @@ void KvDeviceGroupSelectDialog::showChosen() {
 
 void KvDeviceGroupSelectDialog::_onClickCamera(KvLVItemView* view) {
     KvDeviceGroup* camera = GroupListAdapter::groupOf(view);
-    if (!view->isSelected())
+    const int index = m_ui->cameraAdapter()->indexOf(camera);
+    if (!m_ui->cameraList()->isSelected(index))
         drop(camera);
     else if (m_chosen.size() < KvDeviceGroup::kMaxMembers)
         choose(camera);
     else {
-        view->setSelected(false);
+        m_ui->cameraList()->deselectItem(index);
         toast("support_16_devices_at_most");
     }
 }
@@ -121,9 +122,7 @@ void KvDeviceGroupSelectDialog::drop(KvDeviceGroup* camera) {
 
 void KvDeviceGroupSelectDialog::_onClickRemove(KvTUTKGroupRemoveView* view) {
     KvDeviceGroup* camera = GroupListAdapter::groupOf(view);
-    const int index = m_ui->cameraAdapter()->indexOf(camera);
-    if (KvLVItemView* item = m_ui->cameraList()->itemViews().value(index))
-        item->setSelected(false);
+    m_ui->cameraList()->deselectItem(m_ui->cameraAdapter()->indexOf(camera));
     drop(camera);
 }
 

@@ -15,6 +15,10 @@ void KvDeviceSearchView::clear() {
     m_ui->codeEdit()->clear();
 }
 
+void KvDeviceSearchView::setCode(const QString& code) {
+    m_ui->codeEdit()->setText(code);
+}
+
 void KvDeviceSearchView::resizeEvent(QResizeEvent* /*event*/) {
     m_ui->setGeometry(rect());
 }

@@ -12,6 +12,7 @@ public:
 
     /// Empties the code field.
     void clear();
+    void setCode(const QString& code);
 
 signals:
     void clickSearchButton(const QString& code);

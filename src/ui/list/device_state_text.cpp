@@ -47,7 +47,22 @@ const char* keyOf(DeviceState state) {
     return textKey("offline");
 }
 
-QColor colourOf(const KvDevice& device) {
+EntryState groupState(const QList<KvDevice*>& devices) {
+    const auto online = std::count_if(devices.begin(), devices.end(),
+                                      [](const KvDevice* device) { return device->isOnline(); });
+    const QString text = QStringLiteral("%1/%2").arg(online).arg(devices.size());
+    if (online == 0)
+        return {text, kOfflineColour};
+    return {text, online == devices.size() ? kOnlineColour : kWaitingColour};
+}
+
+}  // namespace
+
+QString deviceStateText(const KvDevice& device) {
+    return text(device.isOnline() ? textKey("online") : keyOf(device.state()));
+}
+
+QColor deviceStateColour(const KvDevice& device) {
     if (device.isOnline())
         return kOnlineColour;
     switch (device.state()) {
@@ -67,21 +82,6 @@ QColor colourOf(const KvDevice& device) {
     }
 }
 
-EntryState groupState(const QList<KvDevice*>& devices) {
-    const auto online = std::count_if(devices.begin(), devices.end(),
-                                      [](const KvDevice* device) { return device->isOnline(); });
-    const QString text = QStringLiteral("%1/%2").arg(online).arg(devices.size());
-    if (online == 0)
-        return {text, kOfflineColour};
-    return {text, online == devices.size() ? kOnlineColour : kWaitingColour};
-}
-
-}  // namespace
-
-QString deviceStateText(const KvDevice& device) {
-    return text(device.isOnline() ? textKey("online") : keyOf(device.state()));
-}
-
 bool needsNewCode(const KvDevice& device) {
     return !device.isOnline() && device.state() == DeviceState::kWrongPassword;
 }
@@ -98,7 +98,7 @@ EntryState entryState(const KvDeviceGroup& entry) {
     const KvDevice* device = entry.firstDevice();
     if (!device)
         return {text("offline"), kOfflineColour};
-    return {deviceStateText(*device), colourOf(*device)};
+    return {deviceStateText(*device), deviceStateColour(*device)};
 }
 
 }  // namespace orvelle

@@ -11,6 +11,9 @@ namespace orvelle {
 /// What the user reads about a camera's connection: online, or why it is not.
 QString deviceStateText(const KvDevice& device);
 
+/// The colour of its dot, on a dark ground.
+QColor deviceStateColour(const KvDevice& device);
+
 /// Whether the camera's password was changed, so that only a new device code helps; of an entry,
 /// of the one camera that it stands for.
 bool needsNewCode(const KvDevice& device);

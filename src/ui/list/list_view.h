@@ -1,13 +1,18 @@
 #pragma once
 
-#include <QList>
+#include <QMap>
 #include <QScrollArea>
+#include <QSet>
+
+#include <vector>
 
 class KvBaseAdapter;
 class KvLVItemView;
-class QVBoxLayout;
 
 /// A scrolling column of item views that an adapter makes.
+///
+/// Items exist as views only while they are on the screen or within a page of it, so that thousands
+/// cost no more than twenty; which of them are selected is kept by index.
 ///
 /// One Tab stop: arrows, Page, Home and End move a ring over the items, Enter and Space click the
 /// item with the ring, the menu key right-clicks it, other keys go to it.
@@ -22,12 +27,18 @@ public:
     void updateItem(int index);
     /// Leaving multi-selection clears every selection.
     void setMultiSelect(bool multiSelect);
-    /// Adds to the selection in multi-selection, else replaces it.
+    /// Adds to the selection in multi-selection, else replaces it. Nothing outside the list.
     void selectItem(int index);
+    void deselectItem(int index);
     void clearSelection();
+    bool isSelected(int index) const { return m_selected.contains(index); }
 
-    /// From top to bottom; valid until the next rebuild.
-    const QList<KvLVItemView*>& itemViews() const { return m_itemViews; }
+    /// Null for an item that is far from the screen, or none.
+    KvLVItemView* itemView(int index) const { return m_views.value(index, nullptr); }
+    /// -1 for other views.
+    int indexOf(const KvLVItemView* view) const;
+    /// Those that exist now, from top to bottom.
+    QList<KvLVItemView*> itemViews() const { return m_views.values(); }
 
 public slots:
     /// Rebuilds all items.
@@ -44,6 +55,8 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     void focusInEvent(QFocusEvent* event) override;
     void focusOutEvent(QFocusEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+    void scrollContentsBy(int dx, int dy) override;
 
 private slots:
     void _onClickItemView(KvLVItemView* view);
@@ -51,12 +64,16 @@ private slots:
     void _onDoubleClickItemView(KvLVItemView* view);
 
 private:
-    void dropItems();
+    void measure();
+    void makeItemsNearTheScreen();
     void addItem(int index);
-    void resizeContainer();
-    void toggle(KvLVItemView* view);
-    void selectOnly(const KvLVItemView* view);
-    KvLVItemView* currentView() const { return m_itemViews.value(m_current, nullptr); }
+    void dropItem(KvLVItemView* view);
+    int count() const { return int(m_tops.size()) - 1; }
+    int indexAt(int y) const;
+    void toggle(int index);
+    void selectOnly(int index);
+    void showSelection(int index);
+    KvLVItemView* scrollToCurrent();
     bool moveByKey(int key);
     void openMenu();
     int itemsAPage() const;
@@ -65,8 +82,9 @@ private:
 
     KvBaseAdapter* m_adapter = nullptr;
     QWidget* const m_container;
-    QVBoxLayout* const m_layout;
-    QList<KvLVItemView*> m_itemViews;
+    std::vector<int> m_tops = {0};  ///< of each item, and of the one after the last
+    QMap<int, KvLVItemView*> m_views;
+    QSet<int> m_selected;
     bool m_isMultiSelect = false;
     int m_current = 0;  ///< where the keyboard is; may lie outside the list
     bool m_isRingShown = false;

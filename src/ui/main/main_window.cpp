@@ -51,13 +51,13 @@ MainWindow::MainWindow(QWidget* parent)
     connectCameras();
     connectContent();
     connectRecordings();
+    connectManager();
     refresh();
     m_ui->focusStart();
     lookForUpdate();
 }
 
 MainWindow::~MainWindow() {
-    KvThread::stopAndDelete(m_languageThread);
     releaseDevices();
 }
 
@@ -80,6 +80,7 @@ void MainWindow::connectTitleBar() {
             &MainWindow::_onClickMaxinilizedButton);
     connect(m_ui->helpMenu(), &KvMenuView::clickHelp, this, &MainWindow::_onClickHelpMenu);
     connect(m_ui->helpMenu(), &KvMenuView::clickLanguage, this, &MainWindow::_onClickLanguage);
+    connect(m_ui->helpMenu(), &KvMenuView::clickLog, this, &MainWindow::_onClickLog);
 }
 
 void MainWindow::connectCameras() {
@@ -100,10 +101,6 @@ void MainWindow::connectCameras() {
     connect(cameras, &KvCamerasView::clickSearchDevices, this, &MainWindow::searchNetwork);
     connect(m_groupMenu, &KvDeviceGroupPopMenu::clickDeviceGroup, this,
             &MainWindow::_onClickDeviceGroupMenu);
-    if (const KvDeviceManager* manager = KvDeviceManager::instance()) {
-        connect(manager, &KvDeviceManager::listChanged, this, &MainWindow::updateEntries);
-        connect(manager, &KvDeviceManager::writeFailed, this, &MainWindow::reportUnsaved);
-    }
 }
 
 void MainWindow::connectContent() {
@@ -138,6 +135,26 @@ void MainWindow::setDefaultGeometry() {
                 size.height());
 }
 
+void MainWindow::rememberPlace() {
+    if (isFullScreen())
+        return;
+    m_wasMaximised = isMaximized();
+    if (!m_wasMaximised)
+        m_placeBefore = geometry();
+}
+
+void MainWindow::restorePlace(bool wasMaximised) {
+    if (wasMaximised) {
+        showMaximized();
+        return;
+    }
+    showNormal();
+    if (m_placeBefore.isEmpty())
+        setDefaultGeometry();
+    else
+        setGeometry(m_placeBefore);
+}
+
 bool MainWindow::event(QEvent* event) {
     const bool handled = QMainWindow::event(event);
     if (event->type() == QEvent::WindowStateChange) {
@@ -152,7 +169,9 @@ bool MainWindow::event(QEvent* event) {
 }
 
 void MainWindow::keyPressEvent(QKeyEvent* event) {
-    if (!KvWidgetUtils::clickByEnter(*this, *event))
+    const bool isTaken = KvWidgetUtils::clickByEnter(*this, *event) ||
+                         (m_ui->isPreviewShown() && m_ui->preview()->pressKey(*event));
+    if (!isTaken)
         QMainWindow::keyPressEvent(event);
 }
 
@@ -160,14 +179,13 @@ void MainWindow::_onRequestFullscreen(bool fullscreen) {
     qDebug("_onRequestFullscreen0");
     if (fullscreen) {
         qDebug("_onRequestFullscreen00");
+        rememberPlace();
         showFullScreen();
     } else {
         qDebug("_onRequestFullscreen10");
         // A tile is closed in an ordinary window, too; that one keeps its place.
-        if (isFullScreen()) {
-            showNormal();
-            setDefaultGeometry();
-        }
+        if (isFullScreen())
+            restorePlace(m_wasMaximised);
     }
     // Closing any tile closes the grid, which then leaves the place to the welcome page.
     m_ui->showPreview(m_ui->preview()->group() != nullptr);
@@ -179,12 +197,12 @@ void MainWindow::_onClickMinilizedButton(bool) {
 }
 
 void MainWindow::_onClickMaxinilizedButton(bool) {
-    if (!isMaximized()) {
-        showMaximized();
+    if (isMaximized()) {
+        restorePlace(false);
         return;
     }
-    showNormal();
-    setDefaultGeometry();
+    rememberPlace();
+    showMaximized();
 }
 
 void MainWindow::_onClickAllCamera(bool) {
@@ -216,6 +234,8 @@ void MainWindow::closeProgram() {
     if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {
         m_isClosing = false;
         orvelle::RecordingNews::instance().announce();
+        // One that came meanwhile.
+        QMetaObject::invokeMethod(this, &MainWindow::offerUpdate, Qt::QueuedConnection);
         return;
     }
     exitProgram();

@@ -3,9 +3,6 @@
 #include <QMainWindow>
 #include <QPointer>
 
-#include <memory>
-
-#include "core/thread.h"
 #include "device/device.h"
 #include "device/device_group.h"
 #include "ui/widgets/toast.h"
@@ -66,6 +63,7 @@ private slots:
     void _onClickLogo(bool);
     void _onClickHelpMenu();
     void _onClickLanguage(const QString& language);
+    void _onClickLog();
     void _onClickEditGroup(bool);
     void _onClickRemoveGroup(bool);
     void _onClickTopGroup(bool);
@@ -79,7 +77,12 @@ private:
     void connectTitleBar();
     void connectCameras();
     void connectContent();
+    void connectManager();
     void setDefaultGeometry();
+    /// Where the window is, before it is maximised or fills the screen.
+    void rememberPlace();
+    /// What rememberPlace() saw; the default place when it was never asked.
+    void restorePlace(bool wasMaximised);
     /// Shows what the manager lists. What is being watched goes on while it is listed; else the
     /// welcome page comes.
     void refresh();
@@ -87,7 +90,8 @@ private:
     void updateEntries();
     void showGroup(KvDeviceGroup* group);
     void searchNetwork();
-    void addByCode(const QString& code);
+    /// False when the code is worth another try: it is mistyped, refused, or the user cancelled.
+    bool addByCode(const QString& code);
     void showAddOutcome(int status, orvelle::DeviceState failure);
     void toastOverContent(const QString& text);
     void inform(const QString& text);
@@ -100,6 +104,8 @@ private:
     void connectRecordings();
     void tellRecordings();
     void reportUnsaved();
+    void tellWriteFailure();
+    void tellLink();
     void lookForUpdate();
     /// Once nothing else is in front.
     void offerUpdate();
@@ -115,11 +121,13 @@ private:
     MainWindowUI* m_ui;  ///< child
     KvToast m_toast;
     orvelle::NoticeBar* m_recordingNotice = nullptr;  ///< child
+    orvelle::NoticeBar* m_linkNotice = nullptr;       ///< child, while no camera can be reached
     KvUpdater m_updater;
     KvUpdateInfo* m_update = nullptr;  ///< of the updater; a newer version that is to be offered
-    KvDeviceGroupPopMenu* const m_groupMenu;     ///< child
-    orvelle::EntryMenu* m_entryMenu = nullptr;   ///< child, made when first needed
-    QPointer<KvDeviceGroup> m_menuEntry;         ///< for which the menu was last opened
-    std::unique_ptr<KvThread> m_languageThread;  ///< until the window is built anew
+    KvDeviceGroupPopMenu* const m_groupMenu;    ///< child
+    orvelle::EntryMenu* m_entryMenu = nullptr;  ///< child, made when first needed
+    QPointer<KvDeviceGroup> m_menuEntry;        ///< for which the menu was last opened
+    QRect m_placeBefore;                        ///< of the ordinary window
+    bool m_wasMaximised = false;
     bool m_isClosing = false;
 };

@@ -19,6 +19,7 @@
 #include "ui/preview/devices_preview.h"
 #include "ui/preview/grid_layout.h"
 #include "ui/preview/recording_question.h"
+#include "ui/widgets/notice_bar.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/toast_dialog.h"
 
@@ -32,6 +33,7 @@ namespace {
 constexpr int kToastDialogMs = 3000;
 constexpr int kToastHorizontalPadding = 50;
 constexpr int kToastVerticalPadding = 8;
+constexpr int kLinkNoticeBottom = 76;  // above the other one
 
 KvDeviceManager* manager() {
     return KvDeviceManager::instance();
@@ -67,15 +69,15 @@ const char* failureKey(orvelle::DeviceState failure) {
 
 /// Why a code is no new one of that camera; empty when it may be.
 QString codeRefusal(const QString& uid, const QString& code) {
-    const KvTUTKDevice decoded(code);
-    if (decoded.uid().isEmpty() || decoded.password().isEmpty())
+    const auto decoded = orvelle::CameraRecord::fromDeviceCode(code);
+    if (decoded.uid.isEmpty() || decoded.password.isEmpty())
         return text(failureKey(orvelle::DeviceState::kNeverTried));
-    if (decoded.uid() != uid)
+    if (decoded.uid != uid)
         return text("this_code_is_of_another_camera");
     const auto* device =
         qobject_cast<KvTUTKDevice*>(manager() ? manager()->findDevice(uid) : nullptr);
-    return device && device->password() == decoded.password() ? text("this_code_is_the_refused_one")
-                                                              : QString();
+    return device && device->password() == decoded.password ? text("this_code_is_the_refused_one")
+                                                            : QString();
 }
 
 QList<KvDeviceGroup*> groupsWith(const KvDeviceGroup& camera) {
@@ -241,6 +243,8 @@ void MainWindow::renameCamera(KvDeviceGroup& entry) {
     const bool isEntrySaved = entry.saveLater();
     if ((device && !device->saveLater()) || !isEntrySaved)
         reportUnsaved();
+    if (device && manager())
+        manager()->nameMediaFolder(*device);
     m_ui->cameras()->updateGroup(&entry);
     m_ui->preview()->updateNames();
 }
@@ -311,18 +315,25 @@ void MainWindow::_onClickAddGroup() {
     if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted || !manager())
         return;
     auto group = dialog.takeGroup();
-    if (!group->saveLater())
+    const KvDeviceGroup* const added = group.get();
+    if (manager()->addGroup(std::move(group)))
+        qDebug("group -> id = %d", added->groupId());
+    else
         reportUnsaved();
-    qDebug("group -> id = %d", group->groupId());
-    manager()->addGroup(std::move(group));
     refresh();
 }
 
 void MainWindow::_onClickCamerasAddButton() {
-    KvInputDialog dialog(text("please_input_device_code_which_showing_on_your_phones_application"),
-                         text("please_input_device_code"), this);
-    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
-        _onClickSearch(dialog.text());
+    QString code;
+    do {
+        KvInputDialog dialog(
+            text("please_input_device_code_which_showing_on_your_phones_application"),
+            text("please_input_device_code"), this);
+        dialog.setText(code);
+        if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted)
+            return;
+        code = dialog.text();
+    } while (!addByCode(code));
 }
 
 void MainWindow::_onAddDevice(const QString& code) {
@@ -331,12 +342,8 @@ void MainWindow::_onAddDevice(const QString& code) {
 
 void MainWindow::_onClickSearch(const QString& code) {
     m_ui->welcomePage()->clear();
-    const KvTUTKDevice decoded(code);
-    if (decoded.uid().isEmpty() || decoded.password().isEmpty()) {
-        toastOverContent(text(failureKey(orvelle::DeviceState::kNeverTried)));
-        return;
-    }
-    addByCode(code);
+    if (!addByCode(code))
+        m_ui->welcomePage()->setCode(code);
 }
 
 void MainWindow::_onClickEnterCode(bool) {
@@ -346,19 +353,33 @@ void MainWindow::_onClickEnterCode(bool) {
 
 void MainWindow::_onEnterCode(KvDevice* device) {
     const QString uid = device->uid();
-    KvInputDialog dialog(text("enter_the_new_device_code_of").arg(device->displayName()),
-                         text("please_input_device_code"), this);
-    dialog.setTextRequired(true);
-    dialog.setCheck([&uid](const QString& code) { return codeRefusal(uid, code); });
-    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
-        addByCode(dialog.text());
+    const QString title = text("enter_the_new_device_code_of").arg(device->displayName());
+    QString code;
+    do {
+        KvInputDialog dialog(title, text("please_input_device_code"), this);
+        dialog.setTextRequired(true);
+        dialog.setText(code);
+        dialog.setCheck([&uid](const QString& typed) { return codeRefusal(uid, typed); });
+        if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted)
+            return;
+        code = dialog.text();
+    } while (!addByCode(code));
 }
 
-void MainWindow::addByCode(const QString& code) {
-    KvTUTKDeviceAddDialog dialog(this);
+bool MainWindow::addByCode(const QString& code) {
+    if (!manager())
+        return false;
+    const auto decoded = orvelle::CameraRecord::fromDeviceCode(code);
+    if (decoded.uid.isEmpty() || decoded.password.isEmpty()) {
+        toastOverContent(text(failureKey(orvelle::DeviceState::kNeverTried)));
+        return false;
+    }
+    KvTUTKDeviceAddDialog dialog(manager()->reaper(), this);
     dialog.start(code);
-    if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
-        showAddOutcome(dialog.status(), dialog.failure());
+    if (dialog.execCentred(m_ui->contentLeft()) != QDialog::Accepted)
+        return false;
+    showAddOutcome(dialog.status(), dialog.failure());
+    return dialog.status() != KvTUTKDeviceAddDialog::kFailed;
 }
 
 void MainWindow::showAddOutcome(int status, orvelle::DeviceState failure) {
@@ -385,7 +406,9 @@ void MainWindow::showAddOutcome(int status, orvelle::DeviceState failure) {
 }
 
 void MainWindow::searchNetwork() {
-    KvTUTKDeviceSearchDialog dialog(this);
+    if (!manager())
+        return;
+    KvTUTKDeviceSearchDialog dialog(manager()->reaper(), this);
     if (dialog.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
         _onClickCamerasAddButton();
 }
@@ -405,6 +428,38 @@ void MainWindow::inform(const QString& text) {
     KvAlertDialog news(text, this);
     news.setCancelVisible(false);
     news.execCentred(m_ui->contentLeft());
+}
+
+void MainWindow::connectManager() {
+    m_linkNotice = new orvelle::NoticeBar(this, kLinkNoticeBottom);
+    if (!manager())
+        return;
+    connect(manager(), &KvDeviceManager::listChanged, this, &MainWindow::updateEntries);
+    connect(manager(), &KvDeviceManager::writeFailed, this, &MainWindow::tellWriteFailure);
+    connect(manager(), &KvDeviceManager::linkChanged, this, &MainWindow::tellLink);
+    // What went wrong while there was no window.
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            tellWriteFailure();
+            tellLink();
+        },
+        Qt::QueuedConnection);
+    if (manager()->devicesSnapshot().size() > KvDeviceManager::kMaxDevices)
+        m_recordingNotice->add(text("more_than_32_cameras_are_listed"));
+}
+
+void MainWindow::tellWriteFailure() {
+    // The next window tells, if there is one.
+    if (!m_isClosing && manager() && manager()->takeWriteFailure())
+        reportUnsaved();
+}
+
+void MainWindow::tellLink() {
+    if (manager() && manager()->linkResult() < 0)
+        m_linkNotice->add(text("no_connection_can_be_made"));
+    else
+        m_linkNotice->dismiss();
 }
 
 void MainWindow::reportUnsaved() {

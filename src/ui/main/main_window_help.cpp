@@ -4,8 +4,11 @@
 #include <QtDebug>
 
 #include "core/configure.h"
+#include "core/file_utils.h"
 #include "core/language.h"
+#include "core/log.h"
 #include "core/shipped_files.h"
+#include "ui/dialogs/directory_dialog.h"
 #include "ui/dialogs/manual_dialog.h"
 #include "ui/dialogs/version_dialog.h"
 #include "ui/main/main_window.h"
@@ -20,17 +23,7 @@
 namespace {
 
 constexpr int kManualMargin = 20;
-
-/// Stores the choice, for which the disk may take its time.
-class LanguageThread : public KvThread {
-public:
-    explicit LanguageThread(const QString& language)
-        : KvThread(QStringLiteral("language")), m_language(language) {}
-    void run() override { KvConfigure().setString(orvelle::settings::kLanguage, m_language); }
-
-private:
-    const QString m_language;
-};
+constexpr int kLogToastMs = 4000;
 
 }  // namespace
 
@@ -40,6 +33,7 @@ void MainWindow::_onTitleViewMouseRelease() {
 
 void MainWindow::_onClickHelpButton(bool) {
     m_ui->helpMenu()->setCurrentLanguage(KvLanguage::getLanguage());
+    m_ui->helpMenu()->setLogging(orvelle::isLogEnabled());
     m_ui->toggleHelpMenu();
 }
 
@@ -69,9 +63,22 @@ void MainWindow::_onClickLanguage(const QString& language) {
     m_ui->hideHelpMenu();
     if (!orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this))
         return;
-    // The window that is built anew reads it.
-    KvThread::stopAndDelete(m_languageThread);
-    m_languageThread = std::make_unique<LanguageThread>(language);
-    connect(m_languageThread.get(), &QThread::finished, this, [] { orvelle::requestRestart(); });
-    m_languageThread->start();
+    // What cannot be written, and other news, the window that is built anew tells.
+    m_isClosing = true;
+    KvConfigure().setString(orvelle::settings::kLanguage, language);
+    orvelle::requestRestart();
+}
+
+void MainWindow::_onClickLog() {
+    m_ui->hideHelpMenu();
+    const QString path = KvFileUtils::logFilePath();
+    if (orvelle::isLogEnabled()) {
+        orvelle::stopLog();
+        KvDirectoryDialog(orvelle::text("the_log_is_saved_to"), path, this).execCentred();
+    } else if (orvelle::startLog(path)) {
+        m_toast.show(this, orvelle::text("the_log_is_being_written"), KvToast::kBottomCentre,
+                     kLogToastMs);
+    } else {
+        inform(orvelle::text("the_log_cannot_be_written"));
+    }
 }

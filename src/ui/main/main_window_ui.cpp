@@ -115,7 +115,8 @@ void MainWindowUI::showGuideOnce() {
         return;
     m_guide = new KvGuideView(KvLanguage::getLanguage(), this);
     connect(m_guide, &KvGuideView::clickOkButton, this, &MainWindowUI::_onClickGuideViewOkButton);
-    settings.setBool(key, false);
+    if (!settings.setBool(key, false))
+        qWarning("the guide will come again");
 }
 
 void MainWindowUI::_onClickGuideViewOkButton() {

@@ -11,6 +11,7 @@ namespace {
 
 constexpr QRect kHelpArea(0, 0, 104, 25);
 constexpr QRect kLanguageArea(0, 25, 104, 25);
+constexpr QRect kLogArea(0, 50, 104, 25);
 constexpr QRect kEnglishArea(106, 25, 104, 25);
 constexpr QRect kChineseArea(106, 50, 104, 25);
 constexpr int kLine = 2;
@@ -21,6 +22,7 @@ KvMenuView::KvMenuView(QWidget* parent)
     : QWidget(parent),
       m_help(new KvMenuLabel(text("user_manual"), this)),
       m_language(new KvMenuLabel(text("language"), this)),
+      m_log(new KvMenuLabel(text("log"), this)),
       m_english(new KvMenuLabel(text("english"), this)),
       m_chinese(new KvMenuLabel(text("chinese"), this)) {
     resize(kSize);
@@ -29,6 +31,8 @@ KvMenuView::KvMenuView(QWidget* parent)
     m_language->setGeometry(kLanguageArea);
     m_language->setEdges({kLine, kLine, kLine, kLine});
     m_language->setArrowVisible(true);
+    m_log->setGeometry(kLogArea);
+    m_log->setEdges({kLine, 0, kLine, kLine});
     m_english->setGeometry(kEnglishArea);
     m_english->setEdges({kLine, kLine, kLine, 0});
     m_chinese->setGeometry(kChineseArea);
@@ -39,6 +43,7 @@ KvMenuView::KvMenuView(QWidget* parent)
     }
     connect(m_help, &KvMenuLabel::click, this, &KvMenuView::_onClickHelp);
     connect(m_language, &KvMenuLabel::click, this, &KvMenuView::_onClickLanguage);
+    connect(m_log, &KvMenuLabel::click, this, &KvMenuView::clickLog);
     connect(m_chinese, &KvMenuLabel::click, this, &KvMenuView::_onClickChinese);
     connect(m_english, &KvMenuLabel::click, this, &KvMenuView::_onClickEnglish);
 }
@@ -47,6 +52,10 @@ void KvMenuView::setCurrentLanguage(const QString& language) {
     const bool isChinese = language == QLatin1String("chinese");
     m_chinese->setFlag(isChinese ? 1 : 0);
     m_english->setFlag(isChinese ? 0 : 1);
+}
+
+void KvMenuView::setLogging(bool isLogging) {
+    m_log->setFlag(isLogging ? 1 : 0);
 }
 
 void KvMenuView::openLanguages(bool open) {
@@ -70,7 +79,7 @@ void KvMenuView::hideEvent(QHideEvent*) {
 /// The focus goes round in the menu for as long as that is open.
 bool KvMenuView::focusNextPrevChild(bool next) {
     QList<KvMenuLabel*> shown;
-    for (KvMenuLabel* label : {m_help, m_language, m_english, m_chinese}) {
+    for (KvMenuLabel* label : {m_help, m_language, m_english, m_chinese, m_log}) {
         if (!label->isHidden())
             shown.append(label);
     }

@@ -5,7 +5,7 @@
 
 class KvMenuLabel;
 
-/// The help menu of the title bar: manual and language. Its keys are the arrows, Enter and Esc.
+/// The help menu of the title bar: manual, language and log. Its keys are the arrows, Enter and Esc.
 /// Interface thread.
 class KvMenuView : public QWidget {
     Q_OBJECT
@@ -17,10 +17,13 @@ public:
 
     /// Marks "chinese" or "english".
     void setCurrentLanguage(const QString& language);
+    /// Marks the entry of a log that is being written.
+    void setLogging(bool isLogging);
 
 signals:
     void clickHelp();
     void clickLanguage(const QString& language);
+    void clickLog();
 
 protected:
     void showEvent(QShowEvent* event) override;
@@ -39,6 +42,7 @@ private:
 
     KvMenuLabel* m_help;  ///< children
     KvMenuLabel* m_language;
+    KvMenuLabel* m_log;
     KvMenuLabel* m_english;
     KvMenuLabel* m_chinese;
     QPointer<QWidget> m_opener;  ///< where the keyboard was before, and goes back to

@@ -12,6 +12,7 @@ constexpr double kShapeRadius = 6;
 constexpr double kDotSize = 4;
 constexpr double kDotGap = 2;
 constexpr QColor kDisabledNumber(96, 96, 96);
+constexpr QColor kToCome(185, 185, 185);
 
 }  // namespace
 
@@ -31,6 +32,11 @@ void KvCalendarDayView::setState(int state) {
 
 void KvCalendarDayView::setHasRecordings(bool has) {
     m_hasRecordings = has;
+    update();
+}
+
+void KvCalendarDayView::setToCome(bool isToCome) {
+    m_isToCome = isToCome;
     update();
 }
 
@@ -66,7 +72,7 @@ void KvCalendarDayView::paintShape(QPainter& painter) const {
         painter.drawRoundedRect(shape(), kShapeRadius, kShapeRadius);
         return;
     }
-    if (underMouse() && isEnabled()) {
+    if (isEnabled() && (underMouse() || m_hasRecordings)) {
         painter.setBrush(QColor(orvelle::palette::kAccentTint));
         painter.drawRoundedRect(shape(), kShapeRadius, kShapeRadius);
     }
@@ -81,7 +87,8 @@ void KvCalendarDayView::paintNumber(QPainter& painter) const {
     QFont number = font();
     number.setWeight(m_state == kToday ? QFont::Bold : QFont::Normal);
     painter.setFont(number);
-    painter.setPen(!isEnabled()           ? kDisabledNumber
+    painter.setPen(m_isToCome             ? kToCome
+                   : !isEnabled()         ? kDisabledNumber
                    : m_state == kSelected ? QColor(Qt::white)
                                           : QColor(Qt::black));
     painter.drawText(shape(), Qt::AlignCenter, QString::number(m_date.day()));

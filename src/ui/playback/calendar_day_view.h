@@ -18,6 +18,8 @@ public:
     void setState(int state);
     int state() const { return m_state; }
     void setHasRecordings(bool has);
+    /// A day that has not come yet.
+    void setToCome(bool isToCome);
 
 signals:
     void click();
@@ -34,4 +36,5 @@ private:
     QDate m_date;
     int m_state = kNormal;
     bool m_hasRecordings = false;
+    bool m_isToCome = false;
 };

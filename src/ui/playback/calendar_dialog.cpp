@@ -12,7 +12,8 @@ namespace {
 constexpr QSize kSize(372, 456);
 constexpr QRect kCloseArea(338, 10, 24, 24);
 constexpr QRect kCalendarArea(24, 44, 324, 334);
-constexpr QRect kOkArea(132, 398, 108, 34);
+constexpr QRect kTodayArea(72, 398, 108, 34);
+constexpr QRect kOkArea(192, 398, 108, 34);
 constexpr int kPillRadius = 17;
 
 }  // namespace
@@ -20,6 +21,7 @@ constexpr int kPillRadius = 17;
 KvCalendarDialog::KvCalendarDialog(QWidget* parent)
     : KvDialog(parent),
       m_calendar(new KvCalendarView(this)),
+      m_today(new QPushButton(orvelle::text("today"), this)),
       m_ok(new QPushButton(orvelle::text("ok"), this)),
       m_close(new QPushButton(this)) {
     setFixedSize(kSize);
@@ -30,6 +32,15 @@ KvCalendarDialog::KvCalendarDialog(QWidget* parent)
     KvWidgetUtils::setFont(m_ok, orvelle::palette::kFontPixels);
     m_ok->setCursor(Qt::PointingHandCursor);
     m_ok->setDefault(true);
+    m_today->setGeometry(kTodayArea);
+    m_today->setStyleSheet(KvWidgetUtils::secondaryButtonStyle());
+    KvWidgetUtils::setFont(m_today, orvelle::palette::kFontPixels);
+    m_today->setCursor(Qt::PointingHandCursor);
+    m_today->setAutoDefault(false);
+    connect(m_today, &QPushButton::clicked, this, [this] {
+        setDate(QDate::currentDate());
+        emit clickDate(date());
+    });
     KvWidgetUtils::setUpImageButton(m_close, QStringLiteral("close"), "close");
     m_close->setAutoDefault(false);
     m_close->setGeometry(kCloseArea);
@@ -49,6 +60,10 @@ QDate KvCalendarDialog::date() const {
 
 void KvCalendarDialog::setMarks(const QVector<KvTimeLineMark>& marks) {
     m_calendar->setMarks(marks);
+}
+
+void KvCalendarDialog::setMonths(const QVector<QDate>& months) {
+    m_calendar->setMonths(months);
 }
 
 void KvCalendarDialog::showEvent(QShowEvent* event) {

@@ -17,6 +17,8 @@ public:
     /// The selected date, invalid for none.
     QDate date() const;
     void setMarks(const QVector<KvTimeLineMark>& marks);
+    /// See KvCalendarView.
+    void setMonths(const QVector<QDate>& months);
 
     KvCalendarView* calendar() const { return m_calendar; }
 
@@ -36,6 +38,7 @@ private slots:
 
 private:
     KvCalendarView* m_calendar;  ///< children, as all below; in this order they take the focus
+    QPushButton* m_today;
     QPushButton* m_ok;
     QPushButton* m_close;
 };

@@ -2,12 +2,16 @@
 
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
 #include <QPainter>
 #include <QPainterPath>
+#include <QPointer>
 #include <QPushButton>
 
 #include "ui/palette.h"
 #include "ui/playback/calendar_day_view.h"
+#include "ui/widgets/click_label.h"
+#include "ui/widgets/menu_style.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
@@ -50,6 +54,18 @@ QPushButton* makeArrow(QWidget* parent, const QString& name, const char* key) {
     return arrow;
 }
 
+QPushButton* makeYearArrow(QWidget* parent, QChar sign, const char* key) {
+    auto* arrow = new QPushButton(sign, parent);
+    arrow->setStyleSheet(
+        QStringLiteral("QPushButton{border:none;background:transparent;color:#ffffff;}"
+                       "QPushButton:disabled{color:#8fd3fb;}"));
+    KvWidgetUtils::setFont(arrow, orvelle::palette::kTitleFontPixels);
+    arrow->setCursor(Qt::PointingHandCursor);
+    arrow->setAutoDefault(false);
+    KvWidgetUtils::setToolTip(arrow, key);
+    return arrow;
+}
+
 }  // namespace
 
 KvCalendarView::KvCalendarView(QWidget* parent) : QWidget(parent) {
@@ -60,11 +76,17 @@ KvCalendarView::KvCalendarView(QWidget* parent) : QWidget(parent) {
 
 void KvCalendarView::buildHead() {
     m_prev = makeArrow(this, QStringLiteral("calendar_prev"), textKey("previous_month"));
-    m_title = new QLabel(this);
+    m_prevYear = makeYearArrow(this, QChar(0x00AB), textKey("previous_year"));
+    m_title = new KvClickLabel(QString(), this);
+    m_title->setFocusPolicy(Qt::TabFocus);
+    connect(m_title, &KvClickLabel::click, this, &KvCalendarView::offerMonths);
     m_title->setAlignment(Qt::AlignCenter);
     m_title->setStyleSheet(QStringLiteral("QLabel{color:#ffffff;}"));
     KvWidgetUtils::setFont(m_title, orvelle::palette::kTitleFontPixels);
     m_next = makeArrow(this, QStringLiteral("calendar_next"), textKey("next_month"));
+    m_nextYear = makeYearArrow(this, QChar(0x00BB), textKey("next_year"));
+    connect(m_prevYear, &QPushButton::clicked, this, [this] { goToMonth(-12); });
+    connect(m_nextYear, &QPushButton::clicked, this, [this] { goToMonth(12); });
     connect(m_prev, &QPushButton::clicked, this, &KvCalendarView::_onClickPrevButton);
     connect(m_next, &QPushButton::clicked, this, &KvCalendarView::_onClickNextButton);
 }
@@ -104,7 +126,8 @@ void KvCalendarView::fill() {
         cell->setEnabled(firstOfMonth(date) == m_month);
         date = date.addDays(1);
     }
-    m_next->setEnabled(m_month < firstOfMonth(today()));
+    for (QPushButton* arrow : {m_next, m_nextYear})
+        arrow->setEnabled(m_month < firstOfMonth(today()));
     markDays();
     KvCalendarDayView* cell = cellOf(m_date);
     if (!cell)
@@ -122,6 +145,7 @@ void KvCalendarView::markDays() {
         cell->setState(date == m_date && recorded.at(i) ? KvCalendarDayView::kSelected
                        : date == today()                ? KvCalendarDayView::kToday
                                                         : KvCalendarDayView::kNormal);
+        cell->setToCome(date > today());
         const QString name = date.toString(Qt::ISODate);
         cell->setAccessibleName(
             recorded.at(i) ? name + QStringLiteral(", ") + orvelle::text("has_recordings") : name);
@@ -142,6 +166,26 @@ KvCalendarDayView* KvCalendarView::cellOf(const QDate& date) const {
     return m_cells.at(firstCellDate(m_month).daysTo(date));
 }
 
+void KvCalendarView::setMonths(const QVector<QDate>& months) {
+    m_months = months;
+    m_title->setToolTip(months.isEmpty() ? QString() : orvelle::text("months_with_recordings"));
+}
+
+void KvCalendarView::offerMonths() {
+    if (m_months.isEmpty())
+        return;
+    QMenu menu(this);
+    menu.setStyleSheet(orvelle::menuStyle());
+    for (auto month = m_months.crbegin(); month != m_months.crend(); ++month)
+        menu.addAction(month->toString(QStringLiteral("yyyy-MM")))->setData(*month);
+    const QPointer<KvCalendarView> self(this);
+    const QAction* chosen = menu.exec(m_title->mapToGlobal({0, m_title->height()}));
+    if (!self || !chosen)
+        return;
+    const QDate month = chosen->data().toDate();
+    goToMonth((month.year() - m_month.year()) * 12 + month.month() - m_month.month());
+}
+
 void KvCalendarView::_onClickPrevButton(bool) {
     goToMonth(-1);
 }
@@ -153,7 +197,7 @@ void KvCalendarView::_onClickNextButton(bool) {
 bool KvCalendarView::goToMonth(int months) {
     if (months > 0 && !m_next->isEnabled())
         return false;
-    m_month = m_month.addMonths(months);
+    m_month = qMin(m_month.addMonths(months), firstOfMonth(today()));
     fill();
     emit monthChanged(m_month);
     return true;
@@ -228,7 +272,10 @@ void KvCalendarView::resizeEvent(QResizeEvent*) {
     const int arrowTop = (kHeadHeight - kArrowSize) / 2;
     m_prev->setGeometry(kArrowMargin, arrowTop, kArrowSize, kArrowSize);
     m_next->setGeometry(width() - kArrowMargin - kArrowSize, arrowTop, kArrowSize, kArrowSize);
-    const int titleLeft = 2 * kArrowMargin + kArrowSize;
+    const int yearLeft = 2 * kArrowMargin + kArrowSize;
+    m_prevYear->setGeometry(yearLeft, arrowTop, kArrowSize, kArrowSize);
+    m_nextYear->setGeometry(width() - yearLeft - kArrowSize, arrowTop, kArrowSize, kArrowSize);
+    const int titleLeft = 3 * kArrowMargin + 2 * kArrowSize;
     m_title->setGeometry(titleLeft, 0, width() - 2 * titleLeft, kHeadHeight);
     const int cellWidth = (width() - 2 * kSideMargin) / kColumns;
     const int left = (width() - kColumns * cellWidth) / 2;

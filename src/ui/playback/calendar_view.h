@@ -8,6 +8,7 @@
 #include "ui/playback/time_line_rules.h"
 
 class KvCalendarDayView;
+class KvClickLabel;
 class QLabel;
 class QPushButton;
 
@@ -30,6 +31,9 @@ public:
     /// The first of the month that is shown.
     const QDate& month() const { return m_month; }
     void setMarks(const QVector<KvTimeLineMark>& marks);
+    /// The first of each month that holds any recording, in order; empty when nobody knows. The
+    /// title offers them.
+    void setMonths(const QVector<QDate>& months);
 
 signals:
     /// The user chose this day.
@@ -55,6 +59,7 @@ private:
     void buildDays();
     void choose(const QDate& date);
     bool goToMonth(int months);
+    void offerMonths();
     void goToDay(const QDate& date);
     QDate dayAfterKey(int key) const;
     QDate focusedDay() const;
@@ -64,11 +69,14 @@ private:
     KvCalendarDayView* cellOf(const QDate& date) const;
 
     QPushButton* m_prev;  ///< children, as all below; in this order they take the focus
-    QLabel* m_title;
+    QPushButton* m_prevYear;
+    KvClickLabel* m_title;
     QPushButton* m_next;
+    QPushButton* m_nextYear;
     std::array<QLabel*, 7> m_weekdays{};
     std::array<KvCalendarDayView*, kCells> m_cells{};
     QDate m_month;  ///< the first of it
     QDate m_date;
     orvelle::TimeSpans m_spans;
+    QVector<QDate> m_months;
 };

@@ -9,7 +9,9 @@
 #include <memory>
 
 #include "media/stages/playback_end.h"
-#include "ui/playback/recordings.h"
+#include "ui/playback/card_list.h"
+#include "ui/playback/card_playing.h"
+#include "ui/playback/moment_choice.h"
 #include "ui/playback/sdcard_playback_view_ui.h"
 #include "ui/widgets/clicker.h"
 #include "ui/widgets/toast.h"
@@ -18,6 +20,10 @@ class KvCalendarDialog;
 class KvTUTKDevice;
 class KvTUTKPlayer;
 class KvTUTKResponse;
+
+namespace orvelle {
+class FullScreenBars;
+}
 
 /// The recordings on one camera's memory card: a timeline and a calendar to choose from, and the
 /// picture of what is chosen, which goes on from file to file.
@@ -88,6 +94,7 @@ private slots:
     void _onClickPrev();
     void _onClickNext();
     void _onClickCapture(bool);
+    void _onClickDownload(bool);
     void _onClickVolume(bool);
     void _onClickFull(bool);
     void _doUpdateTimeLineView(double seconds);
@@ -102,78 +109,71 @@ private slots:
     int _findDateIndex(const QDate& date) const;
 
 private:
-    enum class InfoRequest {
-        kNone,
-        kOpening,  ///< its answer starts the list
-        kCheck,    ///< is the card still there?
-    };
-
     static int32_t onPlayerEvent(void* user, int32_t event, double a, double b);
     static void onResponse(void* user, KvTUTKResponse* response);
+    template <class Work>
+    void post(Work work);
 
     void connectSignals();
     void connectButtons();
     void releaseDevice();
-    void requestCardInfo(InfoRequest request);
+    void openCard();
     void requestFiles(const QDate& day);
-    bool sendListRequest(const QDate& day);
-    void refreshQuietly();
-    void lookForNewer(qint64 time);
-    void endSearch();
+    void lookFor(orvelle::Recordings::Wish wish, qint64 time);
+    void takeStart();
+    void onOverview(const orvelle::CardOverviewReply& overview);
+    void onZone(int minutesEast);
     void showMarks();
+    void fillCalendar();
     void onNoAnswer();
     void onConnectionChanged(bool isOnline);
     void showNoCard();
+    void showState();
 
     /// From `from`, seconds since 1970, or, where that is not in the file, from its start.
     bool playOnRequest(int index, int from = 0);
     void playFile(int index, int from = 0);
     void playChoice(int time);
-    void playPendingChoice();
     bool isTimeLineTaken() const;
-    bool isPaused() const;
     void playAgain();
     void playDay(const QDate& day);
+    KvCalendarDialog* calendar();
+    bool isMarkKey(QKeyEvent* event);
+    void download(const orvelle::TimeSpan& span);
+    void tellDownloaded(const QString& path, int missingMinutes);
+    void updateDownloadButton();
+    bool agreesToLeave();
     void stopPlayer();
     void failWith(const QString& reason);
     void awaitAnswer();
     bool isAwaitingAnswer() const;
+    void followDryness();
+    int indexAfterEnd() const;
+    bool skipsMissing();
     void updateCover();
     void applyVolume();
     void setFullscreen(bool fullscreen);
-    void wakeBars();
-    void hideBars();
     bool passToTimeLine(QKeyEvent* event);
 
-    KvSDCardPlaybackViewUI* const m_ui;  ///< child
-    KvTUTKDevice* m_device = nullptr;    ///< borrowed; the manager owns it
-    orvelle::Recordings m_recordings;
-    orvelle::ClickGuard m_clickGuard;
-    InfoRequest m_infoRequest = InfoRequest::kNone;
+    KvSDCardPlaybackViewUI* const m_ui;     ///< child
+    orvelle::FullScreenBars* const m_bars;  ///< child
+    KvTUTKDevice* m_device = nullptr;       ///< borrowed; the manager owns it
+    orvelle::CardList m_list;
+    orvelle::CardPlaying m_playing;
+    orvelle::MomentChoice m_choice;
     bool m_wasOnline = false;
-    qint64 m_listAskedMs = 0;   ///< of the steady clock
-    qint64 m_newerThan = -1;    ///< a file behind it plays once the list has come; -1 for none
-    int m_pendingChoice = 0;    ///< plays when m_choiceTimer ends
-    int m_playedFrom = 0;       ///< seconds since 1970, where progress counts from
-    bool m_isPlaying = false;   ///< a file is open, paused or not
-    bool m_isLoading = false;   ///< it has shown no picture yet
+    bool m_wasLost = false;     ///< what played, with the connection
     bool m_hasPicture = false;  ///< one of this camera's is on the screen
     bool m_isPassingKey = false;
+    bool m_isSkipping = false;  ///< recordings that cannot be played, which was told
     QTimer m_clockTimer;
     QTimer m_coverTimer;   ///< runs while a picture is held without a cover
     QTimer m_answerTimer;  ///< runs while something is awaited from the camera
-    QTimer m_choiceTimer;
-    QTimer m_barsTimer;
     KvClicker m_clicker;
     KvToast m_toast;
     KvCalendarDialog* m_calendar = nullptr;  ///< child, made when first needed
 
-    // Set by worker threads. The flags tell a signal that is still on its way from one of the
-    // file before: they are cleared once its threads have ended.
-    std::atomic<int> m_totalMiB{0};
-    std::atomic<bool> m_openFailed{false};
-    std::atomic<bool> m_firstPicture{false};
-    std::atomic<bool> m_ended{false};
+    std::atomic<int> m_totalMiB{0};  ///< set by the device's thread
 
     std::unique_ptr<KvTUTKPlayer> m_player;  ///< last, so that it goes first
 };

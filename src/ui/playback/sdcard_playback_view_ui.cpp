@@ -7,6 +7,7 @@
 
 #include "render/video_surface.h"
 #include "ui/palette.h"
+#include "ui/playback/download_bar.h"
 #include "ui/playback/no_sdcard_view.h"
 #include "ui/playback/video_time_line_view.h"
 #include "ui/widgets/push_button.h"
@@ -21,11 +22,11 @@ constexpr int kTopHeight = 44;
 constexpr int kTimeLineHeight = 56;
 constexpr int kButtonRowHeight = 44;
 constexpr int kBottomHeight = kTimeLineHeight + kButtonRowHeight;
+constexpr int kDownloadHeight = 40;
 constexpr int kButtonSize = 24;
 constexpr int kGap = 16;
 constexpr int kMargin = 14;
 constexpr int kSoundLeft = 23;  // below the timeline's play button
-constexpr int kMomentWidth = 200;
 constexpr int kLabelGap = 12;
 constexpr QSize kBadgePadding(8, 3);
 constexpr QSize kNoticePadding(16, 10);
@@ -45,9 +46,12 @@ KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
       m_bottomBar(new KvWidget(this)),
       m_nameLabel(new QLabel(m_topBar)),
       m_stateLabel(new QLabel(m_topBar)),
+      m_clockCaption(new QLabel(orvelle::text("now"), m_topBar)),
       m_clockLabel(new QLabel(m_topBar)),
+      m_momentCaption(new QLabel(orvelle::text("recorded"), m_bottomBar)),
       m_momentLabel(new QLabel(m_bottomBar)),
-      m_timeLine(nullptr) {
+      m_timeLine(nullptr),
+      m_downloadBar(nullptr) {
     setObjectName(QStringLiteral("playback"));
     setAttribute(Qt::WA_StyledBackground);
     setStyleSheet(QStringLiteral("#playback{border-image:url(%1);}")
@@ -58,6 +62,7 @@ KvSDCardPlaybackViewUI::KvSDCardPlaybackViewUI(QWidget* view)
     m_timeLine = new KvVideoTimeLineView(m_bottomBar);
     for (QPushButton* button : m_timeLine->findChildren<QPushButton*>())
         button->setFocusPolicy(Qt::TabFocus);
+    m_downloadBar = new orvelle::DownloadBar(this);
     m_noSdcardView->hide();
     // A double click on the picture counts, whatever lies on it.
     m_loadingView.setAttribute(Qt::WA_TransparentForMouseEvents);
@@ -90,6 +95,11 @@ void KvSDCardPlaybackViewUI::setUpLabels() {
         label->setStyleSheet(QStringLiteral("QLabel{color:#ffffff;};"));
     m_stateLabel->setStyleSheet(
         QStringLiteral("QLabel{color:#ffffff;background:#00a7f9;border-radius:5px;};"));
+    for (QLabel* caption : {m_clockCaption, m_momentCaption}) {
+        caption->setStyleSheet(QStringLiteral("QLabel{color:#b9b9b9;};"));
+        KvWidgetUtils::setFont(caption, orvelle::palette::kSmallFontPixels);
+    }
+    m_clockCaption->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
     m_noticeLabel->setStyleSheet(QStringLiteral(
         "QLabel{background-color:rgba(0, 0, 0, 184);border-radius:10px;color:#ffffff;};"));
     m_noticeLabel->setWordWrap(true);
@@ -115,6 +125,7 @@ void KvSDCardPlaybackViewUI::setUpButtons() {
     m_buttons[kSound] = makeButton(m_bottomBar, "voice", textKey("sound"));
     m_buttons[kCalendar] = makeButton(m_bottomBar, "calendar", textKey("calendar"));
     m_buttons[kCapture] = makeButton(m_bottomBar, "capture", textKey("screenshot"));
+    m_buttons[kDownload] = makeButton(m_bottomBar, "download", textKey("download"));
     m_buttons[kToLive] = makeButton(m_bottomBar, "switchlive", textKey("to_live"));
     m_buttons[kFullscreen] = makeButton(m_bottomBar, "fullscreen", textKey("maximized"));
     const auto setImages = [this](Button button, const char* unchecked, const char* checked) {
@@ -144,8 +155,22 @@ void KvSDCardPlaybackViewUI::setClockText(const QString& time) {
 
 void KvSDCardPlaybackViewUI::setMoment(int seconds) {
     m_timeLine->setValue(seconds);
-    m_momentLabel->setText(
-        QDateTime::fromSecsSinceEpoch(seconds).toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")));
+    m_momentLabel->setText(momentText(seconds));
+}
+
+QString KvSDCardPlaybackViewUI::momentText(int seconds) const {
+    const QDateTime moment = QDateTime::fromSecsSinceEpoch(seconds);
+    const QString text = moment.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss"));
+    if (!m_cameraZone || *m_cameraZone * 60 == moment.offsetFromUtc())
+        return text;
+    return QStringLiteral("%1 · %2 %3")
+        .arg(text, orvelle::text("camera_time"),
+             moment.toOffsetFromUtc(*m_cameraZone * 60).toString(QStringLiteral("MM-dd HH:mm:ss")));
+}
+
+void KvSDCardPlaybackViewUI::setCameraZone(std::optional<int> minutesEast) {
+    m_cameraZone = minutesEast;
+    m_momentLabel->setText(momentText(m_timeLine->value()));
 }
 
 void KvSDCardPlaybackViewUI::setOverlaid(bool overlaid) {
@@ -211,7 +236,8 @@ void KvSDCardPlaybackViewUI::setNoCardShown(bool shown) {
 }
 
 void KvSDCardPlaybackViewUI::raiseControls() {
-    for (QWidget* control : std::initializer_list<QWidget*>{m_noticeLabel, m_topBar, m_bottomBar})
+    for (QWidget* control :
+         std::initializer_list<QWidget*>{m_noticeLabel, m_topBar, m_bottomBar, m_downloadBar})
         control->raise();
 }
 
@@ -234,6 +260,8 @@ void KvSDCardPlaybackViewUI::layOut() {
         m_loadingView.setGeometry(picture);
     m_topBar->setGeometry(0, 0, width(), kTopHeight);
     m_bottomBar->setGeometry(0, height() - kBottomHeight, width(), kBottomHeight);
+    m_downloadBar->setGeometry(0, height() - kBottomHeight - kDownloadHeight, width(),
+                               kDownloadHeight);
     layOutTopBar();
     layOutBottomBar();
     placeNotice();
@@ -247,10 +275,13 @@ void KvSDCardPlaybackViewUI::layOutTopBar() {
     const int clockWidth = m_clockLabel->fontMetrics().horizontalAdvance(QLatin1String("00:00:00"));
     const int clockLeft = width() - kMargin - clockWidth;
     m_clockLabel->setGeometry(clockLeft, 0, clockWidth, kTopHeight);
+    const int captionLeft = clockLeft - textWidth(*m_clockCaption) - kLabelGap / 2;
+    m_clockCaption->setGeometry(captionLeft, 0, clockLeft - captionLeft - kLabelGap / 2,
+                                kTopHeight);
 
     const QSize badge(textWidth(*m_stateLabel) + 2 * kBadgePadding.width(),
                       m_stateLabel->fontMetrics().height() + 2 * kBadgePadding.height());
-    const int free = qMax(0, clockLeft - left - badge.width() - 2 * kLabelGap);
+    const int free = qMax(0, captionLeft - left - badge.width() - 2 * kLabelGap);
     const QFontMetrics metrics = m_nameLabel->fontMetrics();
     const QString name = metrics.elidedText(m_name, Qt::ElideRight, free);
     m_nameLabel->setText(name);
@@ -265,13 +296,17 @@ void KvSDCardPlaybackViewUI::layOutBottomBar() {
     m_timeLine->setGeometry(0, 0, width(), kTimeLineHeight);
     const int top = kTimeLineHeight + (kButtonRowHeight - kButtonSize) / 2;
     m_buttons[kSound]->setGeometry(kSoundLeft, top, kButtonSize, kButtonSize);
-    const int momentLeft = kSoundLeft + kButtonSize + kGap;
-    m_momentLabel->setGeometry(momentLeft, kTimeLineHeight, kMomentWidth, kButtonRowHeight);
+    const int captionLeft = kSoundLeft + kButtonSize + kGap;
+    const int captionWidth = textWidth(*m_momentCaption);
+    m_momentCaption->setGeometry(captionLeft, kTimeLineHeight, captionWidth, kButtonRowHeight);
+    const int momentLeft = captionLeft + captionWidth + kLabelGap / 2;
     int right = width() - kMargin;
-    for (const Button id : {kFullscreen, kToLive, kCapture, kCalendar}) {
+    for (const Button id : {kFullscreen, kToLive, kDownload, kCapture, kCalendar}) {
         m_buttons.at(id)->setGeometry(right - kButtonSize, top, kButtonSize, kButtonSize);
         right -= kButtonSize + kGap;
     }
+    m_momentLabel->setGeometry(momentLeft, kTimeLineHeight, qMax(0, right - momentLeft),
+                               kButtonRowHeight);
 }
 
 void KvSDCardPlaybackViewUI::placeNotice() {

@@ -3,6 +3,7 @@
 #include <QWidget>
 
 #include <array>
+#include <optional>
 
 #include "ui/widgets/loading_view.h"
 
@@ -13,8 +14,9 @@ class KvWidget;
 class QLabel;
 
 namespace orvelle {
+class DownloadBar;
 class VideoSurface;
-}
+}  // namespace orvelle
 
 /// The widgets of KvSDCardPlaybackView: a bar with the camera's name, the picture, and a bar with
 /// the timeline. The bars stand beside the picture or, in full screen, lie on it.
@@ -28,6 +30,7 @@ public:
         kSound,
         kCalendar,
         kCapture,
+        kDownload,
         kToLive,
         kFullscreen,
         kButtonCount,
@@ -41,6 +44,9 @@ public:
     void setClockText(const QString& time);
     /// What is seen, seconds since 1970: on the timeline and in words.
     void setMoment(int seconds);
+    /// Minutes by which the camera's clock is east of UTC; its time is shown where it differs from
+    /// this computer's.
+    void setCameraZone(std::optional<int> minutesEast);
 
     /// Full screen: the picture has the whole place, with the bars on it while they are visible.
     void setOverlaid(bool overlaid);
@@ -64,6 +70,7 @@ public:
     orvelle::VideoSurface* videoView();
     void blankPicture();
     KvVideoTimeLineView* timeLine() const { return m_timeLine; }
+    orvelle::DownloadBar* downloadBar() const { return m_downloadBar; }
     KvNoSdcardView* noSdcardView() const { return m_noSdcardView; }
 
 protected:
@@ -80,11 +87,13 @@ private:
     void placeNotice();
     void raiseControls();
     QRect pictureArea() const;
+    QString momentText(int seconds) const;
 
     bool m_overlaid = false;
     bool m_barsVisible = true;  ///< without effect beside the picture
     bool m_noCardShown = false;
     QString m_name;
+    std::optional<int> m_cameraZone;
 
     orvelle::VideoSurface* m_videoView = nullptr;  ///< children, as all below
     KvNoSdcardView* m_noSdcardView;
@@ -93,9 +102,12 @@ private:
     KvWidget* m_bottomBar;
     QLabel* m_nameLabel;
     QLabel* m_stateLabel;
+    QLabel* m_clockCaption;
     QLabel* m_clockLabel;
+    QLabel* m_momentCaption;
     QLabel* m_momentLabel;
     KvVideoTimeLineView* m_timeLine;
+    orvelle::DownloadBar* m_downloadBar;
     std::array<KvPushButton*, kButtonCount> m_buttons{};
 
     KvLoadingView m_loadingView;  ///< a child only while it is shown

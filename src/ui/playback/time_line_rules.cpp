@@ -61,7 +61,8 @@ qint64 lastMajorBefore(qint64 time, qint64 major) {
 }  // namespace
 
 TimeSpans spansOf(QVector<KvTimeLineMark> marks) {
-    std::sort(marks.begin(), marks.end());
+    if (!std::is_sorted(marks.cbegin(), marks.cend()))
+        std::sort(marks.begin(), marks.end());
     TimeSpans spans;
     for (const KvTimeLineMark& mark : qAsConst(marks)) {
         const TimeSpan span{std::max(mark.start, 0), mark.end()};
@@ -78,6 +79,11 @@ TimeSpans spansOf(QVector<KvTimeLineMark> marks) {
 TimeSpans::const_iterator spanEndingAfter(const TimeSpans& spans, qint64 time) {
     return std::upper_bound(spans.begin(), spans.end(), time,
                             [](qint64 moment, const TimeSpan& span) { return moment < span.end; });
+}
+
+bool covers(const TimeSpans& spans, qint64 time) {
+    const auto span = spanEndingAfter(spans, time);
+    return span != spans.end() && span->start <= time;
 }
 
 std::optional<int> snapped(const TimeSpans& spans, int time) {

@@ -28,6 +28,8 @@ TimeSpans spansOf(QVector<KvTimeLineMark> marks);
 /// The first span that ends behind `time`.
 TimeSpans::const_iterator spanEndingAfter(const TimeSpans& spans, qint64 time);
 
+bool covers(const TimeSpans& spans, qint64 time);
+
 /// Where a chosen moment leads: itself where something was recorded, else to the beginning of the
 /// next recording; nothing behind the last one.
 std::optional<int> snapped(const TimeSpans& spans, int time);

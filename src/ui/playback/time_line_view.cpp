@@ -18,18 +18,23 @@ constexpr int kDefaultValue = 960;
 constexpr int kMaxStepsPerMajor = 1000;
 constexpr int kZoomHoldMs = 3000;
 constexpr int kWheelNotch = 120;
+constexpr int kClickPixels = 1;  // a hand moves the mouse as it presses
 
 constexpr QColor kGround(53, 35, 45);
 constexpr QColor kTicks(171, 171, 171, 180);
 constexpr QColor kMarks(0, 167, 249, 150);
+constexpr QColor kUnknown(171, 171, 171, 60);
+constexpr QColor kMarked(255, 190, 60, 130);
 constexpr QColor kLabels(255, 255, 255, 225);
 constexpr QColor kPointer(255, 255, 255, 110);
 constexpr QColor kMomentGround(0, 0, 0, 190);
 constexpr int kMajorLength = 25;
 constexpr int kMinorLength = 15;
 constexpr int kMinMarkWidth = 2;  // a minute among days would not be seen
-constexpr int kLabelPixels = 9;
-constexpr int kLabelHeight = 11;
+constexpr int kLabelPixels = 11;
+constexpr int kLabelHeight = 13;
+constexpr int kGrip = 6;
+constexpr double kGripHeight = 5.0;
 constexpr int kMomentPixels = 11;
 constexpr int kMomentHeight = 15;
 constexpr int kMomentPadding = 6;
@@ -102,9 +107,22 @@ void KvTimeLineView::zoomAt(int x, int secondsPerStep) {
 
 void KvTimeLineView::setMarks(const QVector<KvTimeLineMark>& marks) {
     m_marks = marks;
-    std::sort(m_marks.begin(), m_marks.end());
+    // Mostly they are, and then they stay the caller's.
+    if (!std::is_sorted(m_marks.cbegin(), m_marks.cend()))
+        std::sort(m_marks.begin(), m_marks.end());
     m_spans = orvelle::spansOf(m_marks);
     update();
+}
+
+void KvTimeLineView::setUnknown(const orvelle::TimeSpans& spans) {
+    m_unknown = spans;
+    update();
+}
+
+orvelle::TimeSpan KvTimeLineView::shownSpan() const {
+    const TimeScale scale = this->scale();
+    return {orvelle::limited(scale.timeAt(0), m_minimum, m_maximum),
+            orvelle::limited(scale.timeAt(width()), m_minimum, m_maximum)};
 }
 
 TimeScale KvTimeLineView::scale() const {
@@ -120,7 +138,14 @@ void KvTimeLineView::rebaseDrag() {
 
 void KvTimeLineView::mousePressEvent(QMouseEvent* event) {
     m_mouseX = qRound(event->localPos().x());
+    if (event->modifiers() & Qt::ShiftModifier) {
+        m_isMarking = true;
+        m_markedFrom = orvelle::limited(scale().timeAt(m_mouseX), m_minimum, m_maximum);
+        setMarkedSpan(std::nullopt);
+        return;
+    }
     m_dragging = true;
+    m_isClick = true;
     rebaseDrag();
     setCursor(Qt::ClosedHandCursor);
     update();
@@ -128,17 +153,35 @@ void KvTimeLineView::mousePressEvent(QMouseEvent* event) {
 
 void KvTimeLineView::mouseMoveEvent(QMouseEvent* event) {
     m_mouseX = qRound(event->localPos().x());
-    if (m_dragging)
+    if (m_dragging && qAbs(m_mouseX - m_xAtPress) > kClickPixels)
+        m_isClick = false;
+    if (m_isMarking)
+        markUpTo(m_mouseX);
+    else if (m_dragging)
         moveTo(m_valueAtPress - m_scale.secondsOf(m_mouseX - m_xAtPress));
     update();
 }
 
+void KvTimeLineView::markUpTo(int x) {
+    const int time = orvelle::limited(scale().timeAt(x), m_minimum, m_maximum);
+    setMarkedSpan(orvelle::TimeSpan{qMin(m_markedFrom, time), qMax(m_markedFrom, time)});
+}
+
+void KvTimeLineView::setMarkedSpan(const std::optional<orvelle::TimeSpan>& span) {
+    m_marked = span && span->end > span->start ? span : std::nullopt;
+    update();
+}
+
 void KvTimeLineView::mouseReleaseEvent(QMouseEvent*) {
+    m_isMarking = false;
     if (!m_dragging)
         return;
     m_dragging = false;
     m_zoomHold.stop();
     setCursor(Qt::OpenHandCursor);
+    // The moment that the line and the label under the mouse have promised.
+    if (m_isClick)
+        moveTo(m_valueAtPress + m_scale.secondsOf(m_xAtPress - width() / 2));
     update();
     emit valueChangeEnded(value());
 }
@@ -201,6 +244,7 @@ void KvTimeLineView::focusOutEvent(QFocusEvent* event) {
 
 void KvTimeLineView::hideEvent(QHideEvent* event) {
     m_dragging = false;
+    m_isMarking = false;
     m_heldKey = 0;
     m_mouseX = -1;
     setCursor(Qt::OpenHandCursor);
@@ -212,13 +256,14 @@ void KvTimeLineView::paintEvent(QPaintEvent*) {
     painter.setPen(Qt::black);
     painter.setBrush(kGround);
     painter.drawRect(0, 0, width() - 2, height() - 2);
+    paintUnknown(painter);
     const auto ticks = orvelle::visibleTicks(scale(), m_stepsPerMajor, m_minimum, m_maximum);
     paintTicks(painter, ticks);
     paintMarks(painter);
+    paintMarked(painter);
     // Above the marks, which would leave nothing of so small a print.
     paintLabels(painter, ticks);
-    painter.setPen(Qt::white);
-    painter.drawLine(width() / 2, 0, width() / 2, height());
+    paintHandle(painter);
     paintMoment(painter);
 }
 
@@ -229,6 +274,19 @@ void KvTimeLineView::paintTicks(QPainter& painter, const std::vector<TimeTick>& 
         const int x = static_cast<int>(scale.xOf(tick.time));
         const int length = tick.isMajor ? kMajorLength : kMinorLength;
         painter.drawLine(x, (height() - length) / 2, x, (height() + length) / 2);
+    }
+}
+
+/// Hatched: neither recorded nor empty.
+void KvTimeLineView::paintUnknown(QPainter& painter) const {
+    const TimeScale scale = this->scale();
+    const qint64 last = scale.timeAt(width());
+    for (auto span = orvelle::spanEndingAfter(m_unknown, scale.timeAt(0));
+         span != m_unknown.end() && span->start <= last; ++span) {
+        const qint64 left = qMax<qint64>(0, scale.xOf(span->start));
+        const qint64 right = qMin<qint64>(width() - 1, scale.xOf(span->end));
+        painter.fillRect(QRectF(left, 1, right - left, height() - 3),
+                         QBrush(kUnknown, Qt::BDiagPattern));
     }
 }
 
@@ -265,6 +323,30 @@ void KvTimeLineView::paintLabels(QPainter& painter, const std::vector<TimeTick>&
         if (area.left() > 1 && area.right() < width() - 3)
             painter.drawText(area, Qt::AlignCenter, label);
     }
+}
+
+void KvTimeLineView::paintMarked(QPainter& painter) const {
+    if (!m_marked)
+        return;
+    const TimeScale scale = this->scale();
+    const qint64 left = qMax<qint64>(0, scale.xOf(m_marked->start));
+    const qint64 right = qMin<qint64>(width() - 1, scale.xOf(m_marked->end));
+    if (left < right)
+        painter.fillRect(QRectF(left, 0, right - left, height() - 2), kMarked);
+}
+
+/// The line of the moment, with a grip at both ends that says that it can be dragged.
+void KvTimeLineView::paintHandle(QPainter& painter) const {
+    const int x = width() / 2;
+    painter.setPen(Qt::white);
+    painter.drawLine(x, 0, x, height());
+    painter.save();
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    painter.setBrush(Qt::white);
+    const QPointF top[] = {{x - kGrip + 0.5, 0.0}, {x + kGrip + 0.5, 0.0}, {x + 0.5, kGripHeight}};
+    painter.drawPolygon(top, 3);
+    painter.restore();
 }
 
 /// The exact moment under the mouse, or under the middle line while that is moved.

@@ -3,11 +3,15 @@
 #include <QTimer>
 #include <QWidget>
 
+#include <optional>
+
 #include "ui/playback/time_line_rules.h"
 
-/// A band of time with the recordings on it, dragged under a fixed line in its middle. The arrow
+/// A band of time with the recordings on it, dragged under a fixed line in its middle; a click
+/// brings the moment under the mouse there. The arrow
 /// keys step by a tick, with Ctrl or Shift by a major one; Home and End go to the first and last
-/// mark. Setters repaint and emit nothing. Interface thread.
+/// mark. Shift and the mouse mark a span of time. Setters repaint and emit nothing. Interface
+/// thread.
 class KvTimeLineView : public QWidget {
     Q_OBJECT
 
@@ -39,6 +43,16 @@ public:
     const QVector<KvTimeLineMark>& marks() const { return m_marks; }
     const orvelle::TimeSpans& spans() const { return m_spans; }
 
+    /// In order: where it is not known whether something was recorded.
+    void setUnknown(const orvelle::TimeSpans& spans);
+    const orvelle::TimeSpans& unknown() const { return m_unknown; }
+    /// What can be seen, within the limits.
+    orvelle::TimeSpan shownSpan() const;
+
+    /// What the user has marked; empty without.
+    const std::optional<orvelle::TimeSpan>& markedSpan() const { return m_marked; }
+    void setMarkedSpan(const std::optional<orvelle::TimeSpan>& span);
+
     /// Whether the user moves it, or has zoomed just now: what plays must not move it then.
     bool isDragging() const { return m_dragging || m_heldKey != 0 || m_zoomHold.isActive(); }
 
@@ -67,12 +81,16 @@ protected:
 
 private:
     void moveTo(qint64 value);
+    void markUpTo(int x);
     void rebaseDrag();
     orvelle::TimeScale scale() const;
 
     void paintTicks(QPainter& painter, const std::vector<orvelle::TimeTick>& ticks) const;
+    void paintUnknown(QPainter& painter) const;
     void paintMarks(QPainter& painter) const;
     void paintLabels(QPainter& painter, const std::vector<orvelle::TimeTick>& ticks) const;
+    void paintMarked(QPainter& painter) const;
+    void paintHandle(QPainter& painter) const;
     void paintMoment(QPainter& painter) const;
 
     orvelle::TimeScale m_scale;  ///< but for its width
@@ -81,8 +99,13 @@ private:
     int m_maximum = 0;
     QVector<KvTimeLineMark> m_marks;  ///< sorted
     orvelle::TimeSpans m_spans;       ///< of the marks
+    orvelle::TimeSpans m_unknown;
+    std::optional<orvelle::TimeSpan> m_marked;
+    bool m_isMarking = false;
+    int m_markedFrom = 0;  ///< where marking began
     bool m_dragging = false;
-    int m_heldKey = 0;  ///< the key that moves it, 0 for none
+    int m_heldKey = 0;       ///< the key that moves it, 0 for none
+    bool m_isClick = false;  ///< the drag has gone nowhere so far
     int m_valueAtPress = 0;
     int m_xAtPress = 0;
     int m_mouseX = -1;  ///< -1 while the mouse is elsewhere

@@ -18,7 +18,7 @@ namespace {
 constexpr int kTimeLineLeft = 100;
 constexpr int kTimeLineRight = 80;
 constexpr int kTimeLineMargin = 2;  // leaves room for the ring of the focus
-constexpr int kButtonSize = 20;
+constexpr int kButtonSize = 24;
 constexpr int kPlayLeft = 25;
 constexpr int kPrevLeft = 51;
 constexpr int kNextLeft = 75;
@@ -105,6 +105,14 @@ const QVector<KvTimeLineMark>& KvVideoTimeLineView::marks() const {
     return m_timeLine->marks();
 }
 
+void KvVideoTimeLineView::setUnknown(const orvelle::TimeSpans& spans) {
+    m_timeLine->setUnknown(spans);
+}
+
+orvelle::TimeSpan KvVideoTimeLineView::shownSpan() const {
+    return m_timeLine->shownSpan();
+}
+
 bool KvVideoTimeLineView::isDragging() const {
     return m_timeLine->isDragging();
 }
@@ -158,6 +166,11 @@ void KvVideoTimeLineView::_onClickReduceButton(bool) {
 }
 
 void KvVideoTimeLineView::_onTimeLineViewValueChangeEnded(int value) {
+    // What may lie there is for whoever asks the camera.
+    if (orvelle::covers(m_timeLine->unknown(), value)) {
+        emit selectedTime(value);
+        return;
+    }
     const std::optional<int> recorded = orvelle::snapped(m_timeLine->spans(), value);
     if (recorded)
         setValue(*recorded);

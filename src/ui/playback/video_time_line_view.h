@@ -2,7 +2,7 @@
 
 #include <QWidget>
 
-#include "ui/playback/time_line_mark.h"
+#include "ui/playback/time_line_rules.h"
 
 class KvPushButton;
 class KvTimeLineView;
@@ -26,6 +26,8 @@ public:
     int value() const;
     void setMarks(const QVector<KvTimeLineMark>& marks);
     const QVector<KvTimeLineMark>& marks() const;
+    void setUnknown(const orvelle::TimeSpans& spans);
+    orvelle::TimeSpan shownSpan() const;
     bool isDragging() const;
 
     /// 0, a major tick a minute, to 4, one a day; out of range counts as the nearest. Stored.

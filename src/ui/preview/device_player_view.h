@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QElapsedTimer>
 #include <QTimer>
 #include <QWidget>
@@ -15,20 +16,22 @@
 class KvDevice;
 class KvDevicePlayer;
 class KvTUTKDevice;
-class KvTUTKResponse;
 
 namespace orvelle {
-class FolderSearch;
-class NoticeBar;
-struct RecordingResult;
-class TileRecording;
+class CameraFacts;
+class RecordControl;
+class TileSound;
 }  // namespace orvelle
 
 /// One camera's live picture with its name, state, bit rate and controls.
 ///
 /// It plays whenever the camera is online. A camera that is not is looked for every two seconds,
-/// as is one whose stream broke or stands still; its last picture stays meanwhile. Interface
-/// thread; the player's and the device's threads reach it through its signals only.
+/// as is one whose stream broke or stands still; its last picture stays meanwhile.
+///
+///     idle --device--> waiting --online--> loading --first picture--> playing <--> paused
+///                         ^------------------------- stream ends --------------------/
+///
+/// Interface thread; the player's and the device's threads reach it through its signals only.
 class KvDevicePlayerView : public QWidget {
     Q_OBJECT
 public:
@@ -44,6 +47,8 @@ public:
     void setNoSound(bool noSound) { m_noSound = noSound; }
     /// A mode of KvDevicePlayerViewUI.
     void setControlMode(int mode) { m_ui->setMode(mode); }
+    /// What is left free between the picture and the tile's edge, in pixels.
+    void setInset(int inset);
     /// What the full-screen button shows; the window itself is the owner's.
     void setFullscreen(bool fullscreen);
 
@@ -51,9 +56,12 @@ public:
     void setMinimised(bool minimised);
 
     /// Whether it plays or waits for its camera.
-    bool isStarted() const { return m_isStarted; }
+    bool isStarted() const { return m_state != State::kIdle; }
     /// Whether a recording runs that would end with the picture.
     bool isRecording() const;
+
+    /// Silent until the user wants it otherwise.
+    void silence();
 
     /// Ends playing and blanks the picture. Of a recording what was recorded is saved meanwhile.
     void stopPlay();
@@ -79,6 +87,8 @@ signals:
     void clickSDCardButton(KvDevicePlayerView* view);
     /// The button for a new device code, of a camera whose password was changed.
     void clickCodeButton(KvDevicePlayerView* view);
+    /// The others are to be silent.
+    void onlyThisHeard(KvDevicePlayerView* view);
     void startSignal();
     void stopSignal();
     void hideLoadingSignal();
@@ -90,7 +100,6 @@ signals:
     void hideRecordView();
 
 protected:
-    bool event(QEvent* event) override;
     bool focusNextPrevChild(bool next) override;
     void resizeEvent(QResizeEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
@@ -123,49 +132,52 @@ private slots:
     void _invokeStallTimer();
 
 private:
+    enum class State {
+        kIdle,     ///< no camera, or it was stopped
+        kWaiting,  ///< the camera is looked for every two seconds
+        kLoading,  ///< the player runs and has shown no picture yet
+        kPlaying,
+        kPaused,
+    };
+
     static int32_t onPlayerEvent(void* user, int32_t event, double a, double b);
-    static void onResponse(void* user, KvTUTKResponse* response);
     void handlePlayerEvent(int32_t event);
-    void handleResponse(const KvTUTKResponse& response);
     void reportSpeed();
     void writeThumbnail();
 
     void connectSignals();
     void connectButtons();
     void connectRecording();
-    void resetControls();
-    void requestCameraFacts();
-    void waitForCamera();
+    void enter(State state);
     void closePlayer();
-    void showPlaying(bool playing);
     void setPtzShown(bool shown);
-    void setVolume(double volume);
-    void updateState();
-    void updateButtons();
-    void wakeBars();
-    void startRecord(const QString& uid, const QString& folder, bool exists);
-    void interruptRecord();
-    void resumeRecord();
-    void tellSaved(const orvelle::RecordingResult& result);
-    void updateRecordControls();
+    void followState();
+    void followButtons();
+    void showReason();
+    void helpOut();
+    void retry();
+    bool pressKey(const QKeyEvent& event);
+    void takeSnapshot();
+    void listenOnlyHere();
+    void followRecording();
     static qint64 nowMs();
 
     bool m_noSound = false;
-    double m_volume = 0.0;
-    KvDevice* m_device = nullptr;           ///< borrowed; the manager owns it
-    KvTUTKDevice* m_tutkDevice = nullptr;   ///< the same, when it is one with a command channel
-    KvDevicePlayerViewUI* const m_ui;       ///< child
-    orvelle::FolderSearch* m_folderSearch;  ///< child
-    orvelle::TileRecording* m_recording;    ///< child
-    orvelle::NoticeBar* m_recordNotice;     ///< child
-    bool m_isStarted = false;               ///< it plays, or waits for its camera
-    bool m_isLoading = false;               ///< the player runs and has shown no picture yet
-    bool m_hasPicture = false;              ///< one of this camera's is on the screen
+    int m_inset = 0;
+    KvDevice* m_device = nullptr;                ///< borrowed; the manager owns it
+    KvDevicePlayerViewUI* const m_ui;            ///< child
+    orvelle::CameraFacts* m_facts;               ///< child
+    orvelle::RecordControl* m_record = nullptr;  ///< child
+    orvelle::TileSound* m_sound = nullptr;       ///< child
+    State m_state = State::kIdle;
+    bool m_hasPicture = false;  ///< one of this camera's is on the screen
     bool m_isMinimised = false;
+    QString m_reason;            ///< why there is no picture
+    QDateTime m_since;           ///< when that, or the pause, began
     uint64_t m_packetsSeen = 0;  ///< by the check for a stream that stands still
     QTimer m_checkTimer;
     QTimer m_stallTimer;
-    QTimer m_barsTimer;
+    QTimer m_retryTimer;  ///< runs while the user sees that it is being tried
     KvClicker m_clicker;
     KvToast m_toast;
 
@@ -174,8 +186,6 @@ private:
 
     // Set by worker threads. The flags tell a signal that is still on its way from one of the
     // stream before: they are cleared once its threads have ended.
-    std::atomic<int> m_version{0};
-    std::atomic<int> m_deviceType{0};
     std::atomic<qint64> m_lastPictureMs{0};
     std::atomic<bool> m_openFailed{false};
     std::atomic<bool> m_firstPicture{false};

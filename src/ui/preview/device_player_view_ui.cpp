@@ -2,16 +2,23 @@
 
 #include <QLabel>
 #include <QPushButton>
+#include <QSlider>
 #include <QTime>
+
+#include <algorithm>
 
 #include "render/video_surface.h"
 #include "ui/palette.h"
 #include "ui/preview/device_record_view.h"
+#include "ui/preview/preview_keys.h"
 #include "ui/preview/tutk_device_ptz_view.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
+#include "ui/widgets/video_overlay.h"
 #include "ui/widgets/widget_utils.h"
+#include "ui/widgets/zoom_control.h"
 
+using orvelle::PreviewKey;
 using orvelle::textKey;
 
 namespace {
@@ -27,12 +34,40 @@ constexpr int kMinNameWidth = 48;
 constexpr int kRounding = 2;  // a text that just fits is not to be elided
 constexpr int kMaxPtzSize = 160;
 constexpr int kInset = 8;
-constexpr QSize kNoticePadding(12, 6);
-constexpr QSize kCodePadding(14, 7);
-constexpr int kCodeGap = 8;
-// The bit rate's distances from the corner of the picture.
-constexpr QRect kSpeedPlace(-85, -35, 80, 30);
-constexpr QRect kCompactSpeedPlace(-71, -27, 66, 22);
+constexpr int kDotSize = 8;
+constexpr int kDotGap = 6;
+constexpr int kSliderWidth = 80;
+constexpr int kMinSliderWidth = 48;
+constexpr int kSliderHeight = 20;
+
+/// The bit rate's label for tiles that are at least so wide, as distances from the picture's
+/// corner. The last one is as wide as its text.
+struct SpeedPlace {
+    int tileWidth;
+    QRect place;
+    int fontPixels;
+};
+constexpr std::array kSpeedPlaces{
+    SpeedPlace{480, QRect(-85, -35, 80, 30), orvelle::palette::kFontPixels},
+    SpeedPlace{280, QRect(-71, -27, 66, 22), orvelle::palette::kSmallFontPixels},
+    SpeedPlace{0, QRect(-5, -20, 0, 16), 10},
+};
+constexpr int kSpeedPadding = 4;
+
+const SpeedPlace& speedPlaceFor(int tileWidth) {
+    const auto* const last = kSpeedPlaces.end() - 1;
+    return *std::find_if(kSpeedPlaces.begin(), last, [tileWidth](const SpeedPlace& place) {
+        return tileWidth >= place.tileWidth;
+    });
+}
+
+constexpr char kSliderStyle[] =
+    "QSlider{background:transparent;}"
+    "QSlider::groove:horizontal{height:4px;border-radius:2px;background:#7a7877;}"
+    "QSlider::sub-page:horizontal{height:4px;border-radius:2px;background:#19a4ff;}"
+    "QSlider::sub-page:horizontal:disabled{background:#7a7877;}"
+    "QSlider::handle:horizontal{width:12px;margin:-4px 0;border-radius:6px;background:#ffffff;}"
+    "QSlider::handle:horizontal:disabled{background:#a8a6a5;}";
 
 int textWidth(const QLabel& label) {
     return label.fontMetrics().horizontalAdvance(label.text());
@@ -54,31 +89,27 @@ struct KvDevicePlayerViewUI::Measures {
 
 KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
     : QWidget(tile),
-      m_noticeLabel(new QLabel(this)),
-      m_codeButton(new QPushButton(orvelle::text("enter_new_code"), this)),
+      m_overlay(new orvelle::VideoOverlay(tile, this)),
+      m_zoom(new orvelle::ZoomControl(this)),
+      m_badge(new orvelle::TileBadge(this)),
       m_speedLabel(new QLabel(this)),
       m_ptzView(new KvTUTKDevicePTZView(this)),
       m_topBar(new KvWidget(this)),
+      m_dot(new KvWidget(m_topBar)),
       m_nameLabel(new QLabel(m_topBar)),
       m_stateLabel(new QLabel(m_topBar)),
       m_dateTimeLabel(new QLabel(m_topBar)),
       m_bottomBar(new KvWidget(this)),
+      m_volumeSlider(nullptr),
       m_recordView(new KvDeviceRecordView(this)) {
     m_shown.fill(true);
     m_shown.at(kPtz) = m_shown.at(kQuality) = false;
-    for (KvWidget* bar : {m_topBar, m_bottomBar}) {
-        bar->setBackgroundColor(QColor(QLatin1String(orvelle::palette::kBar)));
-        bar->hide();
-    }
-    // A double click on them is none on the picture.
-    for (QWidget* part : {static_cast<QWidget*>(m_topBar), static_cast<QWidget*>(m_bottomBar),
-                          static_cast<QWidget*>(m_recordView)})
-        part->setAttribute(Qt::WA_NoMousePropagation);
     m_ptzView->setAccessibleName(orvelle::text("platform"));
     m_ptzView->hide();
     m_recordView->hide();
     setUpLabels();
     setUpButtons();
+    setUpOverlay();
     m_dateTimeTimer.setInterval(kDateTimeIntervalMs);
     connect(&m_dateTimeTimer, &QTimer::timeout, this, &KvDevicePlayerViewUI::_invokeDateTimeTimer);
     _invokeDateTimeTimer();
@@ -88,8 +119,25 @@ KvDevicePlayerViewUI::KvDevicePlayerViewUI(QWidget* tile)
     connect(&m_speedTimer, &QTimer::timeout, this, &KvDevicePlayerViewUI::applySpeedText);
 }
 
-KvDevicePlayerViewUI::~KvDevicePlayerViewUI() {
-    m_loadingView.hideOver();
+void KvDevicePlayerViewUI::setUpOverlay() {
+    for (KvWidget* bar : {m_topBar, m_bottomBar})
+        bar->setBackgroundColor(QColor(QLatin1String(orvelle::palette::kBar)));
+    m_dot->setBorder(0, kDotSize / 2);
+    m_overlay->setParts({m_badge, m_speedLabel, m_topBar, m_bottomBar, m_recordView, m_ptzView},
+                        {m_topBar, m_bottomBar});
+    m_recordView->setAttribute(Qt::WA_NoMousePropagation);
+    m_overlay->keepBarsFor(m_recordView);
+    connect(m_overlay, &orvelle::VideoOverlay::barsChanged, this,
+            &KvDevicePlayerViewUI::onBarsChanged);
+    connect(m_zoom, &orvelle::ZoomControl::changed, this, [this](double factor) {
+        orvelle::TileBadge::Facts facts = m_badge->facts();
+        facts.zoom = factor;
+        showBadge(facts);
+    });
+}
+
+orvelle::PictureNotice* KvDevicePlayerViewUI::notice() const {
+    return m_overlay->notice();
 }
 
 orvelle::VideoSurface* KvDevicePlayerViewUI::videoView() {
@@ -99,6 +147,7 @@ orvelle::VideoSurface* KvDevicePlayerViewUI::videoView() {
     m_videoView->widget().setGeometry(rect());
     m_videoView->widget().lower();
     m_videoView->widget().show();
+    m_zoom->setSurface(m_videoView);
     m_videoView->addRepaintHook([this] {
         if (m_speedTimer.isActive())
             applySpeedText();
@@ -120,19 +169,9 @@ void KvDevicePlayerViewUI::setUpLabels() {
     }
     m_speedLabel->setStyleSheet(
         QStringLiteral("QLabel{color:#ffffff;background:#00a7f9;border-radius:5px;};"));
-    m_noticeLabel->setStyleSheet(QStringLiteral(
-        "QLabel{background-color:rgba(0, 0, 0, 64);border-radius:10px;color:#ffffff;};"));
-    for (QLabel* label : {m_speedLabel, m_noticeLabel}) {
-        KvWidgetUtils::setFont(label, orvelle::palette::kFontPixels);
-        label->setAlignment(Qt::AlignCenter);
-        label->setTextFormat(Qt::PlainText);
-        label->hide();
-    }
-    m_noticeLabel->setWordWrap(true);
-    m_codeButton->setStyleSheet(KvWidgetUtils::primaryButtonStyle());
-    m_codeButton->setCursor(Qt::PointingHandCursor);
-    m_codeButton->setFocusPolicy(Qt::TabFocus);
-    m_codeButton->hide();
+    m_speedLabel->setAlignment(Qt::AlignCenter);
+    m_speedLabel->setTextFormat(Qt::PlainText);
+    m_speedLabel->hide();
 }
 
 KvPushButton* KvDevicePlayerViewUI::makeButton(QWidget* bar, const char* name, const char* key) {
@@ -143,12 +182,22 @@ KvPushButton* KvDevicePlayerViewUI::makeButton(QWidget* bar, const char* name, c
     return button;
 }
 
+void KvDevicePlayerViewUI::setUpSlider() {
+    m_volumeSlider = new QSlider(Qt::Horizontal, m_bottomBar);
+    m_volumeSlider->setRange(0, 100);
+    m_volumeSlider->setPageStep(10);
+    m_volumeSlider->setStyleSheet(QLatin1String(kSliderStyle));
+    m_volumeSlider->setFocusPolicy(Qt::TabFocus);
+    KvWidgetUtils::setToolTip(m_volumeSlider, "volume");
+}
+
 void KvDevicePlayerViewUI::setUpButtons() {
     m_buttons[kSdCard] = makeButton(m_topBar, "sd", textKey("sdcard"));
     m_buttons[kSettings] = makeButton(m_topBar, "setting", textKey("settings"));
     m_buttons[kClose] = makeButton(m_topBar, "shutdown", textKey("close"));
     m_buttons[kPlay] = makeButton(m_bottomBar, "play", textKey("pause"));
     m_buttons[kSound] = makeButton(m_bottomBar, "voice", textKey("sound"));
+    setUpSlider();
     m_buttons[kQuality] = new KvPushButton(m_bottomBar);
     m_buttons[kRecord] = makeButton(m_bottomBar, "video", textKey("record_video"));
     m_buttons[kCapture] = makeButton(m_bottomBar, "capture", textKey("screenshot"));
@@ -175,6 +224,11 @@ void KvDevicePlayerViewUI::setUpButtons() {
     m_buttons[kRecord]->setState(1);
     m_buttons[kPtz]->setImages(KvWidgetUtils::imagesOf(QStringLiteral("platform")),
                                lit("platform"));
+    setTip(kCapture, textKey("screenshot"), PreviewKey::kSnapshot);
+}
+
+void KvDevicePlayerViewUI::setTip(Button id, const char* name, PreviewKey key) {
+    orvelle::setKeyToolTip(m_buttons.at(id), name, key);
 }
 
 void KvDevicePlayerViewUI::setMode(int mode) {
@@ -189,41 +243,57 @@ void KvDevicePlayerViewUI::setName(const QString& name) {
     m_nameLabel->setToolTip(KvWidgetUtils::toolTipText(name));
     // Of the tile, which takes the focus.
     parentWidget()->setAccessibleName(name);
+    orvelle::TileBadge::Facts facts = m_badge->facts();
+    facts.name = name;
+    showBadge(facts);
     layOut();
 }
 
-void KvDevicePlayerViewUI::setStateText(const QString& state) {
-    if (m_stateLabel->text() == state)
-        return;
+void KvDevicePlayerViewUI::setStateText(const QString& state, const QColor& dot) {
+    const bool isNew = m_stateLabel->text() != state;
     m_stateLabel->setText(state);
-    layOut();
+    m_dot->setBackgroundColor(dot);
+    orvelle::TileBadge::Facts facts = m_badge->facts();
+    facts.dot = dot;
+    showBadge(facts);
+    if (isNew)
+        layOut();
 }
 
-void KvDevicePlayerViewUI::setBarsVisible(bool visible) {
-    if (m_barsVisible == visible)
-        return;
-    m_barsVisible = visible;
-    m_topBar->setVisible(visible);
-    m_bottomBar->setVisible(visible);
+void KvDevicePlayerViewUI::setRecorded(bool isRecorded) {
+    orvelle::TileBadge::Facts facts = m_badge->facts();
+    facts.isRecorded = isRecorded;
+    showBadge(facts);
+}
+
+void KvDevicePlayerViewUI::setHeard(bool isHeard) {
+    orvelle::TileBadge::Facts facts = m_badge->facts();
+    facts.isHeard = isHeard;
+    showBadge(facts);
+}
+
+/// A reader of the screen is told the same by the tile itself.
+void KvDevicePlayerViewUI::showBadge(const orvelle::TileBadge::Facts& facts) {
+    m_badge->setFacts(facts);
+    QStringList words{m_stateLabel->text()};
+    if (facts.isRecorded)
+        words << orvelle::text("is_being_recorded");
+    if (facts.isHeard)
+        words << orvelle::text("sound_is_on");
+    parentWidget()->setAccessibleDescription(words.join(QStringLiteral(", ")));
+    placeBadge();
+}
+
+void KvDevicePlayerViewUI::onBarsChanged(bool areShown) {
     placeRecordView();
-    if (visible) {
+    if (areShown) {
         _invokeDateTimeTimer();
         m_dateTimeTimer.start();
     } else {
         m_dateTimeTimer.stop();
     }
+    placeBadge();
     placeSpeedLabel();
-}
-
-bool KvDevicePlayerViewUI::hasFocusInBars() const {
-    // The window's own, which is where the focus comes back to from a dialog.
-    const QWidget* focused = window()->focusWidget();
-    return m_topBar->isAncestorOf(focused) || m_bottomBar->isAncestorOf(focused) ||
-           m_recordView->isAncestorOf(focused);
-}
-
-bool KvDevicePlayerViewUI::isMouseInBars() const {
-    return KvWidgetUtils::isMouseIn(*m_topBar) || KvWidgetUtils::isMouseIn(*m_bottomBar);
 }
 
 void KvDevicePlayerViewUI::setButtonShown(Button button, bool shown) {
@@ -247,40 +317,6 @@ void KvDevicePlayerViewUI::setButtonEnabled(Button id, bool enabled) {
 void KvDevicePlayerViewUI::setQualityImage(const QString& name) {
     const orvelle::ButtonImages images{KvWidgetUtils::image(name), {}, {}, {}};
     m_buttons[kQuality]->setImages(images, images);
-}
-
-void KvDevicePlayerViewUI::showCover(const QString& text) {
-    m_loadingView.setText(text);
-    if (m_loadingView.isOver())
-        return;
-    m_loadingView.showOver(this, rect());
-    raiseControls();
-}
-
-void KvDevicePlayerViewUI::hideCover() {
-    m_loadingView.hideOver();
-}
-
-void KvDevicePlayerViewUI::raiseControls() {
-    for (QWidget* control :
-         std::initializer_list<QWidget*>{m_noticeLabel, m_codeButton, m_speedLabel, m_topBar,
-                                         m_bottomBar, m_recordView, m_ptzView})
-        control->raise();
-}
-
-void KvDevicePlayerViewUI::setCodeOffered(bool offered) {
-    // Else the toolkit hands the focus to the next widget, wherever that is.
-    if (!offered && window()->focusWidget() == m_codeButton)
-        parentWidget()->setFocus(Qt::OtherFocusReason);
-    m_codeButton->setVisible(offered);
-}
-
-void KvDevicePlayerViewUI::showNotice(const QString& text, bool offersCode) {
-    if (m_noticeLabel->text() != text)
-        m_noticeLabel->setText(text);
-    m_noticeLabel->setVisible(!text.isEmpty());
-    setCodeOffered(offersCode);
-    placeNotice();
 }
 
 void KvDevicePlayerViewUI::setSpeedText(const QString& text) {
@@ -336,12 +372,11 @@ void KvDevicePlayerViewUI::layOut() {
     const Measures now = measures();
     if (m_videoView)
         m_videoView->widget().setGeometry(rect());
-    if (m_loadingView.isOver())
-        m_loadingView.setGeometry(rect());
+    m_overlay->layOut();
     for (QLabel* label : {m_nameLabel, m_stateLabel, m_dateTimeLabel})
         KvWidgetUtils::setFont(label, now.fontPixels);
-    KvWidgetUtils::setFont(m_speedLabel, now.fontPixels);
-    KvWidgetUtils::setFont(m_codeButton, now.fontPixels);
+    KvWidgetUtils::setFont(m_speedLabel, speedPlaceFor(width()).fontPixels);
+    notice()->setFontPixels(now.fontPixels);
     m_topBar->setGeometry(0, 0, width(), now.barHeight);
     m_bottomBar->setGeometry(0, height() - now.barHeight, width(), now.barHeight);
     layOutTopBar(now);
@@ -350,12 +385,23 @@ void KvDevicePlayerViewUI::layOut() {
     placeRecordView();
     const int ptz = qMin(kMaxPtzSize, height() - 2 * now.barHeight - kInset);
     m_ptzView->setGeometry(kInset, (height() - ptz) / 2, ptz, ptz);
+    placeBadge();
     placeSpeedLabel();
-    placeNotice();
+}
+
+/// The bar, where it is shown, says the same.
+void KvDevicePlayerViewUI::placeBadge() {
+    // Its dot and name are where the bar has them.
+    const Measures now = measures();
+    const QPoint place(now.margin - orvelle::TileBadge::kMargin,
+                       (now.barHeight - m_badge->height()) / 2);
+    m_badge->setMaxWidth(width() - 2 * place.x());
+    m_badge->move(place);
+    m_badge->setVisible(!m_badge->facts().name.isEmpty() && !m_overlay->areBarsShown());
 }
 
 void KvDevicePlayerViewUI::placeRecordView() {
-    m_recordView->setButtonsVisible(m_barsVisible);
+    m_recordView->setButtonsVisible(m_overlay->areBarsShown());
     const QSize size = m_recordView->sizeWithin(width() - 2 * kInset);
     m_recordView->setGeometry(
         QRect(QPoint((width() - size.width()) / 2, measures().barHeight + kInset), size));
@@ -380,7 +426,8 @@ void KvDevicePlayerViewUI::layOutTopBar(const Measures& measures) {
     const int right =
         placeFromRight({kClose, kSettings, kSdCard}, width() - measures.margin, measures);
     const int nameWidth = m_nameLabel->fontMetrics().horizontalAdvance(m_name) + kRounding;
-    int left = measures.margin;
+    m_dot->setGeometry(measures.margin, (measures.barHeight - kDotSize) / 2, kDotSize, kDotSize);
+    int left = measures.margin + kDotSize + kDotGap;
     int free = right - left;
     QVector<QLabel*> further;
     for (QLabel* label : {m_stateLabel, m_dateTimeLabel}) {
@@ -401,13 +448,30 @@ void KvDevicePlayerViewUI::layOutTopBar(const Measures& measures) {
     }
 }
 
+int KvDevicePlayerViewUI::placeButton(Button id, int left, const Measures& measures) {
+    m_buttons.at(id)->setVisible(m_shown.at(id));
+    if (!m_shown.at(id))
+        return left;
+    m_buttons.at(id)->setGeometry(left, (measures.barHeight - measures.buttonSize) / 2,
+                                  measures.widthOf(id), measures.buttonSize);
+    return left + measures.widthOf(id) + measures.gap;
+}
+
+/// The slider takes what is left between the two groups of buttons, if that is enough.
 void KvDevicePlayerViewUI::layOutBottomBar(const Measures& measures) {
-    placeFromRight({kFullscreen, kPtz, kCapture, kRecord}, width() - measures.margin, measures);
-    const int leftWidth = 2 * measures.buttonSize + measures.widthOf(kQuality) + 2 * measures.gap;
-    int right = measures.margin + leftWidth;
-    if (!m_shown.at(kQuality))
-        right -= measures.widthOf(kQuality) + measures.gap;
-    placeFromRight({kQuality, kSound, kPlay}, right, measures);
+    const int right =
+        placeFromRight({kFullscreen, kPtz, kCapture, kRecord}, width() - measures.margin, measures);
+    int left = placeButton(kPlay, measures.margin, measures);
+    left = placeButton(kSound, left, measures);
+    const int quality = m_shown.at(kQuality) ? measures.widthOf(kQuality) + measures.gap : 0;
+    const int slider = qMin(kSliderWidth, right - left - quality - measures.gap);
+    m_volumeSlider->setVisible(slider >= kMinSliderWidth);
+    if (slider >= kMinSliderWidth) {
+        m_volumeSlider->setGeometry(left, (measures.barHeight - kSliderHeight) / 2, slider,
+                                    kSliderHeight);
+        left += slider + measures.gap;
+    }
+    placeButton(kQuality, left, measures);
 }
 
 void KvDevicePlayerViewUI::placeSpeedLabel() {
@@ -418,27 +482,12 @@ void KvDevicePlayerViewUI::placeSpeedLabel() {
     const QRect video = rect();
     QPoint corner(static_cast<int>(video.x() + video.width() * (scaleX * 0.5 + 0.5)),
                   static_cast<int>(video.y() + video.height() * (scaleY * 0.5 + 0.5)));
-    if (m_barsVisible)
+    if (m_overlay->areBarsShown())
         corner.setY(qMin(corner.y(), m_bottomBar->y()));
-    const QRect place = (m_mode == kLarge ? kSpeedPlace : kCompactSpeedPlace).translated(corner);
+    QRect place = speedPlaceFor(width()).place;
+    if (place.isEmpty())
+        place.setLeft(place.left() - textWidth(*m_speedLabel) - 2 * kSpeedPadding);
+    place.translate(corner);
     if (m_speedLabel->geometry() != place)
         m_speedLabel->setGeometry(place);
-}
-
-void KvDevicePlayerViewUI::placeNotice() {
-    const QFontMetrics metrics = m_noticeLabel->fontMetrics();
-    const QRect free = rect().adjusted(kInset, kInset, -kInset, -kInset);
-    QSize size = metrics.boundingRect(free, Qt::TextWordWrap, m_noticeLabel->text()).size();
-    size = (size + 2 * kNoticePadding).boundedTo(free.size());
-    const QSize button =
-        m_codeButton->isHidden()
-            ? QSize()
-            : QSize(m_codeButton->fontMetrics().horizontalAdvance(m_codeButton->text()) +
-                        2 * kCodePadding.width(),
-                    m_codeButton->fontMetrics().height() + 2 * kCodePadding.height());
-    const int below = button.isEmpty() ? 0 : kCodeGap + button.height();
-    const int top = (height() - size.height() - below) / 2;
-    m_noticeLabel->setGeometry(QRect(QPoint((width() - size.width()) / 2, top), size));
-    m_codeButton->setGeometry(
-        QRect(QPoint((width() - button.width()) / 2, top + size.height() + kCodeGap), button));
 }

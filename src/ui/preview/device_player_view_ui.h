@@ -5,7 +5,7 @@
 
 #include <array>
 
-#include "ui/widgets/loading_view.h"
+#include "ui/preview/tile_badge.h"
 
 class KvDeviceRecordView;
 class KvPushButton;
@@ -13,10 +13,15 @@ class KvTUTKDevicePTZView;
 class KvWidget;
 class QLabel;
 class QPushButton;
+class QSlider;
 
 namespace orvelle {
+class PictureNotice;
+class VideoOverlay;
 class VideoSurface;
-}
+class ZoomControl;
+enum class PreviewKey;
+}  // namespace orvelle
 
 /// The widgets of KvDevicePlayerView: the picture fills the tile, everything else lies on it.
 class KvDevicePlayerViewUI : public QWidget {
@@ -39,28 +44,22 @@ public:
     };
 
     explicit KvDevicePlayerViewUI(QWidget* tile);
-    ~KvDevicePlayerViewUI() override;
 
     void setMode(int mode);
     void setName(const QString& name);
-    void setStateText(const QString& state);
-    void setBarsVisible(bool visible);
-    /// Whether the keyboard is at one of the bars' buttons.
-    bool hasFocusInBars() const;
-    bool isMouseInBars() const;
+    /// The state's word, and the colour of the dot before it.
+    void setStateText(const QString& state, const QColor& dot);
+    void setRecorded(bool isRecorded);
+    void setHeard(bool isHeard);
     /// Buttons that only some cameras have.
     void setButtonShown(Button button, bool shown);
     /// Buttons that do nothing at present look like it, and hand the keyboard to the tile.
     void setButtonEnabled(Button button, bool enabled);
     /// ":/resources/NAME_normal.png", in all states of the quality button.
     void setQualityImage(const QString& name);
+    /// Tooltip and accessible name.
+    void setTip(Button button, const char* name, orvelle::PreviewKey key);
 
-    /// Darkens the picture below a turning sign and a text.
-    void showCover(const QString& text);
-    void hideCover();
-    /// A text in the middle of the tile; empty for none. Below it, where it is offered, the button
-    /// for a new device code.
-    void showNotice(const QString& text, bool offersCode = false);
     /// Empty for none. The text changes with the next repaint of the picture.
     void setSpeedText(const QString& text);
     void setRecordShown(bool shown);
@@ -68,12 +67,16 @@ public:
     void setRecordTime(double seconds) { m_recordSeconds = seconds; }
 
     KvPushButton* button(Button button) const { return m_buttons.at(button); }
+    QSlider* volumeSlider() const { return m_volumeSlider; }
     /// Made at the first call: what it draws with takes a moment to find out.
     orvelle::VideoSurface* videoView();
     void blankPicture();
     KvTUTKDevicePTZView* ptzView() const { return m_ptzView; }
     KvDeviceRecordView* recordView() const { return m_recordView; }
-    QPushButton* codeButton() const { return m_codeButton; }
+    const orvelle::TileBadge* badge() const { return m_badge; }
+    orvelle::VideoOverlay& overlay() const { return *m_overlay; }
+    orvelle::PictureNotice* notice() const;
+    orvelle::ZoomControl& zoom() const { return *m_zoom; }
 
 protected:
     void resizeEvent(QResizeEvent* event) override;
@@ -86,21 +89,23 @@ private:
 
     void setUpLabels();
     void setUpButtons();
+    void setUpSlider();
+    void setUpOverlay();
     KvPushButton* makeButton(QWidget* bar, const char* name, const char* key);
     Measures measures() const;
     void layOut();
     void layOutTopBar(const Measures& measures);
     void layOutBottomBar(const Measures& measures);
     int placeFromRight(std::initializer_list<Button> buttons, int right, const Measures& measures);
+    int placeButton(Button button, int left, const Measures& measures);
+    void placeBadge();
     void placeSpeedLabel();
     void placeRecordView();
-    void placeNotice();
-    void setCodeOffered(bool offered);
+    void showBadge(const orvelle::TileBadge::Facts& facts);
+    void onBarsChanged(bool areShown);
     void applySpeedText();
-    void raiseControls();
 
     int m_mode = kCompact;
-    bool m_barsVisible = false;
     std::array<bool, kButtonCount> m_shown;
     QString m_speedText;
     double m_recordSeconds = 0.0;
@@ -108,18 +113,19 @@ private:
     QTimer m_speedTimer;
 
     orvelle::VideoSurface* m_videoView = nullptr;  ///< children, as all below
-    QLabel* m_noticeLabel;
-    QPushButton* m_codeButton;
+    orvelle::VideoOverlay* m_overlay;
+    orvelle::ZoomControl* m_zoom;
+    orvelle::TileBadge* m_badge;
     QLabel* m_speedLabel;
     KvTUTKDevicePTZView* m_ptzView;
     KvWidget* m_topBar;
+    KvWidget* m_dot;
     QLabel* m_nameLabel;
     QString m_name;
     QLabel* m_stateLabel;
     QLabel* m_dateTimeLabel;
     KvWidget* m_bottomBar;
+    QSlider* m_volumeSlider;
     KvDeviceRecordView* m_recordView;
     std::array<KvPushButton*, kButtonCount> m_buttons{};
-
-    KvLoadingView m_loadingView;  ///< a child only while it is shown
 };

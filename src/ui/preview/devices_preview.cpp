@@ -1,5 +1,8 @@
 #include "ui/preview/devices_preview.h"
 
+#include <QAbstractButton>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPainter>
 
 #include <algorithm>
@@ -11,6 +14,8 @@
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/preview/device_player_view.h"
 #include "ui/preview/devices_preview_ui.h"
+#include "ui/preview/keys_dialog.h"
+#include "ui/preview/preview_keys.h"
 #include "ui/preview/recording_question.h"
 #include "ui/widgets/focus_ring.h"
 #include "ui/widgets/push_button.h"
@@ -18,6 +23,7 @@
 
 namespace {
 
+constexpr QSize kDragSize(48, 27);
 constexpr int kThumbIntervalMs = 1000;
 constexpr int kToastMargin = 10;
 constexpr int kToastBottom = 50;  // above the row of layout buttons
@@ -25,7 +31,7 @@ constexpr int kToastBottom = 50;  // above the row of layout buttons
 }  // namespace
 
 KvDevicesPreview::KvDevicesPreview(QWidget* parent)
-    : QWidget(parent), m_ui(new KvDevicesPreviewUI(this)) {
+    : QWidget(parent), m_ui(new KvDevicesPreviewUI(this)), m_drag(m_ui) {
     setAttribute(Qt::WA_MouseTracking);
     m_toast.setMargins(kToastMargin, kToastBottom);
     m_thumbTimer.setSingleShot(true);
@@ -48,6 +54,7 @@ void KvDevicesPreview::connectChildren() {
         connect(tile, &Tile::clickSettingButton, this, &Grid::_onClickDeviceSettingButton);
         connect(tile, &Tile::clickSDCardButton, this, &Grid::_onClickDeviceSDCardButton);
         connect(tile, &Tile::clickCodeButton, this, &Grid::_onClickDeviceCodeButton);
+        connect(tile, &Tile::onlyThisHeard, this, &Grid::_onOnlyThisHeard);
     }
     connect(m_ui->infoView(), &KvTUTKDeviceInfoView::clickBackButton, this,
             &Grid::_onClickInfoViewBackButton);
@@ -71,6 +78,7 @@ void KvDevicesPreview::connectLayoutButtons() {
     link(orvelle::kGrid4x4, &Grid::_onClickLayout4x4);
     link(orvelle::kGrid13, &Grid::_onClickLayout13);
     link(orvelle::kGrid6, &Grid::_onClickLayout6);
+    connect(m_ui->wholeGridButton(), &QPushButton::clicked, this, &Grid::_onClickWholeGridButton);
 }
 
 void KvDevicesPreview::setGroup(KvDeviceGroup* group) {
@@ -82,11 +90,13 @@ void KvDevicesPreview::setGroup(KvDeviceGroup* group) {
 }
 
 void KvDevicesPreview::reloadGroup() {
-    endDrag();
+    m_drag.end();
     m_ui->setFullscreenTile(nullptr);
+    m_ui->setSingleTile(nullptr);
     hidePages();
     m_ui->setTitle(m_group ? m_group->name() : QString());
     if (!m_group) {
+        m_ui->setGridFullscreen(false);
         unbindTiles();
         return;
     }
@@ -139,6 +149,8 @@ void KvDevicesPreview::reloadTiles() {
     m_ui->moveToFront(order);
     for (size_t i = order.size(); i < m_ui->tiles().size(); ++i)
         m_ui->tiles()[i]->hide();
+    if (m_ui->singleTile() && !m_ui->singleTile()->device())
+        m_ui->setSingleTile(nullptr);
     m_ui->layOut();
 }
 
@@ -170,6 +182,8 @@ void KvDevicesPreview::releaseDevice(KvDevice* device) {
     hidePages();
     tile->setDevice(nullptr);
     tile->hide();
+    if (m_ui->singleTile() == tile)
+        m_ui->setSingleTile(nullptr);
 }
 
 int KvDevicesPreview::recordingsBut(const QList<KvDevice*>& staying) const {
@@ -234,13 +248,14 @@ void KvDevicesPreview::setMinimised(bool minimised) {
 }
 
 bool KvDevicesPreview::isFullscreen() const {
-    return m_ui->fullscreenTile() != nullptr ||
+    return m_ui->fullscreenTile() != nullptr || m_ui->isGridFullscreen() ||
            (!m_ui->playbackView()->isHidden() && m_ui->playbackView()->isFullscreen());
 }
 
 void KvDevicesPreview::exitsFullscreen() {
     qDebug("exitsFullscreen");
     m_ui->setFullscreenTile(nullptr);
+    m_ui->setGridFullscreen(false);
     m_ui->playbackView()->exitsFullscreen();
 }
 
@@ -269,7 +284,7 @@ void KvDevicesPreview::_onClickPlayerViewShutdown(KvDevicePlayerView*) {
 
 void KvDevicesPreview::_onClickPlayerViewFullscreen(KvDevicePlayerView* view, bool fullscreen) {
     if (fullscreen) {
-        endDrag();
+        m_drag.end();
         // Its Esc key leads back.
         view->setFocus(Qt::OtherFocusReason);
         m_ui->setFullscreenTile(view);
@@ -278,6 +293,7 @@ void KvDevicesPreview::_onClickPlayerViewFullscreen(KvDevicePlayerView* view, bo
         if (!orvelle::FocusRing::isKeyboardInUse())
             view->clearFocus();
         m_ui->setFullscreenTile(nullptr);
+        m_ui->setGridFullscreen(false);
     }
     emit requestFullscreen(fullscreen);
 }
@@ -329,6 +345,26 @@ void KvDevicesPreview::_onClickDeviceCodeButton(KvDevicePlayerView* view) {
         emit enterCode(view->device());
 }
 
+void KvDevicesPreview::_onOnlyThisHeard(KvDevicePlayerView* view) {
+    for (KvDevicePlayerView* tile : m_ui->tiles()) {
+        if (tile != view)
+            tile->silence();
+    }
+}
+
+void KvDevicesPreview::_onClickWholeGridButton(bool) {
+    setGridFullscreen(!m_ui->isGridFullscreen());
+}
+
+void KvDevicesPreview::setGridFullscreen(bool fullscreen) {
+    m_drag.end();
+    m_ui->setFullscreenTile(nullptr);
+    m_ui->setGridFullscreen(fullscreen);
+    if (fullscreen && focusedTile() < 0)
+        setFocus(Qt::OtherFocusReason);
+    emit requestFullscreen(fullscreen);
+}
+
 void KvDevicesPreview::alertOffline(KvDevicePlayerView* view) {
     KvAlertDialog alert(orvelle::text("camera_offline"), window());
     alert.setCancelVisible(false);
@@ -352,14 +388,16 @@ void KvDevicesPreview::_onClickPlaybackViewBackButton() {
     // The window stays as it was only for the tile that it was full of before.
     if (tile)
         _onClickPlayerViewFullscreen(tile, true);
-    else if (wasFullscreen)
+    else if (wasFullscreen && !m_ui->isGridFullscreen())
         emit requestFullscreen(false);
 }
 
 /// A window that is left by way of the page is not full of a tile behind it.
 void KvDevicesPreview::_onPlaybackViewRequestFullscreen(bool fullscreen) {
-    if (!fullscreen)
+    if (!fullscreen) {
         m_ui->setFullscreenTile(nullptr);
+        m_ui->setGridFullscreen(false);
+    }
     emit requestFullscreen(fullscreen);
 }
 
@@ -401,6 +439,7 @@ void KvDevicesPreview::chooseLayout(int layout) {
             KvToast::kBottomCentre, orvelle::palette::kToastMs);
         return;
     }
+    m_ui->setSingleTile(nullptr);
     m_group->setLayout(layout);
     saveGroup();
     m_ui->setLayoutIndex(orvelle::usableLayout(layout, count));
@@ -414,4 +453,152 @@ void KvDevicesPreview::saveGroup() {
 
 void KvDevicesPreview::resizeEvent(QResizeEvent*) {
     m_ui->setGeometry(rect());
+}
+
+bool KvDevicesPreview::isGridInFront() const {
+    return m_group && m_ui->infoView()->isHidden() && m_ui->playbackView()->isHidden();
+}
+
+bool KvDevicesPreview::canDrag() const {
+    return isGridInFront() && m_group->devices().size() > 1 &&
+           m_group->type() != KvDeviceGroup::kSingleCamera && !m_ui->fullscreenTile() &&
+           !m_ui->singleTile() && m_ui->tilesShown() > 1;
+}
+
+QPixmap KvDevicesPreview::dragPicture(int tile) const {
+    QPixmap picture(kDragSize);
+    QPainter painter(&picture);
+    paintTile(tile, &painter, picture.rect());
+    return picture;
+}
+
+void KvDevicesPreview::mousePressEvent(QMouseEvent* event) {
+    const bool mayDrag = event->button() == Qt::LeftButton && canDrag();
+    m_drag.press(mayDrag ? tileAt(event->pos().x(), event->pos().y()) : -1, event->pos());
+}
+
+void KvDevicesPreview::mouseMoveEvent(QMouseEvent* event) {
+    m_drag.move(event->pos(), [this](int tile) { return dragPicture(tile); });
+}
+
+void KvDevicesPreview::mouseReleaseEvent(QMouseEvent* event) {
+    const int from = m_drag.release();
+    const int to = tileAt(event->pos().x(), event->pos().y());
+    if (from >= 0 && to >= 0 && from != to)
+        swapTiles(qMin(from, to), qMax(from, to));
+}
+
+void KvDevicesPreview::hideEvent(QHideEvent* event) {
+    m_drag.end();
+    QWidget::hideEvent(event);
+}
+
+void KvDevicesPreview::swapTiles(int first, int second) {
+    qDebug("mouseReleaseEvent swap(%d, %d)", first, second);
+    if (!m_group->swapDevices(first, second))
+        return;
+    m_group->setThumbnailReady(false);
+    reloadTiles();
+    saveGroup();
+    emit deviceGroupInfoChanged(m_group);
+}
+
+void KvDevicesPreview::keyPressEvent(QKeyEvent* event) {
+    if (!pressKey(*event))
+        QWidget::keyPressEvent(event);
+}
+
+bool KvDevicesPreview::pressKey(const QKeyEvent& event) {
+    using orvelle::GridDirection;
+    using orvelle::PreviewKey;
+    if (!isGridInFront())
+        return false;
+    if (event.key() == Qt::Key_Escape && (m_ui->isGridFullscreen() || m_ui->singleTile())) {
+        m_ui->isGridFullscreen() ? setGridFullscreen(false) : toggleSingleTile();
+        return true;
+    }
+    const PreviewKey key = orvelle::previewKey(event);
+    switch (key) {
+        case PreviewKey::kLeft:
+        case PreviewKey::kRight:
+        case PreviewKey::kUp:
+        case PreviewKey::kDown:
+            goTo(static_cast<GridDirection>(int(key) - int(PreviewKey::kLeft)));
+            return true;
+        case PreviewKey::kSwapLeft:
+        case PreviewKey::kSwapRight:
+        case PreviewKey::kSwapUp:
+        case PreviewKey::kSwapDown:
+            swapTowards(static_cast<GridDirection>(int(key) - int(PreviewKey::kSwapLeft)));
+            return true;
+        case PreviewKey::kLayout1:
+        case PreviewKey::kLayout2:
+        case PreviewKey::kLayout3:
+        case PreviewKey::kLayout4:
+        case PreviewKey::kLayout5:
+        case PreviewKey::kLayout6:
+            chooseLayout(m_ui->layoutAt(int(key) - int(PreviewKey::kLayout1)));
+            return true;
+        case PreviewKey::kOpen:
+            // A button that has the keyboard is pressed by that key.
+            if (qobject_cast<QAbstractButton*>(window()->focusWidget()))
+                return false;
+            toggleSingleTile();
+            return true;
+        case PreviewKey::kWholeGrid:
+            setGridFullscreen(!window()->isFullScreen());
+            return true;
+        case PreviewKey::kHelp:
+            orvelle::KeysDialog(window()).execCentred(this);
+            return true;
+        default:
+            return false;
+    }
+}
+
+int KvDevicesPreview::focusedTile() const {
+    const QWidget* focused = window()->focusWidget();
+    const auto& tiles = m_ui->tiles();
+    const auto tile = std::find_if(tiles.begin(), tiles.end(), [focused](const auto* each) {
+        return each->isVisible() && each->isAncestorOf(focused);
+    });
+    return tile == tiles.end() ? -1 : static_cast<int>(tile - tiles.begin());
+}
+
+void KvDevicesPreview::focusTile(int tile) {
+    m_ui->tiles()[tile]->setFocus(Qt::ShortcutFocusReason);
+}
+
+/// Alone, a tile gives its place to the one that would be there.
+void KvDevicesPreview::goTo(orvelle::GridDirection direction) {
+    const int from = focusedTile();
+    const int to = from < 0 ? 0 : m_ui->neighbour(from, direction);
+    if (to < 0 || to >= m_group->devices().size())
+        return;
+    if (m_ui->singleTile() && !m_ui->fullscreenTile())
+        m_ui->setSingleTile(m_ui->tiles()[to]);
+    if (m_ui->tiles()[to]->isVisible())
+        focusTile(to);
+}
+
+void KvDevicesPreview::swapTowards(orvelle::GridDirection direction) {
+    const int from = focusedTile();
+    const int to = from < 0 ? -1 : m_ui->neighbour(from, direction);
+    if (!canDrag() || to < 0 || to >= m_group->devices().size())
+        return;
+    swapTiles(qMin(from, to), qMax(from, to));
+    // What was chosen stays so, in its new place.
+    focusTile(to);
+}
+
+void KvDevicesPreview::toggleSingleTile() {
+    if (m_ui->fullscreenTile())
+        return;
+    const int tile = focusedTile();
+    if (m_ui->singleTile())
+        m_ui->setSingleTile(nullptr);
+    else if (tile >= 0 && m_ui->tilesShown() > 1)
+        m_ui->setSingleTile(m_ui->tiles()[tile]);
+    if (tile >= 0)
+        focusTile(tile);
 }

@@ -1,12 +1,13 @@
 #pragma once
 
 #include <QElapsedTimer>
-#include <QPoint>
 #include <QPointer>
 #include <QTimer>
 #include <QWidget>
 
 #include "device/device_group.h"
+#include "ui/preview/grid_drag.h"
+#include "ui/preview/grid_layout.h"
 #include "ui/widgets/toast.h"
 
 class KvDevicePlayerView;
@@ -46,6 +47,10 @@ public:
     /// Draws a tile's picture into `rect`: 0, or -1 outside the tiles or without an entry.
     int paintTile(int index, QPainter* painter, const QRect& rect) const;
 
+    /// A key that nobody in the grid took, perhaps since the keyboard is elsewhere. False when it
+    /// means nothing here.
+    bool pressKey(const QKeyEvent& event);
+
     /// The window is minimised, or not any more.
     void setMinimised(bool minimised);
 
@@ -67,6 +72,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void hideEvent(QHideEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
 
 private slots:
     void _onPlayerViewThumbUpdate(KvDevicePlayerView* view);
@@ -76,6 +82,8 @@ private slots:
     void _onClickDeviceSettingButton(KvDevicePlayerView* view);
     void _onClickDeviceSDCardButton(KvDevicePlayerView* view);
     void _onClickDeviceCodeButton(KvDevicePlayerView* view);
+    void _onOnlyThisHeard(KvDevicePlayerView* view);
+    void _onClickWholeGridButton(bool);
     void _onClickLayout1x1(bool);
     void _onClickLayout2x2(bool);
     void _onClickLayout3x3(bool);
@@ -103,17 +111,22 @@ private:
     void focusPageOpener();
     void chooseLayout(int layout);
     void saveGroup();
+    bool isGridInFront() const;
     bool canDrag() const;
-    void startDrag(const QPoint& position);
-    void endDrag();
+    QPixmap dragPicture(int tile) const;
+    /// The tile that the keyboard is in, or -1.
+    int focusedTile() const;
+    void focusTile(int tile);
+    void goTo(orvelle::GridDirection direction);
+    void swapTowards(orvelle::GridDirection direction);
+    void toggleSingleTile();
+    void setGridFullscreen(bool fullscreen);
     void swapTiles(int first, int second);
 
     KvDevicesPreviewUI* const m_ui;  ///< child
     QPointer<KvDeviceGroup> m_group;
     KvToast m_toast;
-    int m_dragIndex = -1;  ///< the pressed tile; it is dragged once the mouse has moved enough
-    bool m_isDragging = false;
-    QPoint m_pressPosition;
+    orvelle::GridDrag m_drag;
     QTimer m_thumbTimer;                         ///< runs while a report of new thumbnails is due
     KvDevicePlayerView* m_pageOpener = nullptr;  ///< the tile, child of the interface
     QElapsedTimer m_sinceThumbUpdate;

@@ -1,6 +1,7 @@
 #include "ui/preview/devices_preview_ui.h"
 
 #include <QLabel>
+#include <QPainter>
 
 #include <algorithm>
 #include <iterator>
@@ -9,6 +10,7 @@
 #include "ui/palette.h"
 #include "ui/playback/sdcard_playback_view.h"
 #include "ui/preview/device_player_view.h"
+#include "ui/preview/preview_keys.h"
 #include "ui/widgets/push_button.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
@@ -19,31 +21,30 @@ constexpr int kBarHeight = 40;
 constexpr int kButtonSize = 24;
 constexpr int kButtonGap = 16;
 constexpr int kMargin = 14;
+constexpr QColor kGutterColour(0x24, 0x24, 0x24);
+constexpr QColor kEmptyColour(0x12, 0x12, 0x12);
+constexpr int kHalfGutter = 1;
 
 /// By layout index, each with the order of its button in the row.
 struct LayoutButton {
     const char* image;
     int place;
+    const char* name;
 };
 constexpr std::array<LayoutButton, KvDevicesPreviewUI::kLayoutButtons> kButtons{{
-    {"layout1x1", 0},
-    {"layout2x2", 1},
-    {"layout3x3", 3},
-    {"layout6", 2},
-    {"layout13", 4},
-    {"layout4x4", 5},
+    {"layout1x1", 0, orvelle::textKey("one_picture")},
+    {"layout2x2", 1, orvelle::textKey("four_pictures")},
+    {"layout3x3", 3, orvelle::textKey("nine_pictures")},
+    {"layout6", 2, orvelle::textKey("six_pictures")},
+    {"layout13", 4, orvelle::textKey("thirteen_pictures")},
+    {"layout4x4", 5, orvelle::textKey("sixteen_pictures")},
 }};
-
-/// Buttons that cannot be told by a word are told by the number of their pictures.
-QString tileCountText(int layout) {
-    return QString::number(orvelle::tileCount(layout));
-}
 
 }  // namespace
 
 KvDevicesPreviewUI::KvDevicesPreviewUI(QWidget* parent)
     : KvWidget(parent), m_bar(nullptr), m_title(nullptr) {
-    setBackgroundColor(0x000000, 255);
+    setBackgroundColor(kGutterColour);
     for (int i = 0; i < orvelle::kMaxTiles; ++i) {
         m_tiles.push_back(new KvDevicePlayerView(this));
         m_tiles.back()->hide();
@@ -64,19 +65,26 @@ void KvDevicesPreviewUI::setUpBar() {
     m_title->setStyleSheet(KvWidgetUtils::labelColorStyle(0xffffff));
     KvWidgetUtils::setFont(m_title, orvelle::palette::kFontPixels);
     for (int place = 0; place < kLayoutButtons; ++place) {
-        for (int layout = 0; layout < kLayoutButtons; ++layout) {
-            if (kButtons.at(layout).place != place)
-                continue;
-            auto* button = new KvPushButton(m_bar);
-            const QString image = QLatin1String(kButtons.at(layout).image);
-            const orvelle::ButtonImages images = KvWidgetUtils::imagesOf(image);
-            button->setImages({images.normal, {}, images.pressed, {}},
-                              {images.pressed, {}, {}, {}});
-            button->setToolTip(tileCountText(layout));
-            button->setAccessibleName(tileCountText(layout));
-            m_layoutButtons.at(layout) = button;
-        }
+        const int layout = layoutAt(place);
+        auto* button = new KvPushButton(m_bar);
+        const QString image = QLatin1String(kButtons.at(layout).image);
+        const orvelle::ButtonImages images = KvWidgetUtils::imagesOf(image);
+        button->setImages({images.normal, {}, images.pressed, {}}, {images.pressed, {}, {}, {}});
+        orvelle::setKeyToolTip(
+            button, kButtons.at(layout).name,
+            static_cast<orvelle::PreviewKey>(int(orvelle::PreviewKey::kLayout1) + place));
+        m_layoutButtons.at(layout) = button;
     }
+    m_wholeGridButton = new KvPushButton(m_bar);
+    m_wholeGridButton->setImages(KvWidgetUtils::imagesOf(QStringLiteral("fullscreen")));
+    orvelle::setKeyToolTip(m_wholeGridButton, "full_screen_of_all_pictures",
+                           orvelle::PreviewKey::kWholeGrid);
+}
+
+int KvDevicesPreviewUI::layoutAt(int place) {
+    const auto button = std::find_if(kButtons.begin(), kButtons.end(),
+                                     [place](const auto& each) { return each.place == place; });
+    return static_cast<int>(button - kButtons.begin());
 }
 
 KvPushButton* KvDevicesPreviewUI::layoutButton(int layout) const {
@@ -108,48 +116,93 @@ void KvDevicesPreviewUI::setFullscreenTile(KvDevicePlayerView* tile) {
     layOut();
 }
 
+void KvDevicesPreviewUI::setSingleTile(KvDevicePlayerView* tile) {
+    if (m_singleTile == tile)
+        return;
+    m_singleTile = tile;
+    layOut();
+}
+
+void KvDevicesPreviewUI::setGridFullscreen(bool fullscreen) {
+    if (m_isGridFullscreen == fullscreen)
+        return;
+    m_isGridFullscreen = fullscreen;
+    for (KvDevicePlayerView* tile : m_tiles)
+        tile->setFullscreen(fullscreen);
+    layOut();
+}
+
+int KvDevicesPreviewUI::neighbour(int tile, orvelle::GridDirection direction) const {
+    return orvelle::neighbourOf(m_places, tile, direction);
+}
+
 void KvDevicesPreviewUI::setTitle(const QString& title) {
     m_titleText = title;
     m_title->setToolTip(KvWidgetUtils::toolTipText(title));
     layOutBar();
 }
 
-void KvDevicesPreviewUI::place(KvDevicePlayerView* tile, const QRect& area, int controlMode) {
+void KvDevicesPreviewUI::place(KvDevicePlayerView* tile, const QRect& area, int controlMode,
+                               int inset) {
     tile->setControlMode(controlMode);
+    tile->setInset(inset);
     tile->setGeometry(area);
     tile->setVisible(tile->device() && !isPageShown());
 }
 
+void KvDevicesPreviewUI::placeAlone(KvDevicePlayerView* tile) {
+    const int barHeight = m_bar->isHidden() ? 0 : kBarHeight;
+    place(tile, rect().adjusted(0, 0, 0, -barHeight), KvDevicePlayerViewUI::kLarge, 0);
+    for (KvDevicePlayerView* other : m_tiles)
+        other->setVisible(other == tile && !isPageShown());
+}
+
 void KvDevicesPreviewUI::layOut() {
-    m_bar->setVisible(!m_fullscreenTile);
-    layOutBar();
     using UI = KvDevicePlayerViewUI;
-    if (m_fullscreenTile) {
-        place(m_fullscreenTile, rect(), UI::kLarge);
-        for (KvDevicePlayerView* tile : m_tiles)
-            tile->setVisible(tile == m_fullscreenTile && !isPageShown());
+    m_bar->setVisible(!m_fullscreenTile && !m_isGridFullscreen);
+    layOutBar();
+    const int barHeight = m_bar->isHidden() ? 0 : kBarHeight;
+    m_places = orvelle::tilePlaces(m_layoutIndex, {width(), height() - barHeight});
+    m_tilesShown = static_cast<int>(m_places.size());
+    if (KvDevicePlayerView* alone = m_fullscreenTile ? m_fullscreenTile : m_singleTile) {
+        placeAlone(alone);
         return;
     }
-    const std::vector<QRect> places =
-        orvelle::tilePlaces(m_layoutIndex, {width(), height() - kBarHeight});
-    m_tilesShown = static_cast<int>(places.size());
-    const int mode = m_layoutIndex == orvelle::kGrid1x1 ? UI::kLarge : UI::kCompact;
+    const bool isSingle = m_tilesShown == 1;
     for (size_t i = 0; i < m_tiles.size(); ++i) {
-        if (i < places.size())
-            place(m_tiles[i], places[i], mode);
+        if (i < m_places.size())
+            place(m_tiles[i], m_places[i], isSingle ? UI::kLarge : UI::kCompact,
+                  isSingle ? 0 : kHalfGutter);
         else
             m_tiles[i]->hide();
+    }
+    update();
+}
+
+/// Places without a camera look like places.
+void KvDevicesPreviewUI::paintEvent(QPaintEvent* event) {
+    KvWidget::paintEvent(event);
+    if (m_fullscreenTile || m_singleTile)
+        return;
+    QPainter painter(this);
+    for (size_t i = 0; i < m_places.size(); ++i) {
+        if (!m_tiles[i]->device())
+            painter.fillRect(
+                m_places[i].adjusted(kHalfGutter, kHalfGutter, -kHalfGutter, -kHalfGutter),
+                kEmptyColour);
     }
 }
 
 void KvDevicesPreviewUI::layOutBar() {
     m_bar->setGeometry(0, height() - kBarHeight, width(), kBarHeight);
     const int rowWidth = kLayoutButtons * (kButtonSize + kButtonGap) - kButtonGap;
-    const int left = width() - kMargin - rowWidth;
+    const int top = (kBarHeight - kButtonSize) / 2;
+    m_wholeGridButton->setGeometry(width() - kMargin - kButtonSize, top, kButtonSize, kButtonSize);
+    const int left = m_wholeGridButton->x() - 2 * kButtonGap - rowWidth;
     for (int layout = 0; layout < kLayoutButtons; ++layout)
         m_layoutButtons.at(layout)->setGeometry(
-            left + kButtons.at(layout).place * (kButtonSize + kButtonGap),
-            (kBarHeight - kButtonSize) / 2, kButtonSize, kButtonSize);
+            left + kButtons.at(layout).place * (kButtonSize + kButtonGap), top, kButtonSize,
+            kButtonSize);
     const int titleWidth = qMax(0, left - 2 * kMargin);
     m_title->setGeometry(kMargin, 0, titleWidth, kBarHeight);
     m_title->setText(m_title->fontMetrics().elidedText(m_titleText, Qt::ElideRight, titleWidth));
@@ -181,27 +234,6 @@ void KvDevicesPreviewUI::setGridEnabled(bool enabled) {
     for (KvDevicePlayerView* tile : m_tiles)
         tile->setEnabled(enabled);
     m_bar->setEnabled(enabled);
-}
-
-void KvDevicesPreviewUI::showDragLabel(const QPixmap& pixmap, const QPoint& centre) {
-    removeDragLabel();
-    m_dragLabel = new QLabel(this);
-    m_dragLabel->setAttribute(Qt::WA_TransparentForMouseEvents);
-    m_dragLabel->setPixmap(pixmap);
-    m_dragLabel->resize(pixmap.size());
-    moveDragLabel(centre);
-    m_dragLabel->show();
-}
-
-void KvDevicesPreviewUI::moveDragLabel(const QPoint& centre) {
-    if (m_dragLabel)
-        m_dragLabel->move(centre.x() - m_dragLabel->width() / 2,
-                          centre.y() - m_dragLabel->height() / 2);
-}
-
-void KvDevicesPreviewUI::removeDragLabel() {
-    delete m_dragLabel;
-    m_dragLabel = nullptr;
 }
 
 void KvDevicesPreviewUI::resizeEvent(QResizeEvent*) {

@@ -1,6 +1,8 @@
 #include "ui/preview/grid_layout.h"
 
 #include <array>
+#include <cstdlib>
+#include <utility>
 
 namespace orvelle {
 
@@ -77,6 +79,36 @@ std::vector<QRect> tilePlaces(int layout, const QSize& area) {
                             cells.height() * cellHeight);
     }
     return places;
+}
+
+int neighbourOf(const std::vector<QRect>& places, int from, GridDirection direction) {
+    if (from < 0 || from >= static_cast<int>(places.size()))
+        return -1;
+    // Turned so that the way goes to the right.
+    const auto turned = [direction](const QRect& place) {
+        const bool isUpright = direction == GridDirection::kUp || direction == GridDirection::kDown;
+        const QRect across =
+            isUpright ? QRect(place.y(), place.x(), place.height(), place.width()) : place;
+        const bool isBack = direction == GridDirection::kLeft || direction == GridDirection::kUp;
+        return isBack ? QRect(-across.x() - across.width(), across.y(), across.width(),
+                              across.height())
+                      : across;
+    };
+    const QRect start = turned(places[static_cast<size_t>(from)]);
+    int best = -1;
+    std::pair<int, int> bestDistance;
+    for (size_t i = 0; i < places.size(); ++i) {
+        const QRect place = turned(places[i]);
+        if (place.left() < start.left() + start.width() || place.bottom() < start.top() ||
+            place.top() > start.bottom())
+            continue;
+        const std::pair distance(place.left(), std::abs(place.center().y() - start.center().y()));
+        if (best < 0 || distance < bestDistance) {
+            best = static_cast<int>(i);
+            bestDistance = distance;
+        }
+    }
+    return best;
 }
 
 }  // namespace orvelle

@@ -29,4 +29,10 @@ int usableLayout(int stored, int cameras);
 /// so the last column and row leave up to three pixels free. Empty for an unknown layout.
 std::vector<QRect> tilePlaces(int layout, const QSize& area);
 
+/// In the order of the keys.
+enum class GridDirection { kLeft, kRight, kUp, kDown };
+
+/// The place that lies next to another one, as near to its middle line as may be; -1 at the edge.
+int neighbourOf(const std::vector<QRect>& places, int from, GridDirection direction);
+
 }  // namespace orvelle

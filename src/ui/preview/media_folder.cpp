@@ -1,6 +1,7 @@
 #include "ui/preview/media_folder.h"
 
 #include "core/file_utils.h"
+#include "device/device_manager.h"
 #include "render/video_surface.h"
 #include "ui/dialogs/alert_dialog.h"
 #include "ui/widgets/text.h"
@@ -24,14 +25,23 @@ bool agreesToDefaultFolder(QWidget* over) {
     return true;
 }
 
-QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name, QWidget* over,
-                     KvToast& toast) {
+void nameMediaFolder(const QString& uid) {
+    KvDeviceManager* const manager = KvDeviceManager::instance();
+    const KvDevice* const device = manager ? manager->findDevice(uid) : nullptr;
+    if (device)
+        manager->nameMediaFolder(*device);
+}
+
+QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name,
+                     const QDateTime& takenAt, QWidget* over, KvToast& toast) {
     const QString folder = usableMediaFolder(KvFileUtils::screenshotPath, uid, over);
     if (folder.isEmpty())
         return {};
     const QString path = QStringLiteral("%1/%2.jpg").arg(folder, name);
-    if (view.snapshot(path))
+    if (view.snapshot(path, takenAt)) {
+        nameMediaFolder(uid);
         return path;
+    }
     toast.show(over, text("screenshot_failed"));
     return {};
 }

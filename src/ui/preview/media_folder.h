@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDateTime>
 #include <QString>
 
 class KvToast;
@@ -19,9 +20,13 @@ QString usableMediaFolder(QString (*folderOf)(const QString& uid), const QString
 /// it.
 bool agreesToDefaultFolder(QWidget* over);
 
-/// Writes the view's picture as NAME.jpg to the camera's snapshot folder: its path, or empty after
-/// the user was told by `toast` or did not want it.
-QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name, QWidget* over,
-                     KvToast& toast);
+/// Puts the camera's name into its media folder, which has been made, for whoever looks for it
+/// there. Returns at once.
+void nameMediaFolder(const QString& uid);
+
+/// Writes the view's picture, taken at that moment, as NAME.jpg to the camera's snapshot folder:
+/// its path, or empty after the user was told by `toast` or did not want it.
+QString saveSnapshot(VideoSurface& view, const QString& uid, const QString& name,
+                     const QDateTime& takenAt, QWidget* over, KvToast& toast);
 
 }  // namespace orvelle

@@ -21,6 +21,10 @@ QString causeOf(RecordingFault fault) {
     switch (fault) {
         case RecordingFault::kDiskFull:
             return text("the_disk_is_full");
+        case RecordingFault::kQuota:
+            return text("the_disk_space_allowed_to_you_is_used_up");
+        case RecordingFault::kFileTooLarge:
+            return text("no_file_can_be_larger_there");
         case RecordingFault::kDiskTooSlow:
             return text("the_disk_does_not_keep_up");
         default:

@@ -1,7 +1,8 @@
 #include "ui/widgets/animation_view.h"
 
 #include <QPainter>
-#include <QtDebug>
+
+#include "core/log.h"
 
 KvAnimationView::KvAnimationView(QWidget* parent) : QWidget(parent) {}
 
@@ -30,7 +31,7 @@ void KvAnimationView::_doAnimation() {
 void KvAnimationView::paintEvent(QPaintEvent*) {
     if (m_pixmap.isNull())
         return;
-    qDebug("pixmap = (%d, %d)", m_pixmap.width(), m_pixmap.height());
+    qCDebug(lcDebug, "pixmap = (%d, %d)", m_pixmap.width(), m_pixmap.height());
     const QPixmap rotated =
         m_pixmap.transformed(QTransform().rotate(m_angle), Qt::SmoothTransformation);
     const QRect centre(QPoint((rotated.width() - m_pixmap.width()) / 2,
