@@ -139,8 +139,11 @@ void SoundStream::post(QEvent::Type type) {
 
 bool SoundStream::event(QEvent* event) {
     tsanAcquire(this);
-    if (event->type() == kRetirement)
+    if (event->type() == kRetirement) {
         deleteLater();
+        // The thread may end first; then the next one deletes it.
+        tsanRelease(this);
+    }
     if (event->type() != kRequest)
         return QObject::event(event);
     m_isWakePending = false;
