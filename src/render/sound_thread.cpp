@@ -1,5 +1,7 @@
 #include "render/sound_thread.h"
 
+#include <QCoreApplication>
+
 #include "core/tsan_annotations.h"
 
 namespace orvelle {
@@ -37,9 +39,13 @@ bool SoundThread::hasEnded(int timeoutMs) {
 }
 
 void SoundThread::run() {
+    // A run inherits the queue of events of the one before, which it has waited for.
+    tsanAcquire(this);
     tsanRelease(this);
     for (;;) {
         exec();
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        tsanRelease(this);
         std::lock_guard<std::mutex> lock(m_mutex);
         m_isEnded = m_users == 0;
         if (m_isEnded)
