@@ -80,6 +80,8 @@ void MainWindow::downloadUpdate(const KvUpdateInfo& info) {
 
 QString MainWindow::startInstaller(const QString& path, const orvelle::InstallerProof& proof) {
     using Outcome = orvelle::InstallerThread::Outcome;
+    if (!mayEndWhatRuns())
+        return {};
     orvelle::InstallerStartDialog dialog(path, proof, this);
     dialog.execCentred();
     switch (dialog.outcome()) {
