@@ -158,13 +158,23 @@ private slots:
         }
     }
 
+    void stoppedDownload_leavesNothing_data() {
+        QTest::addColumn<bool>("isDetached");
+        QTest::newRow("stopped") << false;
+        QTest::newRow("detached") << true;
+    }
+
     void stoppedDownload_leavesNothing() {
+        QFETCH(bool, isDetached);
         const QTemporaryDir folder;
         CardDownload download(device(), {stretch(0, 180)},
                               folder.filePath(QStringLiteral("clip.mp4")));
         download.start();
         QVERIFY(waitUntil(kWaitMs, [&] { return download.progress() > 0.05; }));
-        download.stop();
+        if (isDetached)
+            download.detach();
+        else
+            download.stop();
         QVERIFY(waitUntil(kWaitMs, [&] { return download.isOver(); }));
         QCOMPARE(int(download.state()), int(State::kStopped));
         QVERIFY(QDir(folder.path()).isEmpty());

@@ -139,6 +139,9 @@ void CardStore::readDirectory() {
     std::vector<int64_t> unfinished;
     const QFileInfoList files = QDir(m_directory).entryInfoList(QDir::Files | QDir::System);
     for (const QFileInfo& file : files) {
+        // A pipe would hold up whoever opens it.
+        if (!file.isFile())
+            continue;
         const auto name = readRecordingName(file.fileName());
         if (name && name->isUnfinished)
             unfinished.push_back(name->startSec);

@@ -11,6 +11,9 @@ namespace orvelle {
 
 namespace {
 
+/// Of pictures from one key picture to the next: more is in no recording of a camera's own.
+constexpr size_t kMaxHeldBytes = 64 * 1024 * 1024;
+
 SharedBytes copyOf(const AVPacket& packet) {
     return std::make_shared<std::vector<uint8_t>>(packet.data, packet.data + packet.size);
 }
@@ -83,16 +86,20 @@ void RecordingReader::seek(int64_t timeUs, bool isFinished) {
         jumpTowards(timeUs);
     std::deque<EncodedFrame> group;
     bool hasKey = false;
+    size_t heldBytes = 0;
     while (auto frame = readFrame()) {
         const bool isVideo = frame->medium == Medium::kVideo;
         const bool isBeyond = isVideo && frame->timeUs > timeUs;
         if (isVideo && frame->isKey && (!isBeyond || !hasKey)) {
             group.clear();
+            heldBytes = 0;
             hasKey = true;
         }
-        if (hasKey)
-            group.push_back(std::move(*frame));
-        if (hasKey && isBeyond)
+        if (!hasKey)
+            continue;
+        heldBytes += frame->bytes->size();
+        group.push_back(std::move(*frame));
+        if (isBeyond || heldBytes >= kMaxHeldBytes)
             break;
     }
     m_ahead.swap(group);

@@ -18,11 +18,15 @@ namespace orvelle {
 namespace {
 
 constexpr int kMinuteSec = 60;
-constexpr int kReadWaitMs = 100;
+/// What whoever detaches may have to wait.
+constexpr int kReadWaitMs = 30;
 constexpr int kPauseWaitMs = 50;
 constexpr int kCameraWaitMs = 500;
 /// The camera's stamps are milliseconds: what differs by less is the same picture.
 constexpr double kSameSec = 0.0005;
+/// Others may take a name at the same moment, or look into a new file.
+constexpr int kNameTries = 5;
+constexpr int kNameRetryMs = 100;
 constexpr char kFormat[] = "mp4";
 /// Without sound among the first packets there is taken to be none.
 constexpr size_t kPicturesBeforeSound = 60;
@@ -47,9 +51,9 @@ QString freeName(const QString& path) {
 
 CardDownload::CardDownload(KvTUTKDevice* device, std::vector<Stretch> stretches, QString path)
     : KvThread(QStringLiteral("card-download")),
-      m_device(device),
       m_stretches(std::move(stretches)),
-      m_path(std::move(path)) {
+      m_path(std::move(path)),
+      m_device(device) {
     for (const Stretch& stretch : m_stretches)
         m_totalSec += static_cast<double>(stretch.toSec - stretch.fromSec);
 }
@@ -63,6 +67,16 @@ void CardDownload::run() {
     m_state = fetchAll();
 }
 
+void CardDownload::detach() {
+    stop();
+    const std::lock_guard<std::mutex> lock(m_deviceMutex);
+    if (m_input) {
+        m_input->close();
+        m_input->setDevice(nullptr);
+    }
+    m_device = nullptr;
+}
+
 CardDownload::State CardDownload::fetchAll() {
     for (const Stretch& stretch : m_stretches) {
         if (!fetchStretch(stretch))
@@ -73,22 +87,36 @@ CardDownload::State CardDownload::fetchAll() {
 }
 
 CardDownload::State CardDownload::finish() {
-    if (!m_file && !m_heldPictures.empty() && !isStopped())
-        m_hasFailed = createFile(nullptr) < 0 || m_hasFailed;
-    const bool wasOpen = m_file && m_file->isOpen();
-    const QString part = wasOpen ? m_file->path() : QString();
-    const bool isClosed = !wasOpen || m_file->close() >= 0;
-    if (!isStopped() && !m_hasFailed && isClosed && wasOpen && m_file->isKept()) {
-        m_finalPath = freeName(m_path);
-        if (QFile::rename(part, m_finalPath))
-            return State::kDone;
-        m_hasFailed = true;
-    }
-    if (!part.isEmpty())
-        QFile::remove(part);
-    if (isStopped())
+    if (isStopped()) {
+        if (m_file)
+            m_file->discard();
         return State::kStopped;
-    return m_hasFailed || !isClosed ? State::kNotWritten : State::kNothing;
+    }
+    if (!m_file && !m_heldPictures.empty())
+        m_error = std::min(m_error, createFile(nullptr));
+    if (m_file && m_file->isOpen()) {
+        const QString part = m_file->path();
+        const int closed = m_file->close();
+        if (m_error == 0)
+            m_error = std::min(closed, 0);
+        if (m_file->isKept())
+            m_finalPath = nameFile(part);
+    }
+    if (m_error < 0)
+        return State::kNotWritten;
+    return m_finalPath.isEmpty() ? State::kNothing : State::kDone;
+}
+
+/// What cannot be renamed stays what it is called, rather than be lost.
+QString CardDownload::nameFile(const QString& part) {
+    for (int tries = 0; tries < kNameTries; ++tries) {
+        const QString name = freeName(m_path);
+        if (QFile::rename(part, name))
+            return name;
+        sleepUnlessStopped(kNameRetryMs);
+    }
+    qCWarning(lcMedia).noquote() << "download: cannot be renamed:" << part;
+    return part;
 }
 
 /// False when the download is over.
@@ -117,7 +145,6 @@ bool CardDownload::fetchStretch(const Stretch& stretch) {
             case Outcome::kInterrupted:
                 break;
             case Outcome::kNotWritten:
-                m_hasFailed = true;
                 return false;
         }
     }
@@ -131,17 +158,10 @@ int64_t CardDownload::nextMinute(const Stretch& stretch) const {
 
 CardDownload::Outcome CardDownload::fetchFrom(const Stretch& stretch, int64_t fromSec) {
     m_state = State::kRunning;
-    const int64_t fileSec =
-        stretch.recordingsSec + (fromSec - stretch.recordingsSec) / kMinuteSec * kMinuteSec;
-    KvTUTKPlaybackInput input;
-    input.setPurpose(KvTUTKPlaybackInput::Purpose::kDownload);
-    input.setDevice(m_device);
-    input.setStartTime(timeOf(fromSec));
-    input.setRecordingStart(timeOf(fileSec));
-    if (input.open() < 0)
+    if (!openInput(stretch, fromSec))
         return Outcome::kLost;
-    const Outcome outcome = receive(input, stretch, fromSec);
-    input.close();
+    const Outcome outcome = receive(stretch, fromSec);
+    closeInput();
     // Sound comes behind its pictures: what is still missing of it is fetched again.
     const bool hasSound = m_soundSec > 0.0;
     const double moment = hasSound ? std::min(m_pictureSec, m_soundSec) : m_pictureSec;
@@ -149,45 +169,87 @@ CardDownload::Outcome CardDownload::fetchFrom(const Stretch& stretch, int64_t fr
     return outcome;
 }
 
-CardDownload::Outcome CardDownload::receive(KvTUTKPlaybackInput& input, const Stretch& stretch,
-                                            int64_t fromSec) {
+bool CardDownload::openInput(const Stretch& stretch, int64_t fromSec) {
+    const int64_t fileSec =
+        stretch.recordingsSec + (fromSec - stretch.recordingsSec) / kMinuteSec * kMinuteSec;
+    const std::lock_guard<std::mutex> lock(m_deviceMutex);
+    if (!m_device)
+        return false;
+    m_input = std::make_unique<KvTUTKPlaybackInput>();
+    m_input->setPurpose(KvTUTKPlaybackInput::Purpose::kDownload);
+    m_input->setDevice(m_device);
+    m_input->setStartTime(timeOf(fromSec));
+    m_input->setRecordingStart(timeOf(fileSec));
+    return m_input->open() >= 0;
+}
+
+void CardDownload::closeInput() {
+    const std::lock_guard<std::mutex> lock(m_deviceMutex);
+    m_input.reset();
+}
+
+CardDownload::Outcome CardDownload::receive(const Stretch& stretch, int64_t fromSec) {
     while (!isStopped() && !m_isPaused) {
-        KvBasePlayerInputPacket* next = nullptr;
-        input.waitForVideoPacket(*this, kReadWaitMs);
-        const bool wasRunning = input.isRunning();
-        if (input.readVideoPacket(&next) < 0) {
-            if (wasRunning)
-                continue;
-            if (writeSounds(input, stretch, fromSec) < 0)
-                return Outcome::kNotWritten;
-            switch (input.endReason()) {
-                case PlaybackEnd::kMissing:
-                    return Outcome::kMissing;
-                case PlaybackEnd::kRefused:
-                    return Outcome::kRefused;
-                case PlaybackEnd::kFinished:
-                    return Outcome::kEnded;
-                default:
-                    return Outcome::kLost;
-            }
-        }
-        const std::unique_ptr<KvBasePlayerInputPacket> picture(next);
-        m_receivedBytes += static_cast<uint64_t>(picture->packet()->size);
-        const double moment = static_cast<double>(fromSec) + input.positionOf(picture->time());
-        if (moment >= static_cast<double>(stretch.toSec))
-            return writeSounds(input, stretch, fromSec) < 0 ? Outcome::kNotWritten
-                                                            : Outcome::kReached;
-        if (moment > m_pictureSec + kSameSec) {
-            picture->setTime(moment);
-            if (writePicture(*picture) < 0)
+        bool hasEnded = false;
+        const auto picture = nextPicture(fromSec, &hasEnded);
+        const bool isBeyond = picture && picture->time() >= static_cast<double>(stretch.toSec);
+        if (picture && !isBeyond && picture->time() > m_pictureSec + kSameSec) {
+            const double moment = picture->time();
+            if (m_error = std::min(writePicture(*picture), 0); m_error < 0)
                 return Outcome::kNotWritten;
             m_pictureSec = moment;
             noteProgress(stretch);
         }
-        if (writeSounds(input, stretch, fromSec) < 0)
+        if (m_error = writeSounds(stretch, fromSec); m_error < 0)
             return Outcome::kNotWritten;
+        if (isBeyond)
+            return Outcome::kReached;
+        if (hasEnded)
+            return outcomeOfEnd();
     }
     return Outcome::kInterrupted;
+}
+
+CardDownload::Outcome CardDownload::outcomeOfEnd() {
+    const std::lock_guard<std::mutex> lock(m_deviceMutex);
+    switch (m_input->endReason()) {
+        case PlaybackEnd::kMissing:
+            return Outcome::kMissing;
+        case PlaybackEnd::kRefused:
+            return Outcome::kRefused;
+        case PlaybackEnd::kFinished:
+            return Outcome::kEnded;
+        default:
+            return Outcome::kLost;
+    }
+}
+
+/// With its moment as its time, as the sound below; null for none within the wait.
+std::unique_ptr<KvBasePlayerInputPacket> CardDownload::nextPicture(int64_t fromSec,
+                                                                   bool* hasEnded) {
+    const std::lock_guard<std::mutex> lock(m_deviceMutex);
+    if (isStopped())
+        return nullptr;
+    KvBasePlayerInputPacket* next = nullptr;
+    m_input->waitForVideoPacket(*this, kReadWaitMs);
+    const bool wasRunning = m_input->isRunning();
+    if (m_input->readVideoPacket(&next) < 0) {
+        *hasEnded = !wasRunning;
+        return nullptr;
+    }
+    m_receivedBytes += static_cast<uint64_t>(next->packet()->size);
+    next->setTime(static_cast<double>(fromSec) + m_input->positionOf(next->time()));
+    return std::unique_ptr<KvBasePlayerInputPacket>(next);
+}
+
+std::unique_ptr<KvBasePlayerInputPacket> CardDownload::nextSound(int64_t fromSec) {
+    const std::lock_guard<std::mutex> lock(m_deviceMutex);
+    KvBasePlayerInputPacket* next = nullptr;
+    if (isStopped() || m_input->readAudioPacket(&next) < 0)
+        return nullptr;
+    m_receivedBytes += static_cast<uint64_t>(next->packet()->size);
+    next->setTime(static_cast<double>(fromSec) + m_input->positionOf(next->time()));
+    return std::unique_ptr<KvBasePlayerInputPacket>(next);
 }
 
 /// The file is begun with the first key picture, as soon as it is known what the sound is like.
@@ -198,19 +260,17 @@ int CardDownload::writePicture(KvBasePlayerInputPacket& packet) {
     return m_heldPictures.size() < kPicturesBeforeSound ? 0 : createFile(nullptr);
 }
 
-int CardDownload::writeSounds(KvTUTKPlaybackInput& input, const Stretch& stretch, int64_t fromSec) {
-    KvBasePlayerInputPacket* next = nullptr;
-    while (input.readAudioPacket(&next) == 0) {
-        const std::unique_ptr<KvBasePlayerInputPacket> sound(next);
-        m_receivedBytes += static_cast<uint64_t>(sound->packet()->size);
-        const double moment = static_cast<double>(fromSec) + input.positionOf(sound->time());
+int CardDownload::writeSounds(const Stretch& stretch, int64_t fromSec) {
+    while (const auto sound = nextSound(fromSec)) {
+        const double moment = sound->time();
         if (moment <= m_soundSec + kSameSec || moment >= static_cast<double>(stretch.toSec))
             continue;
         m_soundSec = moment;
-        sound->setTime(moment);
-        const int result = m_file || m_heldPictures.empty() ? 0 : createFile(sound.get());
-        if (result < 0 || (m_file && m_file->writeSound(*sound) < 0))
-            return -1;
+        int result = m_file || m_heldPictures.empty() ? 0 : createFile(sound.get());
+        if (result >= 0 && m_file)
+            result = m_file->writeSound(*sound);
+        if (result < 0)
+            return result;
     }
     return 0;
 }
@@ -250,11 +310,12 @@ bool CardDownload::waitWhilePaused() {
 
 bool CardDownload::waitForCamera() {
     m_state = State::kWaiting;
-    do {
-        if (sleepUnlessStopped(kCameraWaitMs))
-            return false;
-    } while (!m_device->isOnline());
-    return true;
+    while (!sleepUnlessStopped(kCameraWaitMs)) {
+        const std::lock_guard<std::mutex> lock(m_deviceMutex);
+        if (!m_device || m_device->isOnline())
+            return m_device != nullptr;
+    }
+    return false;
 }
 
 }  // namespace orvelle

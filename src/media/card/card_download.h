@@ -5,6 +5,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <vector>
 
 #include "core/thread.h"
@@ -21,9 +22,11 @@ namespace orvelle {
 ///
 /// The file is called PATH.part until it is whole. A camera that goes away, or does not play for
 /// now, is waited for, and the download goes on behind the last picture that it got; so it does
-/// after a pause. What was stopped before its end leaves no file behind.
+/// after a pause. What was stopped before its end leaves no file behind; what its disk cannot hold
+/// ends with what was fetched.
 ///
-/// The device and its record outlive the thread. State and progress may be asked from any thread.
+/// The device is borrowed until detach() returned; the thread may go on to wait for its disk. State
+/// and progress may be asked from any thread.
 class CardDownload : public KvThread {
 public:
     /// Recordings that follow each other minute by minute, or a part of them.
@@ -48,6 +51,9 @@ public:
 
     void run() override;
 
+    /// Stops, and lets go of the device without waiting for the disk. The owner's thread.
+    void detach();
+
     /// Ends the camera's sending; resume() goes on.
     void pause() { m_isPaused = true; }
     void resume() { m_isPaused = false; }
@@ -60,8 +66,11 @@ public:
     uint64_t receivedBytes() const { return m_receivedBytes; }
     /// Minutes that the camera could not send, of which nothing is in the file.
     int missingMinutes() const { return m_missingMinutes; }
-    /// Of the finished file, once the state is kDone.
+    /// Of the finished file, once the state is kDone, and of what could be kept when it is
+    /// kNotWritten; still PATH.part where no other name could be given.
     QString path() const { return m_finalPath; }
+    /// What ended it, once the state is kNotWritten.
+    RecordingFault fault() const { return recordingFaultOf(m_error); }
 
 private:
     enum class Outcome { kReached, kEnded, kMissing, kRefused, kLost, kInterrupted, kNotWritten };
@@ -69,17 +78,22 @@ private:
     State fetchAll();
     bool fetchStretch(const Stretch& stretch);
     Outcome fetchFrom(const Stretch& stretch, int64_t fromSec);
-    Outcome receive(KvTUTKPlaybackInput& input, const Stretch& stretch, int64_t fromSec);
+    Outcome receive(const Stretch& stretch, int64_t fromSec);
+    Outcome outcomeOfEnd();
+    bool openInput(const Stretch& stretch, int64_t fromSec);
+    void closeInput();
+    std::unique_ptr<KvBasePlayerInputPacket> nextPicture(int64_t fromSec, bool* hasEnded);
+    std::unique_ptr<KvBasePlayerInputPacket> nextSound(int64_t fromSec);
     int writePicture(KvBasePlayerInputPacket& packet);
-    int writeSounds(KvTUTKPlaybackInput& input, const Stretch& stretch, int64_t fromSec);
+    int writeSounds(const Stretch& stretch, int64_t fromSec);
     int createFile(const KvBasePlayerInputPacket* sound);
     int64_t nextMinute(const Stretch& stretch) const;
     bool waitWhilePaused();
     bool waitForCamera();
     void noteProgress(const Stretch& stretch);
     State finish();
+    QString nameFile(const QString& part);
 
-    KvTUTKDevice* const m_device;
     const std::vector<Stretch> m_stretches;
     const QString m_path;
 
@@ -91,8 +105,12 @@ private:
     int64_t m_triedSec = 0;  ///< behind what was tried of this stretch
     double m_doneSec = 0.0;  ///< of the stretches before
     double m_totalSec = 0.0;
-    bool m_hasFailed = false;
+    int m_error = 0;      ///< of the file; written before the state says that it is over
     QString m_finalPath;  ///< written before the state says that it is done
+
+    std::mutex m_deviceMutex;  ///< guards the two below; not held while anything is written
+    KvTUTKDevice* m_device;    ///< null once detached
+    std::unique_ptr<KvTUTKPlaybackInput> m_input;  ///< closed once detached
 
     std::atomic<bool> m_isPaused{false};
     std::atomic<State> m_state{State::kRunning};

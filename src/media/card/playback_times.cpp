@@ -61,7 +61,8 @@ void PlaybackTimes::skipTo(double stampSec) {
 
 bool PlaybackTimes::offer(std::unique_ptr<Packet> sound) {
     const std::lock_guard<std::mutex> lock(m_mutex);
-    if (m_held.size() >= kMaxHeld)
+    // What has passed waits without an end while nothing is shown.
+    if (m_held.size() + static_cast<size_t>(m_passed.size()) >= kMaxHeld)
         return false;
     m_held.push_back({std::move(sound), m_timeSec});
     if (m_hasPicture)

@@ -33,7 +33,8 @@ public:
 
     /// The time of the next picture, by its stamp. The sound up to it passes.
     double takePicture(double stampSec);
-    /// Sound with its stamp as its time. False, and the packet is freed, when too much is held.
+    /// Sound with its stamp as its time. False, and the packet is freed, when too much is held
+    /// or waits to be read.
     bool offer(std::unique_ptr<Packet> sound);
     /// No picture comes any more: what is held passes, and what may still come.
     void endPictures();

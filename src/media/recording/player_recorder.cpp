@@ -26,23 +26,6 @@ constexpr int kWaitMs = 1000;
 /// How long what waits may take to be written once the recording was asked to end.
 constexpr qint64 kMaxDrainMs = 10'000;
 
-RecordingFault faultOf(int error) {
-    switch (std::min(error, 0)) {
-        case 0:
-            return RecordingFault::kNone;
-        case AVERROR(ENOSPC):
-            return RecordingFault::kDiskFull;
-        case orvelle::kQuotaError:
-            return RecordingFault::kQuota;
-        case AVERROR(EFBIG):
-            return RecordingFault::kFileTooLarge;
-        case AVERROR(ETIMEDOUT):
-            return RecordingFault::kDiskTooSlow;
-        default:
-            return RecordingFault::kOther;
-    }
-}
-
 bool hasBytes(const KvBasePlayerInputPacket& packet) {
     return packet.packet() && packet.packet()->size > 0;
 }
@@ -221,7 +204,7 @@ void KvPlayerRecorder::finish(RecordingWriter& writer, int error) {
         files.clear();
     }
     std::lock_guard<std::mutex> lock(m_resultMutex);
-    m_result = {files, faultOf(error < 0 ? error : closing), writer.lacksSound()};
+    m_result = {files, orvelle::recordingFaultOf(error < 0 ? error : closing), writer.lacksSound()};
 }
 
 void KvPlayerRecorder::notify(Event event, double a, double b) {

@@ -316,6 +316,13 @@ int RecordingFile::close() {
     return result < 0 || failed == std::end(ends) ? result : *failed;
 }
 
+void RecordingFile::discard() {
+    if (!m_format)
+        return;
+    m_sink->discard();
+    release();
+}
+
 void RecordingFile::release() {
     // The buffer is the sink's, and no file of the muxer's own.
     m_format->pb = nullptr;

@@ -56,6 +56,8 @@ public:
     /// be decoded is of no use and is deleted.
     int close();
     bool isKept() const { return m_isKept; }  ///< whether close() left a file
+    /// Deletes the file instead of ending it.
+    void discard();
 
 private:
     struct Track {

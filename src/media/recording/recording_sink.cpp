@@ -2,6 +2,8 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
 #include "core/file_utils.h"
 #include "media/media_log.h"
 #include "media/recording/fragment_finisher.h"
@@ -39,6 +41,23 @@ QString numbered(const QFileInfo& file, int number) {
 }
 
 }  // namespace
+
+RecordingFault recordingFaultOf(int error) {
+    switch (std::min(error, 0)) {
+        case 0:
+            return RecordingFault::kNone;
+        case AVERROR(ENOSPC):
+            return RecordingFault::kDiskFull;
+        case kQuotaError:
+            return RecordingFault::kQuota;
+        case AVERROR(EFBIG):
+            return RecordingFault::kFileTooLarge;
+        case AVERROR(ETIMEDOUT):
+            return RecordingFault::kDiskTooSlow;
+        default:
+            return RecordingFault::kOther;
+    }
+}
 
 RecordingSink::~RecordingSink() = default;
 

@@ -8,6 +8,7 @@
 #include <memory>
 
 #include "frames/ffmpeg_io_ptr.h"
+#include "media/stages/recording_result.h"
 
 namespace orvelle {
 
@@ -21,6 +22,9 @@ using IoContextPtr = std::unique_ptr<AVIOContext, IoContextDeleter>;
 
 /// EDQUOT, which not every system has.
 constexpr int kQuotaError = FFERRTAG('Q', 'U', 'O', 'T');
+
+/// What an error of a file means to a user; none for what is not negative.
+RecordingFault recordingFaultOf(int error);
 
 /// The file under a muxer. It keeps the first error that the disk gave, and writes nothing after
 /// it. Belongs to one thread.

@@ -228,8 +228,11 @@ void MainWindow::closeProgram() {
     m_isClosing = true;
     m_ui->hideHelpMenu();
     QString text = orvelle::text("are_you_sure_you_want_to_close_the_orvelle_pc_application");
-    if (const int recordings = m_ui->preview()->runningRecordings())
-        text += QLatin1Char('\n') + orvelle::runningRecordingsText(recordings);
+    const KvDevicesPreview& preview = *m_ui->preview();
+    const QString ending =
+        orvelle::endingText(preview.runningRecordings(), preview.isDownloading());
+    if (!ending.isEmpty())
+        text += QLatin1Char('\n') + ending;
     KvConfirmDialog question(text, this);
     if (question.execCentred(m_ui->contentLeft()) != QDialog::Accepted) {
         m_isClosing = false;

@@ -100,6 +100,9 @@ private:
     void removeEntry(KvDeviceGroup* entry);
     /// How many recordings run that end when the entry is removed.
     int recordingsOf(const KvDeviceGroup& entry) const;
+    bool isDownloadOf(const KvDeviceGroup& entry) const;
+    /// Asks where recordings or a download run that end now.
+    bool mayEndWhatRuns();
     void releaseEntry(KvDeviceGroup& entry);
     void connectRecordings();
     void tellRecordings();

@@ -129,8 +129,7 @@ void MainWindow::showGroup(KvDeviceGroup* group) {
     }
     m_ui->hideHelpMenu();
     const KvDeviceGroup* const watched = m_ui->preview()->group();
-    if (group != watched &&
-        !orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this)) {
+    if (group != watched && !mayEndWhatRuns()) {
         showEntries();
         return;
     }
@@ -258,8 +257,10 @@ void MainWindow::_onClickRemoveGroup(bool) {
                 : text(
                       "it_will_automatically_delete_all_local_information_after_the_camera_is_"
                       "unlinked");
-    if (const int recordings = recordingsOf(*m_menuEntry))
-        what += QLatin1Char('\n') + orvelle::runningRecordingsText(recordings);
+    const QString ending =
+        orvelle::endingText(recordingsOf(*m_menuEntry), isDownloadOf(*m_menuEntry));
+    if (!ending.isEmpty())
+        what += QLatin1Char('\n') + ending;
     KvAlertDialog question(what, this);
     if (question.execCentred(m_ui->contentLeft()) == QDialog::Accepted)
         removeEntry(m_menuEntry);
@@ -274,6 +275,14 @@ int MainWindow::recordingsOf(const KvDeviceGroup& entry) const {
     QList<KvDevice*> staying = preview.group()->devices();
     staying.removeAll(entry.firstDevice());
     return preview.recordingsBut(staying);
+}
+
+bool MainWindow::isDownloadOf(const KvDeviceGroup& entry) const {
+    const KvDevicesPreview& preview = *m_ui->preview();
+    if (preview.group() == &entry)
+        return preview.isDownloading();
+    return entry.type() != KvDeviceGroup::kGroup && entry.firstDevice() &&
+           preview.isDownloading(entry.firstDevice());
 }
 
 /// What else is being watched goes on.

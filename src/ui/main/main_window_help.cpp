@@ -15,8 +15,6 @@
 #include "ui/main/main_window_ui.h"
 #include "ui/main/menu_view.h"
 #include "ui/main/restart_hook.h"
-#include "ui/preview/devices_preview.h"
-#include "ui/preview/recording_question.h"
 #include "ui/widgets/text.h"
 #include "update/update_server.h"
 
@@ -61,7 +59,7 @@ void MainWindow::_onClickHelpMenu() {
 
 void MainWindow::_onClickLanguage(const QString& language) {
     m_ui->hideHelpMenu();
-    if (!orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this))
+    if (!mayEndWhatRuns())
         return;
     // What cannot be written, and other news, the window that is built anew tells.
     m_isClosing = true;

@@ -1,7 +1,9 @@
 #include "ui/main/main_window.h"
 #include "ui/main/main_window_ui.h"
 #include "ui/palette.h"
+#include "ui/preview/devices_preview.h"
 #include "ui/preview/recording_news.h"
+#include "ui/preview/recording_question.h"
 #include "ui/widgets/notice_bar.h"
 
 // What came of recordings that nobody waited for.
@@ -19,6 +21,11 @@ void MainWindow::connectRecordings() {
             &MainWindow::tellRecordings);
     // Of those that ended with the window before.
     orvelle::RecordingNews::instance().announce();
+}
+
+bool MainWindow::mayEndWhatRuns() {
+    const KvDevicesPreview& preview = *m_ui->preview();
+    return orvelle::mayEndRecordings(preview.runningRecordings(), this, preview.isDownloading());
 }
 
 /// A failure stays until the user has seen it.

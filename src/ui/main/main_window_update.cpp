@@ -83,7 +83,7 @@ void MainWindow::downloadUpdate(const KvUpdateInfo& info) {
 QString MainWindow::startInstaller(const QString& path, const orvelle::InstallerProof& proof) {
     using Outcome = orvelle::InstallerThread::Outcome;
     // Once the installer runs there is no way back.
-    if (!orvelle::mayEndRecordings(m_ui->preview()->runningRecordings(), this))
+    if (!mayEndWhatRuns())
         return {};
     orvelle::InstallerStartDialog dialog(path, proof, this);
     dialog.execCentred();

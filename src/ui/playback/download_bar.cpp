@@ -1,5 +1,6 @@
 #include "ui/playback/download_bar.h"
 
+#include <QDir>
 #include <QLabel>
 #include <QProgressBar>
 #include <QPushButton>
@@ -7,6 +8,7 @@
 #include <utility>
 
 #include "ui/palette.h"
+#include "ui/preview/recording_news.h"
 #include "ui/widgets/text.h"
 #include "ui/widgets/widget_utils.h"
 
@@ -24,6 +26,23 @@ constexpr QSize kButtonSize(84, 26);
 constexpr int kBarHeight = 8;
 constexpr int kPerMille = 1000;
 constexpr double kMegabyte = 1024.0 * 1024.0;
+
+/// The cause, and where to find what could be kept.
+QString failureText(const CardDownload& download) {
+    const QString cause = recordingFaultText(download.fault());
+    const bool isKept = !download.path().isEmpty();
+    QStringList lines;
+    if (!cause.isEmpty())
+        lines << cause;
+    if (isKept)
+        lines << text("the_download_ended_early_it_is_saved_to")
+              << QDir::toNativeSeparators(download.path());
+    else if (cause.isEmpty())
+        lines << text("the_download_could_not_be_saved");
+    else
+        lines << text("download_failed");
+    return lines.join(QLatin1Char('\n'));
+}
 
 }  // namespace
 
@@ -67,12 +86,14 @@ void DownloadBar::start(KvTUTKDevice* device, std::vector<CardDownload::Stretch>
     m_download->start();
     m_timer.start();
     show();
-    refresh();
+    showState();
 }
 
 void DownloadBar::stop() {
     m_timer.stop();
-    KvThread::stopAndDelete(m_download);
+    if (m_download)
+        m_download->detach();
+    m_stopped.take(std::move(m_download));
     hide();
 }
 
@@ -87,6 +108,10 @@ void DownloadBar::togglePause() {
 void DownloadBar::refresh() {
     if (m_download->isOver())
         return end();
+    showState();
+}
+
+void DownloadBar::showState() {
     m_progress->setValue(static_cast<int>(m_download->progress() * kPerMille));
     m_text->setText(stateText());
     m_pause->setText(m_download->isPaused() ? text("resume") : text("pause"));
@@ -105,16 +130,17 @@ QString DownloadBar::stateText() const {
         .arg(static_cast<double>(m_download->receivedBytes()) / kMegabyte, 0, 'f', 1);
 }
 
+/// Who hears of it may show a dialog, and this may be gone when that is answered.
 void DownloadBar::end() {
     const std::unique_ptr<CardDownload> over = std::move(m_download);
     stop();
+    emit ended();
     if (over->state() == State::kDone)
         emit done(over->path(), over->missingMinutes());
     else if (over->state() == State::kNotWritten)
-        emit failed(text("the_download_could_not_be_saved"));
+        emit failed(failureText(*over));
     else if (over->state() == State::kNothing)
         emit failed(text("no_more_files"));
-    emit ended();
 }
 
 void DownloadBar::resizeEvent(QResizeEvent*) {

@@ -669,6 +669,10 @@ void KvSDCardPlaybackView::_onClickCapture(bool) {
             .execCentred(this);
 }
 
+bool KvSDCardPlaybackView::isDownloading() const {
+    return m_ui->downloadBar()->isRunning();
+}
+
 /// A download ends with the page.
 bool KvSDCardPlaybackView::agreesToLeave() {
     if (!m_ui->downloadBar()->isRunning())

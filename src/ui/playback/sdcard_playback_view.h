@@ -45,6 +45,7 @@ public:
     /// the former one has ended when this returns.
     void setDevice(KvTUTKDevice* device);
     KvTUTKDevice* device() const { return m_device; }
+    bool isDownloading() const;
 
     /// What the full-screen button shows; the window itself is the owner's.
     bool isFullscreen() const;

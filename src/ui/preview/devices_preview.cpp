@@ -193,6 +193,11 @@ int KvDevicesPreview::recordingsBut(const QList<KvDevice*>& staying) const {
     }));
 }
 
+bool KvDevicesPreview::isDownloading(const KvDevice* device) const {
+    const KvSDCardPlaybackView& page = *m_ui->playbackView();
+    return page.isDownloading() && (!device || page.device() == device);
+}
+
 /// All are asked before the first is waited for, so that their threads end side by side.
 void KvDevicesPreview::stopTiles() {
     for (KvDevicePlayerView* tile : m_ui->tiles())

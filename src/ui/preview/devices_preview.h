@@ -37,6 +37,8 @@ public:
     /// How many recordings run that would end if only those cameras stayed.
     int recordingsBut(const QList<KvDevice*>& staying) const;
     int runningRecordings() const { return recordingsBut({}); }
+    /// From the card of this camera; of any for null.
+    bool isDownloading(const KvDevice* device = nullptr) const;
     /// Shows the names of entry and cameras anew.
     void updateNames();
     /// Ends everything and hides the grid.

@@ -18,21 +18,6 @@ constexpr int kGatherMs = 300;
 constexpr int kMaxDelays = 10;
 constexpr int kMaxEndMs = 10'000;
 
-QString causeOf(RecordingFault fault) {
-    switch (fault) {
-        case RecordingFault::kDiskFull:
-            return text("the_disk_is_full");
-        case RecordingFault::kQuota:
-            return text("the_disk_space_allowed_to_you_is_used_up");
-        case RecordingFault::kFileTooLarge:
-            return text("no_file_can_be_larger_there");
-        case RecordingFault::kDiskTooSlow:
-            return text("the_disk_does_not_keep_up");
-        default:
-            return {};
-    }
-}
-
 /// The file, or the folder that holds all.
 QString placeOf(const QStringList& files) {
     if (files.size() == 1)
@@ -56,6 +41,21 @@ QString outcomeText(int count, bool isEarly) {
 }
 
 }  // namespace
+
+QString recordingFaultText(RecordingFault fault) {
+    switch (fault) {
+        case RecordingFault::kDiskFull:
+            return text("the_disk_is_full");
+        case RecordingFault::kQuota:
+            return text("the_disk_space_allowed_to_you_is_used_up");
+        case RecordingFault::kFileTooLarge:
+            return text("no_file_can_be_larger_there");
+        case RecordingFault::kDiskTooSlow:
+            return text("the_disk_does_not_keep_up");
+        default:
+            return {};
+    }
+}
 
 RecordingNews::RecordingNews(QObject* parent) : QObject(parent) {
     m_timer.setSingleShot(true);
@@ -136,7 +136,7 @@ RecordingNews::Message RecordingNews::takeMessage() {
         failed += result.files.isEmpty();
         message.isWarning = message.isWarning || result.fault != RecordingFault::kNone;
         lacksSound = lacksSound || result.lacksSound;
-        const QString cause = causeOf(result.fault);
+        const QString cause = recordingFaultText(result.fault);
         if (!cause.isEmpty() && !causes.contains(cause))
             causes += cause;
     }

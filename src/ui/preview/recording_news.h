@@ -13,6 +13,9 @@ class KvPlayerRecorder;
 
 namespace orvelle {
 
+/// Why a file could not be written, for the user; empty where nothing helpful can be said.
+QString recordingFaultText(RecordingFault fault);
+
 /// What came of recordings that ended by themselves or with their tile: those that end together
 /// give one message, which waits for a window. One for the application; it outlives the main
 /// window. Interface thread.

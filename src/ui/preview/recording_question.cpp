@@ -1,5 +1,6 @@
 #include "ui/preview/recording_question.h"
 
+#include <QStringList>
 #include <QWidget>
 
 #include "ui/dialogs/confirm_dialog.h"
@@ -14,10 +15,20 @@ QString runningRecordingsText(int count) {
                       : text("recordings_are_running_and_end_now").arg(count);
 }
 
-bool mayEndRecordings(int count, QWidget* over) {
-    if (count <= 0)
+QString endingText(int recordings, bool isDownloading) {
+    QStringList lines;
+    if (recordings > 0)
+        lines << runningRecordingsText(recordings);
+    if (isDownloading)
+        lines << text("a_download_is_running_and_is_cancelled");
+    return lines.join(QLatin1Char('\n'));
+}
+
+bool mayEndRecordings(int count, QWidget* over, bool isDownloading) {
+    const QString ending = endingText(count, isDownloading);
+    if (ending.isEmpty())
         return true;
-    KvConfirmDialog question(runningRecordingsText(count), over->window());
+    KvConfirmDialog question(ending, over->window());
     return question.execCentred(over) == QDialog::Accepted;
 }
 

@@ -9,8 +9,11 @@ namespace orvelle {
 /// Says how many recordings run and end with what the user is about to do; empty for none.
 QString runningRecordingsText(int count);
 
-/// Whether that may be done: true at once when none runs, else what the user answers, over `over`.
+/// The same, with the download from a card that ends, too.
+QString endingText(int recordings, bool isDownloading);
+
+/// Whether that may be done: true at once when nothing runs, else what the user answers, over `over`.
 /// Cameras may come and go while the question stands. Interface thread.
-bool mayEndRecordings(int count, QWidget* over);
+bool mayEndRecordings(int count, QWidget* over, bool isDownloading = false);
 
 }  // namespace orvelle
