@@ -38,6 +38,7 @@ private slots:
     void cleanupTestCase();
     void recording_endsAsAskedFor_data();
     void recording_endsAsAskedFor();
+    void recording_saysThatItWaits_forItsFolder();
     void recording_goesOn_whenTheCameraIsBack();
     void snapshot_isSaved_alsoWhenItsFolderIsGone();
     void pausedPicture_saysSo_andCanBeSaved();
@@ -150,6 +151,17 @@ void TileActionsTest::recording_endsAsAskedFor() {
         QVERIFY(message.text.endsWith(now.first()) && !message.isWarning);
     else
         QVERIFY(message.text.isEmpty());
+}
+
+void TileActionsTest::recording_saysThatItWaits_forItsFolder() {
+    KvPushButton* button = ui()->button(Tile::kRecord);
+    button->click();
+    button->click();
+    QVERIFY(label(QStringLiteral("the_folder_does_not_answer_yet")));
+    QTRY_VERIFY(m_tile->isRecording());
+    m_tile->stopPlay();
+    QTRY_COMPARE(RecordingNews::instance().pending(), 0);
+    RecordingNews::instance().takeMessage();
 }
 
 void TileActionsTest::recording_goesOn_whenTheCameraIsBack() {

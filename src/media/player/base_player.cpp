@@ -130,9 +130,11 @@ int KvBasePlayer::startRecord(const QString& path, const QString& formatName, do
     m_recorder = std::make_unique<KvPlayerRecorder>(m_input.get(), m_decoder.get());
     m_recorder->setCallback(m_recordUser, m_recordCallback);
     m_recorder->configure(path, formatName, limitSeconds);
-    m_recorder->start();
+    const int result = m_recorder->start();
+    if (result < 0)
+        m_recorder.reset();
     followSound();
-    return 0;
+    return result;
 }
 
 void KvBasePlayer::stopRecord() {

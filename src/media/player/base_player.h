@@ -51,7 +51,7 @@ public:
     virtual void flush();
     virtual int open();
     virtual void close();
-    /// Replaces a recording in progress.
+    /// Replaces a recording in progress; negative, and there is none, when it cannot begin.
     virtual int startRecord(const QString& path, const QString& formatName, double limitSeconds);
     /// Waits until the file is closed, which takes as long as its disk does.
     virtual void stopRecord();

@@ -1,6 +1,8 @@
 #include "ui/preview/record_control.h"
 
+#include <QApplication>
 #include <QDir>
+#include <QFileInfo>
 
 #include "core/file_utils.h"
 #include "device/device.h"
@@ -8,6 +10,7 @@
 #include "ui/dialogs/directory_dialog.h"
 #include "ui/preview/folder_search.h"
 #include "ui/preview/media_folder.h"
+#include "ui/preview/recording_news.h"
 #include "ui/widgets/notice_bar.h"
 #include "ui/widgets/text.h"
 
@@ -36,6 +39,8 @@ void RecordControl::setDevice(KvDevice* device) {
 void RecordControl::toggle() {
     if (m_recording->isRunning())
         m_recording->requestEnd(TileRecording::End::kSave);
+    else if (m_folderSearch->isRunning())
+        m_toast.show(m_tile, text("the_folder_does_not_answer_yet"));
     else if (m_device && m_player.isRunning())
         m_folderSearch->start(KvFileUtils::videoPath, m_device->uid());
 }
@@ -56,11 +61,19 @@ void RecordControl::start(const QString& uid, const QString& folder, bool exists
         nameMediaFolder(uid);
 }
 
+/// One box at a time: whatever ends meanwhile is told together.
 void RecordControl::tellSaved(const RecordingResult& result) {
+    if (QApplication::activeModalWidget()) {
+        RecordingNews::instance().add(result);
+        return;
+    }
     QString what = text("the_video_you_recorded_is_save_to");
     if (result.lacksSound)
         what.prepend(text("recorded_without_sound") + QLatin1Char('\n'));
-    KvDirectoryDialog(what, result.files.last(), m_tile->window()).execCentred(m_tile);
+    // Several are in one folder.
+    const QString& file = result.files.last();
+    const QString place = result.files.size() > 1 ? QFileInfo(file).absolutePath() : file;
+    KvDirectoryDialog(what, place, m_tile->window()).execCentred(m_tile);
 }
 
 void RecordControl::interrupt() {

@@ -18,6 +18,16 @@ constexpr int kGatherMs = 300;
 constexpr int kMaxDelays = 10;
 constexpr int kMaxEndMs = 10'000;
 
+struct Saved {
+    int count = 0;  ///< recordings, each of one file or more
+    QStringList files;
+
+    void add(const QStringList& ofOne) {
+        count += !ofOne.isEmpty();
+        files += ofOne;
+    }
+};
+
 /// The file, or the folder that holds all.
 QString placeOf(const QStringList& files) {
     if (files.size() == 1)
@@ -127,22 +137,25 @@ RecordingNews::Message RecordingNews::takeMessage() {
     const std::vector<RecordingResult> results = std::move(m_results);
     m_results.clear();
     Message message;
-    QStringList lines, files, causes;
-    int saved = 0, failed = 0;
+    QStringList lines, causes;
+    Saved whole, early;
+    int failed = 0;
     bool lacksSound = false;
     for (const RecordingResult& result : results) {
-        files += result.files;
-        saved += !result.files.isEmpty();
+        const bool hasFault = result.fault != RecordingFault::kNone;
+        (hasFault ? early : whole).add(result.files);
         failed += result.files.isEmpty();
-        message.isWarning = message.isWarning || result.fault != RecordingFault::kNone;
+        message.isWarning = message.isWarning || hasFault;
         lacksSound = lacksSound || result.lacksSound;
         const QString cause = recordingFaultText(result.fault);
         if (!cause.isEmpty() && !causes.contains(cause))
             causes += cause;
     }
     lines += causes;
-    if (saved > 0)
-        lines << outcomeText(saved, message.isWarning) << placeOf(files);
+    if (early.count > 0)
+        lines << outcomeText(early.count, true) << placeOf(early.files);
+    if (whole.count > 0)
+        lines << outcomeText(whole.count, false) << placeOf(whole.files);
     if (failed > 0)
         lines << text("recording_failed");
     if (lacksSound)

@@ -53,8 +53,9 @@ void TileRecording::start(const QString& folder) {
     m_folder = folder;
     m_second = 0;
     m_end = End::kByItself;
-    m_isRunning = true;
-    m_player.startRecord(path, QStringLiteral("mp4"), kLimitSeconds);
+    m_isRunning = m_player.startRecord(path, QStringLiteral("mp4"), kLimitSeconds) >= 0;
+    if (!m_isRunning)
+        RecordingNews::instance().add({{}, RecordingFault::kOther, false});
     emit stateChanged();
 }
 
