@@ -119,8 +119,9 @@ in_addr loopbackBroadcast() {
     return {htonl(0x7FFFFFFF)};  // 127.255.255.255
 }
 
+// The second is where a Windows program under Wine listens.
 std::vector<in_addr> loopbackTargets() {
-    return {loopbackBroadcast()};
+    return {loopbackBroadcast(), {htonl(INADDR_LOOPBACK)}};
 }
 
 }  // namespace orvelle

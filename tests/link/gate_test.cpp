@@ -20,7 +20,9 @@ constexpr uint16_t kLoginPort = 4000;
 constexpr uint16_t kSocketPort = 5000;
 
 in_addr host(uint32_t number) {
-    return {htonl(0x0A000000 + number)};
+    in_addr address{};
+    address.s_addr = htonl(0x0A000000 + number);
+    return address;
 }
 
 sockaddr_in address(uint32_t hostNumber, uint16_t port = kLoginPort) {

@@ -42,14 +42,16 @@ in_wine() {
     (exec_in_wine "$@")
 }
 
-# The same in place of the calling shell, so that a signal reaches the command.
+# The same in place of the calling shell, so that a signal reaches the command. Above others: nearly
+# every call of a program takes a turn of Wine's one server, so that on a busy machine it gets little
+# done, and links fall silent.
 exec_in_wine() {
     local name settings=() sound=${PULSE_SERVER:-} root=()
     [ "$(id -u)" = 0 ] || root=(sudo)
     for name in DISPLAY PULSE_SERVER ${!ORVELLE_*}; do settings+=("$name=${!name:-}"); done
     exec "${root[@]}" unshare --mount --propagation private "$top/tools/windows/in_tree.sh" \
         "$wine_root" "$top" "${sound:+$(dirname "${sound#unix:}")}" \
-        env -i HOME=/root PATH=/usr/lib/wine:/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 \
+        nice -n -10 env -i HOME=/root PATH=/usr/lib/wine:/usr/sbin:/usr/bin:/sbin:/bin LANG=C.UTF-8 \
         DEBIAN_FRONTEND=noninteractive WINEPREFIX=/root/wine WINEDEBUG="${WINEDEBUG:--all}" \
         WINEDLLOVERRIDES=mscoree,mshtml,winedbg.exe= LIBGL_ALWAYS_SOFTWARE=1 WINEQT_FORCE_STDERR_LOGGING=1 \
         "${settings[@]}" "$@"

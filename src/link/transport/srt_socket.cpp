@@ -12,6 +12,9 @@ namespace {
 // and socket) would let a stuck peer hold that much.
 constexpr int kControlBufferBytes = 256 * 1024;
 constexpr int kMediaBufferBytes = 2 * 1024 * 1024;
+// Of the system, shared by all sockets of a port. The library asks for 12 MB: where the machine is
+// too slow for what comes, so much waits there that answers are seconds old when they are read.
+constexpr int kPortBufferBytes = 1024 * 1024;
 
 }  // namespace
 
@@ -75,6 +78,7 @@ SrtSocket createLinkSocket(SocketUse use) {
         setSocketOption(id, SRTO_RCVSYN, false) && setSocketOption(id, SRTO_SNDSYN, false) &&
         setSocketOption(id, SRTO_SNDBUF, sendBytes) &&
         setSocketOption(id, SRTO_RCVBUF, receiveBytes) &&
+        setSocketOption(id, SRTO_UDP_RCVBUF, kPortBufferBytes) &&
         setSocketOption(id, SRTO_FC, kMediaBufferBytes / int{kMaxDatagramBytes});
     if (!isSet)
         socket.close();
