@@ -11,7 +11,8 @@ bool measureStartUp(Workbench& bench);
 /// From the client's start, and from a camera's, until that camera is connected, while 31 others
 /// that the client knows are off.
 bool measureConnecting(Workbench& bench);
-/// The camera list with 2,000 entries: the slowest key in its filter and the slowest scrolled frame.
+/// The camera list with 2,000 entries: the slowest key in its filter and the slowest scrolled
+/// frame.
 bool measureList(Workbench& bench);
 /// Sixteen connected cameras at rest, and their streams without drawing, next to what decoding
 /// alone costs; then drawn by bare views.

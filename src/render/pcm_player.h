@@ -22,16 +22,17 @@ class SoundStream;
 /// a slow sound server holds up the interface nor two threads share a device. A server that dies
 /// or appears late is opened again by later writes. Nothing is opened while muted.
 ///
-/// stop() and setVolume() belong to the owner; start(), write() and writeFrame() to one writing thread,
-/// which must do neither during stop(); interrupt() and the flags to any thread.
+/// stop() and setVolume() belong to the owner; start(), write() and writeFrame() to one writing
+/// thread, which must do neither during stop(); interrupt() and the flags to any thread.
 class KvPcmPlayer : public QObject {
     Q_OBJECT
 public:
     explicit KvPcmPlayer(QObject* parent = nullptr);
     ~KvPcmPlayer() override;  ///< stops too
 
-    /// Opens the default device and waits for it: 0, or -1 when there is none or it refuses. A sound
-    /// server that does not answer within a moment counts as opened and is used once it answers.
+    /// Opens the default device and waits for it: 0, or -1 when there is none or it refuses. A
+    /// sound server that does not answer within a moment counts as opened and is used once it
+    /// answers.
     int start();
     /// Opens the default device with `format`, forced to signed 16 bits and at most two channels,
     /// or with the nearest that the device supports.

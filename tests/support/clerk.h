@@ -3,8 +3,8 @@
 #include <QApplication>
 #include <QDialog>
 #include <QEvent>
-#include <QStringList>
 #include <QScreen>
+#include <QStringList>
 #include <QThread>
 
 #include "ui/dialogs/alert_dialog.h"

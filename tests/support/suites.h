@@ -31,8 +31,8 @@ inline int runSuites(int argc, char** argv) {
     // the same names.
     qputenv("ORVELLE_DISCOVERY_PORT",
             QByteArray::number(20000 + QCoreApplication::applicationPid() % 10000));
-    // The toolkit takes the pattern of log lines apart at the first one, under a lock that the thread
-    // sanitizer cannot see; here there is one thread only.
+    // The toolkit takes the pattern of log lines apart at the first one, under a lock that the
+    // thread sanitizer cannot see; here there is one thread only.
     qFormatLogMessage(QtDebugMsg, {}, {});
     const LeakCheck leaks;
     int failed = 0;

@@ -21,7 +21,7 @@ class KvPlayerRecorder;
 namespace orvelle {
 class RecordingWriter;
 class SuspendDelay;
-}
+}  // namespace orvelle
 
 class KvPlayerRecoderThread : public KvThread {
 public:

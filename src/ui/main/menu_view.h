@@ -5,8 +5,8 @@
 
 class KvMenuLabel;
 
-/// The help menu of the title bar: manual, language and log. Its keys are the arrows, Enter and Esc.
-/// Interface thread.
+/// The help menu of the title bar: manual, language and log. Its keys are the arrows, Enter and
+/// Esc. Interface thread.
 class KvMenuView : public QWidget {
     Q_OBJECT
 
