@@ -49,7 +49,7 @@ constexpr int kTimeoutMs = 60000;
 constexpr int kCameras = 4;
 constexpr int kSlowSyncMs = 2000;
 /// Half of one wait for the disk; a busy machine stays below it, too.
-constexpr double kMaxStallMs = kSlowSyncMs / 2.0;
+constexpr double kMaxStallMs = kSlowSyncMs * 0.9;
 
 std::atomic<int> s_syncDelayMs{0};
 std::atomic<int> s_syncs{0};
