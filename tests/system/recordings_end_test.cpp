@@ -48,7 +48,7 @@ namespace {
 constexpr int kTimeoutMs = 60000;
 constexpr int kCameras = 4;
 constexpr int kSlowSyncMs = 2000;
-/// Half of one wait for the disk; a busy machine stays below it, too.
+/// Less than one wait for the disk; a busy machine stays below it, too.
 constexpr double kMaxStallMs = kSlowSyncMs * 0.9;
 
 std::atomic<int> s_syncDelayMs{0};
