@@ -42,6 +42,7 @@ private slots:
     void recording_goesOn_whenTheCameraIsBack();
     void snapshot_isSaved_alsoWhenItsFolderIsGone();
     void pausedPicture_saysSo_andCanBeSaved();
+    void recording_showsItsTime_whileThePictureIsPaused();
     void lostPicture_stays_underItsSign();
 
 private:
@@ -223,6 +224,27 @@ void TileActionsTest::pausedPicture_saysSo_andCanBeSaved() {
     QVERIFY(ui()->button(Tile::kCapture)->isEnabled() && ui()->zoom().isActive());
     QTest::keyClick(m_tile.get(), Qt::Key_0);
     QVERIFY(!ui()->zoom().isActive());
+}
+
+void TileActionsTest::recording_showsItsTime_whileThePictureIsPaused() {
+    const auto shown = [this] {
+        QStringList texts;
+        for (const QLabel* part : ui()->recordView()->findChildren<QLabel*>())
+            texts += part->text();
+        return texts;
+    };
+    record(1);
+    QTest::keyClick(m_tile.get(), Qt::Key_Space);
+    QVERIFY(label(QStringLiteral("paused_since")));
+    // The first may still have come with a picture.
+    for (int change = 0; change < 2; ++change) {
+        const QStringList before = shown();
+        QTRY_VERIFY_WITH_TIMEOUT(shown() != before, kTimeoutMs);
+    }
+    ui()->recordView()->cancelButton()->click();
+    QTRY_VERIFY_WITH_TIMEOUT(ui()->recordView()->isHidden(), kTimeoutMs);
+    QTest::keyClick(m_tile.get(), Qt::Key_Space);
+    QVERIFY(!label(QStringLiteral("paused_since")));
 }
 
 void TileActionsTest::lostPicture_stays_underItsSign() {

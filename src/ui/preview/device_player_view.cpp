@@ -630,7 +630,7 @@ void KvDevicePlayerView::_onClickCancelRecordButton(bool) {
 }
 
 void KvDevicePlayerView::_doUpdateRecordTime(double seconds) {
-    m_ui->setRecordTime(seconds);
+    m_ui->setRecordTime(seconds, m_state == State::kPlaying);
 }
 
 void KvDevicePlayerView::_doHideRecordView() {

@@ -343,6 +343,12 @@ void KvDevicePlayerViewUI::setRecordShown(bool shown) {
     m_recordView->setVisible(shown);
 }
 
+void KvDevicePlayerViewUI::setRecordTime(double seconds, bool isPictureMoving) {
+    m_recordSeconds = seconds;
+    if (!isPictureMoving)
+        m_recordView->setTime(seconds);
+}
+
 void KvDevicePlayerViewUI::_invokeDateTimeTimer() {
     m_dateTimeLabel->setText(QTime::currentTime().toString(QStringLiteral("HH:mm:ss")));
 }

@@ -63,8 +63,8 @@ public:
     /// Empty for none. The text changes with the next repaint of the picture.
     void setSpeedText(const QString& text);
     void setRecordShown(bool shown);
-    /// The time, too, changes with the next repaint of the picture.
-    void setRecordTime(double seconds) { m_recordSeconds = seconds; }
+    /// So does the time while the picture moves, else at once.
+    void setRecordTime(double seconds, bool isPictureMoving);
 
     KvPushButton* button(Button button) const { return m_buttons.at(button); }
     QSlider* volumeSlider() const { return m_volumeSlider; }
