@@ -16,6 +16,12 @@ QDBusConnection noBus() {
     return QDBusConnection(QStringLiteral("orvelle-no-bus"));
 }
 
+bool hasSystemBus() {
+    return !qEnvironmentVariableIsEmpty("DBUS_SYSTEM_BUS_ADDRESS") ||
+           QFileInfo::exists(QStringLiteral("/run/dbus/system_bus_socket")) ||
+           QFileInfo::exists(QStringLiteral("/var/run/dbus/system_bus_socket"));
+}
+
 }  // namespace
 
 QDBusConnection sessionBus() {
@@ -29,15 +35,14 @@ QDBusConnection sessionBus() {
 }
 
 QDBusConnection systemBus() {
-    if (qEnvironmentVariableIsEmpty("DBUS_SYSTEM_BUS_ADDRESS") &&
-        !QFileInfo::exists(QStringLiteral("/run/dbus/system_bus_socket")) &&
-        !QFileInfo::exists(QStringLiteral("/var/run/dbus/system_bus_socket")))
-        return noBus();
-    return QDBusConnection::systemBus();
+    return hasSystemBus() ? QDBusConnection::systemBus() : noBus();
 }
 
 std::shared_ptr<void> loginLock(const QString& what, const QString& mode, const QString& why) {
     auto lock = std::make_shared<QDBusUnixFileDescriptor>();
+    // Even a connection to nowhere would start the toolkit's thread for them.
+    if (!hasSystemBus())
+        return lock;
     const QDBusConnection bus = systemBus();
     if (!bus.isConnected())
         return lock;

@@ -342,10 +342,11 @@ private slots:
         rig.record();
         rig.decoder.stop();
         QVERIFY(!rig.decoder.videoParameters());
-        for (size_t i = 1; i < 20; ++i)
-            rig.give(clip[i]);
-        QTest::qWait(1100);
-        rig.give(clip[20]);
+        size_t given = 1;
+        while (rig.events.count(R::kCreated) == 0 && given < clip.size()) {
+            rig.give(clip[given++]);
+            QTest::qWait(100);
+        }
         QTRY_COMPARE(rig.events.count(R::kCreated), 1);
         for (const EncodedPicture& picture : other)
             rig.give(picture);
@@ -355,8 +356,8 @@ private slots:
         QCOMPARE(files.size(), 2);
         const RecordingReader first(files[0]), second(files[1]);
         QVERIFY(first.decodesAllPictures() && second.decodesAllPictures());
-        QCOMPARE(first.packets(0), 21);
-        QCOMPARE(second.packets(0), 10);
+        QCOMPARE(first.packets(0), given);
+        QCOMPARE(second.packets(0), other.size());
     }
 
     void recording_leavesNoFile_whenNobodyWantsOrSeesIt() {

@@ -70,7 +70,7 @@ RecordingResult KvPlayerRecorder::result() const {
 }
 
 int KvPlayerRecorder::start() {
-    if (!m_source.isComplete() || m_thread)
+    if (m_thread || !m_source.prepare())
         return -1;
     m_packets = std::make_unique<PacketQueue>();
     m_suspendDelay = std::make_unique<orvelle::SuspendDelay>();

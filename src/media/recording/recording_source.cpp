@@ -7,12 +7,11 @@
 namespace orvelle {
 
 RecordingSource::RecordingSource(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder)
-    : m_input(input), m_decoder(decoder) {
-    learn();
-}
+    : m_input(input), m_decoder(decoder) {}
 
-bool RecordingSource::isComplete() const {
+bool RecordingSource::prepare() {
     std::lock_guard<std::mutex> lock(m_mutex);
+    learn();
     return m_input && m_decoder;
 }
 

@@ -16,7 +16,8 @@ public:
     /// Both borrowed until release().
     RecordingSource(KvBasePlayerInput* input, KvBasePlayerDecoder* decoder);
 
-    bool isComplete() const;
+    /// Keeps what is known now, for a decoder that is paused soon; false when a stage is missing.
+    bool prepare();
     /// As KvBasePlayerInput::setPacketCallback(); does nothing after release().
     double attach(void* user, KvBasePlayerInput::PacketCallback tap);
     void detach();
@@ -30,7 +31,7 @@ public:
 private:
     void learn();
 
-    mutable std::mutex m_mutex;  ///< guards everything below; comes before the input's packet lock
+    std::mutex m_mutex;  ///< guards everything below; comes before the input's packet lock
     KvBasePlayerInput* m_input;
     KvBasePlayerDecoder* m_decoder;
     StreamParameters m_lastVideo;  ///< the last that were not empty
