@@ -28,7 +28,7 @@ struct SMsgAVIoctrlPlayRecord;
 /// Pictures and sound have the times of PlaybackTimes, counted from the moment asked for. Nothing
 /// is thrown away: the camera is told how much there is room for, and one that does not listen is
 /// left unread when a minute of its recording waits. Once the reader has run dry and said so with
-/// holdBack(), it gets nothing until a second of the recording waits.
+/// holdBack(), it gets nothing until a second and a half of the recording waits.
 ///
 /// A playback that cannot start raises kUnusable, a lost camera kLost, and neither twice, nor after
 /// requestStop(); a camera that does not answer is waited for until close().

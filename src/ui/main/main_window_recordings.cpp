@@ -1,6 +1,5 @@
 #include "ui/main/main_window.h"
 #include "ui/main/main_window_ui.h"
-#include "ui/palette.h"
 #include "ui/preview/devices_preview.h"
 #include "ui/preview/recording_news.h"
 #include "ui/preview/recording_question.h"
